@@ -1,0 +1,105 @@
+# The front door. CMake does the work; `make help` lists the doors. Logs of the steps are in build/log.
+SHELL := /bin/bash
+.NOTPARALLEL:
+.DEFAULT_GOAL := help
+.PHONY: help run test bench checked debug coverage format check-format layers tidy exports sdk clean
+
+export CMAKE_BUILD_PARALLEL_LEVEL ?= $(shell nproc)
+export CTEST_PARALLEL_LEVEL ?= $(CMAKE_BUILD_PARALLEL_LEVEL)
+
+STEP := cmake/step
+# Programs run under Wine from here on; its server ends with the recipe.
+WINE := trap cmake/wine-stop EXIT;
+CTEST_LINES := sed -n '/tests passed/,$$p' build/log/ctest-
+
+# $(1): preset; $(2): targets, otherwise everything; $(3): more for the configuration
+define configure-and-build
+$(STEP) "configure ($(1))" configure-$(1) cmake --preset $(1) $(3)
+$(STEP) "build ($(1))" build-$(1) cmake --build --preset $(1) $(if $(2),--target $(2))
+endef
+define run-ctest
+@$(WINE) $(STEP) "test ($(1))" ctest-$(1) ctest --preset $(1) && $(CTEST_LINES)$(1).log
+endef
+
+help:
+	@echo "make run         build the library and convert the texts of examples/texts with it"
+	@echo "make test        build and run all tests"
+	@echo "make checked     the same tests with traps, library assertions and a guarded heap"
+	@echo "make bench       speed against others: a table; FILTER=regex picks"
+	@echo "make sdk         headers, import library and DLLs into build/sdk, and the examples built against it"
+	@echo "make debug       build for a debugger into build/debug"
+	@echo "make coverage    lines covered by the tests"
+	@echo "make format      format the sources; check-format only looks"
+	@echo "make layers      includes against the order of the areas"
+	@echo "make tidy        clang-tidy over src and tools"
+	@echo "make exports     write docs/exports.txt anew"
+	@echo "make clean       remove build"
+
+run:
+	@$(STEP) "packages" deps-run deps/install.sh build
+	@$(call configure-and-build,release,tarn)
+	@$(WINE) cmake/run-demo.sh build/release
+
+test:
+	@$(STEP) "packages" deps-test deps/install.sh build test
+	@$(call configure-and-build,release)
+	$(call run-ctest,release)
+
+checked:
+	@$(STEP) "packages" deps-test deps/install.sh build test
+	@$(call configure-and-build,checked)
+	$(call run-ctest,checked)
+
+debug:
+	@$(STEP) "packages" deps-test deps/install.sh build test
+	@$(call configure-and-build,debug)
+
+bench:
+	@$(STEP) "packages" deps-bench deps/install.sh build bench
+	@$(STEP) "Google Benchmark" deps-benchmark deps/benchmark.sh
+	@$(call configure-and-build,release,tarn_bench,-DTARN_BENCH=ON -Dbenchmark_DIR=$$(deps/benchmark.sh))
+	@$(WINE) bench/run.sh build/release "$(FILTER)"
+
+coverage:
+	@$(STEP) "packages" deps-coverage deps/install.sh build test coverage
+	@$(call configure-and-build,coverage)
+	@find build/coverage -name '*.gcda' -delete
+	$(call run-ctest,coverage)
+	@gcovr --gcov-executable i686-w64-mingw32-gcov-posix -r . --object-directory build/coverage \
+	    --filter src/ --filter export/ --filter tools/ --txt --html-details build/coverage/coverage.html
+
+format:
+	@$(STEP) "packages" deps-check deps/install.sh check
+	@cmake/format.sh
+
+check-format:
+	@$(STEP) "packages" deps-check deps/install.sh check
+	@$(STEP) "format" format cmake/format.sh --check
+
+layers:
+	@$(STEP) "packages" deps-check deps/install.sh check
+	@$(STEP) "layers: the check itself" layers-self-test python3 cmake/check-layers.py --self-test
+	@$(STEP) "layers" layers python3 cmake/check-layers.py .
+
+tidy:
+	@$(STEP) "packages" deps-tidy deps/install.sh build tidy
+	@$(STEP) "configure (debug)" configure-debug cmake --preset debug
+	@$(STEP) "clang-tidy" tidy cmake/clang-tidy.sh build/debug
+
+exports:
+	@$(STEP) "packages" deps-run deps/install.sh build
+	@$(call configure-and-build,release,tarnlib)
+	@mkdir -p docs && cmake/exports.sh build/release/bin/tarnlib-5-0.dll > docs/exports.txt
+	@wc -l docs/exports.txt
+
+sdk:
+	@$(STEP) "packages" deps-run deps/install.sh build
+	@$(call configure-and-build,release,tarnlib tarn)
+	@rm -rf build/sdk
+	@$(STEP) "install into build/sdk" sdk-install cmake --install build/release --prefix build/sdk
+	@$(STEP) "build the examples against it" sdk-examples cmake/build-examples.sh build/sdk build/examples
+	@$(WINE) $(STEP) "run the examples" sdk-run cmake/run-examples.sh build/examples && cat build/log/sdk-run.log
+
+clean:
+	@cmake/wine-stop
+	@rm -rf build

@@ -1,0 +1,85 @@
+// Strings against std::string: sharing, growth, search.
+
+#include <benchmark/benchmark.h>
+
+#include <clocale>
+#include <string>
+
+#include "tarnlib/sstring.h"
+
+using namespace TarnLibA500;
+
+namespace {
+
+constexpr int kAppends = 1'000'000;
+constexpr std::size_t kTextBytes = 65536;
+
+template <class String>
+void Copy(benchmark::State& state, std::size_t length) {
+    const String original(std::string(length, 'x').c_str());
+    for (auto _ : state) {
+        String copy(original);
+        benchmark::DoNotOptimize(copy);
+    }
+}
+
+template <class String>
+void Append(benchmark::State& state) {
+    for (auto _ : state) {
+        String s;
+        for (int i = 0; i < kAppends; ++i) s += 'x';
+        benchmark::DoNotOptimize(s);
+    }
+}
+
+std::string Repeated(const std::string& line) {
+    std::string text;
+    while (text.size() < kTextBytes) text += line;
+    return text;
+}
+
+const std::string& English() {
+    static const std::string text = Repeated("the quick brown fox jumps over the lazy dog, and then again; ");
+    return text;
+}
+
+// Every character but the last two has the trail byte 5C.
+const std::string& Japanese() {
+    static const std::string text = Repeated("\x83\x5C\x95\x5C\x8F\x5C\x94\x5C\x82\xA0\x82\xA2");
+    return text;
+}
+
+void FindOurs(benchmark::State& state, const char* locale, const std::string& text, const char* what) {
+    std::setlocale(LC_ALL, locale);
+    const SAnsiString s(text.c_str());
+    const SAnsiString wanted(what);
+    for (auto _ : state) benchmark::DoNotOptimize(s.find(wanted));
+    std::setlocale(LC_ALL, "C");
+}
+
+void FindStd(benchmark::State& state, const std::string& text, const char* what) {
+    const std::string wanted(what);
+    for (auto _ : state) benchmark::DoNotOptimize(text.find(wanted));
+}
+
+constexpr const char* kLocale1252 = "English_United States.1252";
+constexpr const char* kLocale932 = "Japanese_Japan.932";
+
+}  // namespace
+
+BENCHMARK_CAPTURE(Copy<SAnsiString>, 32, 32)->Name("BM_StringCopy_32/ours");
+BENCHMARK_CAPTURE(Copy<std::string>, 32, 32)->Name("BM_StringCopy_32/std::string");
+BENCHMARK_CAPTURE(Copy<SAnsiString>, 100000, 100000)->Name("BM_StringCopy_100000/ours");
+BENCHMARK_CAPTURE(Copy<std::string>, 100000, 100000)->Name("BM_StringCopy_100000/std::string");
+
+BENCHMARK(Append<SAnsiString>)->Name("BM_StringAppend_1M/ours");
+BENCHMARK(Append<std::string>)->Name("BM_StringAppend_1M/std::string");
+
+BENCHMARK_CAPTURE(FindOurs, sb, kLocale1252, English(), "lazy cat")->Name("BM_StringFind_1252/ours");
+BENCHMARK_CAPTURE(FindStd, sb, English(), "lazy cat")->Name("BM_StringFind_1252/std::string");
+BENCHMARK_CAPTURE(FindOurs, dbl, kLocale932, Japanese(), "\x83\x5C\x83\x5C")->Name("BM_StringFind_932/ours");
+BENCHMARK_CAPTURE(FindStd, dbl, Japanese(), "\x83\x5C\x83\x5C")->Name("BM_StringFind_932/std::string");
+// The worst case: the byte that is looked for stands in the text, but only as a trail byte. The rival looks
+// for a byte that the text does not hold, so that both read it to its end.
+BENCHMARK_CAPTURE(FindOurs, trail, kLocale932, Japanese(), "\\")->Name("BM_StringFind_932TrailBytes/ours");
+BENCHMARK_CAPTURE(FindStd, trail, Japanese(), "\\#")->Name("BM_StringFind_932TrailBytes/std::string");

@@ -1,0 +1,117 @@
+// UTF-8 and UTF-16 into each other against the system and utfcpp. All write into room that is there already.
+
+#include <benchmark/benchmark.h>
+
+#include <string>
+#include <vector>
+
+#include <utf8.h>
+#include <windows.h>
+
+#include "tarnlib/UTFConverter.h"
+
+using namespace TarnLibA500;
+
+namespace {
+
+constexpr std::size_t kTextBytes = 65536;
+constexpr std::size_t kMaxBytesOfUnit = 3;
+
+struct Text {
+    std::string utf8;
+    std::wstring utf16;
+};
+
+Text Repeated(const std::string& line) {
+    Text text;
+    while (text.utf8.size() < kTextBytes) text.utf8 += line;
+    utf8::utf8to16(text.utf8.begin(), text.utf8.end(), std::back_inserter(text.utf16));
+    return text;
+}
+
+const Text& ASCII() {
+    static const Text text = Repeated("the quick brown fox jumps over the lazy dog, and then again; ");
+    return text;
+}
+const Text& German() {
+    static const Text text = Repeated(
+        "Zw\xC3\xB6lf Boxk\xC3\xA4mpfer jagen Viktor quer \xC3\xBC"
+        "ber den gro\xC3\x9F"
+        "en Sylter Deich. ");
+    return text;
+}
+const Text& CJK() {
+    static const Text text = Repeated(
+        "\xE6\x97\xA5\xE6\x9C\xAC\xE5\x9B\xBD\xE6\xB0\x91\xE3\x81\xAF\xE3\x80\x81\xE6\xAD\xA3\xE5\xBD\x93"
+        "\xE3\x81\xAB\xE9\x81\xB8\xE6\x8C\x99\xE3\x81\x95\xE3\x82\x8C\xE3\x81\x9F");
+    return text;
+}
+
+// Each takes the text and room for it, and returns the end of what it wrote, or null.
+wchar_t* ToUTF16Ours(const std::string& from, wchar_t* to, wchar_t* end) {
+    const auto* source = reinterpret_cast<const unsigned char*>(from.data());
+    const auto result = CUTFConverter::Convert(source, source + from.size(), to, end);
+    return result == CUTFConverter::ConversionOK ? to : nullptr;
+}
+wchar_t* ToUTF16System(const std::string& from, wchar_t* to, wchar_t* end) {
+    return to + MultiByteToWideChar(CP_UTF8, 0, from.data(), static_cast<int>(from.size()), to,
+                                    static_cast<int>(end - to));
+}
+wchar_t* ToUTF16Utfcpp(const std::string& from, wchar_t* to, wchar_t*) {
+    return utf8::utf8to16(from.data(), from.data() + from.size(), to);
+}
+
+unsigned char* ToUTF8Ours(const std::wstring& from, unsigned char* to, unsigned char* end) {
+    const wchar_t* source = from.data();
+    const auto result = CUTFConverter::Convert(source, source + from.size(), to, end);
+    return result == CUTFConverter::ConversionOK ? to : nullptr;
+}
+unsigned char* ToUTF8System(const std::wstring& from, unsigned char* to, unsigned char* end) {
+    return to + WideCharToMultiByte(CP_UTF8, 0, from.data(), static_cast<int>(from.size()),
+                                    reinterpret_cast<char*>(to), static_cast<int>(end - to), nullptr,
+                                    nullptr);
+}
+unsigned char* ToUTF8Utfcpp(const std::wstring& from, unsigned char* to, unsigned char*) {
+    return utf8::utf16to8(from.data(), from.data() + from.size(), to);
+}
+
+template <class From, class To>
+void Convert(benchmark::State& state, const From& from, std::size_t expected, std::size_t room,
+             To* (*convert)(const From&, To*, To*)) {
+    std::vector<To> out(room);
+    for (auto _ : state) {
+        const To* const end = convert(from, out.data(), out.data() + room);
+        benchmark::ClobberMemory();
+        if (end != out.data() + expected) {
+            state.SkipWithError("another length");
+            break;
+        }
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(from.size() * sizeof(from[0])));
+}
+
+using ToUTF16Function = wchar_t* (*)(const std::string&, wchar_t*, wchar_t*);
+using ToUTF8Function = unsigned char* (*)(const std::wstring&, unsigned char*, unsigned char*);
+
+void ToUTF16(benchmark::State& state, const Text& text, ToUTF16Function convert) {
+    Convert(state, text.utf8, text.utf16.size(), text.utf8.size(), convert);
+}
+void ToUTF8(benchmark::State& state, const Text& text, ToUTF8Function convert) {
+    Convert(state, text.utf16, text.utf8.size(), kMaxBytesOfUnit * text.utf16.size(), convert);
+}
+
+}  // namespace
+
+#define TARN_BOTH_WAYS(TEXT)                                                                                 \
+    BENCHMARK_CAPTURE(ToUTF16, TEXT, TEXT(), ToUTF16Ours)->Name("BM_UTF8ToUTF16_" #TEXT "/ours");            \
+    BENCHMARK_CAPTURE(ToUTF16, TEXT, TEXT(), ToUTF16System)                                                  \
+        ->Name("BM_UTF8ToUTF16_" #TEXT "/MultiByteToWideChar");                                              \
+    BENCHMARK_CAPTURE(ToUTF16, TEXT, TEXT(), ToUTF16Utfcpp)->Name("BM_UTF8ToUTF16_" #TEXT "/utfcpp");        \
+    BENCHMARK_CAPTURE(ToUTF8, TEXT, TEXT(), ToUTF8Ours)->Name("BM_UTF16ToUTF8_" #TEXT "/ours");              \
+    BENCHMARK_CAPTURE(ToUTF8, TEXT, TEXT(), ToUTF8System)                                                    \
+        ->Name("BM_UTF16ToUTF8_" #TEXT "/WideCharToMultiByte");                                              \
+    BENCHMARK_CAPTURE(ToUTF8, TEXT, TEXT(), ToUTF8Utfcpp)->Name("BM_UTF16ToUTF8_" #TEXT "/utfcpp")
+
+TARN_BOTH_WAYS(ASCII);
+TARN_BOTH_WAYS(German);
+TARN_BOTH_WAYS(CJK);

@@ -1,0 +1,46 @@
+# One CTest test a suite: a process costs 30 ms and more under Wine, and there are thousands of tests.
+
+# The suites that the test macros of these files name. A file in which none is found would never run: an error.
+function(tarn_find_suites out)
+  set(suites)
+  foreach(source IN LISTS ARGN)
+    file(READ ${source} text)
+    string(REGEX MATCHALL "(^|\n)(TYPED_)?TEST(_F|_P)?\\([ \n]*[A-Za-z0-9_]+" macros "${text}")
+    if(NOT macros)
+      message(FATAL_ERROR "${source}: no test suite found; none of its tests would run")
+    endif()
+    list(TRANSFORM macros REPLACE "^[^(]*\\([ \n]*" "")
+    list(APPEND suites ${macros})
+    # A new suite in a file means a new CTest test.
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${source})
+  endforeach()
+  list(REMOVE_DUPLICATES suites)
+  set(${out} ${suites} PARENT_SCOPE)
+endfunction()
+
+# Suites named Cp932... run in a process whose code page is 932.
+function(tarn_add_suites program prefix)
+  tarn_find_suites(suites ${ARGN})
+  foreach(suite IN LISTS suites)
+    set(test ${prefix}${suite})
+    add_test(NAME ${test}
+             COMMAND ${program} --gtest_filter=${suite}.*:*/${suite}.*:${suite}/*.*:*/${suite}/*.*)
+    # GoogleTest's own verdict is asked for, because a crash under Wine can end with exit status 0. The pattern
+    # replaces CTest's look at the exit status; a crash after the verdict leaves one of the other lines.
+    set_tests_properties(
+      ${test}
+      PROPERTIES TIMEOUT 300
+                 PASS_REGULAR_EXPRESSION "\\[  PASSED  \\] [1-9]"
+                 FAIL_REGULAR_EXPRESSION
+                 "\\[  FAILED  \\];Unhandled (page fault|exception);GUARD:;CRASH code;terminate called")
+    if(suite MATCHES "^Cp932")
+      set_tests_properties(${test} PROPERTIES ENVIRONMENT TARN_CODE_PAGE=932)
+    endif()
+  endforeach()
+
+  # A suite that a macro of a test file's own spells would be missed above: the program's list is compared.
+  add_test(NAME ${prefix}every_suite_runs
+           COMMAND ${CMAKE_COMMAND} -DPROGRAM=$<TARGET_FILE:${program}> -DEMULATOR=${CMAKE_CROSSCOMPILING_EMULATOR}
+                   "-DSUITES=${suites}" -P ${CMAKE_SOURCE_DIR}/cmake/check-suites.cmake)
+  set_tests_properties(${prefix}every_suite_runs PROPERTIES TIMEOUT 120)
+endfunction()

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tarnlib/tarnapi.h"
+
+/// Text of the process's multi-byte code page (the C locale's) and UCS-2, the 16-bit wchar_t, into each
+/// other.
+///
+/// Sources are zero-terminated. Counts of wide text are code units, of code-page text bytes. What does not
+/// convert becomes
+/// "?"; a near likeness that the system offers counts as converted. Null outputs ask for the room that is
+/// needed. All members are static and may be called from any thread.
+///
+///     wchar_t wide[80];
+///     int units = CodesetConverter::mbstoucs2(wide, text, 80);
+///     char bytes[16];
+///     int used = CodesetConverter::ucs2tombs(bytes, L"caf\x00E9", 16);
+namespace TarnLibA500 {
+
+class TARN_API CodesetConverter {
+  public:
+    /// At most so many units; terminated when there is room. An invalid byte becomes "?". Returns the units
+    /// without the terminator; with a null output, the characters that the input holds.
+    static int mbstoucs2(wchar_t* out, const char* in, std::uint32_t maxUnits);
+    /// One character. Returns its bytes, 0 for the terminator, -1 when it is invalid.
+    static int mbtoucs2(wchar_t* out, const char* in);
+    /// At most so many bytes; terminated when there is room. When a character does not fit any more, the rest
+    /// is filled with "?" and the conversion ends. Returns the bytes without the terminator; with a null
+    /// output, those needed.
+    static int ucs2tombs(char* out, const wchar_t* in, std::uint32_t nBytes);
+    /// One unit. Returns its bytes, or -1 when it does not exist in the code page or does not fit.
+    static int ucs2tomb(char* out, std::uint32_t nBytes, wchar_t in);
+
+    /// UCS-2 and wchar_t are the same here. One unit; the result is 1.
+    static int ucs2towc(wchar_t* out, wchar_t in);
+    static int wctoucs2(wchar_t* out, wchar_t in);
+    /// At most so many units; terminated when there is room. Returns the units copied, or needed with a null
+    /// output.
+    static int ucs2towcs(wchar_t* out, const wchar_t* in, std::uint32_t maxUnits);
+    static int wcstoucs2(wchar_t* out, const wchar_t* in, std::uint32_t maxUnits);
+};
+
+}  // namespace TarnLibA500

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+
+#include "tarnlib/sstring.h"
+#include "tarnlib/sstringconv.h"
+#include "tarnlib/tarnapi.h"
+
+/// Numbers as text that does not depend on a locale: radix 10, "." as the decimal point. What configuration
+/// files, URLs, registry values and other lasting data use.
+///
+/// All members are static and may be called from any thread. A double that is written without a precision and
+/// read again is the same double.
+///
+///     SAnsiString text = NeutralString::FromNumber(0.1);            // "0.1"
+///     text = NeutralString::FromNumber(2.675, 2);                   // "2.68"
+///     double number = 0;
+///     if (!NeutralString::ToNumber(" 1.5e3 ", number)) ...   // 1500
+///     unsigned short port = 0;
+///     if (!NeutralString::ToNumber("70000", port)) ...       // does not fit: false, 0
+namespace TarnLibA500 {
+
+template <class T>
+concept TextReal = std::same_as<T, float> || std::same_as<T, double>;
+template <class T>
+concept TextNumber = TextInteger<T> || TextReal<T>;
+
+class TARN_API NeutralString {
+  public:
+    /// Significant decimal digits that the form with a precision keeps.
+    static constexpr int kPrecisionDigits = 15;
+
+    /// An integer in radix 10.
+    template <TextInteger T>
+    static SAnsiString FromNumber(T number);
+    template <TextInteger T>
+    static SAsciiString FromNumberToAscii(T number);
+    /// The shortest text that reads back as the same number: plain notation from 1e-5 up to below 1e17,
+    /// otherwise digits with an exponent ("1.5E-7"). Whole numbers have no point; -0 is "0". A number that is
+    /// not finite is reported by assertion and gives no text.
+    static SAnsiString FromNumber(double number);
+    static SAsciiString FromNumberToAscii(double number);
+    /// So many decimals. The number is first taken to 15 significant decimal digits and those are rounded
+    /// half up, away from 0, so 2.675 with 2 is "2.68"; digits beyond are "0". Without decimals there is no
+    /// point; there is no "-0.00".
+    static SAnsiString FromNumber(double number, int precision);
+    static SAnsiString FromNumber(float number, int precision);
+    static SAsciiString FromNumberToAscii(double number, int precision);
+
+    /// Read a number. Integers follow the rules of SAnsiStringConv::FromString. Reals skip blanks and tabs
+    /// before the number and between its parts, take a "+", an exponent after "e" or "E", and ignore what
+    /// follows; they are rounded correctly from the first 20 significant digits. False, with 0, when there is
+    /// no number and when it does not fit the type; a real that is too small is 0, with success.
+    template <TextNumber T>
+    static bool ToNumber(const SAnsiString& text, T& number);
+    template <TextNumber T>
+    static bool ToNumber(const SAsciiString& text, T& number);
+    template <TextNumber T>
+    static bool ToNumber(const char* text, T& number) {
+        return ToNumber(SAnsiString(text), number);
+    }
+    template <TextNumber T>
+    static bool ToNumber(const SAsciiString::iterator& first, const SAsciiString::iterator& last, T& number);
+
+    /// Adds one in the last place of a decimal number's digits, which end at an index; a "." is stepped over.
+    /// False when the carry runs off the front: the digits are all "0" then, and a "1" belongs before them.
+    static bool RoundUpHelper(char* digits, int lastIndex);
+    /// Writes a whole number of at most 64 bits in radix 10 with a terminator; returns the digits. 21 bytes
+    /// always do.
+    static std::uint32_t ToStringFrom64(char* out, unsigned long long part);
+};
+
+}  // namespace TarnLibA500

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+#include <utility>
+
+/// Objects that count who holds them, and the pointer that does the counting.
+///
+/// An object starts with count 0, is made with new, and deletes itself when the last pointer goes, in the
+/// module that made it. Pointers to one object may be copied and destroyed by several threads at once; one
+/// pointer must not be changed by two threads. Two objects that point at each other keep each other alive.
+///
+///     class Section : public CRefCount { ... };
+///
+///     CRefPtr<Section> section(new Section("main"));       // count 1
+///     sections.Add(section);                               // count 2
+///     section->Rename("other");
+///     section = nullptr;                                   // the array still holds it
+namespace TarnLibA500 {
+
+class CRefCount {
+  public:
+    /// Counts one more holder and returns how many there are.
+    std::int32_t AddRef() const noexcept { return refCount_.fetch_add(1, std::memory_order_relaxed) + 1; }
+    /// Counts one holder less and returns how many are left; with the last one the object is deleted.
+    std::int32_t Release() const noexcept {
+        const std::int32_t left = refCount_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+        if (left == 0) delete this;
+        return left;
+    }
+    std::int32_t GetRefCount() const noexcept { return refCount_.load(std::memory_order_acquire); }
+
+  protected:
+    CRefCount() noexcept = default;
+    /// A copy has holders of its own: none yet. Assignment leaves the count alone.
+    CRefCount(const CRefCount&) noexcept {}
+    CRefCount& operator=(const CRefCount&) noexcept { return *this; }
+    virtual ~CRefCount() = default;
+
+  private:
+    mutable std::atomic<std::int32_t> refCount_{0};
+};
+
+/// Holds an object that derives from CRefCount, or nothing.
+template <class T>
+class CRefPtr {
+  public:
+    CRefPtr() noexcept = default;
+    /// Counts the object; null is allowed.
+    CRefPtr(T* object) noexcept : object_(object) { Hold(); }
+    CRefPtr(const CRefPtr& other) noexcept : object_(other.object_) { Hold(); }
+    CRefPtr(CRefPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    /// From a pointer to a derived class.
+    template <class Derived>
+    requires std::is_convertible_v<Derived*, T*> CRefPtr(const CRefPtr<Derived>& other)
+    noexcept : object_(other.get()) { Hold(); }
+    ~CRefPtr() {
+        if (object_ != nullptr) object_->Release();
+    }
+    /// Lets go of the old object once the new one is held.
+    CRefPtr& operator=(const CRefPtr& other) noexcept {
+        CRefPtr(other).swap(*this);
+        return *this;
+    }
+    CRefPtr& operator=(CRefPtr&& other) noexcept {
+        CRefPtr(std::move(other)).swap(*this);
+        return *this;
+    }
+    void swap(CRefPtr& other) noexcept { std::swap(object_, other.object_); }
+
+    T* get() const noexcept { return object_; }
+    T& operator*() const noexcept { return *object_; }
+    T* operator->() const noexcept { return object_; }
+    explicit operator bool() const noexcept { return object_ != nullptr; }
+
+    /// By identity of the object.
+    bool operator==(const CRefPtr& other) const noexcept { return object_ == other.object_; }
+    bool operator==(std::nullptr_t) const noexcept { return object_ == nullptr; }
+
+  private:
+    void Hold() const noexcept {
+        if (object_ != nullptr) object_->AddRef();
+    }
+
+    T* object_ = nullptr;
+};
+
+}  // namespace TarnLibA500

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "tarnlib/tarnapi.h"
+
+/// Assertions and trace texts, below everything else in the library.
+///
+/// A broken precondition is reported here and the operation carries on with a neutral result; nothing is
+/// thrown and nothing aborts. The report is one line,
+///
+///     assert failure: (sstring:120). (inBuffer != 0 : no message).
+///
+/// with the source unit, the line, the expression and a message. Until a sink is installed the line goes to
+/// the debugger and to standard error. An assertion that is raised while another is being reported on the
+/// same thread is dropped, so a sink may use the library. All functions may be called from any thread at any
+/// time.
+///
+///     static void Remember(const char* text) { lastAssertion = text; }
+///
+///     SDiagnosticSink sink;
+///     sink.assertion = &Remember;
+///     const SDiagnosticSink* before = InstallDiagnosticSink(&sink);
+///     ...
+///     InstallDiagnosticSink(before);
+namespace TarnLibA500 {
+
+/// Where assertions and trace texts go. A null member stands for the built-in behaviour. The object must stay
+/// alive and unchanged while it is installed, and until no other thread can still be inside one of its
+/// functions.
+struct SDiagnosticSink {
+    /// Takes the finished line of an assertion, without a line end.
+    void (*assertion)(const char* text) = nullptr;
+    /// Says whether assertions are reported at all. Built in: always.
+    bool (*shouldAssert)() = nullptr;
+    /// Says whether a text of this level (0 to 3) from this source unit is wanted. Built in: never.
+    bool (*shouldTrace)(int level, const char* unit) = nullptr;
+    /// Takes a trace text that shouldTrace let through.
+    void (*trace)(int level, const char* unit, const char* text) = nullptr;
+};
+
+/// Installs a sink (null: the built-in one) and returns the one that was installed before (null: the built-in
+/// one).
+TARN_API const SDiagnosticSink* InstallDiagnosticSink(const SDiagnosticSink* sink);
+
+/// Reports the broken expression at a line of a source unit, with the message "no message".
+TARN_API void SAssert(const char* file, int line, const char* expression);
+/// The same with a message in the process's ANSI code page; a null message is "no message".
+TARN_API void SAssert(const char* file, int line, const char* expression, const char* message);
+/// The same with a UTF-16 message; characters outside the process's ANSI code page become "?".
+TARN_API void SAssert(const char* file, int line, const char* expression, const wchar_t* message);
+
+namespace SLogger {
+/// True when assertions are reported: always, unless an installed sink says otherwise.
+TARN_API bool ShouldAssert();
+}  // namespace SLogger
+
+/// True when a trace text of this level (0 to 3) from this source unit would be taken.
+TARN_API bool ShouldTraceText(int level, const char* unit);
+/// Hands a finished text to the sink when ShouldTraceText holds; otherwise does nothing.
+TARN_API void TraceText(int level, const char* unit, const char* text);
+
+}  // namespace TarnLibA500

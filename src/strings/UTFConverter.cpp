@@ -1,0 +1,201 @@
+#include "tarnlib/UTFConverter.h"
+
+#include <new>
+
+#include "diag/require.h"
+#include "strings/stringbuilder.h"
+#include "strings/utftext.h"
+
+namespace TarnLibA500 {
+namespace {
+
+constexpr const char* kUnit = "UTFConverter";
+constexpr std::uint32_t kUpToTerminator = 0xFFFFFFFF;
+constexpr std::uint32_t kMaxUTF8Bytes = 4;
+constexpr wchar_t kReplacement = 0xFFFD;
+
+using Result = CUTFConverter::Result;
+using UCS4 = CUTFConverter::UCS4;
+using WideBuilder = StringBuilder<wchar_t, 1>;
+
+template <class unit>
+std::uint32_t LengthOf(const unit* text, std::uint32_t limit = kUpToTerminator) {
+    std::uint32_t length = 0;
+    while (text != nullptr && length < limit && text[length] != unit()) ++length;
+    return length;
+}
+
+const unsigned char* Bytes(const char* text) {
+    return reinterpret_cast<const unsigned char*>(text);
+}
+
+bool IsHigh(wchar_t unit) {
+    return (unit & 0xFC00) == 0xD800;
+}
+bool IsLow(wchar_t unit) {
+    return (unit & 0xFC00) == 0xDC00;
+}
+
+std::uint32_t BytesOfUnit(wchar_t unit) {
+    return unit < 0x80 ? 1 : unit < 0x800 ? 2 : 3;
+}
+
+// Lenient conversion of a whole text. A high surrogate right at the end is unpaired, not the start of more to
+// come.
+template <class From, class To>
+bool ConvertWhole(const From* source, const From* sourceEnd, To*& target, To* targetEnd) {
+    const Result result = CUTFConverter::Convert(source, sourceEnd, target, targetEnd);
+    if constexpr (sizeof(From) == sizeof(wchar_t)) {
+        if (result == CUTFConverter::SourceExhausted) {
+            const wchar_t* replacement = &kReplacement;
+            return CUTFConverter::Convert(replacement, replacement + 1, target, targetEnd) ==
+                   CUTFConverter::ConversionOK;
+        }
+    }
+    return result == CUTFConverter::ConversionOK;
+}
+
+}  // namespace
+
+bool DecodeUTF8(const char* source, std::uint32_t nBytes, SOCAString& target) {
+    target.empty();
+    WideBuilder built(nBytes);  // never more units than bytes
+    wchar_t* end = built.units();
+    if (!ConvertWhole(Bytes(source), Bytes(source) + nBytes, end, built.units() + nBytes)) return false;
+    built.cut(static_cast<std::uint32_t>(end - built.units()));
+    target = static_cast<const SString_t<wchar_t, 1>&>(built);
+    return true;
+}
+
+namespace {
+
+// Through a work area of so many target units, then copied to the exact size.
+template <class From, class To>
+bool ConvertToBuffer(const From* source, std::uint32_t length, std::uint32_t room, UTFBuffer_t<To>& target) {
+    using Unit = std::conditional_t<sizeof(To) == 1, unsigned char, To>;
+    target = UTFBuffer_t<To>();
+    if (length == 0) return true;
+    SSimpleBuffer area(room * static_cast<std::uint32_t>(sizeof(To)));
+    auto* const first = reinterpret_cast<Unit*>(area.getBuffer());
+    Unit* end = first;
+    if (!ConvertWhole(source, source + length, end, first + room)) return false;
+    target = UTFBuffer_t<To>(reinterpret_cast<const To*>(first), static_cast<std::uint32_t>(end - first));
+    return true;
+}
+
+}  // namespace
+
+bool CUTFConverter::UTF8ToUTF16(const char* source, std::uint32_t nBytes, SOCAString& target) {
+    try {
+        return DecodeUTF8(source, source != nullptr ? nBytes : 0, target);
+    } catch (const std::bad_alloc&) {
+        SAssert(kUnit, __LINE__, "targetStart");
+        return false;
+    }
+}
+
+bool CUTFConverter::UTF8ToUTF16(const char* source, SOCAString& target) {
+    return UTF8ToUTF16(source, LengthOf(source), target);
+}
+
+bool CUTFConverter::UTF8ToUTF16(const unsigned char* source, SOCAString& target) {
+    return UTF8ToUTF16(reinterpret_cast<const char*>(source), target);
+}
+
+bool CUTFConverter::UTF16ToUTF8(const SOCAString& source, SSimpleBuffer& target) {
+    const std::uint32_t needed = UTF16ToUTF8Length(source.getString(), source.getLength());
+    SSimpleBuffer built(needed);
+    unsigned char* const first = built.getBuffer();
+    unsigned char* end = first;
+    const wchar_t* const text = source.getString();
+    const bool converted = ConvertWhole(text, text + source.getLength(), end, first + needed);
+    if (!converted) end = first;
+    *end++ = 0;
+    built.releaseBuffer(static_cast<std::uint32_t>(end - first));
+    target = built;
+    return converted;
+}
+
+bool CUTFConverter::UTF16ToUTF8(const SOCAString& source, UTF8Buffer& target) {
+    const std::uint32_t room = UTF16ToUTF8Length(source.getString(), source.getLength());
+    return ConvertToBuffer(source.getString(), source.getLength(), room, target);
+}
+
+bool CUTFConverter::UTF16ToUCS4(const SOCAString& source, UCS4Buffer& target) {
+    return ConvertToBuffer(source.getString(), source.getLength(), source.getLength(), target);
+}
+
+bool CUTFConverter::UTF8ToUCS4(const char* source, UCS4Buffer& target) {
+    const std::uint32_t length = LengthOf(source);
+    return ConvertToBuffer(Bytes(source), length, length, target);
+}
+
+bool CUTFConverter::UCS4ToUTF16(const UCS4* source, SOCAString& target) {
+    target.empty();
+    const std::uint32_t length = LengthOf(source);
+    WideBuilder built(2 * length);
+    wchar_t* end = built.units();
+    if (!ConvertWhole(source, source + length, end, built.units() + built.room())) return false;
+    built.cut(static_cast<std::uint32_t>(end - built.units()));
+    target = static_cast<const SString_t<wchar_t, 1>&>(built);
+    return true;
+}
+
+bool CUTFConverter::UCS4ToUTF8(const UCS4* source, UTF8Buffer& target) {
+    const std::uint32_t length = LengthOf(source);
+    return ConvertToBuffer(source, length, kMaxUTF8Bytes * length, target);
+}
+
+std::uint32_t CUTFConverter::UTF16ToUCS4(const wchar_t* source, UCS4* target, std::uint32_t size) {
+    const std::uint32_t units = LengthOf(source);
+    if (target == nullptr || source == nullptr) return units + 1;
+    UCS4* end = target;
+    const bool converted = ConvertWhole(source, source + units, end, target + size);
+    const auto count = static_cast<std::uint32_t>(end - target);
+    if (!converted || count == size) return count;
+    *end = 0;
+    return units + 1;
+}
+
+bool CUTFConverter::ConvertToUTF8String(const wchar_t* source, std::uint32_t count, unsigned char*& target,
+                                        std::uint32_t& length) {
+    target = nullptr;
+    length = 0;
+    if (count == 0 || source == nullptr) return false;
+    const std::uint32_t needed = UTF16ToUTF8Length(source, count);
+    SSimpleBuffer built(needed);
+    unsigned char* const first = built.getBuffer();
+    unsigned char* end = first;
+    if (!ConvertWhole(source, source + count, end, first + needed)) return false;
+    length = static_cast<std::uint32_t>(end - first);
+    *end = 0;
+    built.releaseBuffer(length + 1);
+    target = built.detach();
+    return true;
+}
+
+std::uint32_t CUTFConverter::UTF16ToUTF8Length(const wchar_t* source, std::uint32_t units) {
+    if (units == kUpToTerminator) units = LengthOf(source);
+    std::uint32_t bytes = 1;
+    for (std::uint32_t i = 0; source != nullptr && i < units; ++i) {
+        const bool isPair = IsHigh(source[i]) && i + 1 < units && IsLow(source[i + 1]);
+        bytes += isPair ? kMaxUTF8Bytes : BytesOfUnit(source[i]);
+        if (isPair) ++i;
+    }
+    return bytes;
+}
+
+std::uint32_t CUTFConverter::WideCharToUTF8Length(const wchar_t* source, std::uint32_t units) {
+    if (units == kUpToTerminator) units = LengthOf(source);
+    std::uint32_t bytes = 1;
+    for (std::uint32_t i = 0; source != nullptr && i < units; ++i) bytes += BytesOfUnit(source[i]);
+    return bytes;
+}
+
+void CUTFConverter::setText(const SAnsiString& text) {
+    SOCAString wide;
+    wide.fromMBCS(text.getString());
+    UTF16ToUTF8(wide, text_);
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tarnlib/sstring.h"
+
+namespace TarnLibA500 {
+
+/// Maps the characters of a code-page text in place: up to its first zero byte, its first invalid character,
+/// or before one that would pass "limit" bytes; what follows moves up. Returns the text's new length, which
+/// is never longer.
+std::uint32_t MapCase(char* text, std::uint32_t length, std::uint32_t limit, LetterCase to);
+/// The same for UTF-16 units, whose number stays.
+void MapCase(wchar_t* text, std::uint32_t length, LetterCase to);
+/// The same for ASCII bytes.
+void MapAsciiCase(char* text, std::uint32_t length, LetterCase to);
+
+}  // namespace TarnLibA500

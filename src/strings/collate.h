@@ -1,0 +1,14 @@
+#pragma once
+
+/// Comparison without regard to case, up to the first zero unit.
+namespace TarnLibA500 {
+
+/// By the collation of the C locale's LC_COLLATE category (in the "C" locale: by lower-cased bytes): -1, 0
+/// or 1. A text that the system cannot collate is compared by its lower-cased characters.
+int CollateNoCase(const char* left, const char* right);
+int CollateNoCase(const wchar_t* left, const wchar_t* right);
+
+/// The difference of the first two lower-cased bytes that differ, not normalised.
+int CompareBytesNoCase(const char* left, const char* right);
+
+}  // namespace TarnLibA500

@@ -1,0 +1,419 @@
+#include "strings/flavourconvert.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "diag/require.h"
+#include "strings/mbchar.h"
+#include "strings/stringbuilder.h"
+#include "strings/utftext.h"
+#include "tarnlib/UTFConverter.h"
+#include "tarnlib/codesetconverter.h"
+
+namespace TarnLibA500 {
+namespace {
+
+constexpr const char* kUnit = "sstring";
+constexpr const char* kNoInput = "inBuffer != 0";
+constexpr const char* kNoOutput = "outBuffer != 0";
+constexpr const char* kNoUTF8Output = "outBuffer!=NULL";
+constexpr const char* kNotAsciiHere = "Not a valid ASCII string in SString";
+constexpr const char* kNotAsciiInMBCS = "Not a valid ASCII string in MBCS";
+constexpr const char* kNotAsciiInOCA = "Not a valid ASCII string in OCA";
+constexpr const char* kNotAsciiInWChar = "Not a valid ASCII string in WChar";
+
+constexpr int kFailed = -1;
+constexpr unsigned kAsciiEnd = 0x80;
+constexpr std::uint32_t kUnitBytes = sizeof(wchar_t);
+
+using Ansi = SString_t<char, 0>;
+using Ascii = SString_t<char, 1>;
+using Wide = SString_t<wchar_t, 1>;
+
+template <class unit>
+bool IsAscii(unit character) {
+    return static_cast<std::make_unsigned_t<unit>>(character) < kAsciiEnd;
+}
+
+// The units of a source up to its terminator, at most so many; a null source is reported and counts as empty.
+template <class unit>
+std::uint32_t SourceLength(const unit* text, std::uint32_t count) {
+    if (!Require(text != nullptr, kUnit, kNoInput)) return 0;
+    std::uint32_t length = 0;
+    while (length < count && text[length] != unit()) ++length;
+    return length;
+}
+
+// Writes the text with its terminator when there is room for both.
+template <class unit>
+int WriteText(const unit* text, std::uint32_t length, unit* out, std::uint32_t nBytesInBuffer) {
+    if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
+    if (nBytesInBuffer / sizeof(unit) <= length) return kFailed;
+    std::memcpy(out, text, std::size_t{length} * sizeof(unit));
+    out[length] = unit();
+    return static_cast<int>(length + 1);
+}
+
+// Leaves what is there in the target until the new text is whole: the source may lie in it.
+template <class String>
+bool Take(String& target, const String& text) {
+    target = text;
+    return true;
+}
+
+// --- code-page text and UTF-16 ---
+
+Wide WideFromMBCS(const char* text, std::uint32_t count) {
+    const Ansi terminated(text, count);
+    StringBuilder<wchar_t, 1> built(
+        static_cast<std::uint32_t>(CodesetConverter::mbstoucs2(nullptr, terminated.getString(), 0)));
+    if (built.room() != 0) CodesetConverter::mbstoucs2(built.units(), terminated.getString(), built.room());
+    return built;
+}
+
+Ansi MBCSFromWide(const wchar_t* text, std::uint32_t count) {
+    const Wide terminated(text, count);
+    StringBuilder<char, 0> built(
+        static_cast<std::uint32_t>(CodesetConverter::ucs2tombs(nullptr, terminated.getString(), 0)));
+    if (built.room() != 0) CodesetConverter::ucs2tombs(built.units(), terminated.getString(), built.room());
+    return built;
+}
+
+// Hands the text on as UTF-16, a piece at a time: reading a string allocates nothing.
+template <class Use>
+void ForEachWidePiece(const char* text, Use use) {
+    constexpr std::uint32_t kPieceUnits = 256;
+    wchar_t piece[kPieceUnits];
+    const mbchar::CodePage& page = mbchar::CodePage::Current();
+    while (*text != '\0') {
+        const auto units = static_cast<std::uint32_t>(CodesetConverter::mbstoucs2(piece, text, kPieceUnits));
+        use(piece, units);
+        text = mbchar::Advance(page, text, units);
+    }
+}
+
+// --- UTF-8 ---
+
+// UTF-8 with a terminator; the bytes before it, or -1 when they do not fit.
+int WriteUTF8(const wchar_t* text, std::uint32_t length, char* out, std::uint32_t nBytesInBuffer) {
+    if (!Require(out != nullptr, kUnit, kNoUTF8Output)) return kFailed;
+    if (CUTFConverter::UTF16ToUTF8Length(text, length) > nBytesInBuffer) return kFailed;
+    auto* const first = reinterpret_cast<unsigned char*>(out);
+    unsigned char* end = first;
+    const wchar_t* source = text;
+    if (CUTFConverter::Convert(source, text + length, end, first + nBytesInBuffer) ==
+        CUTFConverter::SourceExhausted) {
+        constexpr wchar_t replacement = 0xFFFD;  // a high surrogate at the very end
+        const wchar_t* last = &replacement;
+        CUTFConverter::Convert(last, last + 1, end, first + nBytesInBuffer);
+    }
+    *end = 0;
+    return static_cast<int>(end - first);
+}
+
+bool WideFromUTF8(const char* text, std::uint32_t nBytes, SOCAString& wide) {
+    const std::uint32_t length = SourceLength(text, nBytes);
+    return length == 0 || DecodeUTF8(text, length, wide);
+}
+
+// --- ASCII ---
+
+// "?" for every unit that is not ASCII.
+void WriteAscii(const wchar_t* units, std::uint32_t count, char* out) {
+    for (std::uint32_t i = 0; i < count; ++i)
+        out[i] = IsAscii(units[i]) ? static_cast<char>(units[i]) : mbchar::kReplacement;
+}
+
+template <class unit>
+bool TakeAscii(Ascii& target, const unit* text, std::uint32_t count, const char* complaint) {
+    const std::uint32_t length = SourceLength(text, count);
+    for (std::uint32_t i = 0; i < length; ++i) {
+        if (!Require(IsAscii(text[i]), kUnit, complaint)) return false;
+    }
+    Ascii taken;
+    taken.concatFromAsciiCharacters(text, length);
+    return Take(target, taken);
+}
+
+}  // namespace
+
+// ------------------------------------------------------------------------------------------------
+// SAnsiString
+
+template <>
+std::uint32_t FlavourConvert<char, 0>::getNBytesForWide(const char* text, std::uint32_t) {
+    return (mbchar::CountCharacters(mbchar::CodePage::Current(), text) + 1) * kUnitBytes;
+}
+
+template <>
+std::uint32_t FlavourConvert<char, 0>::getNBytesForAscii(const char* text, std::uint32_t) {
+    return mbchar::CountCharacters(mbchar::CodePage::Current(), text) + 1;
+}
+
+template <>
+std::uint32_t FlavourConvert<char, 0>::getNBytesForMBCS(const char*, std::uint32_t length) {
+    return length + 1;
+}
+
+template <>
+std::uint32_t FlavourConvert<char, 0>::getNBytesForUTF8(const char* text, std::uint32_t) {
+    std::uint32_t needed = 1;
+    ForEachWidePiece(text, [&](const wchar_t* units, std::uint32_t count) {
+        needed += CUTFConverter::UTF16ToUTF8Length(units, count) - 1;
+    });
+    return needed;
+}
+
+template <>
+int FlavourConvert<char, 0>::toAscii(const char* text, std::uint32_t length, char* out,
+                                     std::uint32_t nBytesInBuffer) {
+    if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
+    const std::uint32_t needed = getNBytesForAscii(text, length);
+    if (nBytesInBuffer < needed) return kFailed;
+    ForEachWidePiece(text, [&](const wchar_t* units, std::uint32_t count) {
+        WriteAscii(units, count, out);
+        out += count;
+    });
+    *out = '\0';
+    return static_cast<int>(needed);
+}
+
+template <>
+int FlavourConvert<char, 0>::toMBCS(const char* text, std::uint32_t length, char* out,
+                                    std::uint32_t nBytesInBuffer) {
+    return WriteText(text, length, out, nBytesInBuffer);
+}
+
+template <>
+int FlavourConvert<char, 0>::toWide(const char* text, std::uint32_t length, wchar_t* out,
+                                    std::uint32_t nBytesInBuffer) {
+    if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
+    if (nBytesInBuffer < getNBytesForWide(text, length)) return kFailed;
+    return CodesetConverter::mbstoucs2(out, text, nBytesInBuffer / kUnitBytes) + 1;
+}
+
+// Deliberately without the terminator in its count.
+template <>
+int FlavourConvert<char, 0>::toUTF8(const char* text, std::uint32_t length, char* out,
+                                    std::uint32_t nBytesInBuffer) {
+    if (!Require(out != nullptr, kUnit, kNoUTF8Output)) return kFailed;
+    const std::uint32_t needed = getNBytesForUTF8(text, length);
+    if (nBytesInBuffer < needed) return kFailed;
+    ForEachWidePiece(text, [&](const wchar_t* units, std::uint32_t count) {
+        out += WriteUTF8(units, count, out, needed);
+    });
+    *out = '\0';
+    return static_cast<int>(needed) - 1;
+}
+
+template <>
+bool FlavourConvert<char, 0>::fromAscii(Ansi& target, const char* text, std::uint32_t count) {
+    Ansi taken(text, SourceLength(text, count));
+    const bool allAscii = std::all_of(taken.getString(), taken.end().getPtr(), &IsAscii<char>);
+    if (!allAscii) {
+        char* const bytes = taken.detach();
+        std::replace_if(
+            bytes, bytes + taken.getLength(), [](char byte) { return !IsAscii(byte); }, mbchar::kReplacement);
+    }
+    return Take(target, taken);
+}
+
+template <>
+bool FlavourConvert<char, 0>::fromMBCS(Ansi& target, const char* text, std::uint32_t count) {
+    return Take(target, Ansi(text, SourceLength(text, count)));
+}
+
+template <>
+bool FlavourConvert<char, 0>::fromOCA(Ansi& target, const wchar_t* text, std::uint32_t count) {
+    return Take(target, MBCSFromWide(text, SourceLength(text, count)));
+}
+
+template <>
+bool FlavourConvert<char, 0>::fromWChar(Ansi& target, const wchar_t* text, std::uint32_t count) {
+    return fromOCA(target, text, count);
+}
+
+template <>
+bool FlavourConvert<char, 0>::fromUTF8(Ansi& target, const char* text, std::uint32_t nBytes) {
+    SOCAString wide;
+    const bool converted = WideFromUTF8(text, nBytes, wide);
+    Take(target, MBCSFromWide(wide.getString(), wide.getLength()));
+    return converted;
+}
+
+// ------------------------------------------------------------------------------------------------
+// SAsciiString
+
+template <>
+std::uint32_t FlavourConvert<char, 1>::getNBytesForAscii(const char*, std::uint32_t length) {
+    return length + 1;
+}
+
+template <>
+std::uint32_t FlavourConvert<char, 1>::getNBytesForMBCS(const char*, std::uint32_t length) {
+    return length + 1;
+}
+
+template <>
+std::uint32_t FlavourConvert<char, 1>::getNBytesForWide(const char*, std::uint32_t length) {
+    return (length + 1) * kUnitBytes;
+}
+
+template <>
+std::uint32_t FlavourConvert<char, 1>::getNBytesForUTF8(const char*, std::uint32_t length) {
+    return length + 1;
+}
+
+template <>
+int FlavourConvert<char, 1>::toAscii(const char* text, std::uint32_t length, char* out,
+                                     std::uint32_t nBytesInBuffer) {
+    const int written = WriteText(text, length, out, nBytesInBuffer);
+    for (std::uint32_t i = 0; written > 0 && i < length; ++i) {
+        if (!Require(IsAscii(out[i]), kUnit, kNotAsciiHere)) out[i] = mbchar::kReplacement;
+    }
+    return written;
+}
+
+template <>
+int FlavourConvert<char, 1>::toMBCS(const char* text, std::uint32_t length, char* out,
+                                    std::uint32_t nBytesInBuffer) {
+    if (!Require(nBytesInBuffer > length, kUnit, "nBytesInBuffer >= nBytesUsed")) return kFailed;
+    return WriteText(text, length, out, nBytesInBuffer);
+}
+
+// A byte of 128 and more is widened with its sign, deliberately.
+template <>
+int FlavourConvert<char, 1>::toWide(const char* text, std::uint32_t length, wchar_t* out,
+                                    std::uint32_t nBytesInBuffer) {
+    if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
+    if (nBytesInBuffer / kUnitBytes <= length) return kFailed;
+    for (std::uint32_t i = 0; i < length; ++i)
+        out[i] = static_cast<wchar_t>(static_cast<signed char>(text[i]));
+    out[length] = L'\0';
+    return static_cast<int>(length + 1);
+}
+
+template <>
+int FlavourConvert<char, 1>::toUTF8(const char* text, std::uint32_t length, char* out,
+                                    std::uint32_t nBytesInBuffer) {
+    if (!Require(out != nullptr, kUnit, kNoUTF8Output)) return kFailed;
+    return WriteText(text, length, out, nBytesInBuffer);
+}
+
+template <>
+bool FlavourConvert<char, 1>::fromAscii(Ascii& target, const char* text, std::uint32_t count) {
+    return TakeAscii(target, text, count, kNotAsciiHere);
+}
+
+template <>
+bool FlavourConvert<char, 1>::fromMBCS(Ascii& target, const char* text, std::uint32_t count) {
+    return TakeAscii(target, text, count, kNotAsciiInMBCS);
+}
+
+template <>
+bool FlavourConvert<char, 1>::fromOCA(Ascii& target, const wchar_t* text, std::uint32_t count) {
+    return TakeAscii(target, text, count, kNotAsciiInOCA);
+}
+
+template <>
+bool FlavourConvert<char, 1>::fromWChar(Ascii& target, const wchar_t* text, std::uint32_t count) {
+    return TakeAscii(target, text, count, kNotAsciiInWChar);
+}
+
+// Illegal UTF-8 leaves the string empty; legal UTF-8 beyond ASCII leaves it unchanged, as fromOCA does.
+template <>
+bool FlavourConvert<char, 1>::fromUTF8(Ascii& target, const char* text, std::uint32_t nBytes) {
+    SOCAString wide;
+    if (WideFromUTF8(text, nBytes, wide)) return fromOCA(target, wide.getString(), wide.getLength());
+    target.empty();
+    return false;
+}
+
+// ------------------------------------------------------------------------------------------------ wide
+// strings
+
+template <>
+std::uint32_t FlavourConvert<wchar_t, 1>::getNBytesForAscii(const wchar_t*, std::uint32_t length) {
+    return length + 1;
+}
+
+template <>
+std::uint32_t FlavourConvert<wchar_t, 1>::getNBytesForMBCS(const wchar_t* text, std::uint32_t) {
+    return static_cast<std::uint32_t>(CodesetConverter::ucs2tombs(nullptr, text, 0)) + 1;
+}
+
+template <>
+std::uint32_t FlavourConvert<wchar_t, 1>::getNBytesForWide(const wchar_t*, std::uint32_t length) {
+    return (length + 1) * kUnitBytes;
+}
+
+template <>
+std::uint32_t FlavourConvert<wchar_t, 1>::getNBytesForUTF8(const wchar_t* text, std::uint32_t length) {
+    return CUTFConverter::UTF16ToUTF8Length(text, length);
+}
+
+template <>
+int FlavourConvert<wchar_t, 1>::toAscii(const wchar_t* text, std::uint32_t length, char* out,
+                                        std::uint32_t nBytesInBuffer) {
+    if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
+    if (nBytesInBuffer <= length) return kFailed;
+    WriteAscii(text, length, out);
+    out[length] = '\0';
+    return static_cast<int>(length + 1);
+}
+
+// A text that does not fit fills the room and is reported as size + 1, deliberately not as -1.
+template <>
+int FlavourConvert<wchar_t, 1>::toMBCS(const wchar_t* text, std::uint32_t, char* out,
+                                       std::uint32_t nBytesInBuffer) {
+    if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
+    return CodesetConverter::ucs2tombs(out, text, nBytesInBuffer) + 1;
+}
+
+template <>
+int FlavourConvert<wchar_t, 1>::toWide(const wchar_t* text, std::uint32_t length, wchar_t* out,
+                                       std::uint32_t nBytesInBuffer) {
+    return WriteText(text, length, out, nBytesInBuffer);
+}
+
+template <>
+int FlavourConvert<wchar_t, 1>::toUTF8(const wchar_t* text, std::uint32_t length, char* out,
+                                       std::uint32_t nBytesInBuffer) {
+    const int bytes = WriteUTF8(text, length, out, nBytesInBuffer);
+    return bytes >= 0 ? bytes + 1 : kFailed;
+}
+
+template <>
+bool FlavourConvert<wchar_t, 1>::fromAscii(Wide& target, const char* text, std::uint32_t count) {
+    const std::uint32_t length = SourceLength(text, count);
+    StringBuilder<wchar_t, 1> built(length);
+    for (std::uint32_t i = 0; i < length; ++i) {
+        built.units()[i] = static_cast<wchar_t>(IsAscii(text[i]) ? text[i] : mbchar::kReplacement);
+    }
+    return Take<Wide>(target, built);
+}
+
+template <>
+bool FlavourConvert<wchar_t, 1>::fromMBCS(Wide& target, const char* text, std::uint32_t count) {
+    return Take(target, WideFromMBCS(text, SourceLength(text, count)));
+}
+
+template <>
+bool FlavourConvert<wchar_t, 1>::fromOCA(Wide& target, const wchar_t* text, std::uint32_t count) {
+    return Take(target, Wide(text, SourceLength(text, count)));
+}
+
+template <>
+bool FlavourConvert<wchar_t, 1>::fromWChar(Wide& target, const wchar_t* text, std::uint32_t count) {
+    return fromOCA(target, text, count);
+}
+
+template <>
+bool FlavourConvert<wchar_t, 1>::fromUTF8(Wide& target, const char* text, std::uint32_t nBytes) {
+    SOCAString wide;
+    const bool converted = WideFromUTF8(text, nBytes, wide);
+    Take<Wide>(target, wide);
+    return converted;
+}
+
+}  // namespace TarnLibA500

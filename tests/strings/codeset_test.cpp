@@ -1,0 +1,170 @@
+// Strings of one flavour into another, and code-page text into named code sets.
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/assert_recorder.h"
+#include "support/locale_scope.h"
+#include "support/print_strings.h"
+#include "tarnlib/codesetconverter.h"
+#include "tarnlib/mbcscodesetconverter.h"
+#include "tarnlib/sdecodedstring.h"
+#include "tarnlib/sstring.h"
+
+using namespace TarnLibA500;
+using tarntest::kLocale1252;
+using tarntest::kLocale932;
+using tarntest::LocaleScope;
+using Codeset = MBCSCodesetConverter;
+
+namespace {
+
+std::string Bytes(const SSimpleBuffer& buffer) {
+    return {reinterpret_cast<const char*>(buffer.getBufferProtected()), buffer.getNBytes()};
+}
+
+}  // namespace
+
+TEST(AsciiConversion, RefusesWhatIsNotAscii) {
+    tarntest::AssertRecorder asserts;
+    SAsciiString s("kept");
+    EXPECT_FALSE(s.fromMBCS("a\xE9"));
+    EXPECT_TRUE(asserts.sawLast("sstring", "Not a valid ASCII string in MBCS"));
+    EXPECT_FALSE(s.fromOCA(L"a\x100"));
+    EXPECT_TRUE(asserts.sawLast("sstring", "Not a valid ASCII string in OCA"));
+    EXPECT_FALSE(s.fromWChar(L"\xE9"));
+    EXPECT_TRUE(asserts.sawLast("sstring", "Not a valid ASCII string in WChar"));
+    EXPECT_FALSE(s.fromUTF8("\xC3\xA9"));
+    EXPECT_EQ(s, "kept");
+    EXPECT_FALSE(s.fromUTF8("\xC3"));
+    EXPECT_EQ(s, "");
+    EXPECT_TRUE(s.fromWChar(L"plain text", 5));
+    EXPECT_EQ(s, "plain");
+    EXPECT_TRUE(s.fromMBCS(s.getString() + 1));
+    EXPECT_EQ(s, "lain");
+
+    const SAsciiString stray("a\xE9");
+    char bytes[8];
+    wchar_t units[8];
+    EXPECT_EQ(stray.toAscii(bytes, 2), -1);
+    EXPECT_EQ(stray.toAscii(bytes, 3), 3);
+    EXPECT_TRUE(asserts.sawLast("sstring", "Not a valid ASCII string in SString"));
+    EXPECT_STREQ(bytes, "a?");
+    EXPECT_EQ(stray.toMBCS(bytes, 2), -1);
+    EXPECT_TRUE(asserts.sawLast("sstring", "nBytesInBuffer >= nBytesUsed"));
+    EXPECT_EQ(stray.toMBCS(bytes, 3), 3);
+    EXPECT_STREQ(bytes, "a\xE9");
+    EXPECT_EQ(stray.toWChar(units, 6), 3);
+    EXPECT_EQ(units[1], 0xFFE9);  // widened with its sign
+    EXPECT_EQ(stray.toOCA(units, 5), -1);
+    EXPECT_EQ(stray.toUTF8(bytes, 3), 3);
+}
+
+TEST(AnsiConversion, GoesThroughUTF16) {
+    const LocaleScope locale(kLocale1252);
+    const SAnsiString s("\x80 caf\xE9");
+    char bytes[32];
+    wchar_t units[32];
+    EXPECT_EQ(s.getNBytesForWChar(), 14U);
+    EXPECT_EQ(s.toWChar(units, 13), -1);
+    EXPECT_EQ(s.toWChar(units, 14), 7);
+    EXPECT_STREQ(units, L"\x20AC caf\xE9");
+    EXPECT_EQ(s.getNBytesForUTF8(), 10U);
+    EXPECT_EQ(s.toUTF8(bytes, 9), -1);
+    EXPECT_EQ(s.toUTF8(bytes, 10), 9);  // the terminator not counted
+    EXPECT_STREQ(bytes, "\xE2\x82\xAC caf\xC3\xA9");
+    EXPECT_EQ(s.toAscii(bytes, 7), 7);
+    EXPECT_STREQ(bytes, "? caf?");
+    SAnsiString back;
+    EXPECT_TRUE(back.fromUTF8("\xE2\x82\xAC caf\xC3\xA9 \xE0\xB8\x81"));
+    EXPECT_EQ(back, "\x80 caf\xE9 ?");
+    EXPECT_TRUE(back.fromWChar(L"\x141\xFF21\x3000", 2));
+    EXPECT_EQ(back, "LA");  // near likenesses
+    EXPECT_FALSE(back.fromUTF8("abc\xFF"));
+    EXPECT_EQ(back, "");
+    EXPECT_TRUE(back.fromAscii("a\xE9z", 2));
+    EXPECT_EQ(back, "a?");
+    const SAnsiString large(std::string(3000, '\xE9').c_str());  // more than one piece
+    EXPECT_EQ(large.getNBytesForUTF8(), 6001U);
+    std::string utf8(6001, '#');
+    EXPECT_EQ(large.toUTF8(utf8.data(), 6001), 6000);
+    EXPECT_EQ(utf8.find_first_not_of("\xC3\xA9"), 6000U);
+}
+
+TEST(WideConversion, CutsWithQuestionMarks) {
+    const LocaleScope locale(kLocale1252);
+    const SWCharString s(L"a\xE9\x30BD\xD83D");
+    char bytes[32];
+    EXPECT_EQ(s.toMBCS(bytes, 32), 5);
+    EXPECT_STREQ(bytes, "a\xE9??");
+    EXPECT_EQ(s.toAscii(bytes, 5), 5);
+    EXPECT_STREQ(bytes, "a???");
+    EXPECT_EQ(s.toUTF8(bytes, 9), -1);
+    EXPECT_EQ(s.toUTF8(bytes, 10), 10);
+    EXPECT_STREQ(bytes, "a\xC3\xA9\xE3\x82\xBD\xEF\xBF\xBD");
+    SWCharString back(L"old");
+    EXPECT_TRUE(back.fromMBCS("\x80\x81"));
+    EXPECT_EQ(back, L"\x20AC\x81");
+    EXPECT_FALSE(back.fromUTF8("\xED\xA0\x80"));
+    EXPECT_EQ(back, L"");
+    tarntest::AssertRecorder asserts;
+    EXPECT_TRUE(back.fromMBCS(nullptr));
+    EXPECT_TRUE(asserts.sawLast("sstring", "inBuffer != 0"));
+    EXPECT_EQ(s.toMBCS(nullptr, 9), -1);
+    EXPECT_TRUE(asserts.sawLast("sstring", "outBuffer != 0"));
+    EXPECT_EQ(s.toUTF8(nullptr, 9), -1);
+    EXPECT_TRUE(asserts.sawLast("sstring", "outBuffer!=NULL"));
+    EXPECT_EQ(SDecodedString(SWCharString(L"x")), L"x");
+}
+
+TEST(Cp932Conversion, NeverCutsACharacterInHalf) {
+    const LocaleScope locale(kLocale932);
+    char bytes[8] = "#######";
+    EXPECT_EQ(SWCharString(L"A\x30BD\x30BD").toMBCS(bytes, 4), 5);  // size + 1, no terminator
+    EXPECT_EQ(std::string(bytes, 5), "A\x83\x5C?#");
+    EXPECT_EQ(CodesetConverter::ucs2tombs(bytes, L"A\x30BD", 2), 2);
+    EXPECT_EQ(std::string(bytes, 2), "A?");
+    EXPECT_EQ(CodesetConverter::ucs2tombs(nullptr, L"A\x30BD\xE01", 0), 4);
+    wchar_t units[8] = L"#######";
+    EXPECT_EQ(CodesetConverter::mbstoucs2(units, "\x83\x5C\x83", 8), 2);
+    EXPECT_STREQ(units, L"\x30BD?");
+    EXPECT_EQ(CodesetConverter::mbstoucs2(units, "abc", 2), 2);
+    EXPECT_EQ(units[2], L'\0');  // of before
+    EXPECT_EQ(CodesetConverter::mbtoucs2(units, "\x83"), -1);
+    EXPECT_EQ(CodesetConverter::ucs2tomb(bytes, 1, 0x30BD), -1);
+    EXPECT_EQ(CodesetConverter::ucs2towcs(units, L"wide", 3), 3);
+    EXPECT_EQ(SAnsiString("\x83\x5C").getNBytesForWChar(), 4U);
+    SAnsiString back;
+    EXPECT_TRUE(back.fromUTF8("\xE3\x82\xBD\xC3\xA9"));
+    EXPECT_EQ(back,
+              "\x83\x5C"
+              "e");
+}
+
+TEST(NamedCodesets, ConvertBothWays) {
+    const LocaleScope locale(kLocale1252);
+    struct Case {
+        Codeset::ExplicitCodeset codeset;
+        const char *bytes, *text;
+    };
+    for (const Case& c : {Case{Codeset::Current, "\xE9\x80", "\xE9\x80"},
+                          {Codeset::UTF8, "\xC3\xA9\xE2\x82\xAC", "\xE9\x80"},
+                          {Codeset::Windows1252, "\xE9\x80", "\xE9\x80"},
+                          {Codeset::Windows1252Too, "\xE9\x80", "\xE9\x80"},
+                          {Codeset::ISO8859_15, "\xE9\xA4\xBD", "\xE9\x80\x9C"},
+                          {Codeset::Windows932, "A\x5C", "A\x5C"}}) {
+        EXPECT_EQ(Codeset::ExplicitCodesetToT(c.bytes, c.codeset), c.text) << c.codeset;
+        const SSimpleBuffer bytes = Codeset::TToExplicitCodeset(c.text, c.codeset);
+        EXPECT_EQ(Bytes(bytes), c.bytes) << c.codeset;
+        EXPECT_EQ(bytes.getBufferProtected()[bytes.getNBytes()], 0);
+        EXPECT_EQ(Codeset::ExplicitCodesetToT(bytes, c.codeset), c.text);
+    }
+    EXPECT_EQ(Codeset::ExplicitCodesetToT("\x83\x5C", Codeset::Windows932),
+              "?");  // not in this process's code page
+    EXPECT_EQ(Codeset::ExplicitCodesetToT("\xFF", Codeset::UTF8), "");
+    EXPECT_EQ(Codeset::TToExplicitCodeset("", Codeset::UTF8).getNBytes(), 0U);
+    tarntest::AssertRecorder asserts;
+    EXPECT_EQ(Codeset::ExplicitCodesetToT("x", static_cast<Codeset::ExplicitCodeset>(6)), "");
+    EXPECT_TRUE(asserts.sawLast("mbcscodesetconverter", "codeset is known"));
+}

@@ -1,0 +1,510 @@
+#include "tarnlib/sstring.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <limits>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <windows.h>
+
+#include "support/assert_recorder.h"
+#include "support/locale_scope.h"
+#include "support/print_strings.h"
+
+using namespace TarnLibA500;
+using tarntest::kLocale1252;
+using tarntest::kLocale932;
+using tarntest::LocaleScope;
+
+namespace {
+
+// Opens the buffer control that derived classes use.
+template <class String>
+class Probe : public String {
+  public:
+    using String::String;
+    using Base = typename String::Base;
+    using Buffer = typename Base::SStringBuffer;
+    using Base::allocBuffer, Base::concatAllocHelper, Base::copyOnWrite, Base::GetEmptyBuffer,
+        Base::getStringBuffer;
+    using Base::releaseBuffer, Base::releaseStringBuffer, Base::setBuffer, Base::unlinkBuffer;
+    std::uint32_t capacity() const { return this->getStringBuffer()->capacity; }
+    int references() const { return this->getStringBuffer()->refCount; }
+    bool isOnEmptyBuffer() const { return this->getStringBuffer() == Base::GetEmptyBuffer(); }
+};
+using Ansi = Probe<SAnsiString>;
+using Wide = Probe<SWCharString>;
+
+std::wstring FromLatin(const std::string& text) {
+    std::wstring wide;
+    for (const char c : text) wide += static_cast<unsigned char>(c);
+    return wide;
+}
+
+std::string Text(const SString_t<char, 0>& s) {
+    return {s.getString(), s.getLength()};
+}
+
+}  // namespace
+
+TEST(StringBuffer, LayoutIsOnePointerToATwelveByteHeader) {
+    static_assert(sizeof(SAnsiString) == sizeof(void*) && sizeof(SWCharStringCI) == sizeof(void*));
+    static_assert(sizeof(Ansi::Buffer) == 12);
+    const Ansi s("abc");
+    EXPECT_EQ(static_cast<const void*>(s.getString()),
+              reinterpret_cast<const char*>(s.getStringBuffer()) + 12);
+    const Ansi::Buffer& empty = *Ansi::GetEmptyBuffer();
+    EXPECT_EQ(empty.refCount, -1);
+    EXPECT_EQ(empty.length, 0U);
+    EXPECT_EQ(empty.capacity, 0xFFFFFFFFU);
+    EXPECT_EQ(*empty.getBuffer(), '\0');
+    Ansi::Buffer header(7, 5, 9);
+    Ansi::Buffer copy(header);
+    EXPECT_EQ(copy.refCount.load() + static_cast<int>(copy.length + copy.capacity), 21);
+    copy.Initialize();
+    EXPECT_EQ(copy.refCount.load() + static_cast<int>(copy.length + copy.capacity), 1);
+}
+
+TEST(StringBuffer, GrowsByItsRules) {
+    Ansi s;
+    EXPECT_EQ(s.concatAllocHelper(0), nullptr);
+    EXPECT_TRUE(s.isOnEmptyBuffer());
+    s.concat("ab", 2);
+    EXPECT_EQ(s.capacity(), 2U + 1 + 32);  // fresh: slack
+    s.concat(std::string(40, 'x').c_str());
+    EXPECT_EQ(s.capacity(), 2U * 2 + 40 + 1);  // in place: doubling of the old length, no slack
+    Ansi sharer(s);
+    s.concat("y");
+    EXPECT_EQ(s.capacity(), 42U + 1 + 1 + 32);  // shared with room: as long as needed
+    EXPECT_EQ(sharer.getLength(), 42U);
+    Ansi third(s);
+    s.concat(std::string(100, 'z').c_str());
+    EXPECT_EQ(s.capacity(), 2U * 43 + 100 + 1 + 32);  // shared without room
+    EXPECT_EQ(third.getLength(), 43U);
+
+    Ansi w;
+    w.copyOnWrite(9);
+    EXPECT_EQ(w.capacity(), 9U + 33);
+    w.copyOnWrite(w.capacity() - 1);
+    EXPECT_EQ(w.capacity(), 9U + 33);  // just fits
+    w.copyOnWrite(42);
+    EXPECT_EQ(w.capacity(), 42U + 33);
+    Ansi text("hello");
+    const Ansi other(text);
+    text.copyOnWrite(3);
+    EXPECT_EQ(text.capacity(), 5U + 33);
+    EXPECT_EQ(text, "hello");
+}
+
+TEST(StringBuffer, RefusesImpossibleSizes) {
+    for (const std::uint32_t n : {0xFFFFFFE0U, 0xFFFFFFFFU, 0xFFFFFFDFU}) {
+        try {
+            Ansi().allocBuffer(n);
+            ADD_FAILURE() << n;
+        } catch (const std::bad_alloc& e) {
+            EXPECT_STREQ(e.what(), "bad allocation");
+        }
+    }
+    EXPECT_THROW(Wide().allocBuffer(0x7FFFFFDA), std::bad_alloc);  // 12 + 2 x (n + 32) passes 32 bits
+    Ansi s("abc");
+    EXPECT_THROW(s.copyOnWrite(0xFFFFFFDF), std::bad_alloc);
+    EXPECT_THROW(s.setSize(0xFFFFFFFF), std::bad_alloc);
+    tarntest::AssertRecorder asserts;
+    EXPECT_EQ(s.concatAllocHelper(0xFFFFFFFD), nullptr);  // length + 1 wraps
+    EXPECT_EQ(s.concatAllocHelper(0xFFFFFFFA), nullptr);  // the doubled request wraps
+    EXPECT_EQ(asserts.count(), 2U);
+    EXPECT_EQ(s, "abc");
+}
+
+TEST(StringBuffer, WipesWhatItAloneHolds) {
+    Ansi secret("password");
+    SAnsiString spy(secret);
+    EXPECT_FALSE(Ansi::releaseStringBuffer(secret.getStringBuffer(), true));  // counted down, not wiped
+    secret.getStringBuffer()->refCount.fetch_add(1);
+    try {
+        secret.unlinkBuffer(true);
+        ADD_FAILURE();
+    } catch (const std::runtime_error& e) {
+        EXPECT_STREQ(e.what(), "Cannot overwrite memory, SString buffer is shared.");
+    }
+    EXPECT_TRUE(secret.isOnEmptyBuffer());
+    EXPECT_EQ(spy, "password");
+    Ansi alone("password");
+    EXPECT_NO_THROW(alone.setBuffer(alone.getStringBuffer(), true));
+    EXPECT_NO_THROW(alone.unlinkBuffer(true));
+    EXPECT_TRUE(alone.releaseBuffer(true));
+    EXPECT_EQ(alone.getStringBuffer(), nullptr);
+}
+
+TEST(StringSharing, CopiesShareAndMovesLeaveALiveEmptyString) {
+    Ansi a("text");
+    Ansi b(a);
+    EXPECT_EQ(a.getString(), b.getString());
+    EXPECT_EQ(a.references(), 2);
+    Ansi c(std::move(a));
+    EXPECT_TRUE(a.isOnEmptyBuffer());
+    a.concat("again");
+    EXPECT_EQ(a, "again");
+    b = std::move(c);
+    EXPECT_TRUE(c.isEmpty());
+    EXPECT_EQ(b.references(), 1);
+    Ansi& self = b;
+    b = self;
+    b = std::move(self);
+    EXPECT_EQ(b, "text");
+    EXPECT_EQ(b.right(9).getString(), b.getString());  // only right() of a short text shares
+    EXPECT_NE(b.left(9).getString(), b.getString());
+    EXPECT_EQ(b.left(9), "text");
+}
+
+// Nothing may be left of a text that moves while it is read.
+TEST(StringEdit, SourcesMayLieInsideTheString) {
+    const std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    SAnsiString s(letters.c_str());
+    s += s;
+    EXPECT_EQ(Text(s), letters + letters);
+    s.concat(s.getString() + 1, 2);
+    EXPECT_EQ(Text(s), letters + letters + "bc");
+    s = s.getString() + 50;
+    EXPECT_EQ(Text(s), "YZ" + letters + "bc");
+    s.insertChars(2, s);
+    EXPECT_EQ(Text(s), "YZYZ" + letters + "bc" + letters + "bc");
+    s.insertChars(0, s.getString() + 1);
+    EXPECT_EQ(Text(s).substr(0, 4), "ZYZa");
+    s.copyFrom(s.getString() + 1, 3);
+    EXPECT_EQ(Text(s), "YZa");
+}
+
+TEST(StringEdit, PositionsBeyondTheEnd) {
+    SAnsiString s("abc");
+    s.insertChar(99, 'd');
+    s.insertChars(99, "ef");
+    s.setAt(99, 'x');
+    s.deleteChar(99);
+    EXPECT_EQ(s, "abcdef");
+    EXPECT_TRUE(s.getAt(99) == 0);
+    s.deleteChars(4, 0xFFFFFFFF);
+    s.setAt(0, 'X');
+    EXPECT_EQ(s, "Xbcd");
+    EXPECT_EQ(s.mid(1, 2), "bc");
+    EXPECT_EQ(s.mid(2), "cd");
+    EXPECT_EQ(s.mid(9, 9), "");
+    EXPECT_EQ(s.right(2), "cd");
+    EXPECT_EQ(s.right(s.find('c')), "cd");
+    EXPECT_EQ(s.mid(s.end(), s.begin()), "");
+    s.setSize(1);
+    EXPECT_EQ(s, "X");
+    s.setSize(100);
+    EXPECT_EQ(s, "X");
+    s.detach()[0] = 'Y';
+    EXPECT_EQ(s + "!" + SAnsiString("?"), "Y!?");
+    EXPECT_EQ(SAnsiString(static_cast<const char*>(nullptr)), "");
+    EXPECT_EQ(SAnsiString("a\0b", 3).getLength(), 3U);
+}
+
+TEST(StringEdit, TrimsByFlavour) {
+    struct Case {
+        const wchar_t *text, *left, *right, *both;
+    };
+    const Case cases[] = {{L"  a b ", L"a b ", L"  a b", L"a b"},
+                          {L"ab", L"ab", L"ab", L"ab"},
+                          {L" \t\r\n", L"", L"", L""},
+                          {L"", L"", L"", L""},
+                          {L"\x3000\xA0z\x85", L"z\x85", L"\x3000\xA0z", L"z"},
+                          {L"\x200Bz\xFEFF", L"\x200Bz\xFEFF", L"\x200Bz\xFEFF", L"\x200Bz\xFEFF"}};
+    for (const Case& c : cases) {
+        EXPECT_EQ(SWCharString(c.text).trimLeft(), c.left);
+        EXPECT_EQ(SWCharString(c.text).trimRight(), c.right);
+        EXPECT_EQ(SWCharString(c.text).trim(), c.both);
+    }
+    Ansi blank(" \t ");
+    EXPECT_TRUE((blank.trim(), blank.isOnEmptyBuffer()));
+    Ansi word("word");
+    const char* const before = word.getString();
+    EXPECT_EQ(word.trim().getString(), before);
+    const LocaleScope locale(kLocale1252);
+    EXPECT_EQ(SAnsiString("\xA0"
+                          "a\xA0")
+                  .trim(),
+              "a");
+}
+
+TEST(StringSearch, FindsByFlavour) {
+    SAnsiString s("abracadabra, abracadabra");
+    struct Case {
+        const char* what;
+        int first, last;
+    };
+    for (const Case& c : {Case{"abra", 0, 20},
+                          {"cad", 4, 17},
+                          {"a", 0, 23},
+                          {"ra,", 9, 9},
+                          {"zzz", 24, 24},
+                          {"abracadabra, abracadabra!", 24, 24},
+                          {"abracadabra, abracadabra", 0, 0}}) {
+        EXPECT_EQ(s.find(c.what).getPtr() - s.getString(), c.first) << c.what;
+        EXPECT_EQ(s.findLast(SAnsiString(c.what)).getPtr() - s.getString(), c.last) << c.what;
+    }
+    EXPECT_EQ(s.find("a", s.getCursor(1)), s.getCursor(3));
+    EXPECT_EQ(s.find("", s.getCursor(5)), s.getCursor(5));
+    EXPECT_TRUE(s.find(static_cast<const char*>(nullptr)).isAtEnd());
+    const SAnsiStringCI mixed("xxABCxabc");
+    EXPECT_EQ(mixed.find("aBc"), mixed.getCursor(2));
+    EXPECT_EQ(mixed.find('A', mixed.getCursor(3)), mixed.getCursor(6));
+}
+
+TEST(StringCompare, OrdersUnsignedUnitsAndLengths) {
+    struct Case {
+        const char *a, *b;
+        int order;
+    };
+    for (const Case& c :
+         {Case{"", "", 0}, {"a", "b", -1}, {"a\xE9", "az", 1}, {"ab", "a", 1}, {"A", "a", -1}}) {
+        EXPECT_EQ(SAnsiString(c.a).compare(c.b), c.order) << c.a;
+        EXPECT_EQ(SAnsiString(c.b).compare(SAnsiString(c.a)), -c.order) << c.a;
+    }
+    EXPECT_EQ(SAnsiString("a\0b", 3).compare("a"), 1);
+    EXPECT_LT(SWCharString(L"\x7FFF"), SWCharString(L"\x8000"));
+    EXPECT_EQ(SAnsiString().compare(static_cast<const char*>(nullptr)), 0);
+    EXPECT_EQ(SAsciiString("a").compareNoCase("c"), -2);  // not normalised
+    EXPECT_EQ(SAsciiString("b").compareNoCase(static_cast<const char*>(nullptr)), 'b');
+    EXPECT_EQ(SAnsiString("a").compareNoCase("C"), -1);
+    EXPECT_TRUE(SAnsiStringCI("AbC") == "aBc" && SAnsiString("x") < SAnsiStringCI("Y"));
+}
+
+TEST(StringCompare, FollowsTheLocale) {
+    EXPECT_NE(SAnsiStringCI("\xE9"), "\xC9");  // the C locale folds ASCII only
+    const LocaleScope locale(kLocale1252);
+    struct Case {
+        const char *a, *b;
+        int order;
+    };
+    for (const Case& c : {Case{"\xE9", "\xC9", 0},
+                          {"e", "\xE9", -1},
+                          {"\xE9", "f", -1},
+                          {"a-b", "ab", 1},
+                          {"_", "a", -1},
+                          {"Z", "[", 1},
+                          {"Abc1", "aBC2", -1},
+                          {"abc", "ABCd", -1},
+                          {"9", "a", -1},
+                          {"stra\xDF"
+                           "e",
+                           "STRASSE", 0}}) {
+        EXPECT_EQ(SAnsiString(c.a).compareNoCase(c.b), c.order) << c.a << c.b;
+        EXPECT_EQ(SAnsiString(c.b).compareNoCase(c.a), -c.order) << c.a << c.b;
+    }
+    EXPECT_EQ(SWCharString(L"\xC9T\xC9").compareNoCase(L"\xE9t\xE9"), 0);
+}
+
+// Some texts are ordered without asking the system; the answer must be the system's.
+TEST(StringCompare, AgreesWithTheSystemsCollation) {
+    struct Case {
+        const char* locale;
+        LCID id;
+    };
+    for (const Case& c : {Case{"English_United States.1252", 0x409},
+                          {"German_Germany.1252", 0x407},
+                          {"Danish_Denmark.1252", 0x406}}) {
+        const LocaleScope locale(c.locale);
+        std::mt19937 random(1933);
+        const std::string alphabet = "aAbBzZsS019_- .\xE9\xE4\xDF";
+        const auto text = [&] {
+            std::string made;
+            for (unsigned n = random() % 6; n != 0; --n) made += alphabet[random() % alphabet.size()];
+            return made;
+        };
+        for (int i = 0; i < 20'000; ++i) {
+            const std::string a = text(), b = text();
+            const std::wstring left = FromLatin(a), right = FromLatin(b);
+            const int system = CompareStringW(c.id, NORM_IGNORECASE, left.c_str(), -1, right.c_str(), -1) - 2;
+            ASSERT_EQ(SAnsiString(a.c_str()).compareNoCase(b.c_str()), system)
+                << c.locale << ": " << a << " | " << b;
+        }
+    }
+}
+
+TEST(StringCase, MapsInPlace) {
+    EXPECT_EQ(SAnsiString("AbC\xC9").toLower(), "abc\xC9");
+    EXPECT_EQ(SAsciiString("x1y").toUpper(), "X1Y");
+    EXPECT_EQ(SWCharString(L"\xC9").toLower(), L"\xC9");
+    const LocaleScope locale(kLocale1252);
+    EXPECT_EQ(SAnsiString("\xC9\x8A").toLower(), "\xE9\x9A");
+    EXPECT_EQ(SWCharString(L"\x414").toLower(), L"\x434");
+    char text[] = "ABCDEF";
+    MakeLowerCase(text, 3);
+    EXPECT_STREQ(text, "abcDEF");
+    SAnsiString large(std::string(2'000'000, 'Q').c_str());
+    EXPECT_EQ(large.toLower().findLast('q'), large.getCursor(1'999'999));
+    tarntest::AssertRecorder asserts;
+    std::uint32_t nBytes = 7;
+    char thai[] = "A";
+    EXPECT_TRUE(MakeLowerCaseChar(thai, 1, nBytes));
+    EXPECT_FALSE(MakeLowerCaseChar(thai, 0, nBytes));
+    EXPECT_TRUE(asserts.sawLast("sstring", "MakeLowerCaseChar: Fail to convert back to MBCS"));
+}
+
+// Random edits on sharing copies, against std::string: an edit changes its own string and no other.
+TEST(StringDifferential, RandomEditsOnSharingCopies) {
+    std::mt19937 random(20240229);
+    constexpr std::size_t kStrings = 6;
+    std::vector<SAnsiString> ours(kStrings);
+    std::vector<std::string> theirs(kStrings);
+    const auto below = [&](std::size_t n) { return static_cast<std::uint32_t>(random() % n); };
+    for (int round = 0; round < 40'000; ++round) {
+        const std::size_t i = below(kStrings);
+        const std::size_t k = below(kStrings);
+        SAnsiString& s = ours[i];
+        std::string& t = theirs[i];
+        const std::uint32_t at = below(t.size() + 1);
+        const std::uint32_t count = below(12);
+        const char c = static_cast<char>('a' + below(26));
+        switch (below(9)) {
+            case 0:
+                s = ours[k], t = theirs[k];
+                break;
+            case 1:
+                s += c, t += c;
+                break;
+            case 2:
+                s.concat(ours[k]), t += std::string(theirs[k]);
+                break;
+            case 3:
+                s.insertChars(at, ours[k].left(count)), t.insert(at, theirs[k].substr(0, count));
+                break;
+            case 4:
+                s.deleteChars(at, count), t.erase(at, count);
+                break;
+            case 5:
+                s = s.mid(at, count), t = t.substr(at, count);
+                break;
+            case 6:
+                s.toUpper();
+                for (char& x : t) x = static_cast<char>(std::toupper(x));
+                break;
+            case 7:
+                s.insertChar(at, c), t.insert(at, 1, c);
+                break;
+            default:
+                if (at < t.size()) s.setAt(at, c), t[at] = c;
+                break;
+        }
+        if (t.size() > 3000) s.setSize(10), t.resize(10);
+        for (std::size_t n = 0; n < kStrings; ++n) ASSERT_EQ(Text(ours[n]), theirs[n]) << round;
+        ASSERT_EQ(static_cast<std::size_t>(s.find("ab").getPtr() - s.getString()),
+                  std::min(t.find("ab"), t.size()));
+        ASSERT_EQ(s.compare(ours[k]) < 0, t < theirs[k]);
+    }
+}
+
+TEST(StringThreads, SharersMayBeCopiedAndDestroyedAtOnce) {
+    Ansi shared("shared by eight threads");
+    const auto work = [](const SAnsiString& original) {
+        SAnsiString mine[16];
+        for (unsigned round = 0; round < 200'000; ++round) {
+            mine[round % 16] = mine[(round * 7 + 3) % 16];
+            mine[(round * 5 + 1) % 16] = original;
+            if (round % 64 == 0) mine[round % 16] += "!";
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) threads.emplace_back(work, std::cref(shared));
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(shared.references(), 1);
+    EXPECT_EQ(shared, "shared by eight threads");
+}
+
+// 83 5C is one character whose trail byte is a backslash; 83 41 is another; 83 alone is invalid.
+TEST(Cp932String, CharactersAreWhole) {
+    const LocaleScope locale(kLocale932);
+    SAnsiString s(
+        "a\x83\x5C"
+        "b\x83\x41");
+    EXPECT_EQ(s.getNChars(), 4U);
+    EXPECT_EQ(s.getLength(), 6U);
+    EXPECT_EQ(s.mid(1, 1), "\x83\x5C");
+    EXPECT_EQ(s.right(1), "\x83\x41");
+    EXPECT_TRUE(s.find('\\') == s.end() && s.find("\\") == s.end());
+    EXPECT_EQ(s.find("\x83\x41"), s.getCursor(3));
+    EXPECT_TRUE(s.find("\x83") == s.end());  // an invalid character is never found
+    EXPECT_EQ(SAnsiString("\x83\x5C\x5C").find('\\').getPtr()[1], '\0');
+    s.setAt(1, 'x');
+    s.insertChar(0, SChar_t<char, 0>("\x83\x5C"));
+    s.deleteChar(1);
+    EXPECT_EQ(s, "\x83\x5Cxb\x83\x41");
+    EXPECT_EQ(SAnsiString("\x83\x41"
+                          "A")
+                  .toLower(),
+              "\x83\x41"
+              "a");  // trail bytes are no letters
+    EXPECT_EQ(SAnsiString("\x82\x60"
+                          "A\x83")
+                  .toLower(),
+              "\x82\x81"
+              "a\x83");
+    EXPECT_EQ(SAnsiStringCI("\x82\x60"), "\x82\x81");
+    EXPECT_NE(SAnsiStringCI("\x83\x5C"), "\x82\x5C");
+    EXPECT_EQ(SAsciiString(SAnsiString("\x83\x5C"
+                                       "A"),
+                           true),
+              "\x83\x5C");  // as many bytes as characters
+    EXPECT_EQ(SAsciiString(SAnsiString("A"), false), "");
+    const SAnsiStringCI mixed("\x82\x60\x83\x5CXY");
+    EXPECT_EQ(mixed.find("xy"), mixed.getCursor(2));
+}
+
+TEST(Cp932String, InvalidBytesAreOneCharacterAndTerminatorsAreNeverPassed) {
+    const LocaleScope locale(kLocale932);
+    for (const char* text : {"\x83", "a\x83", "\x85\x85\x85", "\x83\x20.", "\x81\xFF", "\xA0\xFD\xFF"}) {
+        SAnsiString s(text);
+        std::uint32_t steps = 0;
+        for (SAnsiString::iterator i = s.begin(); !i.isAtEnd(); ++i) ++steps;
+        EXPECT_EQ(steps, s.getLength()) << text;
+        EXPECT_EQ(s.getNChars(), s.getLength()) << text;
+        EXPECT_EQ(s.right(1).getLength(), 1U);
+        EXPECT_EQ(SAnsiString(s).trim(), s);
+    }
+    EXPECT_EQ(SAnsiString("\x81\x40 a \x81\x40").trim(), "a");
+    EXPECT_EQ(SAnsiString(" \x83").trim(), "\x83");
+}
+
+TEST(RawText, FollowsTheBoundedFunctions) {
+    char d[8] = "zzzzzzz";
+    CopyString(d, 0, "x");
+    EXPECT_STREQ(d, "zzzzzzz");
+    CopyString(d, 4, "abcdef");
+    EXPECT_STREQ(d, "abc");
+    CopyStringN(d, 4, "abcdef", 3);
+    EXPECT_STREQ(d, "abc");
+    CopyStringN(d, 4, nullptr, 3);
+    EXPECT_STREQ(d, "abc");
+    CopyStringN(d, 4, "abcdef", 4);
+    EXPECT_STREQ(d, "");
+    ConcatString(d, 8, "abc");
+    ConcatStringN(d, 8, "defghijk", 4);
+    EXPECT_STREQ(d, "abcdefg");
+    ConcatStringN(d, 8, nullptr, 4);
+    EXPECT_STREQ(d, "abcdefg");
+    ConcatString(d, 8, "h");
+    EXPECT_STREQ(d, "");
+    wchar_t w[4] = L"zzz";
+    CopyStringN(w, 4, L"abcdef", 6);
+    EXPECT_STREQ(w, L"abc");
+    CopyString(w, 0, static_cast<const wchar_t*>(nullptr));
+    EXPECT_STREQ(w, L"");
+}
+
+TEST(StringStream, AppendsNumbersAndText) {
+    SAnsiString s;
+    s << "i=" << -1 << ' ' << static_cast<short>(-32768) << ' ' << 18446744073709551615ULL << ' ' << 3.5
+      << ' ' << SChar_t<char, 0>('c') << SAnsiString("s");
+    EXPECT_EQ(s, "i=-1 -32768 18446744073709551615 3.500000 cs");
+    SWCharString w;
+    w << L"x" << std::numeric_limits<long long>::min() << L'y' << 1e30;
+    EXPECT_EQ(w, L"x-9223372036854775808y1000000000000000019884624838656.000000");
+}

@@ -1,0 +1,211 @@
+#include "tarnlib/stringhelper.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/locale_scope.h"
+
+using namespace TarnLibA500;
+
+namespace {
+
+std::string Brackets(const SIArray<SAnsiString>& words) {
+    std::string text;
+    for (const SAnsiString& word : words) text += std::string("[") + word.getString() + "]";
+    return text;
+}
+
+std::string Words(const char* text, const char* separators, bool quoted = false, bool keep = false) {
+    SIArray<SAnsiString> words;
+    words.Add("old");
+    SStringHelper::makeWords(text, words, separators, quoted, keep);
+    return Brackets(words);
+}
+
+std::vector<unsigned char> Decoded(const SAnsiString& text) {
+    SSimpleBuffer buffer(1);
+    if (!SStringHelper::fromString(text, buffer)) return {'n', 'o'};
+    const unsigned char* const bytes = buffer;
+    return {bytes, bytes + buffer.getNBytes()};
+}
+
+}  // namespace
+
+TEST(MakeWords, Splits) {
+    const struct {
+        const char *text, *separators;
+        bool quoted, keep;
+        const char* words;
+    } cases[] = {
+        {"a \"b c\" d", " ", true, false, "[a][b c][d]"},
+        {"a \"b c\" d", " ", true, true, "[a][ ][b c][ ][d]"},
+        {"a \"b c\" d", " ", false, false, "[a][\"b][c\"][d]"},
+        {" a,,b ", " ,", false, false, "[a][b]"},
+        {" a,,b ", " ,", false, true, "[ ][a][,][,][b][ ]"},
+        {"ab\"c d\"e", " ", true, false, "[ab][c d][e]"},
+        {"\"\" x", " ", true, false, "[][x]"},
+        {"x \"open y", " ", true, false, "[x][open y]"},
+        {"x \"", " ", true, false, "[x][]"},
+        {" ,", " ,", false, false, ""},
+        {"", " ", true, true, ""},
+        {"a b", "", false, false, "[a b]"},
+        {"a\"b", "\" ", true, true, "[a][b]"},  // the quote wins over the separator
+    };
+    for (const auto& c : cases) EXPECT_EQ(Words(c.text, c.separators, c.quoted, c.keep), c.words) << c.text;
+}
+
+TEST(MakeWords, TakesAnotherQuoteAndItsOwnWords) {
+    SIArray<SAnsiString> words;
+    SStringHelper::makeWords("a 'b \"c' \"d e", words, '\'', " ", true, false);
+    EXPECT_EQ(Brackets(words), "[a][b \"c][\"d][e]");
+    SStringHelper::makeWords(words[1], words, words[0], false, false);
+    EXPECT_EQ(Brackets(words), "[b \"c]");
+    SStringHelper::makeWords(words[0], words, " ", false, false);
+    EXPECT_EQ(Brackets(words), "[b][\"c]");
+}
+
+TEST(StringHelper, Trims) {
+    const struct {
+        const char *text, *set, *left, *right, *both;
+    } cases[] = {
+        {"-+a-b+-", "+-", "a-b+-", "-+a-b", "a-b"},
+        {"+-+", "+-", "", "", ""},
+        {" a ", "", " a ", " a ", " a "},
+        {"", "x", "", "", ""},
+    };
+    for (const auto& c : cases) {
+        SAnsiString left(c.text), right(c.text), both(c.text);
+        SStringHelper::trimLeft(left, c.set);
+        SStringHelper::trimRight(right, c.set);
+        SStringHelper::trim(both, c.set);
+        EXPECT_EQ(left, c.left) << c.text;
+        EXPECT_EQ(right, c.right) << c.text;
+        EXPECT_EQ(both, c.both) << c.text;
+    }
+}
+
+TEST(StringHelper, RemovesComments) {
+    const struct {
+        const char *text, *marker, *kept;
+    } cases[] = {
+        {"a # b\r\nc\n#d\n\ne#", "#", "a \r\nc\n\n\ne"},
+        {"x \"# in\" // out", "//", "x \"# in\" "},
+        {"\"//\" // y", "//", "\"//\" "},
+        {"5\" wide # c\nnext # d", "#", "5\" wide # c\nnext "},  // a quote ends with its line
+        {"a # b", "", "a # b"},
+        {"no comment", "#", "no comment"},
+    };
+    for (const auto& c : cases) {
+        SAnsiString text(c.text);
+        SStringHelper::removeComments(text, c.marker);
+        EXPECT_EQ(text, c.kept);
+    }
+}
+
+TEST(StringHelper, Replaces) {
+    const struct {
+        const char *text, *what, *by, *all, *start, *end;
+    } cases[] = {
+        {"aXbX", "X", "YX", "aYXbYX", "aXbX", "aXbYX"},
+        {"aaa", "aa", "b", "ba", "ba", "ab"},
+        {"abc", "abc", "", "", "", ""},
+        {"abc", "", "x", "abc", "abc", "abc"},
+        {"bc", "abc", "x", "bc", "bc", "bc"},
+        {"", "a", "b", "", "", ""},
+    };
+    for (const auto& c : cases) {
+        SAnsiString all(c.text), start(c.text), end(c.text);
+        SStringHelper::replaceSubString(all, c.what, c.by);
+        EXPECT_EQ(all, c.all) << c.text;
+        const bool atStart = SStringHelper::replaceSubStringAtStart(start, c.what, c.by);
+        EXPECT_EQ(start, c.start) << c.text;
+        EXPECT_EQ(atStart, start != c.text) << c.text;
+        const bool atEnd = SStringHelper::replaceSubStringAtEnd(end, c.what, c.by);
+        EXPECT_EQ(end, c.end) << c.text;
+        EXPECT_EQ(atEnd, end != c.text) << c.text;
+    }
+    SAnsiString self("ab");
+    SStringHelper::replaceSubString(self, self, self + self);
+    EXPECT_EQ(self, "abab");
+}
+
+TEST(StringHelper, EscapesAndJoins) {
+    SAnsiString text("a;b\\c;");
+    SStringHelper::escapeDelimiters(text, text, ';');
+    EXPECT_EQ(text, "a\\;b\\\\c\\;");
+    SIArray<SAnsiString> list;
+    EXPECT_EQ(SStringHelper::convertArrayToString(list), "");
+    for (const char* member : {"b", "", "a"}) list.Add(member);
+    EXPECT_EQ(SStringHelper::convertArrayToString(list), "b,,a");
+    SISet<SAnsiString> set;
+    for (const SAnsiString& member : list) set.Insert(member);
+    EXPECT_EQ(SStringHelper::convertSetToString(set), ",a,b");
+}
+
+TEST(TextBytes, KnownTexts) {
+    const struct {
+        std::vector<unsigned char> bytes;
+        const char* text;
+    } cases[] = {
+        {{}, ""},
+        {{0x00}, "AA"},
+        {{0xFF}, ".w"},
+        {{0xFF, 0xFE}, "..4"},
+        {{0x4D, 0x61, 0x6E}, "TWFu"},
+        {{0xFB, 0xFF, 0xBE}, "_.__"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(SStringHelper::toString(c.bytes.data(), static_cast<unsigned>(c.bytes.size())), c.text);
+        EXPECT_EQ(Decoded(c.text), c.bytes) << c.text;
+    }
+}
+
+TEST(TextBytes, ReadsBackEveryLength) {
+    std::mt19937 random(5);
+    for (std::uint32_t count = 0; count <= 100; ++count) {
+        std::vector<unsigned char> bytes(count);
+        for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
+        const SAnsiString text = SStringHelper::toString(bytes.data(), count);
+        EXPECT_EQ(text.getLength(), (count * 4 + 2) / 3);
+        EXPECT_EQ(Decoded(text), bytes);
+    }
+}
+
+TEST(TextBytes, RefusesWhatIsNoSuchText) {
+    const std::vector<unsigned char> no{'n', 'o'};
+    for (const char* text : {"A", "AAAAA", "A+", "AA=", "AA AA", "\xE4\xE4"})
+        EXPECT_EQ(Decoded(text), no) << text;
+    unsigned char out[4] = {1, 2, 3, 4};
+    std::uint32_t count = 9;
+    EXPECT_FALSE(SStringHelper::fromString("AAAA", out, 2, count));
+    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(out[0], 1);
+    EXPECT_TRUE(SStringHelper::fromString("AAAA", out, 3, count));
+    EXPECT_EQ(count, 3U);
+    EXPECT_EQ(out[2], 0);
+    EXPECT_EQ(out[3], 4);
+    EXPECT_EQ(Decoded("Af"), std::vector<unsigned char>{1});  // low bits that are left over do not matter
+}
+
+TEST(Cp932StringHelper, WorksInWholeCharacters) {
+    tarntest::LocaleScope locale(tarntest::kLocale932);
+    EXPECT_EQ(Words("\x83\x5C\\\x95\x5C", "\\"), "[\x83\x5C][\x95\x5C]");
+    EXPECT_EQ(Words("a\x81\x41\x83\x41\x62", "\x81\x41", false, true), "[a][\x81\x41][\x83\x41\x62]");
+    SAnsiString text("\x83\x5C\\x");
+    SStringHelper::replaceSubString(text, "\\", "/");
+    EXPECT_EQ(text, "\x83\x5C/x");
+    EXPECT_FALSE(SStringHelper::replaceSubStringAtStart(text, "\x83", "?"));
+    text = "\x83\x5C";
+    EXPECT_FALSE(SStringHelper::replaceSubStringAtEnd(text, "\\", "/"));
+    SStringHelper::trimRight(text, "\\");
+    EXPECT_EQ(text, "\x83\x5C");
+    SStringHelper::escapeDelimiters(text, text, '\\');
+    EXPECT_EQ(text, "\x83\x5C");
+    text = "\x95\x5C \x83\x5C# c";
+    SStringHelper::removeComments(text, "\\");
+    SStringHelper::removeComments(text, "#");
+    EXPECT_EQ(text, "\x95\x5C \x83\x5C");
+}

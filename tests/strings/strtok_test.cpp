@@ -1,0 +1,91 @@
+#include "tarnlib/strtok.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/assert_recorder.h"
+#include "support/locale_scope.h"
+
+using namespace TarnLibA500;
+
+namespace {
+
+template <class Tokenizer>
+std::string Pieces(Tokenizer tokenizer) {
+    std::string pieces;
+    while (!tokenizer.IsEmpty()) pieces += std::string("[") + tokenizer.Next().getString() + "]";
+    return pieces + (tokenizer.Next().isEmpty() ? "" : "!");
+}
+
+RSStrTok WithToken(const char* text, const char* token) {
+    RSStrTok tokenizer(text);
+    tokenizer.SetToken(token);
+    return tokenizer;
+}
+
+}  // namespace
+
+TEST(StrTok, CutsAtTheWholeToken) {
+    const struct {
+        const char *text, *token, *pieces;
+    } cases[] = {
+        {"a--b--c", "--", "[a][b][c]"}, {"a-b--c", "--", "[a-b][c]"},  // not a set of characters
+        {"--a----", "--", "[][a][]"},   {"no token", ";", "[no token]"}, {"", ";", ""},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Pieces(SStrTok(c.text, c.token)), c.pieces) << c.text;
+        EXPECT_EQ(Pieces(WithToken(c.text, c.token)), c.pieces) << c.text;
+    }
+    EXPECT_EQ(Pieces(WithToken("whole", "")), "[whole]");
+    EXPECT_EQ(Pieces(RSStrTok(SAnsiString("whole"))), "[whole]");
+}
+
+TEST(StrTok, LeftAndRightLookWithoutCutting) {
+    SStrTok tokenizer("one=two=three", "=");
+    EXPECT_EQ(tokenizer.RightStr(), "two=three");
+    EXPECT_EQ(tokenizer.LeftStr(), "one");
+    EXPECT_EQ(tokenizer.Next(), "one");
+    EXPECT_EQ(tokenizer.GetString(), "two=three");
+    EXPECT_EQ(tokenizer.LeftStr(), "two");
+    tokenizer.SetToken(SAnsiString("no"));
+    EXPECT_EQ(tokenizer.LeftStr(), "two=three");
+    EXPECT_EQ(tokenizer.RightStr(), "");
+    tokenizer.Set(SAnsiString("x,y"), SAnsiString(","));
+    tokenizer.SetToken('y');
+    EXPECT_EQ(tokenizer.Next(), "x,");
+}
+
+TEST(StrTok, ReportsMissingTextAndToken) {
+    tarntest::AssertRecorder recorder;
+    SStrTok tokenizer("a;b", ";");
+    EXPECT_EQ(recorder.count(), 0U);
+    tokenizer.SetToken(static_cast<const char*>(nullptr));
+    EXPECT_TRUE(recorder.sawLast("strtok", "Token != NULL"));
+    tokenizer.SetToken("");
+    EXPECT_TRUE(recorder.sawLast("strtok", "!SString( Token ).isEmpty()"));
+    EXPECT_EQ(tokenizer.Next(), "a;b");
+    tokenizer.SetString(static_cast<const char*>(nullptr));
+    EXPECT_TRUE(recorder.sawLast("strtok", "String != NULL"));
+    EXPECT_TRUE(tokenizer.IsEmpty());
+}
+
+TEST(StrTok, TokenOfOneCallStays) {
+    RSStrTok tokenizer("k=v;k2=v2;last");
+    EXPECT_EQ(tokenizer.Next('='), "k");
+    EXPECT_EQ(tokenizer.rest(), "v;k2=v2;last");
+    EXPECT_EQ(tokenizer.LeftStr(";"), "v");
+    EXPECT_EQ(tokenizer.RightStr('='), "v2;last");  // cuts k2 and drops it
+    EXPECT_TRUE(tokenizer.IsEmpty());
+    tokenizer.Set("a=b=c=d");
+    EXPECT_EQ(tokenizer.RightStr(), "b");
+    EXPECT_EQ(tokenizer.Next(), "c");
+    EXPECT_EQ(tokenizer.RightStr("="), "");
+}
+
+TEST(Cp932StrTok, TokenNeverMatchesATrailByte) {
+    tarntest::LocaleScope locale(tarntest::kLocale932);
+    EXPECT_EQ(Pieces(WithToken("\x83\x5C\\\x95\x5C", "\\")), "[\x83\x5C][\x95\x5C]");
+    EXPECT_EQ(Pieces(SStrTok("a\x83\x5C\x81\x41\x62", "\x81\x41")), "[a\x83\x5C][b]");
+}

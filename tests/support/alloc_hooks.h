@@ -1,0 +1,37 @@
+#pragma once
+
+/// Counting and failing allocations, for the test programs that hold the library's sources. Counted are the
+/// strings' and byte blocks' requests (a move of a block is one) and operator new, each thread for itself.
+///
+///     tarntest::AllocationCount count;
+///     SAnsiString copy = text;
+///     EXPECT_EQ(0u, count.Taken());
+///
+///     tarntest::FailAllocation(1);
+///     bool thrown = Throws([&] { copy.concat("x"); });
+///     tarntest::FailAllocation(0);  // before the next EXPECT, which may allocate itself
+namespace tarntest {
+
+/// Allocations that this thread has made.
+unsigned long AllocationsSoFar();
+
+/// Makes this thread's nth allocation from now fail, once: 1 is the next one, 0 none.
+void FailAllocation(unsigned long nth);
+
+/// True when the failure that was last asked for on this thread has happened.
+bool FailureHappened();
+
+/// Blocks that are allocated at present, by all threads.
+long LiveBlocks();
+
+/// Allocations of this thread since the object was made.
+class AllocationCount {
+  public:
+    AllocationCount() : before_(AllocationsSoFar()) {}
+    unsigned long Taken() const { return AllocationsSoFar() - before_; }
+
+  private:
+    unsigned long before_;
+};
+
+}  // namespace tarntest

@@ -1,0 +1,86 @@
+#include "support/guard_heap.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+// The heap that is to find faults must find these; otherwise every other guarded test proves nothing.
+namespace {
+
+using tarntest::GuardAllocate;
+using tarntest::GuardFree;
+using tarntest::GuardReallocate;
+
+volatile int behindFive = 5;  // the compiler sees a plain 5 and refuses
+
+struct Fault {
+    const char* name;
+    void (*commit)();
+    const char* report;
+};
+
+volatile unsigned char* Bytes(void* block) {
+    return static_cast<volatile unsigned char*>(block);
+}
+
+const Fault kFaults[] = {
+    {"write behind", [] { Bytes(GuardAllocate(13))[13] = 0; }, "CRASH code"},
+    {"read behind", [] { (void)Bytes(GuardAllocate(4096))[4096]; }, "CRASH code"},
+    {"use after free",
+     [] {
+         void* block = GuardAllocate(8);
+         GuardFree(block);
+         Bytes(block)[0] = 0;
+     },
+     "CRASH code"},
+    {"use after a move",
+     [] {
+         void* block = GuardAllocate(8);
+         GuardReallocate(block, 800);
+         Bytes(block)[0] = 0;
+     },
+     "CRASH code"},
+    {"write before",
+     [] {
+         void* block = GuardAllocate(8);
+         Bytes(block)[-1] = 0;
+         GuardFree(block);
+     },
+     "GUARD: bytes were written before the block"},
+    {"second free",
+     [] {
+         void* block = GuardAllocate(8);
+         GuardFree(block);
+         GuardFree(block);
+     },
+     "GUARD: second free"},
+    {"free inside", [] { GuardFree(static_cast<char*>(GuardAllocate(8)) + 4); },
+     "GUARD: free of an address that is no block"},
+    {"operator new is guarded", [] { Bytes(new char[5])[behindFive] = 0; }, "CRASH code"},
+};
+
+TEST(GuardHeapDeathTest, FindsFaults) {
+    for (const Fault& fault : kFaults) {
+        SCOPED_TRACE(fault.name);
+        EXPECT_DEATH(fault.commit(), fault.report);
+    }
+}
+
+TEST(GuardHeap, KeepsContentsWhenMoved) {
+    auto* block = static_cast<unsigned char*>(GuardAllocate(3));
+    std::fill(block, block + 3, static_cast<unsigned char>(7));
+    block = static_cast<unsigned char*>(GuardReallocate(block, 10000));
+    EXPECT_EQ(std::vector<unsigned char>(3, 7), std::vector<unsigned char>(block, block + 3));
+    GuardFree(block);
+}
+
+TEST(GuardHeap, AlignsAsAsked) {
+    struct alignas(64) Line {
+        char bytes[64];
+    };
+    const auto line = std::make_unique<Line>();
+    EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(line.get()) % 64);
+}
+
+}  // namespace

@@ -1,0 +1,64 @@
+#!/usr/bin/env python3
+"""Runs the command lines of tool_cases.txt and checks what they do.
+
+    run_tool_cases.py RUNNER TARN_EXE SCRATCH_FOLDER
+"""
+import pathlib
+import shlex
+import subprocess
+import sys
+
+HERE = pathlib.Path(__file__).resolve().parent
+TEXTS = HERE.parent.parent / "examples" / "texts"
+
+
+def read_cases(path):
+    """Yields (line number, checks); a check is (mark, rest of the line)."""
+    case = None
+    for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+        if line.startswith("$ "):
+            if case:
+                yield case
+            case = (number, [])
+        if line.strip() and not line.startswith("#"):
+            case[1].append((line[0], line[2:]))
+    yield case
+
+
+def check(mark, text, run, paths):
+    if mark == "=":
+        return run.returncode == int(text)
+    if mark == ">":
+        return text in run.stdout.splitlines()
+    if mark == "!":
+        return text in run.stderr.splitlines()
+    if mark == "~":
+        made, wanted = (pathlib.Path(name.format(**paths)) for name in text.split())
+        return made.read_bytes() == wanted.read_bytes()
+    if mark == "-":
+        return not pathlib.Path(text.format(**paths)).exists()
+    raise ValueError(mark)
+
+
+def main(*arguments):
+    runner, tool, scratch = (pathlib.Path(argument).resolve() for argument in arguments)
+    scratch.mkdir(parents=True, exist_ok=True)
+    for left_over in scratch.iterdir():
+        left_over.unlink()
+    paths = {"texts": TEXTS, "out": scratch}
+    failures = count = 0
+    for number, ((_, command), *checks) in read_cases(HERE / "tool_cases.txt"):
+        arguments = [word.format(**paths) for word in shlex.split(command)]
+        run = subprocess.run([runner, tool, *arguments], capture_output=True, encoding="utf-8")
+        count += 1
+        for mark, text in checks:
+            if not check(mark, text, run, paths):
+                failures += 1
+                print(f"tool_cases.txt:{number}: tarn {command}\n  expected: {mark} {text}")
+                print(f"  status {run.returncode}\n{run.stdout}{run.stderr}")
+    print(f"{count} command lines, {failures} failures")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+/// What the commands of the tool have in common. Texts are UTF-8 throughout.
+namespace tarn {
+
+using Words = std::vector<std::string>;
+
+enum ExitStatus { kYes = 0, kNo = 1, kFailed = 2 };
+
+/// The command line, a file or the system does not allow what was asked for: one line on standard error,
+/// status 2.
+class Failure : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+struct Command {
+    const char* name;
+    const char* summary;  ///< for the list of commands
+    std::string help;     ///< after "usage: tarn NAME "
+    ExitStatus (*run)(const Words& arguments);
+};
+
+extern const Command kTextCommand;
+extern const Command kNumbersCommand;
+extern const Command kVersionCompareCommand;
+
+}  // namespace tarn

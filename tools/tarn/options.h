@@ -1,0 +1,34 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "command.h"
+
+namespace tarn {
+
+/// Options of a command: "-name value", or "-name" alone for a switch. Names are compared without regard to
+/// case; the last of several counts. A value may begin with "-".
+class Options {
+  public:
+    enum class Kind { Switch, Value, RequiredValue };
+    struct Rule {
+        const char* name;
+        Kind kind;
+    };
+
+    /// Throws Failure with a sentence for the user.
+    Options(const Words& arguments, const std::vector<Rule>& rules);
+
+    bool has(const char* name) const { return values_.count(name) != 0; }
+    /// Empty for an option that was not given.
+    std::string value(const char* name) const;
+
+  private:
+    std::map<std::string, std::string> values_;
+};
+
+/// True for "-help" and the other spellings that people try.
+bool AsksForHelp(const std::string& word);
+
+}  // namespace tarn
