@@ -65,7 +65,8 @@ def main():
         times = medians(json.load(file))
     if not times:
         sys.exit("no benchmark ran")
-    print_table([*rows(times), *alone(times)], "--markdown" in sys.argv)
+    # Repetitions run interleaved, so the order of the report is chance.
+    print_table(sorted([*rows(times), *alone(times)]), "--markdown" in sys.argv)
 
 
 main()

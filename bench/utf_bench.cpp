@@ -102,14 +102,14 @@ void ToUTF8(benchmark::State& state, const Text& text, ToUTF8Function convert) {
 
 }  // namespace
 
-#define TARN_BOTH_WAYS(TEXT)                                                                                 \
-    BENCHMARK_CAPTURE(ToUTF16, TEXT, TEXT(), ToUTF16Ours)->Name("BM_UTF8ToUTF16_" #TEXT "/ours");            \
-    BENCHMARK_CAPTURE(ToUTF16, TEXT, TEXT(), ToUTF16System)                                                  \
-        ->Name("BM_UTF8ToUTF16_" #TEXT "/MultiByteToWideChar");                                              \
-    BENCHMARK_CAPTURE(ToUTF16, TEXT, TEXT(), ToUTF16Utfcpp)->Name("BM_UTF8ToUTF16_" #TEXT "/utfcpp");        \
-    BENCHMARK_CAPTURE(ToUTF8, TEXT, TEXT(), ToUTF8Ours)->Name("BM_UTF16ToUTF8_" #TEXT "/ours");              \
-    BENCHMARK_CAPTURE(ToUTF8, TEXT, TEXT(), ToUTF8System)                                                    \
-        ->Name("BM_UTF16ToUTF8_" #TEXT "/WideCharToMultiByte");                                              \
+#define TARN_BOTH_WAYS(TEXT)                                                                          \
+    BENCHMARK_CAPTURE(ToUTF16, TEXT, TEXT(), ToUTF16Ours)->Name("BM_UTF8ToUTF16_" #TEXT "/ours");     \
+    BENCHMARK_CAPTURE(ToUTF16, TEXT, TEXT(), ToUTF16System)                                           \
+        ->Name("BM_UTF8ToUTF16_" #TEXT "/MultiByteToWideChar");                                       \
+    BENCHMARK_CAPTURE(ToUTF16, TEXT, TEXT(), ToUTF16Utfcpp)->Name("BM_UTF8ToUTF16_" #TEXT "/utfcpp"); \
+    BENCHMARK_CAPTURE(ToUTF8, TEXT, TEXT(), ToUTF8Ours)->Name("BM_UTF16ToUTF8_" #TEXT "/ours");       \
+    BENCHMARK_CAPTURE(ToUTF8, TEXT, TEXT(), ToUTF8System)                                             \
+        ->Name("BM_UTF16ToUTF8_" #TEXT "/WideCharToMultiByte");                                       \
     BENCHMARK_CAPTURE(ToUTF8, TEXT, TEXT(), ToUTF8Utfcpp)->Name("BM_UTF16ToUTF8_" #TEXT "/utfcpp")
 
 TARN_BOTH_WAYS(ASCII);

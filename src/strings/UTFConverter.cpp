@@ -19,25 +19,14 @@ using UCS4 = CUTFConverter::UCS4;
 using WideBuilder = StringBuilder<wchar_t, 1>;
 
 template <class unit>
-std::uint32_t LengthOf(const unit* text, std::uint32_t limit = kUpToTerminator) {
+std::uint32_t LengthOf(const unit* text) {
     std::uint32_t length = 0;
-    while (text != nullptr && length < limit && text[length] != unit()) ++length;
+    while (text != nullptr && text[length] != unit()) ++length;
     return length;
 }
 
 const unsigned char* Bytes(const char* text) {
     return reinterpret_cast<const unsigned char*>(text);
-}
-
-bool IsHigh(wchar_t unit) {
-    return (unit & 0xFC00) == 0xD800;
-}
-bool IsLow(wchar_t unit) {
-    return (unit & 0xFC00) == 0xDC00;
-}
-
-std::uint32_t BytesOfUnit(wchar_t unit) {
-    return unit < 0x80 ? 1 : unit < 0x800 ? 2 : 3;
 }
 
 // Lenient conversion of a whole text. A high surrogate right at the end is unpaired, not the start of more to
@@ -87,7 +76,8 @@ bool ConvertToBuffer(const From* source, std::uint32_t length, std::uint32_t roo
 
 bool CUTFConverter::UTF8ToUTF16(const char* source, std::uint32_t nBytes, SOCAString& target) {
     try {
-        return DecodeUTF8(source, source != nullptr ? nBytes : 0, target);
+        const bool isCounted = source != nullptr && nBytes != kUpToTerminator;
+        return DecodeUTF8(source, isCounted ? nBytes : LengthOf(source), target);
     } catch (const std::bad_alloc&) {
         SAssert(kUnit, __LINE__, "targetStart");
         return false;
@@ -161,6 +151,7 @@ bool CUTFConverter::ConvertToUTF8String(const wchar_t* source, std::uint32_t cou
                                         std::uint32_t& length) {
     target = nullptr;
     length = 0;
+    if (count == kUpToTerminator) count = LengthOf(source);
     if (count == 0 || source == nullptr) return false;
     const std::uint32_t needed = UTF16ToUTF8Length(source, count);
     SSimpleBuffer built(needed);
@@ -172,24 +163,6 @@ bool CUTFConverter::ConvertToUTF8String(const wchar_t* source, std::uint32_t cou
     built.releaseBuffer(length + 1);
     target = built.detach();
     return true;
-}
-
-std::uint32_t CUTFConverter::UTF16ToUTF8Length(const wchar_t* source, std::uint32_t units) {
-    if (units == kUpToTerminator) units = LengthOf(source);
-    std::uint32_t bytes = 1;
-    for (std::uint32_t i = 0; source != nullptr && i < units; ++i) {
-        const bool isPair = IsHigh(source[i]) && i + 1 < units && IsLow(source[i + 1]);
-        bytes += isPair ? kMaxUTF8Bytes : BytesOfUnit(source[i]);
-        if (isPair) ++i;
-    }
-    return bytes;
-}
-
-std::uint32_t CUTFConverter::WideCharToUTF8Length(const wchar_t* source, std::uint32_t units) {
-    if (units == kUpToTerminator) units = LengthOf(source);
-    std::uint32_t bytes = 1;
-    for (std::uint32_t i = 0; source != nullptr && i < units; ++i) bytes += BytesOfUnit(source[i]);
-    return bytes;
 }
 
 void CUTFConverter::setText(const SAnsiString& text) {

@@ -89,18 +89,24 @@ unsigned RankOf(unit character) {
     return code < kRanks.size() ? kRanks[code] : 0;
 }
 
-// True, with the order, when letters and digits decide before any other character comes.
+// An ASCII character that stands on both sides, in either case: whatever it weighs, it weighs the same.
+template <class unit>
+bool SameAscii(unit left, unit right) {
+    if (left == unit() || static_cast<std::make_unsigned_t<unit>>(left) >= kRanks.size()) return false;
+    const unsigned rank = RankOf(left);
+    return left == right || (rank != 0 && rank == RankOf(right));
+}
+
+// True, with the order, when the first difference is one of letters and digits, or of one against the end,
+// with nothing but ASCII before it.
 template <class unit>
 bool DecideByRanks(const unit* left, const unit* right, int& order) {
-    for (;; ++left, ++right) {
-        const unsigned a = RankOf(*left);
-        const unsigned b = RankOf(*right);
-        const bool decidable = (a != 0 || *left == unit()) && (b != 0 || *right == unit());
-        if (!decidable) return false;
-        if (a == b && a != 0) continue;
-        order = Sign(static_cast<int>(a) - static_cast<int>(b));
-        return true;
-    }
+    while (SameAscii(*left, *right)) ++left, ++right;
+    const unsigned a = RankOf(*left);
+    const unsigned b = RankOf(*right);
+    if ((a == 0 && *left != unit()) || (b == 0 && *right != unit())) return false;
+    order = Sign(static_cast<int>(a) - static_cast<int>(b));
+    return true;
 }
 
 /// Code-page text in UTF-16, for the system's collation.

@@ -97,15 +97,16 @@ void ForEachWidePiece(const char* text, Use use) {
 // UTF-8 with a terminator; the bytes before it, or -1 when they do not fit.
 int WriteUTF8(const wchar_t* text, std::uint32_t length, char* out, std::uint32_t nBytesInBuffer) {
     if (!Require(out != nullptr, kUnit, kNoUTF8Output)) return kFailed;
-    if (CUTFConverter::UTF16ToUTF8Length(text, length) > nBytesInBuffer) return kFailed;
+    const std::uint32_t needed = CUTFConverter::UTF16ToUTF8Length(text, length);
+    if (needed > nBytesInBuffer) return kFailed;
     auto* const first = reinterpret_cast<unsigned char*>(out);
+    unsigned char* const room = first + needed;  // the size that was given may lead beyond the address space
     unsigned char* end = first;
     const wchar_t* source = text;
-    if (CUTFConverter::Convert(source, text + length, end, first + nBytesInBuffer) ==
-        CUTFConverter::SourceExhausted) {
+    if (CUTFConverter::Convert(source, text + length, end, room) == CUTFConverter::SourceExhausted) {
         constexpr wchar_t replacement = 0xFFFD;  // a high surrogate at the very end
         const wchar_t* last = &replacement;
-        CUTFConverter::Convert(last, last + 1, end, first + nBytesInBuffer);
+        CUTFConverter::Convert(last, last + 1, end, room);
     }
     *end = 0;
     return static_cast<int>(end - first);

@@ -300,7 +300,7 @@ Result ConvertOne(const From*& source, const From* sourceEnd, To*& target, To* t
 template <class From, class To>
 Result ConvertPlainly(const From*& source, const From* sourceEnd, To*& target, To* targetEnd, Mode mode) {
     Result result = CUTFConverter::ConversionOK;
-    while (source != sourceEnd && result == CUTFConverter::ConversionOK) {
+    while (source < sourceEnd && result == CUTFConverter::ConversionOK) {
         result = ConvertOne(source, sourceEnd, target, targetEnd, mode);
     }
     return result;
@@ -309,7 +309,7 @@ Result ConvertPlainly(const From*& source, const From* sourceEnd, To*& target, T
 template <class From, class To>
 Result ConvertByRuns(const From*& source, const From* sourceEnd, To*& target, To* targetEnd, Mode mode) {
     Result result = CUTFConverter::ConversionOK;
-    while (source != sourceEnd && result == CUTFConverter::ConversionOK) {
+    while (source < sourceEnd && result == CUTFConverter::ConversionOK) {
         const auto at =
             ConvertOtherRun(ConvertAsciiRun(Cursor<From, To>{source, sourceEnd, target, targetEnd}));
         const bool moved = at.source != source;

@@ -101,7 +101,7 @@ TEST(WideConversion, CutsWithQuestionMarks) {
     EXPECT_EQ(s.toAscii(bytes, 5), 5);
     EXPECT_STREQ(bytes, "a???");
     EXPECT_EQ(s.toUTF8(bytes, 9), -1);
-    EXPECT_EQ(s.toUTF8(bytes, 10), 10);
+    EXPECT_EQ(s.toUTF8(bytes, 0xFFFFFFFF), 10);  // "there is room enough"
     EXPECT_STREQ(bytes, "a\xC3\xA9\xE3\x82\xBD\xEF\xBF\xBD");
     SWCharString back(L"old");
     EXPECT_TRUE(back.fromMBCS("\x80\x81"));
@@ -162,9 +162,20 @@ TEST(NamedCodesets, ConvertBothWays) {
     }
     EXPECT_EQ(Codeset::ExplicitCodesetToT("\x83\x5C", Codeset::Windows932),
               "?");  // not in this process's code page
-    EXPECT_EQ(Codeset::ExplicitCodesetToT("\xFF", Codeset::UTF8), "");
+    EXPECT_EQ(Codeset::ExplicitCodesetToT(static_cast<const char*>(nullptr), Codeset::Windows932), "");
     EXPECT_EQ(Codeset::TToExplicitCodeset("", Codeset::UTF8).getNBytes(), 0U);
     tarntest::AssertRecorder asserts;
     EXPECT_EQ(Codeset::ExplicitCodesetToT("x", static_cast<Codeset::ExplicitCodeset>(6)), "");
     EXPECT_TRUE(asserts.sawLast("mbcscodesetconverter", "codeset is known"));
+}
+
+TEST(NamedCodesets, TraceIllegalUTF8) {
+    static std::string traced;
+    SDiagnosticSink sink;
+    sink.shouldTrace = [](int, const char*) { return true; };
+    sink.trace = [](int, const char* unit, const char* text) { traced = std::string(unit) + ": " + text; };
+    const SDiagnosticSink* const before = InstallDiagnosticSink(&sink);
+    EXPECT_EQ(Codeset::ExplicitCodesetToT("abc\xFF", Codeset::UTF8), "");
+    InstallDiagnosticSink(before);
+    EXPECT_EQ(traced, "mbcscodesetconverter: failed UTF8 -> UCS2 conversion");
 }

@@ -6,132 +6,173 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "support/assert_recorder.h"
 #include "support/locale_scope.h"
-#include "support/print_strings.h"
 
 using namespace TarnLibA500;
+using Conv = SAnsiStringConv;
 
 namespace {
 
+using Integers = std::tuple<short, unsigned short, int, unsigned, long, long long, unsigned long long>;
+
+// What a text must read as: the number's part alone, read by the standard library to its last character.
 template <class T>
-void ExpectRead(const char* text, int radix, bool good, T value) {
-    T number = 99;
-    EXPECT_EQ(SAnsiStringConv::FromString(text, number, radix), good) << text;
-    EXPECT_EQ(number, value) << text;
+bool Expected(const std::string& text, int radix, T& number) {
+    number = 0;
+    std::string digits = text.substr(0, text.find_first_of(". "));
+    const std::string sign = std::is_signed_v<T> && digits.starts_with('-') ? "-" : "";
+    digits.erase(0, sign.size());
+    if (radix == 16) std::erase_if(digits, [](char c) { return c == 'x' || c == 'X'; });
+    if (digits.empty() || digits.starts_with('-')) return digits.empty();
+    const std::string whole = sign + digits;
+    const char* const end = whole.data() + whole.size();
+    const auto result = std::from_chars(whole.data(), end, number, radix);
+    const bool read = result.ptr == end && result.ec == std::errc();
+    if (!read) number = 0;
+    return read;
 }
 
-// Random values of every magnitude and the edges, against the standard library.
 template <class T>
-void CompareWithTheStandardLibrary() {
-    std::mt19937_64 random(501);
-    constexpr T edges[] = {0, 1, std::numeric_limits<T>::max(), std::numeric_limits<T>::min(),
-                           static_cast<T>(std::numeric_limits<T>::max() - 1)};
-    for (int i = 0; i < 30'000; ++i) {
-        const T value = i < 5 ? edges[i] : static_cast<T>(random() >> (random() % 64));
-        const int radix = i % 4 == 0 ? static_cast<int>(2 + random() % 35) : 10;
-        char expected[80];
-        const auto magnitude = static_cast<std::make_unsigned_t<T>>(value);
-        const auto end = radix == 10 ? std::to_chars(expected, expected + 80, value).ptr
-                                     : std::to_chars(expected, expected + 80, magnitude, radix).ptr;
-        *end = '\0';
-        const SAnsiString ours = SAnsiStringConv::ToString(value, radix);
-        ASSERT_EQ(SAnsiString(ours).toLower(), expected) << radix;
-        T back = 0;
-        const bool fits = radix == 10 || value >= 0;  // other radixes show the unsigned value
-        ASSERT_EQ(SAnsiStringConv::FromString(ours, back, radix), fits) << expected << ' ' << radix;
-        ASSERT_EQ(back, fits ? value : T{0}) << expected;
+void ExpectReads(const std::string& text, int radix) {
+    T expected;
+    T number = 7;
+    const bool isNumber = Expected(text, radix, expected);
+    EXPECT_EQ(Conv::FromString(text.c_str(), number, radix), isNumber) << text << " radix " << radix;
+    EXPECT_EQ(number, expected) << text << " radix " << radix;
+}
+
+template <class T>
+void ExpectWrites(T number, int radix) {
+    char digits[80];
+    const auto bits = static_cast<std::make_unsigned_t<T>>(number);  // no sign in a radix other than 10
+    const auto end = radix == 10 ? std::to_chars(digits, digits + 80, number)
+                                 : std::to_chars(digits, digits + 80, bits, radix);
+    std::string expected(digits, end.ptr);
+    for (char& c : expected) c = c >= 'a' ? static_cast<char>(c - 'a' + 'A') : c;
+    EXPECT_EQ(Conv::ToString(number, radix).getString(), expected) << radix;
+    const std::wstring wide(expected.begin(), expected.end());
+    EXPECT_EQ(SWCharStringConv::ToString(number, radix).getString(), wide) << radix;
+}
+
+template <class T>
+void ExpectWritesIntegers() {
+    std::mt19937_64 random(1);
+    for (int radix = 2; radix <= 36; ++radix) {
+        ExpectWrites(std::numeric_limits<T>::min(), radix);
+        ExpectWrites(std::numeric_limits<T>::max(), radix);
+        for (unsigned bits = 0; bits <= sizeof(T) * 8; ++bits)
+            ExpectWrites(static_cast<T>(random() >> (64 - bits) % 64), radix);
     }
+    for (std::uint64_t power = 1; power < 1'000'000'000'000'000'000; power *= 10) {
+        ExpectWrites(static_cast<T>(power), 10);
+        ExpectWrites(static_cast<T>(power - 1), 10);
+    }
+}
+
+void ExpectReadsInEveryType(const std::string& text, int radix) {
+    const auto expect = [&]<class... T>(std::tuple<T...>*) { (ExpectReads<T>(text, radix), ...); };
+    expect(static_cast<Integers*>(nullptr));
 }
 
 }  // namespace
 
-TEST(StringConv, IntegersAsText) {
-    EXPECT_EQ(SAnsiStringConv::ToString(-1, 16), "FFFFFFFF");
-    EXPECT_EQ(SAnsiStringConv::ToString(static_cast<short>(-1), 16), "FFFF");
-    EXPECT_EQ(SAnsiStringConv::ToString(-1LL, 16), "FFFFFFFFFFFFFFFF");
-    EXPECT_EQ(SAnsiStringConv::ToString(-1), "-1");
-    EXPECT_EQ(SAnsiStringConv::ToString(std::numeric_limits<long long>::min()), "-9223372036854775808");
-    EXPECT_EQ(SAnsiStringConv::ToString(35, 36), "Z");
-    EXPECT_EQ(SAnsiStringConv::ToString(reinterpret_cast<void*>(0xAB)), "000000AB");
-    EXPECT_EQ(SWCharStringConv::ToString(~0ULL, 2), std::wstring(64, L'1').c_str());
-    tarntest::AssertRecorder asserts;
-    wchar_t array[64] = L"old";
-    SWCharStringConv::ToString(~0ULL, array, 2);
+TEST(StringConv, WritesIntegersOfEveryTypeRadixAndLength) {
+    const auto expect = []<class... T>(std::tuple<T...>*) { (ExpectWritesIntegers<T>(), ...); };
+    expect(static_cast<Integers*>(nullptr));
+}
+
+TEST(StringConv, ReadsIntegers) {
+    const struct {
+        const char* text;
+        int number;
+        int radix;
+    } read[] = {{"", 0, 10},      {"-", 0, 10},   {" 5", 0, 10},        {".5", 0, 10},
+                {"12.5", 12, 10}, {"5 a", 5, 10}, {"12abc", 76476, 16}, {"0x1F", 31, 16},
+                {"1x2", 18, 16},  {"x", 0, 16},   {"-x1", -1, 16},      {"0x1F", 42819, 36}};
+    for (const auto& c : read) {
+        int number = 1;
+        EXPECT_TRUE(Conv::FromString(c.text, number, c.radix) && number == c.number) << c.text;
+    }
+    for (const char* text : {"+5", "--5", "12\t", "12abc", "x", "\xB5", "2147483648", "-2147483649"}) {
+        int number = 1;
+        EXPECT_TRUE(!Conv::FromString(text, number) && number == 0) << text;
+    }
+    int number = 1;
+    EXPECT_FALSE(SWCharStringConv::FromString(L"\x0131", number));  // its low byte is the digit 1
+    signed char byte;
+    EXPECT_TRUE(Conv::FromString("-128", byte) && byte == -128 && !Conv::FromString("128", byte));
+    EXPECT_TRUE(SWCharStringConv::FromString(L"-0x1F", number, 16) && number == -31);
+}
+
+TEST(StringConv, ReadsAsTheStandardLibraryDoes) {
+    std::mt19937 random(2);
+    const std::string alphabet = "0123456789abfFzZxX-+. ";
+    for (int i = 0; i < 20'000; ++i) {
+        const int radixes[] = {10, 16, 2 + static_cast<int>(random() % 35)};
+        std::string text = random() % 2 ? "-" : "";
+        const std::size_t kinds = i % 4 == 0 ? alphabet.size() : 10;  // mostly digits
+        for (std::size_t length = random() % 24; length > 0; --length) text += alphabet[random() % kinds];
+        ExpectReadsInEveryType(text, radixes[i % 3]);
+    }
+    // The ends of the range of every type.
+    for (unsigned bits : {7u, 8u, 15u, 16u, 31u, 32u, 63u, 64u}) {
+        const std::uint64_t first = bits == 64 ? 0 : std::uint64_t{1} << bits;
+        for (int step = -3 * 35; step < 3 * 35; ++step) {
+            const int radix = 2 + (step + 3 * 35) % 35;
+            const std::string text = Conv::ToString(first + step / 35, radix).getString();
+            for (const std::string& variant : {text, "-" + text, text + "0"})
+                ExpectReadsInEveryType(variant, radix);
+        }
+    }
+}
+
+TEST(StringConv, ReportsWhatItCannotWriteOrRead) {
+    tarntest::AssertRecorder recorder;
+    wchar_t array[SWCharStringConv::kArrayUnits] = L"old";
+    SWCharStringConv::ToString(1, array);
+    EXPECT_STREQ(array, L"1");
+    SWCharStringConv::ToString(-1LL, array, 2);
     EXPECT_STREQ(array, L"");
-    EXPECT_EQ(asserts.count(), 1U);
-    SWCharStringConv::ToString(-42, array);
-    EXPECT_STREQ(array, L"-42");
-    EXPECT_EQ(SAnsiStringConv::ToString(5, 1), "");
-    EXPECT_TRUE(asserts.sawLast("sstringconv", "radix >= 2 && radix <= 36"));
-    for (int n : {0, 7, 10, 99, 100, -3}) {
-        EXPECT_EQ(SAnsiStringConv::StringFrom100Number(n), SAnsiStringConv::ToString(n));
-        EXPECT_EQ(SAsciiStringConv::StringFrom10Number2Digits(n), n == 0   ? "00"
-                                                                  : n == 7 ? "07"
-                                                                           : std::to_string(n).c_str());
-    }
-    EXPECT_EQ(SWCharStringConv::StringFrom10Number2Digits(3), L"03");
-    EXPECT_EQ(SAnsiStringConv::StringFrom100Number(42).getString(),
-              SAnsiStringConv::StringFrom100Number(42).getString());
+    EXPECT_TRUE(recorder.sawLast("sstringconv", "length < 64"));
+    int number = 1;
+    EXPECT_STREQ(Conv::ToString(5, 37).getString(), "");
+    EXPECT_FALSE(Conv::FromString("1", number, 0) || Conv::FromString("1", number, 1));
+    EXPECT_EQ(recorder.count(), 3u);
+    EXPECT_TRUE(recorder.sawLast("sstringconv", "radix >= 2 && radix <= 36"));
 }
 
-TEST(StringConv, TextAsIntegers) {
-    for (const char* text : {"", "-", " 5", ".5", "x"}) ExpectRead(text, 16, true, 0);
-    for (const char* text : {"+5", "12\t", "5a", "--5", "5-", "\xB2"}) ExpectRead(text, 10, false, 0);
-    ExpectRead("12.5", 10, true, 12);
-    ExpectRead("5 apples", 10, true, 5);
-    ExpectRead("12abc", 10, false, 0);
-    ExpectRead("12abc", 16, true, 76476);
-    ExpectRead("0x1F", 16, true, 31);
-    ExpectRead("1x2", 16, true, 18);
-    ExpectRead("1x2", 8, false, 0);
-    ExpectRead("-2147483648", 10, true, std::numeric_limits<int>::min());
-    ExpectRead("2147483648", 10, false, 0);
-    ExpectRead("-2147483649", 10, false, 0);
-    ExpectRead("0000000000000000000002147483647", 10, true, 2147483647);
-    ExpectRead("FFFFFFFF", 16, false, 0);
-    ExpectRead("FFFFFFFF", 16, true, 0xFFFFFFFFU);
-    ExpectRead("-1", 10, false, 0U);
-    ExpectRead("-0", 10, false, 0U);
-    ExpectRead<signed char>("-128", 10, true, -128);
-    ExpectRead<unsigned char>("256", 10, false, 0);
-    ExpectRead("18446744073709551616", 10, false, 0ULL);
-    ExpectRead("99999999999999999999999999", 10, false, 0LL);
-    int number = 7;
-    EXPECT_FALSE(SAnsiStringConv::FromString(SAnsiString("1\0002", 3), number));
-    EXPECT_TRUE(SWCharStringConv::FromString(L"7F", number, 16));
-    EXPECT_EQ(number, 127);
-    EXPECT_FALSE(SWCharStringConv::FromString(L"\xFF11", number));  // a full-width digit is none
-    void* address = nullptr;
-    EXPECT_TRUE(SAnsiStringConv::FromString("0012AB00", address));
-    EXPECT_EQ(address, reinterpret_cast<void*>(0x12AB00));
-}
-
-TEST(StringConv, AgreesWithTheStandardLibrary) {
-    CompareWithTheStandardLibrary<short>();
-    CompareWithTheStandardLibrary<unsigned short>();
-    CompareWithTheStandardLibrary<int>();
-    CompareWithTheStandardLibrary<unsigned long>();
-    CompareWithTheStandardLibrary<long long>();
-    CompareWithTheStandardLibrary<unsigned long long>();
-}
-
-TEST(StringConv, RealsFollowTheLocale) {
-    EXPECT_EQ(SAnsiStringConv::ToString(2.0, 0), "2.");
-    EXPECT_EQ(SAnsiStringConv::ToString(1e30, 6),
-              "1000000000000000019884624838656.000000");  // longer than the usual area
-    EXPECT_EQ(SWCharStringConv::ToString(-0.5, 2), L"-0.50");
-    double real = 9;
-    for (const char* bad : {"", "x", "1.5x", "1.5 "}) {
-        EXPECT_FALSE(SAnsiStringConv::FromString(bad, real)) << bad;
-        EXPECT_EQ(real, 0);
-    }
-    float small = 0;
-    EXPECT_TRUE(SAnsiStringConv::FromString("-2.5e1", small));
-    EXPECT_EQ(small, -25);
+TEST(StringConv, WritesAndReadsRealsInTheLocale) {
+    EXPECT_STREQ(Conv::ToString(2.0, 0).getString(), "2.");
+    EXPECT_STREQ(Conv::ToString(-2.5).getString(), "-2.500000");
+    EXPECT_EQ(Conv::ToString(1e30).getLength(), 38u);
+    EXPECT_EQ(SWCharStringConv::ToString(1e308, 200).getLength(), 510u);
     const tarntest::LocaleScope german("German_Germany.1252");
-    EXPECT_EQ(SAnsiStringConv::ToString(3.25, 2), "3,25");
-    EXPECT_TRUE(SAnsiStringConv::FromString("3,25", real));
-    EXPECT_EQ(real, 3.25);
+    EXPECT_STREQ(Conv::ToString(3.5, 2).getString(), "3,50");
+    EXPECT_STREQ(SWCharStringConv::ToString(3.5, 2).getString(), L"3,50");
+    double number;
+    float small;
+    EXPECT_TRUE(Conv::FromString(" 3,5e1", number) && number == 35);
+    EXPECT_TRUE(Conv::FromString("0,1", small) && small == 0.1f);
+    for (const char* text : {"", "x", "3.5", "3 "})
+        EXPECT_TRUE(!Conv::FromString(text, number) && number == 0) << text;
+}
+
+TEST(StringConv, WritesAndReadsAddresses) {
+    void* const address = reinterpret_cast<void*>(0xA1F);
+    void* read = nullptr;
+    EXPECT_STREQ(SWCharStringConv::ToString(address).getString(), L"00000A1F");
+    EXPECT_TRUE(Conv::FromString(Conv::ToString(address), read) && read == address);
+}
+
+TEST(StringConv, KeepsSmallNumbers) {
+    for (const int number : {-3, 0, 9, 10, 99, 100}) {
+        const std::string text = std::to_string(number);
+        EXPECT_EQ(Conv::StringFrom100Number(number).getString(), text);
+        EXPECT_EQ(SAsciiStringConv::StringFrom10Number2Digits(number + 1).getString(),
+                  number == 0 ? "01" : std::to_string(number + 1));
+    }
+    EXPECT_EQ(Conv::StringFrom100Number(42).getString(), Conv::StringFrom100Number(42).getString());
 }

@@ -123,6 +123,30 @@ TEST(UTFCore, StopsBeforeWhatDoesNotFit) {
     }
 }
 
+// However a text is cut, what was not read goes in front of the next piece.
+TEST(UTFCore, TakesTextInPieces) {
+    const std::wstring text = L"\xD83D\xDE00-0123456789abcdef\xE4\x20AC\xD83D\xDE00\x65E5\x672C\x8A9E";
+    char utf8[80] = {};
+    WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, utf8, 80, nullptr, nullptr);
+    const std::string bytes = utf8;
+    for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
+        const Outcome first = Decode(bytes.substr(0, cut));
+        EXPECT_EQ(first.result, first.read == cut ? Converter::ConversionOK : Converter::SourceExhausted);
+        EXPECT_LT(cut - first.read, 4U);
+        EXPECT_EQ(first.units + Decode(bytes.substr(first.read)).units, text) << cut;
+    }
+    for (std::size_t cut = 0; cut <= text.size(); ++cut) {
+        unsigned char out[80] = {};
+        unsigned char* end = out;
+        const wchar_t* at = text.data();
+        const auto result = Converter::Convert(at, text.data() + cut, end, out + 80);
+        const bool isWhole = at == text.data() + cut;
+        EXPECT_EQ(result, isWhole ? Converter::ConversionOK : Converter::SourceExhausted) << cut;
+        EXPECT_EQ(Converter::Convert(at, text.data() + text.size(), end, out + 80), Converter::ConversionOK);
+        EXPECT_STREQ(reinterpret_cast<char*>(out), utf8) << cut;
+    }
+}
+
 TEST(UTFCore, TreatsLoneSurrogatesByMode) {
     for (const std::wstring text : {L"\xD800", L"a\xDC00z", L"\xD800\xD800\xDC00",
                                     L"0123456789ABCDE\xDFFF"
@@ -159,6 +183,7 @@ TEST(UTFDifferential, AgreesWithTheSystemBothWays) {
         SSimpleBuffer utf8;
         ASSERT_TRUE(Converter::UTF16ToUTF8(SOCAString(text.data(), static_cast<std::uint32_t>(units)), utf8));
         ASSERT_EQ(Bytes(utf8), std::string(bytes, static_cast<std::size_t>(count)) + '\0');
+        ASSERT_EQ(Converter::UTF16ToUTF8Length(text.c_str()), static_cast<unsigned>(count) + 1);
         SOCAString back;
         ASSERT_TRUE(Converter::UTF8ToUTF16(bytes, static_cast<std::uint32_t>(count), back));
         ASSERT_EQ(std::wstring(back.getString(), back.getLength()), text);
@@ -198,6 +223,13 @@ TEST(UTFConverter, WholeTexts) {
     EXPECT_STREQ(reinterpret_cast<char*>(bytes), "\xC3\xA9\xEF\xBF\xBD");
     EXPECT_EQ(length, 5U);
     SSimpleBuffer::dealloc(bytes);
+    EXPECT_TRUE(Converter::ConvertToUTF8String(L"\xE9", 0xFFFFFFFF, bytes, length));
+    EXPECT_STREQ(reinterpret_cast<char*>(bytes), "\xC3\xA9");
+    SSimpleBuffer::dealloc(bytes);
+    EXPECT_TRUE(Converter::UTF8ToUTF16("\xC3\xA9", 0xFFFFFFFF, wide));
+    EXPECT_EQ(wide, L"\xE9");
+    EXPECT_TRUE(Converter::UTF8ToUTF16("a\0b", 3, wide));
+    EXPECT_EQ(wide.getLength(), 3U);
     const tarntest::LocaleScope locale(tarntest::kLocale1252);
     CUTFConverter object(SAnsiString("\x80"));
     EXPECT_STREQ(object.getBuffer(), "\xE2\x82\xAC");
