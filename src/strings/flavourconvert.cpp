@@ -171,12 +171,13 @@ int FlavourConvert<char, 0>::toAscii(const char* text, std::uint32_t length, cha
     if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
     const std::uint32_t needed = getNBytesForAscii(text, length);
     if (nBytesInBuffer < needed) return kFailed;
+    std::uint32_t used = 0;
     ForEachWidePiece(text, [&](const wchar_t* units, std::uint32_t count) {
-        WriteAscii(units, count, out);
-        out += count;
+        WriteAscii(units, count, out + used);
+        used += count;
     });
-    *out = '\0';
-    return static_cast<int>(needed);
+    out[used] = '\0';
+    return static_cast<int>(used + 1);
 }
 
 template <>
@@ -200,11 +201,12 @@ int FlavourConvert<char, 0>::toUTF8(const char* text, std::uint32_t length, char
     if (!Require(out != nullptr, kUnit, kNoUTF8Output)) return kFailed;
     const std::uint32_t needed = getNBytesForUTF8(text, length);
     if (nBytesInBuffer < needed) return kFailed;
+    std::uint32_t used = 0;
     ForEachWidePiece(text, [&](const wchar_t* units, std::uint32_t count) {
-        out += WriteUTF8(units, count, out, needed);
+        used += static_cast<std::uint32_t>(WriteUTF8(units, count, out + used, needed - used));
     });
-    *out = '\0';
-    return static_cast<int>(needed) - 1;
+    out[used] = '\0';
+    return static_cast<int>(used);
 }
 
 template <>

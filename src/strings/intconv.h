@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -42,14 +43,16 @@ void PutPair(C* out, std::uint32_t pair) {
     std::memcpy(out, &kDigitPairs<C>[2 * pair], 2 * sizeof(C));
 }
 
+/// The least number of so many digits and one more; none needs more than 10.
+inline constexpr std::array<std::uint32_t, 10> kPowersOfTen{
+    0, 10, 100, 1'000, 10'000, 100'000, 1'000'000, 10'000'000, 100'000'000, 1'000'000'000};
+
+/// Without a branch: the length of a number is what a processor cannot foresee. 1233 / 4096 is the logarithm
+/// of 2 to the base 10, near enough for 32 bits.
 constexpr std::uint32_t DecimalDigits(std::uint32_t value) {
-    std::uint32_t digits = 1;
-    for (;; value /= 10'000, digits += 4) {
-        if (value < 10) return digits;
-        if (value < 100) return digits + 1;
-        if (value < 1'000) return digits + 2;
-        if (value < 10'000) return digits + 3;
-    }
+    const auto bits = static_cast<std::uint32_t>(std::bit_width(value | 1));
+    const std::uint32_t digits = bits * 1233 / 4096;
+    return digits + (value >= kPowersOfTen[digits] ? 1 : 0);
 }
 
 /// Writes the value into exactly so many places, zeros in front.
@@ -67,7 +70,13 @@ void PutDecimal(C* out, std::uint32_t value, std::uint32_t places) {
 template <class C>
 [[gnu::always_inline]] inline std::uint32_t FromDecimal(C* out, std::uint32_t value) {
     const std::uint32_t digits = DecimalDigits(value);
-    PutDecimal(out, value, digits);
+    C* at = out + digits;
+    for (; value >= kTwoDigits; value /= kTwoDigits) PutPair(at -= 2, value % kTwoDigits);
+    if (value >= kDecimal) {
+        PutPair(at - 2, value);
+    } else {
+        at[-1] = static_cast<C>('0' + value);
+    }
     return digits;
 }
 

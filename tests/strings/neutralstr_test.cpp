@@ -15,16 +15,6 @@
 
 using namespace TarnLibA500;
 
-namespace {
-
-template <class T>
-bool Reads(const std::string& text, T& number) {
-    number = 7;
-    return NeutralString::ToNumber(SAnsiString(text.c_str()), number);
-}
-
-}  // namespace
-
 TEST(NeutralString, ReadsRealsInAnyLocale) {
     const tarntest::LocaleScope german("German_Germany.1252");
     struct Case {
@@ -45,25 +35,26 @@ TEST(NeutralString, ReadsRealsInAnyLocale) {
                            {"9007199254740993.00001", 9007199254740992.0},
                            {"900719925474099300000.1e-5", 9007199254740992.0}};
     const auto expect = [](const Case& c) {
-        double number;
-        EXPECT_TRUE(Reads(c.text, number) && number == c.number) << c.text << ": " << number;
+        double number = 7;
+        EXPECT_TRUE(NeutralString::ToNumber(c.text, number) && number == c.number)
+            << c.text << ": " << number;
     };
     std::for_each(std::begin(usual), std::end(usual), expect);
     std::for_each(std::begin(longer), std::end(longer), expect);
     for (const char* text : {"", ".", "-.e5", "1e", "1 e +", "--5", "inf", "nan", "-inf", "x", "10e308",
                              "1e400", "1.8e308", "1e99999999999"}) {
-        double number;
-        EXPECT_TRUE(!Reads(text, number) && number == 0) << text;
+        double number = 7;
+        EXPECT_TRUE(!NeutralString::ToNumber(text, number) && number == 0) << text;
     }
 }
 
 TEST(NeutralString, ReadsFloatsInTheirRange) {
-    float number;
-    EXPECT_TRUE(Reads("3.4028235e38", number) && number == FLT_MAX);
-    EXPECT_TRUE(!Reads("3.5e38", number) && number == 0);
-    EXPECT_TRUE(Reads("1e-60", number) && number == 0);
+    float number = 7;
+    EXPECT_TRUE(NeutralString::ToNumber("3.4028235e38", number) && number == FLT_MAX);
+    EXPECT_TRUE(!NeutralString::ToNumber("3.5e38", number) && number == 0);
+    EXPECT_TRUE(NeutralString::ToNumber("1e-60", number) && number == 0);
     // Just above the middle of two floats; as a double it would be the middle itself.
-    EXPECT_TRUE(Reads("1.0000000596046447755", number) && number == 1 + FLT_EPSILON);
+    EXPECT_TRUE(NeutralString::ToNumber("1.0000000596046447755", number) && number == 1 + FLT_EPSILON);
 }
 
 TEST(NeutralString, ReadsRealsAsTheStandardLibraryDoes) {
@@ -79,10 +70,10 @@ TEST(NeutralString, ReadsRealsAsTheStandardLibraryDoes) {
         double again;
         const auto result = std::from_chars(text.data(), text.data() + text.size(), expected);
         const bool inRange = result.ec == std::errc();
-        EXPECT_EQ(Reads(text, number), inRange) << text;
+        EXPECT_EQ(NeutralString::ToNumber(text.c_str(), number), inRange) << text;
         EXPECT_EQ(number, inRange ? expected : 0) << text;
         // The same with blanks takes the other way through the reader.
-        EXPECT_EQ(Reads("  +" + text + " ", again), inRange) << text;
+        EXPECT_EQ(NeutralString::ToNumber(("  +" + text + " ").c_str(), again), inRange) << text;
         EXPECT_EQ(again, number) << text;
     }
 }
@@ -99,10 +90,10 @@ TEST(NeutralString, WritesTheShortestTextThatReadsBack) {
         if (!std::isfinite(number)) continue;
         const std::string text = NeutralString::FromNumber(number).getString();
         double again;
-        EXPECT_TRUE(Reads(text, again) && again == number) << text;
+        EXPECT_TRUE(NeutralString::ToNumber(text.c_str(), again) && again == number) << text;
         const double magnitude = std::fabs(number);
         const bool plain = magnitude >= 1e-5 && magnitude < 1e17;
-        if (plain && magnitude > 9e15) continue;  // the standard library writes digits beyond
+        if (plain && magnitude > 9e15) continue;  // the standard library writes more digits
         const auto format = plain || number == 0 ? std::chars_format::fixed : std::chars_format::scientific;
         char digits[40];
         std::string expected(digits, std::to_chars(digits, digits + 40, number, format).ptr);
@@ -140,7 +131,6 @@ TEST(NeutralString, RoundsToDecimals) {
                  {-0.001, 2, "0.00"},
                  {1.0 / 3, 20, "0.33333333333333300000"},
                  {123456789012345678.0, 1, "123456789012346000.0"},
-                 {999999999999999.9, 0, "1000000000000000"},
                  {DBL_MAX, 400, "179769313486232" + std::string(294, '0') + "." + std::string(400, '0')},
                  {5e-324, 345, "0." + std::string(323, '0') + "494065645841247" + std::string(7, '0')}};
     const tarntest::LocaleScope german("German_Germany.1252");
@@ -182,19 +172,17 @@ TEST(NeutralString, WritesAndReadsIntegers) {
     EXPECT_STREQ(NeutralString::FromNumberToAscii(4294967295u).getString(), "4294967295");
     long number = 1;
     EXPECT_TRUE(!NeutralString::ToNumber("2147483648", number) && number == 0);
-    const SAsciiString text("port=8080;");
-    unsigned short port = 0;
-    EXPECT_TRUE(NeutralString::ToNumber(text.getCursor(5), text.getCursor(9), port) && port == 8080);
-    EXPECT_TRUE(NeutralString::ToNumber(text.getCursor(9), text.getCursor(5), port) && port == 0);
+    const SAsciiString text("port=-8080;");
+    const auto at = [&](unsigned index) { return text.getCursor(index); };
+    EXPECT_TRUE(NeutralString::ToNumber(at(5), at(10), number) && number == -8080);
+    EXPECT_TRUE(NeutralString::ToNumber(at(10), at(5), number) && number == 0);
+    EXPECT_FALSE(NeutralString::ToNumber(text, number));
 }
 
 TEST(NeutralString, AddsOneInTheLastPlace) {
     char digits[] = "18.9";
     EXPECT_TRUE(NeutralString::RoundUpHelper(digits, 3));
     EXPECT_STREQ(digits, "19.0");
-    EXPECT_TRUE(NeutralString::RoundUpHelper(digits, 1));
-    EXPECT_STREQ(digits, "20.0");
-    char nines[] = "9.9";
-    EXPECT_FALSE(NeutralString::RoundUpHelper(nines, 2));
-    EXPECT_STREQ(nines, "0.0");
+    EXPECT_FALSE(NeutralString::RoundUpHelper(digits + 1, 0));
+    EXPECT_STREQ(digits, "10.0");
 }

@@ -57,8 +57,8 @@ Words ReadCommandLine() {
     int count = 0;
     wchar_t** const all = CommandLineToArgvW(GetCommandLineW(), &count);
     Words words;
-    for (int i = 1; i < count; ++i) words.push_back(ToUtf8(all[i]));
-    LocalFree(all);
+    for (int i = 1; all != nullptr && i < count; ++i) words.push_back(ToUtf8(all[i]));
+    LocalFree(static_cast<void*>(all));
     return words;
 }
 
@@ -90,7 +90,7 @@ std::string ReadFile(const std::string& name) {
     if (_fseeki64(file.get(), 0, SEEK_END) != 0) FailOn("read", name, errno);
     const long long size = _ftelli64(file.get());
     if (size > kMaxFileBytes) throw Failure("cannot read " + name + ": it is larger than 64 MiB");
-    std::rewind(file.get());
+    if (size < 0 || _fseeki64(file.get(), 0, SEEK_SET) != 0) FailOn("read", name, errno);
     std::string bytes(static_cast<std::size_t>(size), '\0');
     if (std::fread(bytes.data(), 1, bytes.size(), file.get()) != bytes.size()) FailOn("read", name, EIO);
     return bytes;

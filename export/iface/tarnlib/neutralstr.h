@@ -33,9 +33,9 @@ class TARN_API NeutralString {
 
     /// An integer in radix 10.
     template <TextInteger T>
-    static SAnsiString FromNumber(T number);
+    TARN_API static SAnsiString FromNumber(T number);
     template <TextInteger T>
-    static SAsciiString FromNumberToAscii(T number);
+    TARN_API static SAsciiString FromNumberToAscii(T number);
     /// The shortest text that reads back as the same number: plain notation from 1e-5 up to below 1e17,
     /// otherwise digits with an exponent ("1.5E-7"). Whole numbers have no point; -0 is "0". A number that is
     /// not finite is reported by assertion and gives no text.
@@ -53,15 +53,16 @@ class TARN_API NeutralString {
     /// follows; they are rounded correctly from the first 20 significant digits. False, with 0, when there is
     /// no number and when it does not fit the type; a real that is too small is 0, with success.
     template <TextNumber T>
-    static bool ToNumber(const SAnsiString& text, T& number);
+    TARN_API static bool ToNumber(const SAnsiString& text, T& number);
     template <TextNumber T>
-    static bool ToNumber(const SAsciiString& text, T& number);
+    TARN_API static bool ToNumber(const SAsciiString& text, T& number);
     template <TextNumber T>
     static bool ToNumber(const char* text, T& number) {
         return ToNumber(SAnsiString(text), number);
     }
     template <TextNumber T>
-    static bool ToNumber(const SAsciiString::iterator& first, const SAsciiString::iterator& last, T& number);
+    TARN_API static bool ToNumber(const SAsciiString::iterator& first, const SAsciiString::iterator& last,
+                                  T& number);
 
     /// Adds one in the last place of a decimal number's digits, which end at an index; a "." is stepped over.
     /// False when the carry runs off the front: the digits are all "0" then, and a "1" belongs before them.

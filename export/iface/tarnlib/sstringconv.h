@@ -49,7 +49,7 @@ class TARN_API SAnsiStringConv {
     /// success. In radix 16 an "x" is skipped wherever it stands, deliberately. False, with 0, for any other
     /// character and for a value that does not fit.
     template <TextInteger T>
-    static bool FromString(const SAnsiString& text, T& number, int radix = 10);
+    TARN_API static bool FromString(const SAnsiString& text, T& number, int radix = 10);
     /// Reads a real as the C library's strtod does, over the whole text; false, with 0, for anything else and
     /// for no text.
     static bool FromString(const SAnsiString& text, double& number);
@@ -82,14 +82,14 @@ class TARN_API SWCharStringConv {
     static SWCharString ToString(const wchar_t*) = delete;  // would write the address of a text
     /// Into a string of the caller.
     template <TextInteger T>
-    static void ToString(T number, SWCharString& out, int radix = 10);
+    TARN_API static void ToString(T number, SWCharString& out, int radix = 10);
     /// Into an array of the caller. Only 64 binary digits do not fit: reported by assertion, and the array is
     /// empty.
     template <TextInteger T>
-    static void ToString(T number, wchar_t (&out)[kArrayUnits], int radix = 10);
+    TARN_API static void ToString(T number, wchar_t (&out)[kArrayUnits], int radix = 10);
 
     template <TextInteger T>
-    static bool FromString(const SWCharString& text, T& number, int radix = 10);
+    TARN_API static bool FromString(const SWCharString& text, T& number, int radix = 10);
 
     static SWCharString StringFrom100Number(int number);
     static SWCharString StringFrom10Number2Digits(int number);
