@@ -148,29 +148,40 @@ constexpr bool AppendDigit(Magnitude& value, std::uint32_t digit, std::uint32_t 
     return true;
 }
 
-/// Reads digits up to the end of the number. False for a bad character or a value above the limit.
-template <class C, class Magnitude>
-constexpr bool ReadDigits(const C* at, const C* end, std::uint32_t radix, const Limits<Magnitude>& limits,
-                          Magnitude& out) {
-    std::uint32_t head = 0;
-    std::uint32_t digit = 0;
-    std::uint32_t safe = SafeDigits(radix);
-    if (radix == kDecimal) {  // the usual case in a loop of its own: twice as fast
-        for (; at != end && safe != 0; ++at, --safe) {
-            digit = static_cast<std::uint32_t>(*at) - '0';
-            if (digit >= kDecimal) break;
-            head = head * kDecimal + digit;
-        }
+/// A number whose digits are read one after the other.
+template <class C>
+struct Digits {
+    const C* at;
+    const C* end;
+    std::uint32_t safe;  // how many more cannot pass the limit
+    std::uint32_t value = 0;
+};
+
+/// Radix 10, up to the first character that is no digit: most numbers in a loop of its own, without a call.
+template <class C>
+[[gnu::always_inline]] inline void ReadDecimalDigits(Digits<C>& digits) {
+    for (; digits.at != digits.end && digits.safe != 0; ++digits.at, --digits.safe) {
+        const std::uint32_t digit = static_cast<std::uint32_t>(*digits.at) - '0';
+        if (digit >= kDecimal) break;
+        digits.value = digits.value * kDecimal + digit;
     }
-    for (; at != end && safe != 0; ++at) {
+}
+
+/// Reads on to the end of the number. False for a bad character or a value above the limit.
+template <class C, class Magnitude>
+bool ReadDigits(Digits<C> digits, std::uint32_t radix, const Limits<Magnitude>& limits, Magnitude& out) {
+    std::uint32_t digit = 0;
+    const C* at = digits.at;
+    const C* end = digits.end;
+    for (; at != end && digits.safe != 0; ++at) {
         const TextStep step = Classify(*at, radix, digit);
         if (step == TextStep::Bad) return false;
         if (step == TextStep::End) end = at + 1;
         if (step != TextStep::Digit) continue;
-        head = head * radix + digit;
-        --safe;
+        digits.value = digits.value * radix + digit;
+        --digits.safe;
     }
-    out = head;
+    out = digits.value;
     for (; at != end; ++at) {
         const TextStep step = Classify(*at, radix, digit);
         if (step == TextStep::End) break;
@@ -182,27 +193,30 @@ constexpr bool ReadDigits(const C* at, const C* end, std::uint32_t radix, const 
 
 }  // namespace intconv
 
+/// StringConvFromInteger in radix 10, for callers to whom the call matters.
+template <class C, class T>
+[[gnu::always_inline]] inline std::uint32_t StringConvFromDecimal(C* out, T value) {
+    C* at = out;
+    auto magnitude = static_cast<IntegerMagnitude<T>>(value);
+    if (std::is_signed_v<T> && value < 0) {
+        *at++ = static_cast<C>('-');
+        magnitude = 0 - magnitude;
+    }
+    at += intconv::FromDecimal(at, magnitude);
+    *at = C();
+    return static_cast<std::uint32_t>(at - out);
+}
+
 /// Writes an integer with a terminator and returns the characters before it. Radix 2 to 36, digits above 9 in
 /// upper case. A negative number has a sign in radix 10 only; in every other radix it is written as the
 /// unsigned value of its own width, deliberately.
 template <class C, class T>
 std::uint32_t StringConvFromInteger(C* out, T value, int radix) {
-    using Unsigned = IntegerMagnitude<T>;
-    C* at = out;
-    auto magnitude = static_cast<Unsigned>(static_cast<std::make_unsigned_t<T>>(value));
-    if (radix == 10) {
-        if constexpr (std::is_signed_v<T>) {
-            if (value < 0) {
-                *at++ = static_cast<C>('-');
-                magnitude = Unsigned{0} - static_cast<Unsigned>(value);
-            }
-        }
-        at += intconv::FromDecimal(at, magnitude);
-    } else {
-        at += intconv::FromUnsigned(at, magnitude, static_cast<std::uint32_t>(radix));
-    }
-    *at = C();
-    return static_cast<std::uint32_t>(at - out);
+    if (radix == 10) return StringConvFromDecimal(out, value);
+    const auto bits = static_cast<IntegerMagnitude<T>>(static_cast<std::make_unsigned_t<T>>(value));
+    const std::uint32_t length = intconv::FromUnsigned(out, bits, static_cast<std::uint32_t>(radix));
+    out[length] = C();
+    return length;
 }
 
 /// The largest number of a type.
@@ -221,25 +235,28 @@ constexpr IntegerMagnitude<T> IntegerThreshold(int radix) {
 /// reads 31. False, with 0, for any other character, and for a value above the maximum, or above the maximum
 /// and one with a sign. The tag says what the digits are collected in, the threshold is maximum / radix.
 template <class C, class T, class Magnitude>
-constexpr bool StringConvToIntegerIterator(const C* first, const C* last, T& out,
-                                           std::type_identity<Magnitude> /*tag*/, Magnitude maximum,
-                                           Magnitude threshold, int radix, bool signAllowed) {
+bool StringConvToIntegerIterator(const C* first, const C* last, T& out, std::type_identity<Magnitude> /*tag*/,
+                                 Magnitude maximum, Magnitude threshold, int radix, bool signAllowed) {
     out = 0;
     const bool negative = signAllowed && first != last && *first == C('-');
     // One more above the threshold never passes by itself: its product is looked at, too.
     const Magnitude excess = negative ? 1 : 0;
     const intconv::Limits<Magnitude> limits{maximum + excess, threshold + excess};
-    Magnitude value = 0;
     const auto base = static_cast<std::uint32_t>(radix);
-    if (!intconv::ReadDigits(negative ? first + 1 : first, last, base, limits, value)) return false;
+    intconv::Digits<C> digits{negative ? first + 1 : first, last, intconv::SafeDigits(base)};
+    if (radix == 10) intconv::ReadDecimalDigits(digits);
+    Magnitude value = digits.value;
+    const bool read =
+        digits.at == last ? value <= limits.maximum : intconv::ReadDigits(digits, base, limits, value);
+    if (!read) return false;
     out = static_cast<T>(negative ? 0 - value : value);
     return true;
 }
 
 /// The same for a whole string.
 template <class String, class T, class Magnitude>
-constexpr bool StringConvToInteger(const String& text, T& out, std::type_identity<Magnitude> tag,
-                                   Magnitude maximum, Magnitude threshold, int radix, bool signAllowed) {
+bool StringConvToInteger(const String& text, T& out, std::type_identity<Magnitude> tag, Magnitude maximum,
+                         Magnitude threshold, int radix, bool signAllowed) {
     return StringConvToIntegerIterator(text.getString(), text.end().getPtr(), out, tag, maximum, threshold,
                                        radix, signAllowed);
 }

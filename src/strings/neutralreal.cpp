@@ -139,6 +139,8 @@ bool ReadUsual(const char* first, const char* last, T& value) {
     if (error != std::errc() || value < std::numeric_limits<T>::min()) return false;
     if (end != last && (IsBlank(*end) || IsExponentMark(*end))) return false;
     if (end - first <= kKeptDigits) return true;
+    while (*first == '0' || *first == '.') ++first;  // the number is not 0
+    if (end - first <= kKeptDigits) return true;
     const char* const exponent = std::find_if(end - kUsualExponentUnits, end, IsExponentMark);
     return exponent != end && exponent - first <= kKeptDigits;
 }

@@ -227,7 +227,7 @@ void SWCharStringConv::ToString(T number, SWCharString& out, int radix) {
 template <TextInteger T>
 void SWCharStringConv::ToString(T number, wchar_t (&out)[kArrayUnits], int radix) {
     if (radix == kDecimal) {
-        StringConvFromInteger(out, number, kDecimal);
+        StringConvFromDecimal(out, number);
         return;
     }
     out[0] = L'\0';

@@ -125,6 +125,8 @@ TEST(Cp932Conversion, NeverCutsACharacterInHalf) {
     EXPECT_EQ(std::string(bytes, 5), "A\x83\x5C?#");
     EXPECT_EQ(CodesetConverter::ucs2tombs(bytes, L"A\x30BD", 2), 2);
     EXPECT_EQ(std::string(bytes, 2), "A?");
+    EXPECT_EQ(CodesetConverter::ucs2tombs(bytes, L"\x30BD", 2), 2);
+    EXPECT_EQ(std::string(bytes, 3), "\x83\x5C\x5C");  // the third byte is of before
     EXPECT_EQ(CodesetConverter::ucs2tombs(nullptr, L"A\x30BD\xE01", 0), 4);
     wchar_t units[8] = L"#######";
     EXPECT_EQ(CodesetConverter::mbstoucs2(units, "\x83\x5C\x83", 8), 2);
@@ -135,6 +137,9 @@ TEST(Cp932Conversion, NeverCutsACharacterInHalf) {
     EXPECT_EQ(CodesetConverter::ucs2tomb(bytes, 1, 0x30BD), -1);
     EXPECT_EQ(CodesetConverter::ucs2towcs(units, L"wide", 3), 3);
     EXPECT_EQ(SAnsiString("\x83\x5C").getNBytesForWChar(), 4U);
+    SAnsiString large;
+    for (int i = 0; i < 1000; ++i) large += "\x83\x5C";
+    EXPECT_EQ(large.getNBytesForUTF8(), 3001U);
     SAnsiString back;
     EXPECT_TRUE(back.fromUTF8("\xE3\x82\xBD\xC3\xA9"));
     EXPECT_EQ(back,

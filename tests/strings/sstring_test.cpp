@@ -80,22 +80,18 @@ TEST(StringBuffer, GrowsByItsRules) {
     EXPECT_EQ(s.capacity(), 2U + 1 + 32);  // fresh: slack
     s.concat(std::string(40, 'x').c_str());
     EXPECT_EQ(s.capacity(), 2U * 2 + 40 + 1);  // in place: doubling of the old length, no slack
-    Ansi sharer(s);
+    const Ansi second(s);
     s.concat("y");
     EXPECT_EQ(s.capacity(), 42U + 1 + 1 + 32);  // shared with room: as long as needed
-    EXPECT_EQ(sharer.getLength(), 42U);
-    Ansi third(s);
+    const Ansi third(s);
     s.concat(std::string(100, 'z').c_str());
     EXPECT_EQ(s.capacity(), 2U * 43 + 100 + 1 + 32);  // shared without room
-    EXPECT_EQ(third.getLength(), 43U);
-
+    EXPECT_EQ(second.getLength() * 100 + third.getLength(), 4243U);
     Ansi w;
-    w.copyOnWrite(9);
-    EXPECT_EQ(w.capacity(), 9U + 33);
-    w.copyOnWrite(w.capacity() - 1);
-    EXPECT_EQ(w.capacity(), 9U + 33);  // just fits
-    w.copyOnWrite(42);
-    EXPECT_EQ(w.capacity(), 42U + 33);
+    for (const auto& [request, capacity] : {std::pair{9U, 42U}, {41U, 42U}, {42U, 75U}}) {
+        w.copyOnWrite(request);
+        EXPECT_EQ(w.capacity(), capacity);
+    }
     Ansi text("hello");
     const Ansi other(text);
     text.copyOnWrite(3);
@@ -192,15 +188,12 @@ TEST(StringEdit, PositionsBeyondTheEnd) {
     EXPECT_TRUE(s.getAt(99) == 0);
     s.deleteChars(4, 0xFFFFFFFF);
     s.setAt(0, 'X');
-    EXPECT_EQ(s, "Xbcd");
-    EXPECT_EQ(s.mid(1, 2), "bc");
-    EXPECT_EQ(s.mid(2), "cd");
-    EXPECT_EQ(s.mid(9, 9), "");
-    EXPECT_EQ(s.right(2), "cd");
-    EXPECT_EQ(s.right(s.find('c')), "cd");
-    EXPECT_EQ(s.mid(s.end(), s.begin()), "");
+    for (const SAnsiString part :
+         {s.mid(2), s.right(2), s.mid(2, 99), s.right(s.find('c')), s.mid(s.find('c'))}) {
+        EXPECT_EQ(part, "cd");
+    }
+    EXPECT_EQ(s.mid(9, 9) + s.mid(s.end(), s.begin()) + s.mid(1, 2), "bc");
     s.setSize(1);
-    EXPECT_EQ(s, "X");
     s.setSize(100);
     EXPECT_EQ(s, "X");
     s.detach()[0] = 'Y';
@@ -392,39 +385,25 @@ TEST(StringThreads, SharersMayBeCopiedAndDestroyedAtOnce) {
 // 83 5C is one character whose trail byte is a backslash; 83 41 is another; 83 alone is invalid.
 TEST(Cp932String, CharactersAreWhole) {
     const LocaleScope locale(kLocale932);
-    SAnsiString s(
-        "a\x83\x5C"
-        "b\x83\x41");
-    EXPECT_EQ(s.getNChars(), 4U);
-    EXPECT_EQ(s.getLength(), 6U);
-    EXPECT_EQ(s.mid(1, 1), "\x83\x5C");
-    EXPECT_EQ(s.right(1), "\x83\x41");
+    const SAnsiString so("\x83\x5C"), a("\x83\x41"), fullA("\x82\x60"), fullLowerA("\x82\x81");
+    SAnsiString s = "a" + so + "b" + a;
+    EXPECT_EQ(s.getNChars() * 10 + s.getLength(), 46U);
+    EXPECT_EQ(s.mid(1, 1), so);
+    EXPECT_EQ(s.right(1), a);
     EXPECT_TRUE(s.find('\\') == s.end() && s.find("\\") == s.end());
-    EXPECT_EQ(s.find("\x83\x41"), s.getCursor(3));
+    EXPECT_EQ(s.find(a), s.getCursor(3));
     EXPECT_TRUE(s.find("\x83") == s.end());  // an invalid character is never found
-    EXPECT_EQ(SAnsiString("\x83\x5C\x5C").find('\\').getPtr()[1], '\0');
+    EXPECT_EQ((so + "\\").find('\\').getPtr()[1], '\0');
     s.setAt(1, 'x');
-    s.insertChar(0, SChar_t<char, 0>("\x83\x5C"));
+    s.insertChar(0, so.getAt(0));
     s.deleteChar(1);
-    EXPECT_EQ(s, "\x83\x5Cxb\x83\x41");
-    EXPECT_EQ(SAnsiString("\x83\x41"
-                          "A")
-                  .toLower(),
-              "\x83\x41"
-              "a");  // trail bytes are no letters
-    EXPECT_EQ(SAnsiString("\x82\x60"
-                          "A\x83")
-                  .toLower(),
-              "\x82\x81"
-              "a\x83");
-    EXPECT_EQ(SAnsiStringCI("\x82\x60"), "\x82\x81");
-    EXPECT_NE(SAnsiStringCI("\x83\x5C"), "\x82\x5C");
-    EXPECT_EQ(SAsciiString(SAnsiString("\x83\x5C"
-                                       "A"),
-                           true),
-              "\x83\x5C");  // as many bytes as characters
-    EXPECT_EQ(SAsciiString(SAnsiString("A"), false), "");
-    const SAnsiStringCI mixed("\x82\x60\x83\x5CXY");
+    EXPECT_EQ(s, so + "xb" + a);
+    EXPECT_EQ((a + "A").toLower(), a + "a");  // trail bytes are no letters
+    EXPECT_EQ((fullA + "A\x83").toLower(), fullLowerA + "a\x83");
+    EXPECT_TRUE(SAnsiStringCI(fullA) == fullLowerA && SAnsiStringCI(so) != "\x82\x5C");
+    EXPECT_EQ(SAsciiString(SAnsiString(so + "A"), true), so.getString());  // as many bytes as characters
+    EXPECT_EQ(SAsciiString(so, false), "");
+    const SAnsiStringCI mixed(fullA + so + "XY");
     EXPECT_EQ(mixed.find("xy"), mixed.getCursor(2));
 }
 
@@ -445,23 +424,19 @@ TEST(Cp932String, InvalidBytesAreOneCharacterAndTerminatorsAreNeverPassed) {
 
 TEST(RawText, FollowsTheBoundedFunctions) {
     char d[8] = "zzzzzzz";
-    CopyString(d, 0, "x");
-    EXPECT_STREQ(d, "zzzzzzz");
-    CopyString(d, 4, "abcdef");
-    EXPECT_STREQ(d, "abc");
-    CopyStringN(d, 4, "abcdef", 3);
-    EXPECT_STREQ(d, "abc");
-    CopyStringN(d, 4, nullptr, 3);
-    EXPECT_STREQ(d, "abc");
-    CopyStringN(d, 4, "abcdef", 4);
-    EXPECT_STREQ(d, "");
-    ConcatString(d, 8, "abc");
-    ConcatStringN(d, 8, "defghijk", 4);
-    EXPECT_STREQ(d, "abcdefg");
-    ConcatStringN(d, 8, nullptr, 4);
-    EXPECT_STREQ(d, "abcdefg");
-    ConcatString(d, 8, "h");
-    EXPECT_STREQ(d, "");
+    const auto after = [&](auto call) {
+        call();
+        return std::string(d);
+    };
+    EXPECT_EQ(after([&] { CopyString(d, 0, "x"); }), "zzzzzzz");
+    EXPECT_EQ(after([&] { CopyString(d, 4, "abcdef"); }), "abc");
+    EXPECT_EQ(after([&] { CopyStringN(d, 4, "ABCDEF", 3); }), "ABC");
+    EXPECT_EQ(after([&] { CopyStringN(d, 4, nullptr, 3); }), "ABC");
+    EXPECT_EQ(after([&] { CopyStringN(d, 4, "abcdef", 4); }), "");
+    EXPECT_EQ(after([&] { ConcatString(d, 8, "abc"); }), "abc");
+    EXPECT_EQ(after([&] { ConcatStringN(d, 8, "defghijk", 4); }), "abcdefg");
+    EXPECT_EQ(after([&] { ConcatStringN(d, 8, nullptr, 4); }), "abcdefg");
+    EXPECT_EQ(after([&] { ConcatString(d, 8, "h"); }), "");
     wchar_t w[4] = L"zzz";
     CopyStringN(w, 4, L"abcdef", 6);
     EXPECT_STREQ(w, L"abc");

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "support/case_file.h"
 #include "support/locale_scope.h"
 
 using namespace TarnLibA500;
@@ -35,26 +36,11 @@ std::vector<unsigned char> Decoded(const SAnsiString& text) {
 }  // namespace
 
 TEST(MakeWords, Splits) {
-    const struct {
-        const char *text, *separators;
-        bool quoted, keep;
-        const char* words;
-    } cases[] = {
-        {"a \"b c\" d", " ", true, false, "[a][b c][d]"},
-        {"a \"b c\" d", " ", true, true, "[a][ ][b c][ ][d]"},
-        {"a \"b c\" d", " ", false, false, "[a][\"b][c\"][d]"},
-        {" a,,b ", " ,", false, false, "[a][b]"},
-        {" a,,b ", " ,", false, true, "[ ][a][,][,][b][ ]"},
-        {"ab\"c d\"e", " ", true, false, "[ab][c d][e]"},
-        {"\"\" x", " ", true, false, "[][x]"},
-        {"x \"open y", " ", true, false, "[x][open y]"},
-        {"x \"", " ", true, false, "[x][]"},
-        {" ,", " ,", false, false, ""},
-        {"", " ", true, true, ""},
-        {"a b", "", false, false, "[a b]"},
-        {"a\"b", "\" ", true, true, "[a][b]"},  // the quote wins over the separator
-    };
-    for (const auto& c : cases) EXPECT_EQ(Words(c.text, c.separators, c.quoted, c.keep), c.words) << c.text;
+    for (const auto& c : tarntest::ReadCases("words.txt")) {
+        const bool quoted = c[2].find('q') != std::string::npos;
+        const bool keep = c[2].find('k') != std::string::npos;
+        EXPECT_EQ(Words(c[0].c_str(), c[1].c_str(), quoted, keep), c[3]) << c[0];
+    }
 }
 
 TEST(MakeWords, TakesAnotherQuoteAndItsOwnWords) {
@@ -88,44 +74,25 @@ TEST(StringHelper, Trims) {
 }
 
 TEST(StringHelper, RemovesComments) {
-    const struct {
-        const char *text, *marker, *kept;
-    } cases[] = {
-        {"a # b\r\nc\n#d\n\ne#", "#", "a \r\nc\n\n\ne"},
-        {"x \"# in\" // out", "//", "x \"# in\" "},
-        {"\"//\" // y", "//", "\"//\" "},
-        {"5\" wide # c\nnext # d", "#", "5\" wide # c\nnext "},  // a quote ends with its line
-        {"a # b", "", "a # b"},
-        {"no comment", "#", "no comment"},
-    };
-    for (const auto& c : cases) {
-        SAnsiString text(c.text);
-        SStringHelper::removeComments(text, c.marker);
-        EXPECT_EQ(text, c.kept);
+    for (const auto& c : tarntest::ReadCases("comments.txt")) {
+        SAnsiString text(c[0].c_str());
+        SStringHelper::removeComments(text, "");
+        EXPECT_EQ(text, c[0].c_str());
+        SStringHelper::removeComments(text, c[1].c_str());
+        EXPECT_EQ(text, c[2].c_str());
     }
 }
 
 TEST(StringHelper, Replaces) {
-    const struct {
-        const char *text, *what, *by, *all, *start, *end;
-    } cases[] = {
-        {"aXbX", "X", "YX", "aYXbYX", "aXbX", "aXbYX"},
-        {"aaa", "aa", "b", "ba", "ba", "ab"},
-        {"abc", "abc", "", "", "", ""},
-        {"abc", "", "x", "abc", "abc", "abc"},
-        {"bc", "abc", "x", "bc", "bc", "bc"},
-        {"", "a", "b", "", "", ""},
-    };
-    for (const auto& c : cases) {
-        SAnsiString all(c.text), start(c.text), end(c.text);
-        SStringHelper::replaceSubString(all, c.what, c.by);
-        EXPECT_EQ(all, c.all) << c.text;
-        const bool atStart = SStringHelper::replaceSubStringAtStart(start, c.what, c.by);
-        EXPECT_EQ(start, c.start) << c.text;
-        EXPECT_EQ(atStart, start != c.text) << c.text;
-        const bool atEnd = SStringHelper::replaceSubStringAtEnd(end, c.what, c.by);
-        EXPECT_EQ(end, c.end) << c.text;
-        EXPECT_EQ(atEnd, end != c.text) << c.text;
+    for (const auto& c : tarntest::ReadCases("replaced.txt")) {
+        const SAnsiString text(c[0].c_str()), what(c[1].c_str()), by(c[2].c_str());
+        SAnsiString all(text), start(text), end(text);
+        SStringHelper::replaceSubString(all, what, by);
+        EXPECT_EQ(all, c[3].c_str()) << c[0];
+        EXPECT_EQ(SStringHelper::replaceSubStringAtStart(start, what, by), c[4] != c[0]) << c[0];
+        EXPECT_EQ(start, c[4].c_str()) << c[0];
+        EXPECT_EQ(SStringHelper::replaceSubStringAtEnd(end, what, by), c[5] != c[0]) << c[0];
+        EXPECT_EQ(end, c[5].c_str()) << c[0];
     }
     SAnsiString self("ab");
     SStringHelper::replaceSubString(self, self, self + self);

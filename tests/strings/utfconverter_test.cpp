@@ -8,6 +8,7 @@
 
 #include <windows.h>
 
+#include "support/case_file.h"
 #include "support/locale_scope.h"
 #include "support/print_strings.h"
 
@@ -16,20 +17,34 @@ using Converter = CUTFConverter;
 
 namespace {
 
+template <class unit>
 struct Outcome {
     Converter::Result result;
     std::size_t read;
-    std::wstring units;
+    std::basic_string<unit> units;
 };
 
-Outcome Decode(const std::string& bytes, std::size_t room = 100, Converter::Mode mode = Converter::Lenient) {
-    std::wstring out(room, L'#');
-    const auto* const first = reinterpret_cast<const unsigned char*>(bytes.data());
-    const unsigned char* at = first;
-    wchar_t* end = out.data();
-    const auto result = Converter::Convert(at, first + bytes.size(), end, out.data() + room, mode);
-    out.resize(static_cast<std::size_t>(end - out.data()));
-    return {result, static_cast<std::size_t>(at - first), out};
+// From a block of exactly the source's size, for guarded heaps, into room with a margin behind that must
+// stay.
+template <class To, class From, class Out, class In>
+Outcome<Out> Convert(const std::basic_string<In>& text, std::size_t room, Converter::Mode mode) {
+    constexpr std::size_t margin = 64;
+    const std::vector<From> source(text.begin(), text.end());
+    std::vector<To> out(room + margin, To('#'));
+    const From* at = source.data();
+    To* end = out.data();
+    const auto result = Converter::Convert(at, at + source.size(), end, end + room, mode);
+    EXPECT_EQ(std::vector<To>(out.begin() + static_cast<int>(room), out.end()),
+              std::vector<To>(margin, To('#')));
+    return {result, static_cast<std::size_t>(at - source.data()), {out.data(), end}};
+}
+Outcome<wchar_t> Decode(const std::string& bytes, std::size_t room = 100,
+                        Converter::Mode mode = Converter::Lenient) {
+    return Convert<wchar_t, unsigned char, wchar_t>(bytes, room, mode);
+}
+Outcome<char> Encode(const std::wstring& units, std::size_t room = 200,
+                     Converter::Mode mode = Converter::Lenient) {
+    return Convert<unsigned char, wchar_t, char>(units, room, mode);
 }
 
 std::string Bytes(const SSimpleBuffer& buffer) {
@@ -51,99 +66,58 @@ std::wstring RandomText(std::mt19937& random) {
 
 }  // namespace
 
-// Table 3-7 of the Unicode Standard: the boundaries of every row, and what lies just outside.
 TEST(UTFCore, AcceptsWellFormedUTF8Only) {
-    struct Case {
-        const char* bytes;
-        Converter::Result result;
-    };
-    constexpr auto ok = Converter::ConversionOK;
-    constexpr auto cut = Converter::SourceExhausted;
-    constexpr auto bad = Converter::SourceIllegal;
-    const Case cases[] = {
-        {"\x01", ok},
-        {"\x7F", ok},
-        {"\xC2\x80", ok},
-        {"\xDF\xBF", ok},
-        {"\xE0\xA0\x80", ok},
-        {"\xE0\xBF\xBF", ok},
-        {"\xE1\x80\x80", ok},
-        {"\xEC\xBF\xBF", ok},
-        {"\xED\x80\x80", ok},
-        {"\xED\x9F\xBF", ok},
-        {"\xEE\x80\x80", ok},
-        {"\xEF\xBF\xBF", ok},
-        {"\xF0\x90\x80\x80", ok},
-        {"\xF1\x80\x80\x80", ok},
-        {"\xF4\x8F\xBF\xBF", ok},
-        {"\x80", bad},
-        {"\xBF", bad},
-        {"\xC0\x80", bad},
-        {"\xC1\xBF", bad},
-        {"\xC2\x7F", bad},
-        {"\xC2\xC0", bad},
-        {"\xE0\x9F\xBF", bad},
-        {"\xE1\x80\x7F", bad},
-        {"\xED\xA0\x80", bad},
-        {"\xED\xBF\xBF", bad},
-        {"\xF0\x8F\xBF\xBF", bad},
-        {"\xF4\x90\x80\x80", bad},
-        {"\xF5\x80\x80\x80", bad},
-        {"\xF1\x80\x80\xC0", bad},
-        {"\xFF\x80\x80\x80\x80\x80", bad},
-        {"\xC2", cut},
-        {"\xE0\xA0", cut},
-        {"\xF0\x90\x80", cut},
-    };
-    for (const Case& c : cases) {
+    for (const auto& c : tarntest::ReadCases("utf8_table_3_7.txt")) {
+        const bool ok = c[1] == "ok";
+        const auto bad = c[1] == "cut" ? Converter::SourceExhausted : Converter::SourceIllegal;
         // Alone, and behind and before enough text for the fast loops.
         for (const std::string& before :
              {std::string(), std::string(40, 'a'), std::string("\xE3\x81\x82\xC3\xA4")}) {
-            const std::string after = c.result == cut ? "" : std::string(20, 'z');
-            const Outcome outcome = Decode(before + c.bytes + after);
-            EXPECT_EQ(outcome.result, c.result) << before.size() << ' ' << testing::PrintToString(c.bytes);
-            EXPECT_EQ(outcome.read,
-                      c.result == ok ? before.size() + std::strlen(c.bytes) + after.size() : before.size());
+            const std::string text = before + c[0] + (c[1] == "cut" ? "" : std::string(20, 'z'));
+            const Outcome outcome = Decode(text);
+            EXPECT_EQ(outcome.result, ok ? Converter::ConversionOK : bad) << testing::PrintToString(text);
+            EXPECT_EQ(outcome.read, ok ? text.size() : before.size()) << testing::PrintToString(text);
         }
     }
 }
 
 TEST(UTFCore, StopsBeforeWhatDoesNotFit) {
-    for (std::size_t room = 0; room < 40; ++room) {
-        const std::string text =
-            "\xF0\x9F\x98\x80"
-            "0123456789ABCDEF"
-            "\xE3\x81\x82\xE3\x81\x84\xC3\xA4\xF0\x9F\x98\x80";
-        const Outcome outcome = Decode(text, room);
-        const bool fits = room >= 23;
-        EXPECT_EQ(outcome.result, fits ? Converter::ConversionOK : Converter::TargetExhausted);
-        const Outcome prefix = Decode(text.substr(0, outcome.read));
-        EXPECT_EQ(prefix.units, outcome.units) << room;
-        EXPECT_LE(room - outcome.units.size(), fits ? room : 1);  // a pair may leave one place
+    const std::wstring texts[] = {L"\xD83D\xDE00-0123456789ABCDEF\x3042\x3044\xE4\xD83D\xDE00",
+                                  L"0123456789ABCDE\xE4", L"0123456789abcdefghijklmnopqrstuv",
+                                  L"\x65E5\x672C\x8A9E\x65E5\x672C\x8A9E\x65E5\x672C\x8A9E"};
+    for (const std::wstring& text : texts) {
+        const std::string bytes = Encode(text).units;
+        for (std::size_t room = 0; room <= bytes.size(); ++room) {
+            const auto encoded = Encode(text, room);
+            const bool fits = room == bytes.size();
+            EXPECT_EQ(encoded.result, fits ? Converter::ConversionOK : Converter::TargetExhausted) << room;
+            EXPECT_EQ(Encode(text.substr(0, encoded.read)).units, encoded.units) << room;
+            EXPECT_LT(room - encoded.units.size(), 4U);  // the next character may need so many
+        }
+        for (std::size_t room = 0; room <= text.size(); ++room) {
+            const auto decoded = Decode(bytes, room);
+            const bool fits = room == text.size();
+            EXPECT_EQ(decoded.result, fits ? Converter::ConversionOK : Converter::TargetExhausted) << room;
+            EXPECT_EQ(Decode(bytes.substr(0, decoded.read)).units, decoded.units) << room;
+            EXPECT_LT(room - decoded.units.size(), 2U);  // a pair may leave one place
+        }
     }
 }
 
 // However a text is cut, what was not read goes in front of the next piece.
 TEST(UTFCore, TakesTextInPieces) {
     const std::wstring text = L"\xD83D\xDE00-0123456789abcdef\xE4\x20AC\xD83D\xDE00\x65E5\x672C\x8A9E";
-    char utf8[80] = {};
-    WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, utf8, 80, nullptr, nullptr);
-    const std::string bytes = utf8;
+    const std::string bytes = Encode(text).units;
     for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
-        const Outcome first = Decode(bytes.substr(0, cut));
+        const auto first = Decode(bytes.substr(0, cut));
         EXPECT_EQ(first.result, first.read == cut ? Converter::ConversionOK : Converter::SourceExhausted);
         EXPECT_LT(cut - first.read, 4U);
         EXPECT_EQ(first.units + Decode(bytes.substr(first.read)).units, text) << cut;
     }
     for (std::size_t cut = 0; cut <= text.size(); ++cut) {
-        unsigned char out[80] = {};
-        unsigned char* end = out;
-        const wchar_t* at = text.data();
-        const auto result = Converter::Convert(at, text.data() + cut, end, out + 80);
-        const bool isWhole = at == text.data() + cut;
-        EXPECT_EQ(result, isWhole ? Converter::ConversionOK : Converter::SourceExhausted) << cut;
-        EXPECT_EQ(Converter::Convert(at, text.data() + text.size(), end, out + 80), Converter::ConversionOK);
-        EXPECT_STREQ(reinterpret_cast<char*>(out), utf8) << cut;
+        const auto first = Encode(text.substr(0, cut));
+        EXPECT_EQ(first.result, first.read == cut ? Converter::ConversionOK : Converter::SourceExhausted);
+        EXPECT_EQ(first.units + Encode(text.substr(first.read)).units, bytes) << cut;
     }
 }
 
@@ -156,12 +130,9 @@ TEST(UTFCore, TreatsLoneSurrogatesByMode) {
         EXPECT_TRUE(Converter::UTF16ToUTF8(wide, utf8));
         EXPECT_NE(Bytes(utf8).find("\xEF\xBF\xBD"), std::string::npos);
         EXPECT_EQ(Bytes(utf8).back(), '\0');
-        unsigned char out[80];
-        const wchar_t* at = text.data();
-        unsigned char* end = out;
-        EXPECT_NE(Converter::Convert(at, at + text.size(), end, out + 80, Converter::Strict),
-                  Converter::ConversionOK);
-        EXPECT_EQ(*at & 0xF800, 0xD800);
+        const auto strict = Encode(text, 80, Converter::Strict);
+        EXPECT_NE(strict.result, Converter::ConversionOK);
+        EXPECT_EQ(text[strict.read] & 0xF800, 0xD800);
     }
     const Converter::UCS4 values[] = {0x110000, 0xD800, 0x10FFFF};
     const Converter::UCS4* at = values;
@@ -215,6 +186,8 @@ TEST(UTFConverter, WholeTexts) {
     EXPECT_EQ(codes[1], 0x1F600U);
     EXPECT_EQ(codes[2], 0U);
     EXPECT_EQ(Converter::UTF16ToUCS4(L"abc", codes, 2), 2U);
+    EXPECT_EQ(Converter::UTF16ToUCS4(L"a", codes, 1), 1U);  // no room for the terminator
+    EXPECT_EQ(codes[1], U'b');
     unsigned char* bytes = nullptr;
     std::uint32_t length = 9;
     EXPECT_FALSE(Converter::ConvertToUTF8String(L"x", 0, bytes, length));
