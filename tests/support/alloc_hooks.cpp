@@ -8,7 +8,7 @@
 #include "strings/memory.h"
 
 #ifdef TARN_GUARD_HEAP
-#include "support/guard_heap.h"
+#include "guard_heap.h"
 #endif
 
 namespace {

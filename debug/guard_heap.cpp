@@ -1,4 +1,4 @@
-#include "support/guard_heap.h"
+#include "guard_heap.h"
 
 #include <algorithm>
 #include <cstdint>
