@@ -124,12 +124,6 @@ constexpr TextStep Classify(C character, std::uint32_t radix, std::uint32_t& dig
     return isHexMark ? TextStep::Skip : TextStep::Bad;
 }
 
-/// How many digits of the radix always fit 31 bits: so many need no look at the limit.
-constexpr std::uint32_t SafeDigits(std::uint32_t radix) {
-    if (radix <= 10) return 9;
-    return radix <= 16 ? 7 : 5;
-}
-
 /// The largest magnitude of a number, and the largest that may still be followed by a digit.
 template <class Magnitude>
 struct Limits {
@@ -148,47 +142,40 @@ constexpr bool AppendDigit(Magnitude& value, std::uint32_t digit, std::uint32_t 
     return true;
 }
 
-/// A number whose digits are read one after the other.
+/// Reads up to nine decimal digits, which always fit, and returns how many there were.
 template <class C>
-struct Digits {
-    const C* at;
-    const C* end;
-    std::uint32_t safe;  // how many more cannot pass the limit
-    std::uint32_t value = 0;
-};
-
-/// Radix 10, up to the first character that is no digit: most numbers in a loop of its own, without a call.
-template <class C>
-[[gnu::always_inline]] inline void ReadDecimalDigits(Digits<C>& digits) {
-    for (; digits.at != digits.end && digits.safe != 0; ++digits.at, --digits.safe) {
-        const std::uint32_t digit = static_cast<std::uint32_t>(*digits.at) - '0';
+[[gnu::always_inline]] inline std::uint32_t ReadNineDigits(const C*& at, const C* end, std::uint32_t& value) {
+    std::uint32_t left = 9;
+    for (value = 0; at != end && left != 0; ++at, --left) {
+        const std::uint32_t digit = static_cast<std::uint32_t>(*at) - '0';
         if (digit >= kDecimal) break;
-        digits.value = digits.value * kDecimal + digit;
+        value = value * kDecimal + digit;
     }
+    return 9 - left;
+}
+
+/// Reads as many decimal digits as fit whatever they are: most numbers, without a look at the limit.
+template <class Magnitude, class C>
+[[gnu::always_inline]] inline Magnitude ReadSafeDigits(const C*& at, const C* end) {
+    std::uint32_t head;
+    std::uint32_t tail;
+    const bool more = ReadNineDigits(at, end, head) == 9;
+    if (sizeof(Magnitude) == sizeof head || !more) return head;
+    const std::uint32_t digits = ReadNineDigits(at, end, tail);
+    return digits == 0 ? head : static_cast<Magnitude>(head) * kPowersOfTen[digits] + tail;
 }
 
 /// Reads on to the end of the number. False for a bad character or a value above the limit.
 template <class C, class Magnitude>
-bool ReadDigits(Digits<C> digits, std::uint32_t radix, const Limits<Magnitude>& limits, Magnitude& out) {
-    std::uint32_t digit = 0;
-    const C* at = digits.at;
-    const C* end = digits.end;
-    for (; at != end && digits.safe != 0; ++at) {
-        const TextStep step = Classify(*at, radix, digit);
-        if (step == TextStep::Bad) return false;
-        if (step == TextStep::End) end = at + 1;
-        if (step != TextStep::Digit) continue;
-        digits.value = digits.value * radix + digit;
-        --digits.safe;
-    }
-    out = digits.value;
-    for (; at != end; ++at) {
+bool ReadDigits(const C* at, const C* end, std::uint32_t radix, const Limits<Magnitude>& limits,
+                Magnitude& value) {
+    for (std::uint32_t digit = 0; at != end; ++at) {
         const TextStep step = Classify(*at, radix, digit);
         if (step == TextStep::End) break;
         if (step == TextStep::Skip) continue;
-        if (step == TextStep::Bad || !AppendDigit(out, digit, radix, limits)) return false;
+        if (step == TextStep::Bad || !AppendDigit(value, digit, radix, limits)) return false;
     }
-    return out <= limits.maximum;
+    return true;
 }
 
 }  // namespace intconv
@@ -242,13 +229,11 @@ bool StringConvToIntegerIterator(const C* first, const C* last, T& out, std::typ
     // One more above the threshold never passes by itself: its product is looked at, too.
     const Magnitude excess = negative ? 1 : 0;
     const intconv::Limits<Magnitude> limits{maximum + excess, threshold + excess};
+    const C* at = negative ? first + 1 : first;
+    Magnitude value = radix == 10 ? intconv::ReadSafeDigits<Magnitude>(at, last) : 0;
     const auto base = static_cast<std::uint32_t>(radix);
-    intconv::Digits<C> digits{negative ? first + 1 : first, last, intconv::SafeDigits(base)};
-    if (radix == 10) intconv::ReadDecimalDigits(digits);
-    Magnitude value = digits.value;
-    const bool read =
-        digits.at == last ? value <= limits.maximum : intconv::ReadDigits(digits, base, limits, value);
-    if (!read) return false;
+    if (at != last && !intconv::ReadDigits(at, last, base, limits, value)) return false;
+    if (value > limits.maximum) return false;
     out = static_cast<T>(negative ? 0 - value : value);
     return true;
 }

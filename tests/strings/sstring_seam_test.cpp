@@ -21,6 +21,10 @@ unsigned long AllocationsOf(const std::function<void()>& work) {
 
 const std::string kLong(500, 'L');
 
+struct Secret : SAnsiString {
+    using SAnsiString::SAnsiString, SString_t<char, 0>::getStringBuffer, SString_t<char, 0>::unlinkBuffer;
+};
+
 }  // namespace
 
 TEST(StringAllocations, CopyingAndReadingNeverAllocate) {
@@ -107,6 +111,18 @@ TEST(StringTorture, AFailedAllocationLeavesTheStringAsItWas) {
                 ASSERT_LT(nth, 50U) << operation.name;
             }
         }
+    }
+}
+
+TEST(StringWipe, OverwritesTheWholeBlockBeforeItIsFreed) {
+    for (const bool wipe : {false, true}) {
+        Secret secret("password");
+        char freed[sizeof(Secret::SStringBuffer) + 9 + 32] = {};
+        tarntest::CopyWhenFreed(secret.getStringBuffer(), freed, sizeof freed);
+        secret.unlinkBuffer(wipe);
+        const std::string characters(freed + sizeof(Secret::SStringBuffer), freed + sizeof freed);
+        EXPECT_EQ(characters == std::string(9 + 32, '#'), wipe);
+        EXPECT_EQ(characters.find("password"), wipe ? std::string::npos : 0);
     }
 }
 

@@ -146,11 +146,9 @@ TEST(StringConv, ReportsWhatItCannotWriteOrRead) {
 
 TEST(StringConv, WritesAndReadsRealsInTheLocale) {
     EXPECT_STREQ(Conv::ToString(2.0, 0).getString(), "2.");
-    EXPECT_STREQ(Conv::ToString(-2.5).getString(), "-2.500000");
     EXPECT_EQ(Conv::ToString(1e30).getLength(), 38u);
     EXPECT_EQ(SWCharStringConv::ToString(1e308, 200).getLength(), 510u);
     const tarntest::LocaleScope german("German_Germany.1252");
-    EXPECT_STREQ(Conv::ToString(3.5, 2).getString(), "3,50");
     EXPECT_STREQ(SWCharStringConv::ToString(3.5, 2).getString(), L"3,50");
     double number;
     float small;
@@ -169,8 +167,7 @@ TEST(StringConv, WritesAndReadsAddresses) {
 
 TEST(StringConv, KeepsSmallNumbers) {
     for (int number = -1; number <= 101; ++number) {
-        const std::string text = std::to_string(number);
-        const char* const zero = number >= 0 && number < 10 ? "0" : "";
+        const std::string zero = number >= 0 && number < 10 ? "0" : "", text = std::to_string(number);
         EXPECT_EQ(Conv::StringFrom100Number(number).getString(), text);
         EXPECT_EQ(SAsciiStringConv::StringFrom10Number2Digits(number).getString(), zero + text);
     }

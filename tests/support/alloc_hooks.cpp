@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include "strings/memory.h"
@@ -18,6 +19,13 @@ thread_local unsigned long allocations = 0;
 thread_local unsigned long failingAllocation = 0;  // in terms of `allocations`; 0: none
 thread_local bool failureHappened = false;
 std::atomic<long> liveBlocks{0};
+
+struct Watch {
+    const void* block;
+    void* copy;
+    unsigned long bytes;
+};
+thread_local Watch watch{};
 
 constexpr std::size_t kDefaultAlignment = 0;
 
@@ -92,6 +100,10 @@ bool FailureHappened() {
     return failureHappened;
 }
 
+void CopyWhenFreed(const void* block, void* copy, unsigned long bytes) {
+    watch = {block, copy, bytes};
+}
+
 long LiveBlocks() {
     return liveBlocks.load(std::memory_order_relaxed);
 }
@@ -110,6 +122,7 @@ void* HookReallocate(void* block, std::size_t bytes) noexcept {
 }
 
 void HookFree(void* block) noexcept {
+    if (block != nullptr && block == watch.block) std::memcpy(watch.copy, block, watch.bytes);
     GiveBlock(block);
 }
 

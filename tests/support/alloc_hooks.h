@@ -24,6 +24,9 @@ bool FailureHappened();
 /// Blocks that are allocated at present, by all threads.
 long LiveBlocks();
 
+/// Copies the first bytes of a block at the moment when the library frees it.
+void CopyWhenFreed(const void* block, void* copy, unsigned long bytes);
+
 /// Allocations of this thread since the object was made.
 class AllocationCount {
   public:
