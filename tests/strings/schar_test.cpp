@@ -1,0 +1,42 @@
+#include "tarnlib/schar.h"
+
+#include <gtest/gtest.h>
+
+#include "support/locale_scope.h"
+
+using namespace TarnLibA500;
+
+TEST(Character, ConvertsByFlavour) {
+    const tarntest::LocaleScope locale(tarntest::kLocale1252);
+    const SChar_t<char, 0> e('\xE9'), none;
+    char bytes[4] = {};
+    wchar_t units[2] = {};
+    EXPECT_TRUE(e.isAlpha() && e.isLower() && e.isUnicode() && e.isMBCSChar() && !e.isAsciiChar() &&
+                !e.isDigit());
+    EXPECT_EQ(e.toUpper(), '\xC9');
+    EXPECT_EQ(e.toUChar() + e.getNBytesForUTF8() + e.getNBytesForWChar(), 0xE9U + 2 + 2);
+    EXPECT_EQ(e.toWideChar(units, 2) * 1000 + units[0], 1000 + 0xE9);
+    EXPECT_EQ(
+        e.toOCAChar(units, 1) + e.toAsciiChar(bytes, 4) + e.toMBCSChar(bytes, 0) + e.toMBCSChar(nullptr, 4),
+        -4);
+    EXPECT_EQ(e.toMBCSChar(bytes, 1), 1);
+    EXPECT_EQ(none.toMBCSChar(bytes, 0) + none.toWideChar(units, 0), 0);
+    EXPECT_FALSE(none.isAlpha() || none.isUnicode() || none.isWhiteSpace());
+    SChar_t<wchar_t, 1> wide(L'\x3000');
+    SChar_t<char, 1> ascii('x');
+    EXPECT_TRUE(wide.isWhiteSpace() && !wide.isBlank() &&
+                !wide.isMBCSChar() == (wide.getNBytesForMBCS() == 0));
+    EXPECT_TRUE(wide.fromSChar(e) && wide == 0xE9);
+    EXPECT_TRUE(!ascii.fromSChar(e) && ascii == 'x' && !ascii.fromUChar(0x80));
+    SChar_t<char, 0> yen('a');
+    EXPECT_TRUE(!yen.fromUChar(0x0E01) && yen == 'a' && yen.fromUChar(0x20AC) && yen == '\x80');
+}
+
+TEST(Cp932Character, HoldsBothBytes) {
+    const tarntest::LocaleScope locale(tarntest::kLocale932);
+    const SChar_t<char, 0> so("\x83\x5C\x41"), broken("\x83 ");
+    EXPECT_EQ(so.getLength() * 10 + broken.getLength(), 21U);
+    EXPECT_TRUE(so != '\x83' && so != '\\' && so.toUChar() == 0x30BD && so.getNBytesForUTF8() == 3);
+    EXPECT_TRUE(!broken.isUnicode() && !broken.isMBCSChar() && broken.toLower() == broken);
+    EXPECT_EQ((SChar_t<char, 0>("\x82\x60").toLower()), (SChar_t<char, 0>("\x82\x81")));
+}
