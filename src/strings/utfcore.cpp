@@ -1,7 +1,7 @@
-// The range conversions of CUTFConverter. Runs of ASCII go sixteen bytes at a time, characters of two and
-// three bytes in loops of their own; everything else, and everything near an end, goes one character at a
-// time.
+// The range conversions of CUTFConverter. UTF-8 and UTF-16 go in blocks of sixteen bytes or units where a
+// block holds nothing unusual; everything else, and everything near an end, goes one character at a time.
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
@@ -33,6 +33,15 @@ constexpr bool IsHighSurrogate(UCS4 code) {
 }
 constexpr bool IsLowSurrogate(UCS4 code) {
     return (code & 0xFFFFFC00) == 0xDC00;
+}
+constexpr wchar_t HighSurrogate(UCS4 code) {
+    return static_cast<wchar_t>(0xD7C0 + (code >> 10));  // 0xD800 less what 0x10000 is of it
+}
+constexpr wchar_t LowSurrogate(UCS4 code) {
+    return static_cast<wchar_t>(0xDC00 | (code & 0x3FF));
+}
+constexpr UCS4 PairCode(UCS4 high, UCS4 low) {
+    return 0x10000 + ((high & 0x3FF) << 10 | (low & 0x3FF));
 }
 
 template <class T>
@@ -101,7 +110,7 @@ Result Decode(const wchar_t*& source, const wchar_t* end, UCS4& code, Mode mode)
     }
     if (IsHighSurrogate(code) && end - source < 2) return CUTFConverter::SourceExhausted;
     if (!IsHighSurrogate(code) || !IsLowSurrogate(source[1])) return ReplaceOne(source, code, mode);
-    code = 0x10000 + ((code & 0x3FF) << 10 | (source[1] & 0x3FFU));
+    code = PairCode(code, source[1]);
     source += 2;
     return CUTFConverter::ConversionOK;
 }
@@ -131,12 +140,8 @@ bool Encode(UCS4 code, Byte*& target, const Byte* end) {
 bool Encode(UCS4 code, wchar_t*& target, const wchar_t* end) {
     const int units = code < kThreeByteEnd ? 1 : 2;
     if (end - target < units) return false;
-    if (units == 2) {
-        code -= 0x10000;
-        *target++ = static_cast<wchar_t>(0xD800 | code >> 10);
-        code = 0xDC00 | (code & 0x3FF);
-    }
-    *target++ = static_cast<wchar_t>(code);
+    if (units == 2) *target++ = HighSurrogate(code);
+    *target++ = units == 2 ? LowSurrogate(code) : static_cast<wchar_t>(code);
     return true;
 }
 
@@ -144,146 +149,6 @@ bool Encode(UCS4 code, UCS4*& target, const UCS4* end) {
     if (target == end) return false;
     *target++ = code;
     return true;
-}
-
-// --- runs ---
-// They work on copies of the pointers: bytes that are written could otherwise be the pointers themselves, and
-// the compiler would load and store those each time.
-
-template <class From, class To>
-struct Cursor {
-    const From* source;
-    const From* sourceEnd;
-    To* target;
-    To* targetEnd;
-
-    std::ptrdiff_t left() const { return sourceEnd - source; }
-    std::ptrdiff_t room() const { return targetEnd - target; }
-};
-
-std::uint16_t TwoBytes(UCS4 code) {
-    return static_cast<std::uint16_t>(0x80C0 | code >> 6 | (code & 0x3F) << 8);
-}
-std::uint32_t ThreeBytes(UCS4 code) {
-    return 0x8080E0 | code >> 12 | (code & 0xFC0) << 2 | (code & 0x3F) << 16;
-}
-
-// Four units in lanes of 32 bits, stored three bytes apart: each store overwrites the last byte of the one
-// before.
-void StoreThreeBytes(Byte* target, __m128i codes) {
-    const __m128i first = _mm_srli_epi32(codes, 12);
-    const __m128i second = _mm_slli_epi32(_mm_and_si128(codes, _mm_set1_epi32(0xFC0)), 2);
-    const __m128i third = _mm_slli_epi32(_mm_and_si128(codes, _mm_set1_epi32(0x3F)), 16);
-    const __m128i marks = _mm_set1_epi32(0x8080E0);
-    __m128i lanes = _mm_or_si128(_mm_or_si128(first, second), _mm_or_si128(third, marks));
-    for (int i = 0; i < 4; ++i, lanes = _mm_srli_si128(lanes, 4))
-        Store(target + 3 * i, _mm_cvtsi128_si32(lanes));
-}
-
-constexpr std::ptrdiff_t kWideBlock = 8;
-constexpr std::ptrdiff_t kWideBlockRoom = 3 * kWideBlock + 1;  // the last store writes a byte too many
-
-// Blocks of eight units of which every one takes three bytes.
-Cursor<wchar_t, Byte> ConvertThreeByteBlocks(Cursor<wchar_t, Byte> at) {
-    const __m128i highBits = _mm_set1_epi16(static_cast<short>(0xF800));
-    const __m128i surrogates = _mm_set1_epi16(static_cast<short>(0xD800));
-    const __m128i zero = _mm_setzero_si128();
-    while (at.left() >= kWideBlock && at.room() >= kWideBlockRoom) {
-        const __m128i units = Load<__m128i>(at.source);
-        const __m128i high = _mm_and_si128(units, highBits);
-        const __m128i others = _mm_or_si128(_mm_cmpeq_epi16(high, zero), _mm_cmpeq_epi16(high, surrogates));
-        if (_mm_movemask_epi8(others) != 0) break;
-        StoreThreeBytes(at.target, _mm_unpacklo_epi16(units, zero));
-        StoreThreeBytes(at.target + 12, _mm_unpackhi_epi16(units, zero));
-        at.source += kWideBlock;
-        at.target += 3 * kWideBlock;
-    }
-    return at;
-}
-
-// Whole blocks while they fit; ends at the first other character, or short of an end.
-Cursor<Byte, wchar_t> ConvertAsciiRun(Cursor<Byte, wchar_t> at) {
-    while (at.left() >= kBlock && at.room() >= kBlock) {
-        const __m128i bytes = Load<__m128i>(at.source);
-        Store(at.target, _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
-        Store(at.target + kBlock / 2, _mm_unpackhi_epi8(bytes, _mm_setzero_si128()));
-        const auto others = static_cast<unsigned>(_mm_movemask_epi8(bytes));
-        if (others != 0) {
-            const int ascii = std::countr_zero(others);
-            at.source += ascii;
-            at.target += ascii;
-            break;
-        }
-        at.source += kBlock;
-        at.target += kBlock;
-    }
-    return at;
-}
-
-// Takes single characters of two bytes in its stride: in Latin text leaving the loop for each costs more than
-// the rest.
-Cursor<wchar_t, Byte> ConvertAsciiRun(Cursor<wchar_t, Byte> at) {
-    const __m128i otherBits = _mm_set1_epi16(static_cast<short>(0xFF80));
-    while (at.left() >= kBlock && at.room() > kBlock) {
-        const __m128i low = Load<__m128i>(at.source);
-        const __m128i high = Load<__m128i>(at.source + kBlock / 2);
-        const __m128i zero = _mm_setzero_si128();
-        const __m128i lowIsAscii = _mm_cmpeq_epi16(_mm_and_si128(low, otherBits), zero);
-        const __m128i highIsAscii = _mm_cmpeq_epi16(_mm_and_si128(high, otherBits), zero);
-        Store(at.target, _mm_packus_epi16(low, high));
-        const auto ascii = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(lowIsAscii, highIsAscii)));
-        if (ascii != kWholeBlock) {
-            const int run = std::countr_one(ascii);
-            at.source += run;
-            at.target += run;
-            const UCS4 code = *at.source;
-            if (code >= kTwoByteEnd) break;
-            Store(at.target, TwoBytes(code));
-            at.source += 1;
-            at.target += 2;
-            continue;
-        }
-        at.source += kBlock;
-        at.target += kBlock;
-    }
-    return at;
-}
-
-// Characters of two and three bytes, four bytes looked at together.
-Cursor<Byte, wchar_t> ConvertOtherRun(Cursor<Byte, wchar_t> at) {
-    while (at.left() >= 4 && at.room() != 0) {
-        const auto bytes = Load<std::uint32_t>(at.source);
-        if ((bytes & 0x00C0C0F0) == 0x008080E0) {
-            const UCS4 code = (bytes & 0x0F) << 12 | (bytes & 0x3F00) >> 2 | (bytes >> 16 & 0x3F);
-            if (code < kTwoByteEnd || IsSurrogate(code)) break;
-            *at.target++ = static_cast<wchar_t>(code);
-            at.source += 3;
-        } else if ((bytes & 0xC0E0) == 0x80C0 && (bytes & 0x1E) != 0) {
-            *at.target++ = static_cast<wchar_t>((bytes & 0x1F) << 6 | (bytes >> 8 & 0x3F));
-            at.source += 2;
-        } else {
-            break;
-        }
-    }
-    return at;
-}
-
-Cursor<wchar_t, Byte> ConvertOtherRun(Cursor<wchar_t, Byte> at) {
-    while (at.left() != 0 && at.room() >= 4) {
-        const UCS4 code = *at.source;
-        if (code < kAsciiEnd || IsSurrogate(code)) break;
-        if (code < kTwoByteEnd) {
-            Store(at.target, TwoBytes(code));
-            at.target += 2;
-            ++at.source;
-        } else {
-            Store(at.target, ThreeBytes(code));
-            at.target += 3;
-            ++at.source;
-            at = ConvertThreeByteBlocks(at);
-        }
-    }
-    return at;
 }
 
 template <class From, class To>
@@ -297,6 +162,255 @@ Result ConvertOne(const From*& source, const From* sourceEnd, To*& target, To* t
     return CUTFConverter::ConversionOK;
 }
 
+// --- blocks ---
+// They work on copies of the pointers: bytes that are written could otherwise be the pointers themselves, and
+// the compiler would load and store those each time. What is not inlined would otherwise take the few
+// registers of the loop around it.
+
+template <class From, class To>
+struct Cursor {
+    const From* source;
+    const From* sourceEnd;
+    To* target;
+    To* targetEnd;
+
+    std::ptrdiff_t left() const { return sourceEnd - source; }
+    std::ptrdiff_t room() const { return targetEnd - target; }
+};
+
+// Characters of two bytes by their first two bytes, the first one low.
+bool IsTwoByteCharacter(UCS4 bytes) {
+    return (bytes & 0xC0E0) == 0x80C0 && (bytes & 0x1E) != 0;
+}
+wchar_t UnitOfTwoBytes(UCS4 bytes) {
+    return static_cast<wchar_t>((bytes & 0x1F) << 6 | (bytes >> 8 & 0x3F));
+}
+std::uint16_t TwoBytes(UCS4 code) {
+    return static_cast<std::uint16_t>(0x80C0 | code >> 6 | (code & 0x3F) << 8);
+}
+
+std::uint32_t ThreeBytes(UCS4 code) {
+    return 0x8080E0 | code >> 12 | (code & 0xFC0) << 2 | (code & 0x3F) << 16;
+}
+std::uint32_t FourBytes(UCS4 code) {
+    return 0x808080F0 | code >> 18 | (code >> 4 & 0x3F00) | (code & 0xFC0) << 10 | (code & 0x3F) << 24;
+}
+
+__m128i Repeated(int unit) {
+    return _mm_set1_epi16(static_cast<short>(unit));
+}
+
+void StoreWide(wchar_t* target, __m128i block) {
+    Store(target, _mm_unpacklo_epi8(block, _mm_setzero_si128()));
+    Store(target + kBlock / 2, _mm_unpackhi_epi8(block, _mm_setzero_si128()));
+}
+void StoreAscii(Byte* target, const wchar_t* units) {
+    Store(target, _mm_packus_epi16(Load<__m128i>(units), Load<__m128i>(units + kBlock / 2)));
+}
+
+// A block of ASCII with single characters of two bytes in between, of whose bytes each has a bit. All of it
+// has been stored as if it were ASCII; what follows such a character is stored once more in its right place.
+// The places come from the bits alone, so that nothing waits for the character before. Returns the end, null
+// when a character is none.
+[[gnu::noinline]] wchar_t* ConvertLatinBlock(const Byte* source, wchar_t* target, unsigned others,
+                                             std::ptrdiff_t length) {
+    while (others != 0) {
+        const int place = std::countr_zero(others);
+        const UCS4 bytes = Load<std::uint16_t>(source + place);
+        if (!IsTwoByteCharacter(bytes)) return nullptr;
+        target[place] = UnitOfTwoBytes(bytes);
+        StoreWide(target + place + 1, Load<__m128i>(source + place + 2));
+        --target;
+        others &= ~(3U << place);
+    }
+    return target + length;
+}
+
+Cursor<Byte, wchar_t> ConvertBlocks(Cursor<Byte, wchar_t> at) {
+    // There are never more units than bytes, so one limit serves for both ends.
+    const Byte* const limit = at.source + std::min(at.left(), at.room()) - 3 * kBlock;
+    while (at.source <= limit) {
+        const __m128i block = Load<__m128i>(at.source);
+        StoreWide(at.target, block);
+        const auto others = static_cast<unsigned>(_mm_movemask_epi8(block));
+        if (others == 0) {
+            at.source += kBlock;
+            at.target += kBlock;
+            continue;
+        }
+        const bool areSingle = (others & others >> 2) == 0;
+        if (!areSingle) break;
+        const bool reachesBeyond = others >> 14 == 2;  // the last byte is the first one of a character
+        const std::ptrdiff_t length = kBlock + reachesBeyond;
+        wchar_t* const end = ConvertLatinBlock(at.source, at.target, others, length);
+        if (end == nullptr) break;
+        at.source += length;
+        at.target = end;
+    }
+    return at;
+}
+
+// The same the other way.
+[[gnu::noinline]] Byte* ConvertLatinBlock(const wchar_t* source, Byte* target, unsigned others) {
+    for (; others != 0; others &= others - 1) {
+        const int place = std::countr_zero(others);
+        Store(target + place, TwoBytes(source[place]));
+        StoreAscii(target + place + 2, source + place + 1);
+        ++target;
+    }
+    return target + kBlock;
+}
+
+// One bit for each of sixteen units whose masked bits have this value.
+unsigned UnitsWhere(const wchar_t* units, int mask, int value) {
+    const __m128i low = _mm_and_si128(Load<__m128i>(units), Repeated(mask));
+    const __m128i high = _mm_and_si128(Load<__m128i>(units + kBlock / 2), Repeated(mask));
+    return static_cast<unsigned>(_mm_movemask_epi8(
+        _mm_packs_epi16(_mm_cmpeq_epi16(low, Repeated(value)), _mm_cmpeq_epi16(high, Repeated(value)))));
+}
+
+// Eight characters of three bytes, in lanes of 32 bits.
+struct EightLanes {
+    __m128i low;
+    __m128i high;
+};
+EightLanes ThreeBytes(__m128i units) {
+    const __m128i second = _mm_and_si128(_mm_slli_epi16(units, 2), Repeated(0x3F00));
+    const __m128i firstTwo = _mm_or_si128(_mm_or_si128(_mm_srli_epi16(units, 12), second), Repeated(0x80E0));
+    const __m128i third = _mm_or_si128(_mm_and_si128(units, Repeated(0x3F)), Repeated(0x80));
+    return {_mm_unpacklo_epi16(firstTwo, third), _mm_unpackhi_epi16(firstTwo, third)};
+}
+
+// Four such lanes without the gaps: each two are moved together in a lane of 64 bits. Writes ten bytes too
+// many.
+void StoreTwelveBytes(Byte* target, __m128i lanes) {
+    const __m128i even = _mm_and_si128(lanes, _mm_set_epi32(0, -1, 0, -1));
+    const __m128i odd = _mm_srli_epi64(_mm_xor_si128(lanes, even), 8);
+    const __m128i both = _mm_or_si128(even, odd);
+    Store(target, both);
+    Store(target + 6, _mm_srli_si128(both, 8));
+}
+
+[[gnu::noinline]] Byte* ConvertThreeByteBlock(const wchar_t* source, Byte* target) {
+    for (int i = 0; i < 2; ++i, source += kBlock / 2, target += 24) {
+        const EightLanes lanes = ThreeBytes(Load<__m128i>(source));
+        StoreTwelveBytes(target, lanes.low);
+        StoreTwelveBytes(target + 12, lanes.high);
+    }
+    return target;
+}
+
+// Eight units, no surrogates, as the one to three bytes that they take, in lanes of 32 bits; and how many, in
+// lanes of 16 bits.
+__m128i StoreLanes(std::uint32_t* target, const wchar_t* source) {
+    const __m128i units = Load<__m128i>(source);
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i isAscii = _mm_cmpeq_epi16(_mm_and_si128(units, Repeated(0xFF80)), zero);
+    const __m128i isSmall = _mm_cmpeq_epi16(_mm_and_si128(units, Repeated(0xF800)), zero);
+    const __m128i second = _mm_slli_epi16(_mm_and_si128(units, Repeated(0x3F)), 8);
+    const __m128i two = _mm_or_si128(_mm_or_si128(_mm_srli_epi16(units, 6), second), Repeated(0x80C0));
+    const __m128i ascii = _mm_and_si128(isAscii, units);
+    const __m128i small = _mm_and_si128(isSmall, _mm_or_si128(ascii, _mm_andnot_si128(isAscii, two)));
+    const EightLanes three = ThreeBytes(units);
+    const __m128i large[] = {_mm_andnot_si128(_mm_unpacklo_epi16(isSmall, isSmall), three.low),
+                             _mm_andnot_si128(_mm_unpackhi_epi16(isSmall, isSmall), three.high)};
+    Store(target, _mm_or_si128(_mm_unpacklo_epi16(small, zero), large[0]));
+    Store(target + 4, _mm_or_si128(_mm_unpackhi_epi16(small, zero), large[1]));
+    return _mm_add_epi16(Repeated(3), _mm_add_epi16(isAscii, isSmall));
+}
+
+// A block of units, no surrogates, without a branch. Writes three bytes too many.
+[[gnu::noinline]] Byte* ConvertMixedBlock(const wchar_t* source, Byte* target) {
+    std::uint32_t lanes[kBlock];
+    std::uint16_t lengths[kBlock];
+    Store(lengths, StoreLanes(lanes, source));
+    Store(lengths + kBlock / 2, StoreLanes(lanes + kBlock / 2, source + kBlock / 2));
+#pragma GCC unroll 16
+    for (int i = 0; i < kBlock; ++i) {
+        Store(target, lanes[i]);
+        target += lengths[i];
+    }
+    return target;
+}
+
+Cursor<wchar_t, Byte> ConvertBlocks(Cursor<wchar_t, Byte> at) {
+    for (; at.left() >= 2 * kBlock && at.room() >= 4 * kBlock; at.source += kBlock) {
+        StoreAscii(at.target, at.source);
+        const unsigned others = UnitsWhere(at.source, 0xFF80, 0) ^ kWholeBlock;
+        if (others == 0) {
+            at.target += kBlock;
+            continue;
+        }
+        const unsigned large = UnitsWhere(at.source, 0xF800, 0) ^ kWholeBlock;
+        if (large != 0 && UnitsWhere(at.source, 0xF800, 0xD800) != 0) break;
+        const bool areSingle = (others & others >> 1) == 0;
+        if (large == kWholeBlock) {
+            at.target = ConvertThreeByteBlock(at.source, at.target);
+        } else if (large == 0 && areSingle) {
+            at.target = ConvertLatinBlock(at.source, at.target, others);
+        } else {
+            at.target = ConvertMixedBlock(at.source, at.target);
+        }
+    }
+    return at;
+}
+
+// Some characters of any kind, one at a time. Ends before one that is not well-formed, and near an end. The
+// one limit keeps four bytes to look at and two units of room, for there are never more units than bytes.
+Cursor<Byte, wchar_t> ConvertSomeCharacters(Cursor<Byte, wchar_t> at) {
+    const Byte* const limit = at.source + std::min({at.left() - 3, at.room() - 1, 3 * kBlock});
+    while (at.source < limit) {
+        const auto bytes = Load<std::uint32_t>(at.source);
+        if ((bytes & 0x00C0C0F0) == 0x008080E0) {
+            const UCS4 code = (bytes & 0x0F) << 12 | (bytes & 0x3F00) >> 2 | (bytes >> 16 & 0x3F);
+            if (code < kTwoByteEnd || IsSurrogate(code)) break;
+            *at.target++ = static_cast<wchar_t>(code);
+            at.source += 3;
+        } else if ((bytes & 0x80) == 0) {
+            *at.target++ = static_cast<wchar_t>(bytes & 0x7F);
+            at.source += 1;
+        } else if (IsTwoByteCharacter(bytes)) {
+            *at.target++ = UnitOfTwoBytes(bytes);
+            at.source += 2;
+        } else if ((bytes & 0xC0C0C0F8) == 0x808080F0) {
+            const UCS4 code =
+                (bytes & 0x07) << 18 | (bytes & 0x3F00) << 4 | (bytes >> 10 & 0xFC0) | (bytes >> 24 & 0x3F);
+            if (code < kThreeByteEnd || code > kLastCode) break;
+            at.target[0] = HighSurrogate(code);
+            at.target[1] = LowSurrogate(code);
+            at.target += 2;
+            at.source += 4;
+        } else {
+            break;
+        }
+    }
+    return at;
+}
+
+// The one limit keeps two units to look at and room for four bytes; a unit takes three bytes at most.
+Cursor<wchar_t, Byte> ConvertSomeCharacters(Cursor<wchar_t, Byte> at) {
+    const wchar_t* const limit = at.source + std::min({at.left() - 1, (at.room() - 1) / 3, kBlock});
+    for (; at.source < limit; ++at.source) {
+        const UCS4 code = *at.source;
+        if (code < kAsciiEnd) {
+            *at.target++ = static_cast<Byte>(code);
+        } else if (code < kTwoByteEnd) {
+            Store(at.target, TwoBytes(code));
+            at.target += 2;
+        } else if (!IsSurrogate(code)) {
+            Store(at.target, ThreeBytes(code));
+            at.target += 3;
+        } else if (IsHighSurrogate(code) && IsLowSurrogate(at.source[1])) {
+            Store(at.target, FourBytes(PairCode(code, at.source[1])));
+            at.target += 4;
+            ++at.source;
+        } else {
+            break;
+        }
+    }
+    return at;
+}
+
 template <class From, class To>
 Result ConvertPlainly(const From*& source, const From* sourceEnd, To*& target, To* targetEnd, Mode mode) {
     Result result = CUTFConverter::ConversionOK;
@@ -307,11 +421,11 @@ Result ConvertPlainly(const From*& source, const From* sourceEnd, To*& target, T
 }
 
 template <class From, class To>
-Result ConvertByRuns(const From*& source, const From* sourceEnd, To*& target, To* targetEnd, Mode mode) {
+Result ConvertByBlocks(const From*& source, const From* sourceEnd, To*& target, To* targetEnd, Mode mode) {
     Result result = CUTFConverter::ConversionOK;
     while (source < sourceEnd && result == CUTFConverter::ConversionOK) {
         const auto at =
-            ConvertOtherRun(ConvertAsciiRun(Cursor<From, To>{source, sourceEnd, target, targetEnd}));
+            ConvertSomeCharacters(ConvertBlocks(Cursor<From, To>{source, sourceEnd, target, targetEnd}));
         const bool moved = at.source != source;
         source = at.source;
         target = at.target;
@@ -324,11 +438,11 @@ Result ConvertByRuns(const From*& source, const From* sourceEnd, To*& target, To
 
 Result CUTFConverter::Convert(const unsigned char*& source, const unsigned char* sourceEnd, wchar_t*& target,
                               wchar_t* targetEnd, Mode mode) {
-    return ConvertByRuns(source, sourceEnd, target, targetEnd, mode);
+    return ConvertByBlocks(source, sourceEnd, target, targetEnd, mode);
 }
 Result CUTFConverter::Convert(const wchar_t*& source, const wchar_t* sourceEnd, unsigned char*& target,
                               unsigned char* targetEnd, Mode mode) {
-    return ConvertByRuns(source, sourceEnd, target, targetEnd, mode);
+    return ConvertByBlocks(source, sourceEnd, target, targetEnd, mode);
 }
 Result CUTFConverter::Convert(const unsigned char*& source, const unsigned char* sourceEnd, UCS4*& target,
                               UCS4* targetEnd, Mode mode) {

@@ -38,11 +38,11 @@ Outcome<Out> Convert(const std::basic_string<In>& text, std::size_t room, Conver
               std::vector<To>(margin, To('#')));
     return {result, static_cast<std::size_t>(at - source.data()), {out.data(), end}};
 }
-Outcome<wchar_t> Decode(const std::string& bytes, std::size_t room = 100,
+Outcome<wchar_t> Decode(const std::string& bytes, std::size_t room = 1000,
                         Converter::Mode mode = Converter::Lenient) {
     return Convert<wchar_t, unsigned char, wchar_t>(bytes, room, mode);
 }
-Outcome<char> Encode(const std::wstring& units, std::size_t room = 200,
+Outcome<char> Encode(const std::wstring& units, std::size_t room = 1000,
                      Converter::Mode mode = Converter::Lenient) {
     return Convert<unsigned char, wchar_t, char>(units, room, mode);
 }
@@ -82,10 +82,16 @@ TEST(UTFCore, AcceptsWellFormedUTF8Only) {
 }
 
 TEST(UTFCore, StopsBeforeWhatDoesNotFit) {
-    const std::wstring texts[] = {L"\xD83D\xDE00-0123456789ABCDEF\x3042\x3044\xE4\xD83D\xDE00",
-                                  L"0123456789ABCDE\xE4", L"0123456789abcdefghijklmnopqrstuv",
-                                  L"\x65E5\x672C\x8A9E\x65E5\x672C\x8A9E\x65E5\x672C\x8A9E"};
-    for (const std::wstring& text : texts) {
+    const wchar_t* const lines[] = {
+        L"\xD83D\xDE00-0123456789ABCDEF\x3042\x3044\xE4\xD83D\xDE00-",  // of every length
+        L"0123456789ABCDE\xE4-0123456789ABCDEFG\xF6",                   // single characters of two bytes
+        L"0123456789abcdefghijklmnopqrstuv",
+        L"\x65E5\x672C\x8A9E\x3042",
+        L"\x41F\x440\x438-\x65E5\x41C",  // of one to three bytes
+    };
+    for (const std::wstring line : lines) {
+        std::wstring text;
+        while (text.size() < 80) text += line;
         const std::string bytes = Encode(text).units;
         for (std::size_t room = 0; room <= bytes.size(); ++room) {
             const auto encoded = Encode(text, room);

@@ -289,8 +289,9 @@ class SString_t {
     std::uint32_t getNBytesForWChar() const;
     std::uint32_t getNBytesForUTF8() const;
     /// Replace the text by a converted one; counts are code units of the source, 0xFFFFFFFF the whole
-    /// zero-terminated text. False when it does not convert: unchanged when that shows before the rebuild,
-    /// empty when UTF-8 proves illegal.
+    /// zero-terminated text. A zero unit ends the source in any case, so a count that is too large reads
+    /// nothing beyond it. False when it does not convert: unchanged when that shows before the rebuild, empty
+    /// when UTF-8 proves illegal.
     bool fromAscii(const char* text, std::uint32_t count = 0xFFFFFFFF);
     bool fromMBCS(const char* text, std::uint32_t count = 0xFFFFFFFF);
     bool fromOCA(const wchar_t* text, std::uint32_t count = 0xFFFFFFFF);
