@@ -184,7 +184,7 @@ bool ReadDigits(const C* at, const C* end, std::uint32_t radix, const Limits<Mag
 template <class C, class T>
 [[gnu::always_inline]] inline std::uint32_t StringConvFromDecimal(C* out, T value) {
     C* at = out;
-    auto magnitude = static_cast<IntegerMagnitude<T>>(value);
+    auto magnitude = static_cast<IntegerMagnitude<T>>(+value);  // promoted first: a small type keeps its sign
     if (std::is_signed_v<T> && value < 0) {
         *at++ = static_cast<C>('-');
         magnitude = 0 - magnitude;
