@@ -23,11 +23,12 @@ FLOORS = [
 FLOOR_OF = {area: number for number, areas in enumerate(FLOORS) for area in areas}
 
 # The folder diag holds three floors, told apart by the unit.
-SEAM_UNITS = {"tarnapi", "sassert", "require"}
-TRACE_UNITS = {"scallobject", "scallparams", "sscope", "stracepoint"}
+SEAM_UNITS = {"tarnapi", "sassert", "require", "unlogged"}
+TRACE_UNITS = {"straceparameter", "straceobj", "sscopetrace"}
 
 # Public headers without a unit of their name, templates for instance.
 HEADER_AREAS = dict.fromkeys(["refcount", "sdecodedstring", "siarray", "simap", "siset"], "strings")
+HEADER_AREAS["loggingplugin"] = "logger"
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 SOURCES = {".h", ".cpp", ".tcc", ".inc"}

@@ -40,6 +40,17 @@ while read -r file codeset _; do
     convert "$file" "$codeset"
 done <$texts/manifest.txt
 
+# A line in a log that a mask lets through, and an instant as two zones see it.
+tool() { cmake/wine-run "$tarn" "$@" </dev/null | tr -d '\r'; }
+echo
+rm -rf "$converted/logs"
+tool trace -level 6 -text "converted the example texts" -trace m -loggingPath "Z:$PWD/$converted/logs" >/dev/null
+echo "log        $(cat "$converted"/logs/*.log)"
+instant=2024-03-31T00:59:59.5Z
+central_europe=CET,-60,CEST,-120,M3.5.0/02:00,M10.5.0/03:00
+echo "date       $instant is $(tool date -parse $instant -zone $central_europe) in Berlin," \
+    "a second later $(tool date -parse $instant -zone $central_europe -add 1s)"
+
 echo
 echo "library    $dll ($(stat -c %s "$dll") bytes)"
 echo "tool       $tarn, through these of the library's headers:"

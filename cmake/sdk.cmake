@@ -1,7 +1,7 @@
 # What a client program needs: headers, import library, DLLs, a CMake package.
 include(CMakePackageConfigHelpers)
 install(
-  TARGETS tarnlib
+  TARGETS tarnlib jtc tracelog
   EXPORT tarnlib
   RUNTIME DESTINATION bin
   ARCHIVE DESTINATION lib)

@@ -18,23 +18,34 @@ function(tarn_find_suites out)
   set(${out} ${suites} PARENT_SCOPE)
 endfunction()
 
-# Suites named Cp932... run in a process whose code page is 932.
+# Suites named Cp932... run in a process whose code page is 932, suites named Zone... once in each of these zones.
+set(TARN_TEST_ZONES Europe/Berlin America/New_York Asia/Kolkata Australia/Sydney America/Sao_Paulo)
+
+# One CTest test: a suite of a program in an environment.
+function(tarn_add_suite program test suite)
+  add_test(NAME ${test} COMMAND ${program} --gtest_filter=${suite}.*:*/${suite}.*:${suite}/*.*:*/${suite}/*.*)
+  # GoogleTest's own verdict is asked for, because a crash under Wine can end with exit status 0. The pattern
+  # replaces CTest's look at the exit status; a crash after the verdict leaves one of the other lines.
+  set_tests_properties(
+    ${test}
+    PROPERTIES TIMEOUT 300
+               PASS_REGULAR_EXPRESSION "\\[  PASSED  \\] [1-9]"
+               FAIL_REGULAR_EXPRESSION
+               "\\[  FAILED  \\];Unhandled (page fault|exception);GUARD:;CRASH code;terminate called"
+               ENVIRONMENT "${ARGN}")
+endfunction()
+
 function(tarn_add_suites program prefix)
   tarn_find_suites(suites ${ARGN})
   foreach(suite IN LISTS suites)
-    set(test ${prefix}${suite})
-    add_test(NAME ${test}
-             COMMAND ${program} --gtest_filter=${suite}.*:*/${suite}.*:${suite}/*.*:*/${suite}/*.*)
-    # GoogleTest's own verdict is asked for, because a crash under Wine can end with exit status 0. The pattern
-    # replaces CTest's look at the exit status; a crash after the verdict leaves one of the other lines.
-    set_tests_properties(
-      ${test}
-      PROPERTIES TIMEOUT 300
-                 PASS_REGULAR_EXPRESSION "\\[  PASSED  \\] [1-9]"
-                 FAIL_REGULAR_EXPRESSION
-                 "\\[  FAILED  \\];Unhandled (page fault|exception);GUARD:;CRASH code;terminate called")
-    if(suite MATCHES "^Cp932")
-      set_tests_properties(${test} PROPERTIES ENVIRONMENT TARN_CODE_PAGE=932)
+    if(suite MATCHES "^Zone")
+      foreach(zone IN LISTS TARN_TEST_ZONES)
+        tarn_add_suite(${program} ${prefix}${suite}.${zone} ${suite} TZ=${zone})
+      endforeach()
+    elseif(suite MATCHES "^Cp932")
+      tarn_add_suite(${program} ${prefix}${suite} ${suite} TARN_CODE_PAGE=932)
+    else()
+      tarn_add_suite(${program} ${prefix}${suite} ${suite})
     endif()
   endforeach()
 

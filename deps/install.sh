@@ -8,8 +8,8 @@ here=$(cd "$(dirname "$0")" && pwd)
 
 declare -A packages=(
     [build]="cmake ninja-build g++-mingw-w64-i686-posix libz-mingw-w64-dev wine wine32:i386"
-    [test]="googletest locales python3"
-    [bench]="libfmt-dev libutfcpp-dev libboost-dev dpkg-dev python3"
+    [test]="googletest locales python3 tzdata"
+    [bench]="libfmt-dev libspdlog-dev libutfcpp-dev libboost-dev dpkg-dev python3"
     [check]="clang-format-14 python3 git"
     [tidy]="clang-tidy-19 python3"
     [coverage]="gcovr"

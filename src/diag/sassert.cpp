@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "diag/unlogged.h"
+
 #include <windows.h>
 
 namespace TarnLibA500 {
@@ -37,17 +39,9 @@ const char* OrNothing(const char* text) {
     return text != nullptr ? text : "";
 }
 
-// No sink yet: the line must still be seen, by a debugger and on standard error.
-void UnloadedAssert(const char* text) {
-    OutputDebugStringA(text);
-    OutputDebugStringA("\n");
-    std::fprintf(stderr, "%s\n", text);
-    std::fflush(stderr);
-}
-
 void Deliver(const char* text) {
     const SDiagnosticSink& sink = CurrentSink();
-    (sink.assertion != nullptr ? sink.assertion : &UnloadedAssert)(text);
+    (sink.assertion != nullptr ? sink.assertion : &ReportUnlogged)(text);
 }
 
 int Format(char* out, std::size_t size, const char* file, int line, const char* expression,
@@ -70,11 +64,34 @@ void Report(const char* file, int line, const char* expression, const char* mess
 
 }  // namespace
 
+void ReportUnlogged(const char* text) {
+    OutputDebugStringA(text);
+    OutputDebugStringA("\n");
+    std::fprintf(stderr, "%s\n", text);
+    std::fflush(stderr);
+}
+
 const SDiagnosticSink* InstallDiagnosticSink(const SDiagnosticSink* sink) {
-    return installedSink.exchange(sink, std::memory_order_acq_rel);
+    const SDiagnosticSink* const before = installedSink.exchange(sink, std::memory_order_acq_rel);
+    // The new sink is asked for every level; it may close those it never wants.
+    const bool asks = sink != nullptr && (sink->shouldTraceAt != nullptr || sink->shouldTrace != nullptr);
+    SLogger::openTraceLevels.store(asks ? UINT32_MAX : 0, std::memory_order_release);
+    return before;
 }
 
 namespace SLogger {
+std::atomic<std::uint32_t> openTraceLevels{0};
+
+bool ShouldTrace(int level, const char* file, int line) {
+    const SDiagnosticSink& sink = CurrentSink();
+    if (sink.shouldTraceAt != nullptr) return sink.shouldTraceAt(level, file, line);
+    return sink.shouldTrace != nullptr && sink.shouldTrace(level, OrNothing(file));
+}
+
+bool ShouldTrace(int level, const char* file) {
+    return ShouldTrace(level, file, 0);
+}
+
 bool ShouldAssert() {
     const SDiagnosticSink& sink = CurrentSink();
     return sink.shouldAssert == nullptr || sink.shouldAssert();
@@ -104,14 +121,20 @@ void SAssert(const char* file, int line, const char* expression, const wchar_t* 
 }
 
 bool ShouldTraceText(int level, const char* unit) {
-    const SDiagnosticSink& sink = CurrentSink();
-    return sink.shouldTrace != nullptr && sink.shouldTrace(level, OrNothing(unit));
+    return SLogger::MayTrace(level) && SLogger::ShouldTrace(level, unit);
 }
 
 void TraceText(int level, const char* unit, const char* text) {
+    if (ShouldTraceText(level, unit)) EmitTraceText(level, unit, 0, text);
+}
+
+void EmitTraceText(int level, const char* file, int line, const char* text) {
     const SDiagnosticSink& sink = CurrentSink();
-    if (sink.trace != nullptr && ShouldTraceText(level, unit))
-        sink.trace(level, OrNothing(unit), OrNothing(text));
+    if (sink.traceAt != nullptr) {
+        sink.traceAt(level, file, line, OrNothing(text));
+    } else if (sink.trace != nullptr) {
+        sink.trace(level, OrNothing(file), OrNothing(text));
+    }
 }
 
 }  // namespace TarnLibA500

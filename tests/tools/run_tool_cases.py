@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Runs the command lines of tool_cases.txt and checks what they do.
+"""Runs the command lines of the *_cases.txt beside it and checks what they do.
 
     run_tool_cases.py RUNNER TARN_EXE SCRATCH_FOLDER
 """
 import pathlib
 import shlex
+import shutil
 import subprocess
 import sys
 
@@ -44,18 +45,19 @@ def main(*arguments):
     runner, tool, scratch = (pathlib.Path(argument).resolve() for argument in arguments)
     scratch.mkdir(parents=True, exist_ok=True)
     for left_over in scratch.iterdir():
-        left_over.unlink()
+        shutil.rmtree(left_over) if left_over.is_dir() else left_over.unlink()
     paths = {"texts": TEXTS, "out": scratch}
     failures = count = 0
-    for number, ((_, command), *checks) in read_cases(HERE / "tool_cases.txt"):
-        arguments = [word.format(**paths) for word in shlex.split(command)]
-        run = subprocess.run([runner, tool, *arguments], capture_output=True, encoding="utf-8")
-        count += 1
-        for mark, text in checks:
-            if not check(mark, text, run, paths):
-                failures += 1
-                print(f"tool_cases.txt:{number}: tarn {command}\n  expected: {mark} {text}")
-                print(f"  status {run.returncode}\n{run.stdout}{run.stderr}")
+    for file in sorted(HERE.glob("*_cases.txt")):
+        for number, ((_, command), *checks) in read_cases(file):
+            arguments = [word.format(**paths) for word in shlex.split(command)]
+            run = subprocess.run([runner, tool, *arguments], capture_output=True, encoding="utf-8")
+            count += 1
+            for mark, text in checks:
+                if not check(mark, text, run, paths):
+                    failures += 1
+                    print(f"{file.name}:{number}: tarn {command}\n  expected: {mark} {text}")
+                    print(f"  status {run.returncode}\n{run.stdout}{run.stderr}")
     print(f"{count} command lines, {failures} failures")
     return 1 if failures else 0
 

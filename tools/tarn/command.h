@@ -23,10 +23,15 @@ struct Command {
     const char* summary;  ///< for the list of commands
     std::string help;     ///< after "usage: tarn NAME "
     ExitStatus (*run)(const Words& arguments);
+    bool takesEveryWord = false;  ///< logging options too, which are otherwise taken out
 };
 
 extern const Command kTextCommand;
 extern const Command kNumbersCommand;
 extern const Command kVersionCompareCommand;
+extern const Command kDateCommand;
+extern const Command kRegistryCommand;
+extern const Command kOptionsCommand;
+extern const Command kTraceCommand;
 
 }  // namespace tarn

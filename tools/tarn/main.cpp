@@ -1,23 +1,29 @@
 #include <exception>
 
 #include "command.h"
+#include "logging.h"
 #include "options.h"
 #include "system.h"
 
 namespace tarn {
 namespace {
 
-const Command* const kCommands[] = {&kTextCommand, &kNumbersCommand, &kVersionCompareCommand};
+const Command* const kCommands[] = {&kTextCommand, &kNumbersCommand,  &kVersionCompareCommand,
+                                    &kDateCommand, &kRegistryCommand, &kOptionsCommand,
+                                    &kTraceCommand};
 
 void PrintOverview() {
-    Print("tarn: texts, numbers and versions as the library sees them\n\nusage: tarn COMMAND ...\n\n");
+    Print(
+        "tarn: texts, numbers, dates, options, the registry and the log as the library sees them\n\nusage: "
+        "tarn COMMAND ...\n\n");
     for (const Command* command : kCommands) {
         std::string name(command->name);
         name.resize(17, ' ');
         Print("  " + name + command->summary + "\n");
     }
     Print(
-        "\ntarn COMMAND -help explains a command.\n"
+        "\ntarn COMMAND -help explains a command. Every command takes the logging options of the library "
+        "(-trace\nMASK, -loggingPath DIR, ...).\n"
         "Exit status: 0; 1 when the result says no; 2 when nothing could be done, with one line that says "
         "why.\n");
 }
@@ -36,13 +42,16 @@ ExitStatus Run(const Command& command, const Words& arguments) {
 }
 
 ExitStatus Dispatch(const Words& words) {
+    const Logging logging(words);
     if (words.empty()) throw Failure("a command is missing; tarn -help lists them");
     if (AsksForHelp(words[0])) {
         PrintOverview();
         return kYes;
     }
     for (const Command* command : kCommands) {
-        if (words[0] == command->name) return Run(*command, Words(words.begin() + 1, words.end()));
+        if (words[0] != command->name) continue;
+        const Words arguments(words.begin() + 1, words.end());
+        return Run(*command, command->takesEveryWord ? arguments : WithoutLoggingOptions(arguments));
     }
     throw Failure("there is no command " + words[0] + "; tarn -help lists them");
 }

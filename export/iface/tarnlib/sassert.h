@@ -1,5 +1,8 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
+
 #include "tarnlib/tarnapi.h"
 
 /// Assertions and trace texts, below everything else in the library.
@@ -31,10 +34,13 @@ struct SDiagnosticSink {
     void (*assertion)(const char* text) = nullptr;
     /// Says whether assertions are reported at all. Built in: always.
     bool (*shouldAssert)() = nullptr;
-    /// Says whether a text of this level (0 to 3) from this source unit is wanted. Built in: never.
+    /// Says whether a text of this level (0 to 18) from this source unit is wanted. Built in: never.
     bool (*shouldTrace)(int level, const char* unit) = nullptr;
     /// Takes a trace text that shouldTrace let through.
     void (*trace)(int level, const char* unit, const char* text) = nullptr;
+    /// The same two with the line (0: unknown). Where one is set it is used in place of the one above.
+    bool (*shouldTraceAt)(int level, const char* unit, int line) = nullptr;
+    void (*traceAt)(int level, const char* unit, int line, const char* text) = nullptr;
 };
 
 /// Installs a sink (null: the built-in one) and returns the one that was installed before (null: the built-in
@@ -51,11 +57,29 @@ TARN_API void SAssert(const char* file, int line, const char* expression, const 
 namespace SLogger {
 /// True when assertions are reported: always, unless an installed sink says otherwise.
 TARN_API bool ShouldAssert();
+
+/// Bit n is clear when no trace point of level n is switched on anywhere. The last bit stands for all numbers
+/// that are no level. For MayTrace and the sinks.
+TARN_API extern std::atomic<std::uint32_t> openTraceLevels;
+
+/// A first look that costs two instructions: false when ShouldTrace would be false for every file.
+inline bool MayTrace(int level) noexcept {
+    constexpr unsigned kNoLevel = 31;
+    const unsigned bit = static_cast<unsigned>(level) < kNoLevel ? static_cast<unsigned>(level) : kNoLevel;
+    return ((openTraceLevels.load(std::memory_order_relaxed) >> bit) & 1) != 0;
+}
+
+/// True when the trace point of this level, in this source file or unit and line, is switched on. False
+/// before a sink is installed.
+TARN_API bool ShouldTrace(int level, const char* file);
+TARN_API bool ShouldTrace(int level, const char* file, int line);
 }  // namespace SLogger
 
-/// True when a trace text of this level (0 to 3) from this source unit would be taken.
+/// True when a trace text of this level (0 to 18) from this source unit would be taken.
 TARN_API bool ShouldTraceText(int level, const char* unit);
 /// Hands a finished text to the sink when ShouldTraceText holds; otherwise does nothing.
 TARN_API void TraceText(int level, const char* unit, const char* text);
+/// Hands a finished text to the sink without asking again: for callers that have asked ShouldTrace.
+TARN_API void EmitTraceText(int level, const char* file, int line, const char* text);
 
 }  // namespace TarnLibA500

@@ -1,0 +1,64 @@
+// A logging plug-in: appends every structured entry to the file named by the option "sampleJournal", one line
+// each.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "tarnlib/cparamlineargs.h"
+#include "tarnlib/loggingplugin.h"
+
+namespace {
+
+constexpr const char* kJournalOption = "sampleJournal";
+constexpr const char* kCategories = "32";  // entries of the categories 0 to 31 are handed over
+
+std::FILE* journal = nullptr;
+
+char* CopyOf(const char* text) {
+    const std::size_t bytes = std::strlen(text) + 1;
+    auto* const copy = static_cast<char*>(std::malloc(bytes));
+    if (copy != nullptr) std::memcpy(copy, text, bytes);
+    return copy;
+}
+
+}  // namespace
+
+extern "C" {
+
+__declspec(dllexport) int GetDLLVersion() {
+    return TarnLibA500::LoggingPlugin::kInterfaceVersion;
+}
+
+__declspec(dllexport) int Initialize(const char* options) {
+    TarnLibA500::SAnsiString path;
+    if (!TarnLibA500::CParamLineArgs(options).Lookup(kJournalOption, path)) return 0;
+    journal = std::fopen(path.getString(), "ab");
+    return journal != nullptr ? 1 : 0;
+}
+
+__declspec(dllexport) void Trace(int level, int category, unsigned long message, const char*,
+                                 const char* const* arguments, unsigned count) {
+    std::fprintf(journal, "%d/%d/%lu", level, category, message);
+    for (unsigned i = 0; i < count; ++i) std::fprintf(journal, " %s", arguments[i]);
+    std::fputc('\n', journal);
+    std::fflush(journal);
+}
+
+__declspec(dllexport) void Terminate() {
+    std::fclose(journal);
+    journal = nullptr;
+}
+
+__declspec(dllexport) char* GetParam(const char* name) {
+    return std::strcmp(name, "numcategories") == 0 ? CopyOf(kCategories) : nullptr;
+}
+
+__declspec(dllexport) char* GetParamList() {
+    return CopyOf("numcategories");
+}
+
+__declspec(dllexport) void FreeString(char* text) {
+    std::free(text);
+}
+
+}  // extern "C"

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "tarnlib/sdate.h"
+#include "tarnlib/sstring.h"
+#include "tarnlib/tarnapi.h"
+
+/// The names of months, days, halves of the day and eras in the calling thread's locale.
+///
+/// The names come from the system, in the code page of the C locale; a character that this does not have
+/// becomes "?". Members keep no state and may be called from any thread. A number out of range gives an empty
+/// name.
+///
+///     SetThreadLocale(MAKELCID(MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN), SORT_DEFAULT));
+///     SAnsiString month = SDateTimeString::GetLongMonth(3);     // "März"
+///     SAnsiString day = SDateTimeString::GetShortDay(0);        // "So"
+///     SAnsiString half = SDateTimeString::GetLongAM(false);     // the marker of the afternoon
+namespace TarnLibA500 {
+
+class SDateTimeString {
+  public:
+    /// Months are 1 to 12.
+    TARN_API static SAnsiString GetLongMonth(int month);
+    TARN_API static SAnsiString GetShortMonth(int month);
+    /// Days are 0 (Sunday) to 6.
+    TARN_API static SAnsiString GetLongDay(int day);
+    TARN_API static SAnsiString GetShortDay(int day);
+    /// The marker of the morning, or with "false" of the afternoon. Empty in locales that have none.
+    TARN_API static SAnsiString GetLongAM(bool morning);
+    TARN_API static SAnsiString GetShortAM(bool morning);
+    /// The era of a date. The system has no name for years before 1: empty.
+    TARN_API static SAnsiString GetEra(const SDate& date);
+};
+
+}  // namespace TarnLibA500

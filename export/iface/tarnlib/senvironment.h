@@ -1,0 +1,30 @@
+#pragma once
+
+#include "tarnlib/sstring.h"
+#include "tarnlib/tarnapi.h"
+
+/// The environment variables of the process.
+///
+/// Names ignore case, as the system has it. Texts are in the process's code page and of any length; the
+/// system's own code-page functions cut double-byte values, so the wide ones are asked. What the C runtime's
+/// getenv sees may differ. Functions may be called from any thread.
+///
+///     SAnsiString proxy;
+///     if (!SEnvironment::Get("HTTP_PROXY", proxy)) ...        // not set; set to nothing is another matter
+///     SAnsiString path = SEnvironment::Expand("%TEMP%\\work"); // C:\users\me\Temp\work
+namespace TarnLibA500 {
+
+class TARN_API SEnvironment {
+  public:
+    /// True, with the value, when the variable is set; otherwise the value stays as it was. Characters that
+    /// the code page does not have become "?".
+    static bool Get(const SAnsiString& name, SAnsiString& value);
+    /// False when the system refuses, for an empty name or one with "=" in it, for instance.
+    static bool Set(const SAnsiString& name, const SAnsiString& value);
+    /// True when the variable is not there afterwards.
+    static bool Remove(const SAnsiString& name);
+    /// The text with %NAME% replaced by the values of variables; unknown ones stay as they are.
+    static SAnsiString Expand(const SAnsiString& text);
+};
+
+}  // namespace TarnLibA500

@@ -1,0 +1,157 @@
+#pragma once
+
+#include <exception>
+
+/// Threads and monitors.
+///
+/// A monitor is a lock that its holder may take again, with a place to wait. A thread is an object whose
+/// run() runs in a thread of its own from start() on, and it is a monitor itself. No thread is stopped from
+/// outside: it is asked to end, and joined. Times are milliseconds.
+///
+///     class Worker : public JTCThread {
+///       public:
+///         Worker() : JTCThread("worker") {}
+///         void run() override {
+///             JTCSynchronized lock(*this);
+///             while (!done_) wait(1000);
+///         }
+///         void finish() {
+///             JTCSynchronized lock(*this);
+///             done_ = true;
+///             notifyAll();
+///         }
+///       private:
+///         bool done_ = false;
+///     };
+///
+/// Threads must not be started or joined in a DLL's entry point or a static destructor: the loader's lock is
+/// held there.
+#if defined(JTC_STATIC)
+#define JTC_API
+#elif defined(jtc_EXPORTS)
+#define JTC_API __declspec(dllexport)
+#else
+#define JTC_API __declspec(dllimport)
+#endif
+
+/// wait or notify without holding the lock.
+class JTC_API JTCIllegalMonitorState : public std::exception {
+  public:
+    const char* what() const noexcept override;
+};
+
+/// start of a thread that was started before.
+class JTC_API JTCIllegalThreadStateException : public std::exception {
+  public:
+    const char* what() const noexcept override;
+};
+
+/// The system has no more threads to give.
+class JTC_API JTCOutOfResources : public std::exception {
+  public:
+    const char* what() const noexcept override;
+};
+
+/// Counts the users of the module. When the last object goes, it waits until the threads that were started
+/// have ended, 30 seconds at most.
+class JTC_API JTCInitialize {
+  public:
+    JTCInitialize();
+    /// The arguments are left as they are.
+    JTCInitialize(int& argc, char** argv);
+    ~JTCInitialize();
+    JTCInitialize(const JTCInitialize&) = delete;
+    JTCInitialize& operator=(const JTCInitialize&) = delete;
+};
+
+class JTC_API JTCMonitor {
+  public:
+    JTCMonitor();
+    virtual ~JTCMonitor();
+    JTCMonitor(const JTCMonitor&) = delete;
+    JTCMonitor& operator=(const JTCMonitor&) = delete;
+
+    /// Gives the lock up, however often it was taken, waits for a notification, and takes it again. It may
+    /// also return without one: wait in a loop over what is waited for. Throws JTCIllegalMonitorState without
+    /// the lock.
+    void wait();
+    /// The same, for so long at most; nothing at all when that is not positive.
+    void wait(long milliseconds);
+    /// Wakes one waiting thread, or all of them. Throw JTCIllegalMonitorState without the lock.
+    void notify();
+    void notifyAll();
+
+    void lock() const;
+    /// Throws JTCIllegalMonitorState without the lock.
+    void unlock() const;
+
+  private:
+    struct State;
+    State* state_;
+};
+
+/// Holds a monitor's lock as long as it lives.
+class JTC_API JTCSynchronized {
+  public:
+    explicit JTCSynchronized(const JTCMonitor& monitor);
+    ~JTCSynchronized();
+    JTCSynchronized(const JTCSynchronized&) = delete;
+    JTCSynchronized& operator=(const JTCSynchronized&) = delete;
+
+  private:
+    const JTCMonitor& monitor_;
+};
+
+class JTC_API JTCThread : public JTCMonitor {
+  public:
+    enum Priority { kLowest = 0, kLow, kNormal, kHigh, kHighest };
+
+    /// The name is for people and debuggers; it is copied.
+    explicit JTCThread(const char* name = "");
+    /// The object must outlive the thread: join it before. A thread that still runs here ends the process, as
+    /// a std::thread would.
+    ~JTCThread() override;
+
+    /// What the thread does. An exception that leaves it is reported on standard error and ends the thread.
+    virtual void run();
+
+    /// Throw JTCIllegalThreadStateException for a second start, JTCOutOfResources when there is no thread to
+    /// be had.
+    void start();
+    /// Wait until the thread has ended; at once when it was not started. Any thread but this one may call
+    /// them.
+    void join();
+    /// The same, for so long at most; isAlive tells how it ended.
+    void join(long milliseconds);
+    /// True from start until run has ended.
+    bool isAlive() const;
+
+    const char* getName() const;
+    /// Takes effect at once, or with start.
+    void setPriority(Priority priority);
+    Priority getPriority() const;
+
+    /// The object of the calling thread; null in one that was neither started here nor adopted.
+    static JTCThread* currentThread();
+    /// Not positive: gives other threads a turn.
+    static void sleep(long milliseconds);
+
+  private:
+    friend class JTCAdoptCurrentThread;
+    friend struct JTCRunner;
+    struct State;
+    State* thread_;
+};
+
+/// Gives the calling thread, which was started elsewhere, a JTCThread for as long as the object lives. Does
+/// nothing in a thread that has one.
+class JTC_API JTCAdoptCurrentThread {
+  public:
+    JTCAdoptCurrentThread();
+    ~JTCAdoptCurrentThread();
+    JTCAdoptCurrentThread(const JTCAdoptCurrentThread&) = delete;
+    JTCAdoptCurrentThread& operator=(const JTCAdoptCurrentThread&) = delete;
+
+  private:
+    JTCThread* adopted_;
+};

@@ -1,0 +1,200 @@
+#include <cstdio>
+#include <mutex>
+#include <string>
+#include <system_error>
+#include <thread>
+
+#include "jtc/jtc.h"
+#include "jtc/waiting.h"
+
+using Guard = std::lock_guard<jtc::Lock>;
+
+namespace {
+
+constexpr long kLongestWaitForThreads = 30'000;
+
+// A pointer only: objects of a thread with destructors are gone too early on this platform.
+thread_local JTCThread* current = nullptr;
+
+/// Who uses the module, and the threads that run. Never destroyed: a thread may end after static objects.
+struct Module {
+    jtc::Lock mutex;
+    jtc::Condition threadEnded;
+    int users = 0;
+    int running = 0;
+};
+
+Module& TheModule() {
+    static Module& module = *new Module;
+    return module;
+}
+
+void CountRunning(int change) {
+    Module& module = TheModule();
+    const Guard guard(module.mutex);
+    module.running += change;
+    module.threadEnded.notifyAll();
+}
+
+int SystemPriority(JTCThread::Priority priority) {
+    constexpr int kPriorities[] = {THREAD_PRIORITY_LOWEST, THREAD_PRIORITY_BELOW_NORMAL,
+                                   THREAD_PRIORITY_NORMAL, THREAD_PRIORITY_ABOVE_NORMAL,
+                                   THREAD_PRIORITY_HIGHEST};
+    return kPriorities[priority];
+}
+
+}  // namespace
+
+struct JTCThread::State {
+    std::string name;
+    mutable jtc::Lock mutex;  ///< guards the rest
+    jtc::Condition ended;
+    std::thread thread;
+    HANDLE handle = nullptr;  ///< of the running thread, for its priority
+    Priority priority = kNormal;
+    bool isStarted = false;
+    bool isAlive = false;
+
+    void applyPriority() const {
+        if (handle != nullptr) SetThreadPriority(handle, SystemPriority(priority));
+    }
+};
+
+/// What happens on the new thread around run().
+struct JTCRunner {
+    static void run(JTCThread* thread) {
+        current = thread;
+        begin(*thread->thread_);
+        try {
+            thread->run();
+        } catch (const std::exception& failure) {
+            report(*thread, failure.what());
+        } catch (...) {
+            report(*thread, "an exception of another type");
+        }
+        end(*thread->thread_);
+    }
+
+    static void begin(JTCThread::State& state) {
+        const Guard guard(state.mutex);
+        DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &state.handle, 0, FALSE,
+                        DUPLICATE_SAME_ACCESS);
+        state.applyPriority();
+    }
+
+    // After the last line here the object may be gone.
+    static void end(JTCThread::State& state) {
+        const Guard guard(state.mutex);
+        CloseHandle(state.handle);
+        state.handle = nullptr;
+        state.isAlive = false;
+        state.ended.notifyAll();
+        CountRunning(-1);
+    }
+
+    static void report(const JTCThread& thread, const char* what) {
+        std::fprintf(stderr, "thread \"%s\" ended by an exception: %s\n", thread.getName(), what);
+        std::fflush(stderr);
+    }
+};
+
+const char* JTCIllegalThreadStateException::what() const noexcept {
+    return "the thread was started before";
+}
+
+const char* JTCOutOfResources::what() const noexcept {
+    return "no thread could be started";
+}
+
+JTCThread::JTCThread(const char* name) : thread_(new State) {
+    thread_->name = name != nullptr ? name : "";
+}
+
+JTCThread::~JTCThread() {
+    if (!isAlive()) join();
+    delete thread_;
+}
+
+void JTCThread::run() {}
+
+void JTCThread::start() {
+    const Guard guard(thread_->mutex);
+    if (thread_->isStarted) throw JTCIllegalThreadStateException();
+    CountRunning(1);
+    try {
+        thread_->thread = std::thread(&JTCRunner::run, this);
+    } catch (const std::system_error&) {
+        CountRunning(-1);
+        throw JTCOutOfResources();
+    }
+    thread_->isStarted = thread_->isAlive = true;
+}
+
+void JTCThread::join() {
+    const Guard guard(thread_->mutex);
+    while (thread_->isAlive) thread_->ended.wait(thread_->mutex);
+    if (thread_->thread.joinable()) thread_->thread.join();
+}
+
+void JTCThread::join(long milliseconds) {
+    const ULONGLONG deadline = jtc::DeadlineIn(milliseconds);
+    const Guard guard(thread_->mutex);
+    while (thread_->isAlive) {
+        if (!thread_->ended.waitUntil(thread_->mutex, deadline)) return;
+    }
+    if (thread_->thread.joinable()) thread_->thread.join();
+}
+
+bool JTCThread::isAlive() const {
+    const Guard guard(thread_->mutex);
+    return thread_->isAlive;
+}
+
+const char* JTCThread::getName() const {
+    return thread_->name.c_str();
+}
+
+void JTCThread::setPriority(Priority priority) {
+    const Guard guard(thread_->mutex);
+    thread_->priority = priority;
+    thread_->applyPriority();
+}
+
+JTCThread::Priority JTCThread::getPriority() const {
+    const Guard guard(thread_->mutex);
+    return thread_->priority;
+}
+
+JTCThread* JTCThread::currentThread() {
+    return current;
+}
+
+void JTCThread::sleep(long milliseconds) {
+    Sleep(milliseconds > 0 ? static_cast<DWORD>(milliseconds) : 0);
+}
+
+JTCAdoptCurrentThread::JTCAdoptCurrentThread()
+    : adopted_(current == nullptr ? new JTCThread("adopted") : nullptr) {
+    if (adopted_ != nullptr) current = adopted_;
+}
+
+JTCAdoptCurrentThread::~JTCAdoptCurrentThread() {
+    if (adopted_ == nullptr) return;
+    current = nullptr;
+    delete adopted_;
+}
+
+JTCInitialize::JTCInitialize() {
+    const Guard guard(TheModule().mutex);
+    ++TheModule().users;
+}
+
+JTCInitialize::JTCInitialize(int&, char**) : JTCInitialize() {}
+
+JTCInitialize::~JTCInitialize() {
+    Module& module = TheModule();
+    const ULONGLONG deadline = jtc::DeadlineIn(kLongestWaitForThreads);
+    const Guard guard(module.mutex);
+    if (--module.users != 0) return;
+    while (module.running != 0 && module.threadEnded.waitUntil(module.mutex, deadline)) continue;
+}

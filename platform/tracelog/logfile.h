@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <windows.h>
+
+namespace TraceLog400::detail {
+
+/// One log file: opened by its first text, renamed when it is full, tried again when it failed. One thread at
+/// a time.
+class LogFile {
+  public:
+    /// A device's name; empty for the main one.
+    explicit LogFile(const std::wstring& device) : device_(device) {}
+    ~LogFile() { close(); }
+    LogFile(const LogFile&) = delete;
+    LogFile& operator=(const LogFile&) = delete;
+
+    /// Appends whole lines. What cannot be written is counted as lost.
+    void append(const char* lines, std::size_t bytes);
+    void close();
+    /// Closes it, and deletes everything that was written.
+    void discard();
+
+    /// Counts lines that were not even handed over.
+    void countLost(const char* lines, std::size_t bytes);
+
+    std::wstring path() const;
+    unsigned long long linesLost() const { return lost_; }
+
+  private:
+    bool isReady();
+    bool open();
+    void makeDirectory() const;
+    void lookWhetherItIsThere();
+    std::size_t writeLines(const char* lines, std::size_t bytes);
+    bool writeAll(const char* lines, std::size_t bytes);
+    void reportLoss();
+    void rotate();
+    bool renameToFree();
+    void fail(unsigned long error, const char* lines, std::size_t bytes);
+    std::size_t fitting(const char* lines, std::size_t bytes) const;
+
+    std::wstring device_;
+    std::wstring openPath_;
+    HANDLE file_ = INVALID_HANDLE_VALUE;
+    std::uint64_t size_ = 0;
+    ULONGLONG lastLook_ = 0;      ///< ticks: when the file was last seen at its path
+    ULONGLONG nextTry_ = 0;       ///< ticks: no opening before
+    ULONGLONG nextRotation_ = 0;  ///< ticks: no renaming before
+    unsigned lastNumber_ = 0;     ///< of a full file
+    std::wstring newestFull_;     ///< the last file that was renamed, where files are not kept
+    bool isFailing_ = false;
+    unsigned long long lost_ = 0;  ///< lines, since the last report in the log
+};
+
+}  // namespace TraceLog400::detail

@@ -1,0 +1,174 @@
+#include "tracelog/logline.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "tracelog/effective.h"
+
+#include <windows.h>
+
+namespace TraceLog400::detail {
+namespace {
+
+constexpr std::size_t kMaxContext = 200;
+constexpr std::size_t kMaxFile = 96;
+constexpr unsigned kTicksPerMillisecond = 10'000;
+constexpr std::int64_t kTicksPerSecond = 10'000'000;
+constexpr std::int64_t kTicksPerMinute = 60 * kTicksPerSecond;
+constexpr char kHex[] = "0123456789ABCDEF";
+
+char* WriteDigits(char* out, unsigned value, int digits) {
+    for (int i = digits - 1; i >= 0; --i, value /= 10) out[i] = static_cast<char>('0' + value % 10);
+    return out + digits;
+}
+
+char* WriteNumber(char* out, unsigned long value) {
+    int digits = 1;
+    for (unsigned long rest = value; rest >= 10; rest /= 10) ++digits;
+    return WriteDigits(out, value, digits);
+}
+
+char* WriteText(char* out, const char* text, std::size_t bytes) {
+    std::memcpy(out, text, bytes);
+    return out + bytes;
+}
+
+std::int64_t Ticks(const FILETIME& time) {
+    return static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+}
+
+FILETIME FileTime(const SYSTEMTIME& time) {
+    FILETIME ticks{};
+    SystemTimeToFileTime(&time, &ticks);
+    return ticks;
+}
+
+/// What all lines of one second have in common. Trivial, because it is one a thread.
+struct SecondText {
+    std::int64_t start;  ///< of the second, in ticks
+    char dateTime[19];   ///< 2026-11-21T08:15:02
+    char zone[6];        ///< +01:00
+    unsigned long thread;
+};
+thread_local SecondText ofThisSecond{};
+
+// The offset is asked anew each second, so a switch of daylight saving time is never missed.
+void FillSecond(SecondText& text, std::int64_t ticks) {
+    const FILETIME utcTicks = {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    SYSTEMTIME utc{};
+    FileTimeToSystemTime(&utcTicks, &utc);
+    SYSTEMTIME local = utc;
+    SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local);
+    char* at = WriteDigits(text.dateTime, local.wYear, 4);
+    const unsigned parts[] = {local.wMonth, local.wDay, local.wHour, local.wMinute, local.wSecond};
+    const char* separator = "--T::";
+    for (const unsigned part : parts) {
+        *at++ = *separator++;
+        at = WriteDigits(at, part, 2);
+    }
+    const std::int64_t minutes = (Ticks(FileTime(local)) - Ticks(FileTime(utc))) / kTicksPerMinute;
+    const auto size = static_cast<unsigned>(minutes < 0 ? -minutes : minutes);
+    text.zone[0] = minutes < 0 ? '-' : '+';
+    at = WriteDigits(text.zone + 1, size / 60, 2);
+    *at++ = ':';
+    WriteDigits(at, size % 60, 2);
+    text.thread = GetCurrentThreadId();
+    text.start = ticks - ticks % kTicksPerSecond;
+}
+
+const SecondText& SecondOf(std::int64_t ticks) {
+    SecondText& text = ofThisSecond;
+    const std::int64_t since = ticks - text.start;
+    if (since < 0 || since >= kTicksPerSecond) FillSecond(text, ticks);
+    return text;
+}
+
+// The file's name without its directories.
+char* WriteFile(char* out, const char* file) {
+    const char* name = file;
+    for (const char* at = file; *at != '\0'; ++at) {
+        if (*at == '/' || *at == '\\') name = at + 1;
+    }
+    const std::size_t bytes = strnlen(name, kMaxFile);
+    return EscapedBytes(name, bytes) == bytes ? WriteText(out, name, bytes) : WriteText(out, "?", 1);
+}
+
+char* WritePlace(char* out, const EventInfo& event) {
+    if (event.file == nullptr) return WriteText(out, "- ", 2);
+    out = WriteFile(out, event.file);
+    if (event.line > 0) {
+        *out++ = '(';
+        out = WriteNumber(out, static_cast<unsigned long>(event.line));
+        *out++ = ')';
+    }
+    *out++ = ' ';
+    return out;
+}
+
+bool IsControl(char c) {
+    return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == '\x7F';
+}
+
+char* WriteControl(char* out, char c) {
+    *out++ = '\\';
+    if (c == '\r' || c == '\n') {
+        *out++ = c == '\r' ? 'r' : 'n';
+        return out;
+    }
+    *out++ = 'x';
+    *out++ = kHex[static_cast<unsigned char>(c) >> 4];
+    *out++ = kHex[c & 0xF];
+    return out;
+}
+
+}  // namespace
+
+std::size_t WritePrefix(char* out, char letter, const EventInfo& event) {
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    const std::int64_t ticks = Ticks(now);
+    const SecondText& second = SecondOf(ticks);
+    char* at = WriteText(out, second.dateTime, sizeof second.dateTime);
+    *at++ = '.';
+    at = WriteDigits(at, static_cast<unsigned>(ticks - second.start) / kTicksPerMillisecond, 3);
+    at = WriteText(at, second.zone, sizeof second.zone);
+    *at++ = ' ';
+    *at++ = letter;
+    const std::string& identity = CurrentIdentity().linePrefix;
+    at = WriteText(at, identity.data(), identity.size());
+    at = WriteNumber(at, second.thread);
+    at = WriteText(at, " [", 2);
+    at += WriteContext(at, kMaxContext);
+    at = WriteText(at, "] ", 2);
+    at = WritePlace(at, event);
+    if (event.marker != 0) at = WriteText(at, "# ", 2);
+    return static_cast<std::size_t>(at - out);
+}
+
+std::size_t EscapedBytes(const char* text, std::size_t bytes) {
+    std::size_t escaped = bytes;
+    for (std::size_t i = 0; i < bytes; ++i) {
+        if (IsControl(text[i])) escaped += text[i] == '\r' || text[i] == '\n' ? 1 : 3;
+    }
+    return escaped;
+}
+
+char* WriteEscaped(char* out, const char* text, std::size_t bytes) {
+    for (std::size_t i = 0; i < bytes; ++i) {
+        if (IsControl(text[i])) {
+            out = WriteControl(out, text[i]);
+        } else {
+            *out++ = text[i];
+        }
+    }
+    return out;
+}
+
+std::string MakeLine(char letter, const char* text, std::size_t bytes) {
+    char prefix[kMaxPrefix];
+    std::string line(prefix, WritePrefix(prefix, letter, EventInfo()));
+    line.append(text, bytes);
+    return line.append(kLineEnd, kLineEndBytes);
+}
+
+}  // namespace TraceLog400::detail

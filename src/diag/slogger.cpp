@@ -1,0 +1,114 @@
+#include "tarnlib/slogger.h"
+
+#include "diag/loggersession.h"
+#include "diag/require.h"
+#include "diag/tracebridge.h"
+#include "diag/tracetext.h"
+#include "jtc/jtc.h"
+#include "tarnlib/straceobj.h"
+
+namespace TarnLibA500 {
+namespace {
+
+constexpr const char* kUnit = "slogger";
+constexpr int kLogLevel = 0;
+
+/// What the process has of logging. It is never destroyed: trace points outlive static objects.
+struct LoggerState {
+    JTCMonitor lock;
+    int initializations = 0;
+    LoggerSession* session = nullptr;
+};
+
+LoggerState& State() {
+    static LoggerState& state = *new LoggerState;
+    return state;
+}
+
+SAnsiString LogLine(loglevel level, logcategory category, unsigned long message,
+                    const SIArray<SAnsiString>& arguments) {
+    SAnsiString line = STraceHelper("Log: level=%1 cat=%2 msg=%3", static_cast<int>(level),
+                                    static_cast<int>(category), message);
+    for (const SAnsiString& argument : arguments) line.concat(" p=").concat(argument);
+    return line;
+}
+
+}  // namespace
+
+namespace SLogger {
+
+bool Initialize(const CParamLineArgs& args) {
+    LoggerState& state = State();
+    const JTCSynchronized lock(state.lock);
+    if (state.session == nullptr) state.session = new LoggerSession(args);
+    ++state.initializations;
+    return true;
+}
+
+bool Initialize() {
+    return Initialize(CParamLineArgs());
+}
+
+void Terminate() {
+    LoggerState& state = State();
+    const JTCSynchronized lock(state.lock);
+    if (!Require(state.initializations > 0, kUnit, "initializations > 0")) return;
+    if (--state.initializations != 0) return;
+    delete state.session;
+    state.session = nullptr;
+}
+
+void Log(loglevel level, logcategory category, unsigned long message, const SIArray<SAnsiString>& arguments) {
+    const bool isTraced = MayTrace(kLogLevel) && ShouldTrace(kLogLevel, kUnit);
+    const SAnsiString line = LogLine(level, category, message, arguments);
+    if (isTraced) EmitTraceText(kLogLevel, kUnit, 0, line.getString());
+    const JTCSynchronized lock(State().lock);
+    if (State().session != nullptr) State().session->logToPlugins(level, category, message, line, arguments);
+}
+
+SAnsiString GetCmdLine() {
+    const JTCSynchronized lock(State().lock);
+    return State().session != nullptr ? State().session->getCmdLine() : SAnsiString();
+}
+
+SAnsiString GetLogFile() {
+    const JTCSynchronized lock(State().lock);
+    if (State().session == nullptr) return SAnsiString();
+    CollectedText path;
+    TraceLog400::DeviceAdmin::get().device("main")->path(path);
+    return path.text();
+}
+
+unsigned long long GetMajorTick() {
+    return TraceLog400::major_tick();
+}
+
+bool CanStackDump() {
+    return TraceBridge::CanStackDump();
+}
+
+bool IsNativeAssert() {
+    return TraceBridge::IsNativeAssert();
+}
+
+}  // namespace SLogger
+
+void SLog(loglevel level, logcategory category, unsigned long message, const char* a0, const char* a1,
+          const char* a2, const char* a3, const char* a4, const char* a5, const char* a6, const char* a7,
+          const char* a8, const char* a9) {
+    SIArray<SAnsiString> arguments;
+    for (const char* argument : {a0, a1, a2, a3, a4, a5, a6, a7, a8, a9}) {
+        if (argument != nullptr) arguments.Add(argument);
+    }
+    SLogger::Log(level, category, message, arguments);
+}
+
+SInstrumentationInitialize::SInstrumentationInitialize(const CParamLineArgs& args) {
+    SLogger::Initialize(args);
+}
+
+SInstrumentationInitialize::~SInstrumentationInitialize() {
+    SLogger::Terminate();
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,200 @@
+#include "diag/tracebridge.h"
+
+#include <atomic>
+
+#include "diag/nativeassert.h"
+#include "diag/tracelevels.h"
+#include "diag/tracetext.h"
+#include "tarnlib/sassert.h"
+#include "tarnlib/sstackwalk.h"
+#include "tarnlib/sstringconv.h"
+#include "tarnlib/straceparameter.h"
+
+namespace TarnLibA500 {
+namespace {
+
+using TraceLog400::DeviceAdmin;
+using TraceLog400::DeviceInfo;
+using TraceLog400::EventInfo;
+using TraceLog400::Logger;
+
+constexpr const char* kRequestDevice = "request";
+constexpr const char* kSdkDevice = "sdk";
+
+// The switches that are asked at trace points and assertions, from any thread.
+struct Switches {
+    std::atomic<bool> requestChannel{false};
+    std::atomic<bool> sdkChannel{false};
+    std::atomic<bool> noAssert{false};
+    std::atomic<bool> stackDump{false};
+    std::atomic<bool> nativeAssert{false};
+};
+Switches switches;
+
+SAnsiString Place(const char* file, int line) {
+    return SAnsiString(file != nullptr ? file : "[NULL]") + "(" + SStringConv::ToString(line) + ")";
+}
+
+void Complain(const SAnsiString& text) {
+    Logger(Logger::Assert) << Utf8(text).text();
+}
+
+bool IsFlagged(int level, const TraceLog400::EvalConfig& eval) {
+    if (level == kSdkRequestLevel) return switches.sdkChannel;
+    if (level == kRequestLevel && switches.requestChannel) return true;
+    return eval.passes(MakeEvent(FindTraceLevel(level), nullptr, 0));
+}
+
+// Which levels any trace point could need; numbers that are no level stay open, because they are reported.
+void OpenLevels(const TraceLog400::EvalConfig& eval) {
+    std::uint32_t open = UINT32_MAX << kTerminatorLevel;
+    for (int level = 0; level < kTerminatorLevel; ++level) {
+        if (IsFlagged(level, eval)) open |= 1U << level;
+    }
+    SLogger::openTraceLevels.store(open, std::memory_order_release);
+}
+
+void TakeSwitches(const TraceOptions& options) {
+    switches.requestChannel = options.requestChannel;
+    switches.sdkChannel = options.sdkChannel;
+    switches.noAssert = options.noAssert;
+    switches.stackDump = options.stackDump;
+    switches.nativeAssert = options.nativeAssert;
+    if (options.requestChannel) DeviceAdmin::get().create(DeviceInfo(kRequestDevice));
+    if (options.sdkChannel) DeviceAdmin::get().create(DeviceInfo(kSdkDevice));
+}
+
+void ConfigureEngine(const TraceOptions& options, const char* directory) {
+    TraceLog400::LogFileConfig files;
+    files.directory = directory;
+    files.size = options.maxFileSize;
+    files.apply();
+    options.eval.apply();
+    const Utf8 component(options.component);
+    TraceLog400::ActivationConfig activation;
+    activation.never = options.never;
+    activation.always_close = options.alwaysClose;
+    activation.keep = options.keep;
+    activation.buffered = !options.noThread;  // the thread drives the engine
+    activation.component = component.text();
+    activation.apply();
+}
+
+void WriteNotices(const TraceOptions& options) {
+    for (const OptionNotice& notice : options.notices) Logger(notice.kind) << Utf8(notice.text).text();
+}
+
+void OnAssertion(const char* text) {
+    SAnsiString report(text);
+    if (switches.stackDump) {
+        constexpr int kOwnFrames = 4;  // this one and the way here through the seam
+        report.concat("\nStack Dump:\n");
+        SStackWalk::StackWalkAll(report, kOwnFrames);
+    }
+    Complain(report);
+    if (switches.nativeAssert) ShowNativeAssert(report.getString());
+}
+
+bool WantsAssertions() {
+    return !switches.noAssert;
+}
+
+void OnTrace(int level, const char* file, int line, const char* text) {
+    TraceBridge::Trace(level, text, file, line, 0);
+}
+
+SDiagnosticSink MakeSink() {
+    SDiagnosticSink sink;
+    sink.assertion = &OnAssertion;
+    sink.shouldAssert = &WantsAssertions;
+    sink.shouldTraceAt = &TraceBridge::ShouldTrace;
+    sink.traceAt = &OnTrace;
+    return sink;
+}
+
+const SDiagnosticSink bridgeSink = MakeSink();
+const SDiagnosticSink* sinkBefore = nullptr;
+
+// The settings that were put into effect last: the directory goes in again with every change.
+SAnsiString& DirectoryInEffect() {
+    static SAnsiString& directory = *new SAnsiString;
+    return directory;
+}
+
+void WriteToChannel(const char* device, const EventInfo& event, const char* prefix, const char* text) {
+    Logger(Logger::M, event, DeviceAdmin::get().device(device)) << prefix << Utf8(text).text();
+}
+
+}  // namespace
+
+bool TraceBridge::Initialize(const TraceOptions& options, const SAnsiString& directory) {
+    DirectoryInEffect() = directory;
+    ConfigureEngine(options, Utf8(directory).text());
+    if (!ValidateMapping()) return false;
+    TakeSwitches(options);
+    sinkBefore = InstallDiagnosticSink(&bridgeSink);
+    OpenLevels(options.eval);
+    WriteNotices(options);
+    return true;
+}
+
+void TraceBridge::Reconfigure(const TraceOptions& options) {
+    ConfigureEngine(options, Utf8(DirectoryInEffect()).text());
+    TakeSwitches(options);
+    OpenLevels(options.eval);
+    WriteNotices(options);
+}
+
+void TraceBridge::Terminate() {
+    InstallDiagnosticSink(sinkBefore);
+    TakeSwitches(TraceOptions());
+    DeviceAdmin::get().close_all();
+    DirectoryInEffect().empty();
+}
+
+bool TraceBridge::ShouldTrace(int level, const char* file, int line) {
+    const TraceLevel& row = FindTraceLevel(level);
+    if (row.level == kTerminatorLevel) {
+        Complain("TraceBridge::ShouldTrace: Invalid trace level specified at " + Place(file, line));
+        return false;
+    }
+    const EventInfo event = MakeEvent(row, file, line);
+    if (row.isRequest == 0) return event.would_trace();
+    if (level == kRequestLevel) return switches.requestChannel || event.would_trace();
+    if (level == kSdkRequestLevel) return switches.sdkChannel;
+    Complain(
+        STraceHelper("TraceBridge::ShouldTrace: unhandled special trace level in %1 at line %2", file, line));
+    return false;
+}
+
+bool TraceBridge::Trace(int level, const char* text, const char* file, int line, unsigned flags) {
+    SAnsiString placed;
+    if ((flags & kPlace) != 0 && file != nullptr) {
+        placed = STraceHelper("(%1:%2) %3", file, line, text);
+        text = placed.getString();
+    }
+    const TraceLevel& row = FindTraceLevel(level);
+    EventInfo event = MakeEvent(row, file, line);
+    event.marker = flags & kMark;
+    if (row.isRequest == 0) {
+        Logger(Logger::S, event) << Utf8(text).text();
+    } else if (level == kRequestLevel) {
+        WriteToChannel(kRequestDevice, event, "REQUEST\t", text);
+    } else if (level == kSdkRequestLevel) {
+        WriteToChannel(kSdkDevice, event, "SDKREQ\t", text);
+    } else {
+        Complain("Invalid or unimplemented tracing level at " + Place(file, line));
+        return false;
+    }
+    return true;
+}
+
+bool TraceBridge::CanStackDump() {
+    return switches.stackDump;
+}
+
+bool TraceBridge::IsNativeAssert() {
+    return switches.nativeAssert;
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "diag/traceoptions.h"
+
+/// Between the front end and the tracing engine: what the levels, options and assertions of the one are in
+/// the other.
+namespace TarnLibA500 {
+
+class TraceBridge {
+  public:
+    /// What Trace is to do besides writing the text.
+    enum Flags : unsigned {
+        kMark = 1,   ///< the event gets the engine's marker
+        kPlace = 2,  ///< "(file:line) " stands before the text
+    };
+
+    /// Opens the engine in a directory with these options, and takes over assertions and trace points. False
+    /// only when the mapping of the levels is broken.
+    static bool Initialize(const TraceOptions& options, const SAnsiString& directory);
+    /// Puts changed options into effect: all but the directory and the component's name.
+    static void Reconfigure(const TraceOptions& options);
+    /// Gives back assertions and trace points, writes what is waiting and closes the files.
+    static void Terminate();
+
+    /// Whether a trace point is switched on. A number that is no level is reported and false.
+    static bool ShouldTrace(int level, const char* file, int line);
+    /// Writes a text of a level; false for a number that is no level.
+    static bool Trace(int level, const char* text, const char* file, int line, unsigned flags);
+
+    static bool CanStackDump();
+    static bool IsNativeAssert();
+};
+
+}  // namespace TarnLibA500

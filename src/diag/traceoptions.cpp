@@ -1,0 +1,141 @@
+#include "diag/traceoptions.h"
+
+#include "diag/tracetext.h"
+#include "tarnlib/pathparts.h"
+#include "tarnlib/sstringconv.h"
+#include "tarnlib/stringhelper.h"
+
+namespace TarnLibA500 {
+namespace {
+
+using TraceLog400::ByFileLine;
+using TraceLog400::EvalConfig;
+using TraceLog400::Logger;
+
+constexpr const char* kDefaultMask = "cw";
+
+void Notify(TraceOptions& options, Logger::Kind kind, const SAnsiString& text) {
+    options.notices.Add({kind, text});
+}
+
+void Refuse(TraceOptions& options, const char* name, const SAnsiString& value, const SAnsiString& wanted) {
+    Notify(options, Logger::Assert,
+           "TraceBridge::Initialize: Invalid argument " + value + " provided to " + name + " - must be " +
+               wanted);
+}
+
+void ReadMask(CParamLineTracker& given, TraceOptions& options) {
+    options.eval.assign_mask(kDefaultMask);
+    SAnsiString letters;
+    const bool isGiven = given.take("trace", letters);
+    if (isGiven && !options.eval.assign_mask(letters.getString()))
+        Refuse(options, "trace", letters, SAnsiString("letters of ") + EvalConfig::known_letters());
+    if (!given.take("warningTrace")) return;
+    if (isGiven) {
+        options.eval.add_mask("w");
+    } else {
+        options.eval.assign_mask("w");
+    }
+    Notify(options, Logger::Warning,
+           "TraceBridge::Initialize: Deprecated option -warningTrace used: use -trace w instead");
+}
+
+void ReadKeep(CParamLineTracker& given, TraceOptions& options) {
+    SAnsiString value;
+    if (!given.take("keep", value)) return;
+    if (value.compareNoCase("on") == 0) {
+        options.keep = true;
+    } else if (value.compareNoCase("off") == 0) {
+        options.keep = false;
+    } else {
+        Refuse(options, "keep", value, "'on' or 'off'");
+    }
+}
+
+// Stricter than the number conversions, which take "12.5" and "" for integers.
+bool IsInteger(const SAnsiString& text) {
+    for (const char* at = text.getString(); *at != '\0'; ++at) {
+        if (*at < '0' || *at > '9') return false;
+    }
+    return !text.isEmpty();
+}
+
+void ReadFileSize(CParamLineTracker& given, TraceOptions& options) {
+    SAnsiString value;
+    if (!given.take("maxLogFileSize", value)) return;
+    if (!IsInteger(value) || !SStringConv::FromString(value, options.maxFileSize))
+        Refuse(options, "maxLogFileSize", value, "an integer");
+}
+
+void AddToFilter(const SAnsiString& entry, ByFileLine& filter) {
+    SAnsiString directory, name, extension;
+    SplitPathEx(entry, directory, name, extension);
+    filter.set(Utf8(directory).text(), Utf8(name + extension).text());
+}
+
+ByFileLine MakeFilter(SIArray<SAnsiString>& entries) {
+    ByFileLine filter;
+    for (std::uint32_t i = 0; i < entries.GetSize(); ++i) {
+        if (i == 0 && entries[i].trim() == "^") {
+            filter.invert(true);
+        } else {
+            AddToFilter(entries[i].trim(), filter);
+        }
+    }
+    return filter;
+}
+
+void ReadFilter(CParamLineTracker& given, TraceOptions& options) {
+    SAnsiString value;
+    if (!given.take("fileLogFilter", value)) return options.eval.assign_filter(ByFileLine());
+    SIArray<SAnsiString> entries;
+    SStringHelper::makeWords(value, entries, ",", false, false);
+    if (entries.GetSize() == 0) {
+        options.eval.assign_filter(ByFileLine());
+        return Notify(options, Logger::Assert,
+                      "Empty argument passed to fileLogFilter - comma delimited list of filenames required");
+    }
+    const ByFileLine filter = MakeFilter(entries);
+    options.eval.assign_filter(filter);
+    CollectedText files;
+    filter.print(files);
+    Notify(options, Logger::M, "Using ByFileLine predicate:\n" + files.text());
+}
+
+void ReadSwitches(CParamLineTracker& given, TraceOptions& options) {
+    options.never = given.take("nevertrace");
+    options.alwaysClose = given.take("alwaysclose");
+    options.requestChannel = given.take("reqTrace");
+    options.sdkChannel = given.take("sdkTrace");
+    options.noAssert = given.take("noassert");
+    options.stackDump = given.take("stackdump");
+    options.verbose = given.take("verbose");
+    options.noThread = given.take("notracethread");
+    options.noIni = given.take("notraceini");
+    const bool native = given.take("nativeassert");
+    options.nativeAssert = !given.take("nonativeassert") && native;
+}
+
+void ReadTexts(CParamLineTracker& given, TraceOptions& options) {
+    given.take("loggingPath", options.directory);
+    given.take("tracecmpname", options.component);
+    given.take("loggingPluginDir", options.pluginDirectory);
+    if (given.take("traceinipath", options.iniPath))
+        Notify(options, Logger::M, "TraceBridge::Initialize: pullable set to " + options.iniPath);
+    if (given.take("logFile")) Notify(options, Logger::Assert, "The logFile argument is no longer accepted.");
+}
+
+}  // namespace
+
+TraceOptions ReadTraceOptions(CParamLineTracker& given) {
+    TraceOptions options;
+    ReadMask(given, options);
+    ReadFilter(given, options);
+    ReadKeep(given, options);
+    ReadFileSize(given, options);
+    ReadSwitches(given, options);
+    ReadTexts(given, options);
+    return options;
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,100 @@
+#include "tarnlib/csharedlibrary.h"
+
+#include <utility>
+
+#include "system/systemtext.h"
+#include "tarnlib/pathparts.h"
+#include "tarnlib/sstringconv.h"
+
+#include <windows.h>
+
+namespace TarnLibA500 {
+namespace {
+
+// The directory that this library was loaded from, with its last slash.
+SAnsiString OwnDirectory() {
+    constexpr DWORD kFlags =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    constexpr DWORD kMaxPath = 32'768;
+    HMODULE module = nullptr;
+    if (!GetModuleHandleExW(kFlags, reinterpret_cast<LPCWSTR>(&OwnDirectory), &module)) return SAnsiString();
+    SWCharString path;
+    path.setSize(kMaxPath);
+    wchar_t* const units = path.detach();
+    const DWORD length = GetModuleFileNameW(module, units, kMaxPath);
+    if (length == 0 || length == kMaxPath) return SAnsiString();
+    const SAnsiString whole = FromSystem(units);
+    return whole.left(whole.findLast("\\")) + "\\";
+}
+
+bool IsFile(const SAnsiString& path) {
+    return GetFileAttributesW(ToSystem(path).getString()) != INVALID_FILE_ATTRIBUTES;
+}
+
+}  // namespace
+
+CSharedLibraryException::CSharedLibraryException(const SAnsiString& module, const SAnsiString& symbol,
+                                                 unsigned long code)
+    : module_(module), symbol_(symbol), code_(code) {}
+
+SAnsiString CSharedLibraryException::toString() const {
+    SAnsiString text = module_ + ": ";
+    text += symbol_.isEmpty() ? SAnsiString("cannot be loaded") : SAnsiString("has no function ") + symbol_;
+    return text + " (" + SStringConv::ToString(code_) + "): " + SystemErrorText(code_);
+}
+
+CSharedLibrary::CSharedLibrary(const SAnsiString& name) {
+    Load(name);
+}
+
+CSharedLibrary::CSharedLibrary(CSharedLibrary&& other) noexcept
+    : module_(std::exchange(other.module_, nullptr)), name_(std::move(other.name_)) {}
+
+CSharedLibrary& CSharedLibrary::operator=(CSharedLibrary&& other) noexcept {
+    std::swap(module_, other.module_);
+    std::swap(name_, other.name_);
+    return *this;
+}
+
+CSharedLibrary::~CSharedLibrary() {
+    Unload();
+}
+
+void CSharedLibrary::Load(const SAnsiString& name) {
+    if (IsAbsolutePath(name)) return LoadAbsolute(name);
+    const SAnsiString beside = OwnDirectory() + name;
+    if (IsFile(beside)) return load(beside, LOAD_WITH_ALTERED_SEARCH_PATH);
+    load(name, LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+}
+
+void CSharedLibrary::LoadAbsolute(const SAnsiString& path) {
+    Unload();
+    if (!IsAbsolutePath(path)) throw CSharedLibraryException(path, SAnsiString(), ERROR_BAD_PATHNAME);
+    load(UnifyAllSlashes(path), LOAD_WITH_ALTERED_SEARCH_PATH);
+}
+
+void CSharedLibrary::load(const SAnsiString& path, unsigned long flags) {
+    Unload();
+    module_ = static_cast<void*>(LoadLibraryExW(ToSystem(path).getString(), nullptr, flags));
+    if (module_ == nullptr) throw CSharedLibraryException(path, SAnsiString(), GetLastError());
+    name_ = path;
+}
+
+void CSharedLibrary::Unload() noexcept {
+    if (module_ != nullptr) FreeLibrary(static_cast<HMODULE>(module_));
+    module_ = nullptr;
+    name_.empty();
+}
+
+void* CSharedLibrary::TryResolve(const char* symbol) const noexcept {
+    if (module_ == nullptr || symbol == nullptr) return nullptr;
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module_), symbol));
+}
+
+void* CSharedLibrary::Resolve(const char* symbol) const {
+    void* const address = TryResolve(symbol);
+    if (address == nullptr) throw CSharedLibraryException(name_, symbol, ERROR_PROC_NOT_FOUND);
+    return address;
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,11 @@
+#include "tarnlib/smonotonicclock.h"
+
+#include "time/osclock.h"
+
+namespace TarnLibA500 {
+
+unsigned long long SMonotonicClock::GetMilliseconds() noexcept {
+    return osclock::Tick();
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,70 @@
+#!/usr/bin/env python3
+"""Logs of whole processes: several in one directory, and a disk that is full.
+
+    run_log_cases.py RUNNER TARN_EXE SCRATCH_FOLDER processes|full-disk
+
+Exit status: 0, 1 for a failure, 77 when a small file system cannot be mounted here.
+"""
+import pathlib
+import re
+import subprocess
+import sys
+
+LINES = 20_000
+LINE = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d m \S+ \d+ \d+ \[\] tarn\(\d+\) (.*)")
+
+
+def command(runner, tool, folder, text, lines, *more):
+    return [runner, tool, "trace", "-level", "6", "-text", text, "-repeat", str(lines), "-trace", "m",
+            "-loggingPath", f"Z:{folder}", *more]
+
+
+def texts(path):
+    """The texts of a log; a torn line is an error."""
+    found = []
+    for line in path.read_text(encoding="utf-8").splitlines():
+        match = LINE.fullmatch(line)
+        if not match:
+            sys.exit(f"{path.name}: torn line {line!r}")
+        found.append(match[1])
+    return found
+
+
+def several_processes(runner, tool, folder):
+    words = ["alpha", "beta", "gamma"]
+    running = [subprocess.Popen(command(runner, tool, folder, word, LINES), stdout=subprocess.DEVNULL)
+               for word in words]
+    if any(process.wait(timeout=120) for process in running):
+        sys.exit("a process failed")
+    logs = sorted(tuple(texts(path)) for path in folder.glob("*.log"))
+    if logs != [(word,) * LINES for word in words]:
+        sys.exit(f"{len(logs)} logs with {[len(log) for log in logs]} lines")
+    print(f"{len(words)} processes, {LINES} lines each")
+
+
+def full_disk(runner, tool, folder):
+    if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", folder], capture_output=True).returncode:
+        print("no small file system can be mounted here: not run")
+        sys.exit(77)
+    try:
+        run = subprocess.run(command(runner, tool, folder, "x" * 100, 5000), capture_output=True, timeout=120,
+                             encoding="utf-8")
+        kept = sum(len(texts(path)) for path in folder.glob("*.log"))
+    finally:
+        subprocess.run(["umount", folder], check=True)
+    complaints = [line for line in run.stderr.splitlines() if "cannot write" in line]
+    if run.returncode != 0 or len(complaints) != 1 or not 100 < kept < 5000:
+        sys.exit(f"status {run.returncode}, {kept} lines, said {run.stderr!r}")
+    print(f"{kept} whole lines kept, then: {complaints[0]}")
+
+
+def main(runner, tool, scratch, case):
+    folder = pathlib.Path(scratch).resolve()
+    folder.mkdir(parents=True, exist_ok=True)
+    for left_over in folder.iterdir():
+        left_over.unlink()
+    {"processes": several_processes, "full-disk": full_disk}[case](runner, str(pathlib.Path(tool).resolve()), folder)
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])

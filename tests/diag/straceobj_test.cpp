@@ -1,0 +1,131 @@
+#include "tarnlib/straceobj.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/print_strings.h"
+#include "tarnlib/sdatetime.h"
+#include "tarnlib/sscopetrace.h"
+#include "tarnlib/stimezone.h"
+
+using namespace TarnLibA500;
+
+namespace {
+
+/// Takes trace texts of all levels up to a limit.
+class TraceRecorder {
+  public:
+    explicit TraceRecorder(int highestLevel) {
+        highest = highestLevel;
+        Lines().clear();
+        sink_.shouldTraceAt = [](int level, const char*, int) { return level <= highest; };
+        sink_.traceAt = [](int level, const char* file, int line, const char* text) {
+            Lines().push_back(std::to_string(level) + " " + (file != nullptr ? file : "-") +
+                              (line != 0 ? ":line " : " ") + text);
+        };
+        before_ = InstallDiagnosticSink(&sink_);
+    }
+    ~TraceRecorder() { InstallDiagnosticSink(before_); }
+    TraceRecorder(const TraceRecorder&) = delete;
+    TraceRecorder& operator=(const TraceRecorder&) = delete;
+
+    static std::vector<std::string>& Lines() {
+        static std::vector<std::string> lines;
+        return lines;
+    }
+
+  private:
+    static inline int highest = 0;
+    SDiagnosticSink sink_;
+    const SDiagnosticSink* before_;
+};
+
+std::string WithoutTimes(std::string line) {
+    const std::size_t bracket = line.find(" (");
+    return bracket == line.npos ? line : line.substr(0, bracket) + " (us)";
+}
+
+}  // namespace
+
+TEST(TraceTexts, PlacesAreFilledOnceAndNeverRescanned) {
+    EXPECT_EQ(STraceHelper("%1-%2-%1", 7, "x"), "7-x-7");
+    EXPECT_EQ(STraceHelper("%s %d %u %ld %lu %x %c", 1, 2, 3, 4, 5, 6, 7), "1 2 3 4 5 6 7");
+    EXPECT_EQ(STraceHelper("%12%1%10%11", 1, 2, 3, 4, 5, 6, 7, 8, 9, "ten", "eleven", "twelve"),
+              "twelve1teneleven");
+    EXPECT_EQ(STraceHelper("%13", 1, 2, 3), "13");   // %1 and a 3
+    EXPECT_EQ(STraceHelper("%12 %2", 1), "%12 %2");  // no such arguments
+    EXPECT_EQ(STraceHelper("%0 %l %q %", 1), "%0 %l %q %");
+    EXPECT_EQ(STraceHelper("100%% of %1", 3), "100% of 3");
+    EXPECT_EQ(STraceHelper("%1 %2", "%2 %s %n", "safe"), "%2 %s %n safe");
+    EXPECT_EQ(STraceHelper("nothing"), "nothing");
+    EXPECT_EQ(STraceHelper(L"wide %1 \x00E9 \x4E00", L"\x00E9\x4E00"), "wide \xE9? \xE9 ?");
+    EXPECT_EQ(STraceHelper(static_cast<const char*>(nullptr), 1), "");
+}
+
+TEST(TraceTexts, ArgumentsOfEveryType) {
+    const STraceParameter parameters[] = {SChar_t<char, 0>('c'),
+                                          SAnsiString("text"),
+                                          SDateTime(2024, 2, 29, 23, 59, 58, 7, STimeZone::TZ_UTC()),
+                                          SDateTime(),
+                                          -1,
+                                          4294967295U,
+                                          -2L,
+                                          3UL,
+                                          -9223372036854775807LL - 1,
+                                          18446744073709551615ULL,
+                                          1.5,
+                                          static_cast<const char*>(nullptr),
+                                          static_cast<const wchar_t*>(nullptr),
+                                          reinterpret_cast<const void*>(0xABC),
+                                          true,
+                                          false};
+    const char* const expected[] = {"c",
+                                    "text",
+                                    "2024-02-29@23:59:58.007",
+                                    "invalid-date-time",
+                                    "-1",
+                                    "4294967295",
+                                    "-2",
+                                    "3",
+                                    "-9223372036854775808",
+                                    "18446744073709551615",
+                                    "1.500000",
+                                    "(null)",
+                                    "(null)",
+                                    "0x00000ABC",
+                                    "true",
+                                    "false"};
+    for (std::size_t i = 0; i < std::size(expected); ++i)
+        EXPECT_EQ(parameters[i].GetString(), expected[i]) << i;
+}
+
+TEST(TracePoints, EvaluateTheirArgumentsOnlyWhenSwitchedOn) {
+    int evaluated = 0;
+    TARN_TRACE(0, "%1", ++evaluated);  // no sink: off
+    EXPECT_EQ(evaluated, 0);
+    const TraceRecorder recorder(5);
+    TARN_TRACE_AT(5, "unit", "n=%1", ++evaluated);
+    TARN_TRACE_AT(6, "unit", "n=%1", ++evaluated);
+    EXPECT_EQ(evaluated, 1);
+    EXPECT_EQ(recorder.Lines(), std::vector<std::string>{"5 unit:line n=1"});
+}
+
+TEST(TracePoints, ScopesHaveABeginningAndAnEndInOrder) {
+    const TraceRecorder recorder(6);
+    {
+        const WorkflowScopeTrace root(true, "order", nullptr, "42");
+        const InstrumentScopeTrace inner("file.cpp", "Load");
+        const SScopeTrace off(false, 0, "file.cpp", 1, "never");
+        const InstrumentScopeTrace tooDetailed(7, "file.cpp", "never", 3);
+        EXPECT_EQ(off.GetMicroseconds(), 0U);
+    }
+    { const WorkflowScopeTrace step(false, "pay", "", nullptr); }
+    std::vector<std::string> lines;
+    for (const std::string& line : recorder.Lines()) lines.push_back(WithoutTimes(line));
+    const std::vector<std::string> expected = {"6 - -> Root: order 42",     "5 file.cpp   -> Load",
+                                               "5 file.cpp   <- Load (us)", "6 - <- Root: order 42 (us)",
+                                               "6 - -> Step: pay",          "6 - <- Step: pay (us)"};
+    EXPECT_EQ(lines, expected);
+}

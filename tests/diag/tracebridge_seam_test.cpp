@@ -1,0 +1,149 @@
+#include "diag/tracebridge.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "diag/loggeroptions.h"
+#include "diag/tracelevels.h"
+#include "support/case_file.h"
+#include "tarnlib/sassert.h"
+#include "tarnlib/straceobj.h"
+
+#include <windows.h>
+
+using namespace TarnLibA500;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The engine in a folder of its own, open for as long as the object lives.
+class OpenBridge {
+  public:
+    explicit OpenBridge(const std::string& options)
+        : folder_(fs::temp_directory_path() / "tarnlib-tracebridge") {
+        fs::remove_all(folder_);
+        fs::create_directories(folder_);
+        CParamLineTracker tracker(ParseLoggerOptions((options + " -tracecmpname unit").c_str()));
+        TraceOptions read = ReadTraceOptions(tracker);
+        read.noThread = true;  // every line is written at once
+        EXPECT_TRUE(TraceBridge::Initialize(read, folder_.string().c_str()));
+    }
+    ~OpenBridge() { TraceBridge::Terminate(); }
+    OpenBridge(const OpenBridge&) = delete;
+    OpenBridge& operator=(const OpenBridge&) = delete;
+
+    /// The texts of a device's lines: what stands behind the place.
+    std::vector<std::string> texts(const std::string& device = "") const {
+        std::vector<std::string> texts;
+        const std::string process = std::to_string(GetCurrentProcessId());
+        std::ifstream log(folder_ / ("unit_" + process + device + ".log"));
+        for (std::string line; std::getline(log, line);) texts.push_back(afterPlace(line));
+        return texts;
+    }
+
+  private:
+    static std::string afterPlace(const std::string& line) {
+        const std::size_t context = line.find("] ");
+        return context == line.npos ? line : line.substr(line.find(' ', context + 2) + 1);
+    }
+
+    fs::path folder_;
+};
+
+bool Holds(const std::vector<std::string>& texts, const std::string& wanted) {
+    for (const std::string& text : texts) {
+        if (text.rfind(wanted, 0) == 0) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+TEST(TraceBridges, MasksAndFiltersDecidePerLevel) {
+    for (const auto& fields : tarntest::ReadCases("trace_masks.txt")) {
+        const OpenBridge bridge(fields[0]);
+        std::string on, mayBeOn;
+        for (int level = 0; level < kTerminatorLevel; ++level) {
+            on += SLogger::ShouldTrace(level, "src/unit.cpp", 3) ? '1' : '0';
+            mayBeOn += SLogger::MayTrace(level) ? '1' : '0';
+        }
+        EXPECT_EQ(on, fields[1]) << fields[0];
+        for (std::size_t i = 0; i < on.size(); ++i)
+            EXPECT_LE(on[i], mayBeOn[i]) << fields[0] << " level " << i;
+    }
+}
+
+TEST(TraceBridges, SayWhatIsWrongWithAnOption) {
+    for (const auto& fields : tarntest::ReadCases("trace_notices.txt")) {
+        const OpenBridge bridge(fields[0]);
+        EXPECT_TRUE(Holds(bridge.texts(), fields[1])) << fields[0] << "\n"
+                                                      << testing::PrintToString(bridge.texts());
+    }
+    const OpenBridge bridge("-keep ON -maxLogFileSize 4294967296");
+    EXPECT_TRUE(bridge.texts().empty());
+}
+
+TEST(TraceBridges, WriteRequestsToTheirChannels) {
+    const OpenBridge bridge("-trace m -reqTrace");
+    EXPECT_TRUE(TraceBridge::Trace(1, "get /a", "f.cpp", 7, TraceBridge::kPlace));
+    EXPECT_TRUE(TraceBridge::Trace(3, "sdk", "f.cpp", 7, 0));  // no such channel: the main log
+    EXPECT_TRUE(TraceBridge::Trace(6, "two\r\nlines", "f.cpp", 7, TraceBridge::kMark | TraceBridge::kPlace));
+    EXPECT_TRUE(TraceBridge::Trace(6, "no place", nullptr, 7, TraceBridge::kPlace));
+    EXPECT_TRUE(TraceBridge::Trace(4, "off", "f.cpp", 7, 0));
+    EXPECT_FALSE(TraceBridge::Trace(19, "text", "f.cpp", 7, 0));
+    EXPECT_FALSE(TraceBridge::Trace(-1, "text", nullptr, 7, 0));
+    EXPECT_EQ(bridge.texts(".request"), std::vector<std::string>{"REQUEST\t(f.cpp:7) get /a"});
+    const std::vector<std::string> expected = {"SDKREQ\tsdk", "# (f.cpp:7) two\\r\\nlines", "no place",
+                                               "Invalid or unimplemented tracing level at f.cpp(7)",
+                                               "Invalid or unimplemented tracing level at [NULL](7)"};
+    EXPECT_EQ(bridge.texts(), expected);
+}
+
+TEST(TraceBridges, ReportLevelsThatAreNone) {
+    const OpenBridge bridge("-trace c- -sdkTrace");
+    EXPECT_FALSE(SLogger::ShouldTrace(19, "f.cpp", 7));
+    EXPECT_FALSE(SLogger::ShouldTrace(-5, nullptr, 7));
+    TARN_TRACE_AT(77, "f.cpp", "text");
+    const std::vector<std::string> texts = bridge.texts();
+    ASSERT_EQ(texts.size(), 3U);
+    EXPECT_EQ(texts[0], "TraceBridge::ShouldTrace: Invalid trace level specified at f.cpp(7)");
+    EXPECT_EQ(texts[1], "TraceBridge::ShouldTrace: Invalid trace level specified at [NULL](7)");
+}
+
+TEST(TraceBridges, TakeOverAssertions) {
+    {
+        const OpenBridge bridge("-trace c-");
+        SAssert("stime", 12, "IsValid()");
+        EXPECT_EQ(bridge.texts(),
+                  std::vector<std::string>{"assert failure: (stime:12). (IsValid() : no message)."});
+    }
+    {
+        const OpenBridge bridge("-noassert");
+        EXPECT_FALSE(SLogger::ShouldAssert());
+        SAssert("stime", 12, "IsValid()");
+        EXPECT_TRUE(bridge.texts().empty());
+    }
+    const OpenBridge bridge("-stackdump");
+    SAssert("stime", 12, "IsValid()");
+    ASSERT_EQ(bridge.texts().size(), 1U);
+    EXPECT_NE(bridge.texts()[0].find(" : no message).\\nStack Dump:\\n  0 "), std::string::npos)
+        << bridge.texts()[0];
+}
+
+TEST(TraceBridges, FindARowThatIsOutOfPlace) {
+    const OpenBridge bridge("");
+    const TraceLevel misplaced[] = {{0, 2, -1, -1, 0}, {2, 3, -1, -1, 1}, {19, -1, -1, -1, 1}};
+    const TraceLevel unterminated[] = {{0, 2, -1, -1, 0}, {1, 3, -1, -1, 1}};
+    EXPECT_FALSE(ValidateMapping(misplaced, 2));
+    EXPECT_FALSE(ValidateMapping(unterminated, 1));
+    EXPECT_TRUE(ValidateMapping());
+    const std::vector<std::string> expected = {
+        "ValidateMapping: TraceLog mapping is out of sync index 1 had trace_level 2",
+        "ValidateMapping: TraceLog mapping was incorrectly terminated - found level 1"};
+    EXPECT_EQ(bridge.texts(), expected);
+}

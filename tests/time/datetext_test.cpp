@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include "support/assert_recorder.h"
+#include "support/case_file.h"
+#include "support/locale_scope.h"
+#include "tarnlib/sdatetimeconv.h"
+#include "tarnlib/sdatetimestring.h"
+#include "tarnlib/slocale.h"
+
+using namespace TarnLibA500;
+
+namespace {
+
+const STimeZone& utc = STimeZone::TZ_UTC();
+constexpr LCID kEnglish = 0x0409;
+constexpr LCID kGerman = 0x0407;
+constexpr LCID kJapanese = 0x0411;
+
+STimeZone Zone(const std::string& rules) {
+    return STimeZone(SAnsiString(rules.c_str()));
+}
+
+}  // namespace
+
+TEST(DateText, FollowsThePattern) {
+    SetThreadLocale(kEnglish);
+    for (const auto& fields : tarntest::ReadCases("date_formats.txt")) {
+        SDateTime value;
+        if (fields[1] != "-") ASSERT_TRUE(StringToDate(fields[1].c_str(), value, utc)) << fields[1];
+        EXPECT_EQ(value.Format(fields[0].c_str(), Zone(fields[2])), fields[3].c_str()) << fields[0];
+        // Into an array: as much room as it takes, and a byte less.
+        const auto length = static_cast<int>(fields[3].size());
+        char out[128] = "?";
+        const auto room = static_cast<std::uint32_t>(length) + 1;
+        EXPECT_EQ(value.Format(out, room, fields[0].c_str(), Zone(fields[2])), length);
+        EXPECT_EQ(out, fields[3]);
+        if (length == 0) continue;
+        EXPECT_EQ(value.Format(out, room - 1, fields[0].c_str(), Zone(fields[2])), -1);
+        EXPECT_STREQ(out, "");
+    }
+}
+
+TEST(DateText, ReadsOnlyWhatIsADate) {
+    for (const auto& fields : tarntest::ReadCases("date_parses.txt")) {
+        const SAnsiString text(fields[0].data(), static_cast<std::uint32_t>(fields[0].size()));
+        const SDateTime before(1LL, utc);
+        SDateTime value = before;
+        bool hasDate = true;
+        bool hasTime = true;
+        tarntest::AssertRecorder recorder;
+        const bool read = StringToDate(text, value, hasDate, hasTime, Zone(fields[1]));
+        EXPECT_EQ(recorder.count(), 0U) << text.getString();
+        SAnsiString found = value.Format("yyyy-MM-dd HH:mm:ss.SS", utc);
+        if (hasTime) found += " T";
+        EXPECT_EQ(read ? found : SAnsiString("-"), fields[2].c_str()) << text.getString();
+        EXPECT_EQ(hasDate, read);
+        if (!read) EXPECT_TRUE(value == before && !hasTime) << text.getString();
+        short year = 1970;  // the parts of what is untouched
+        unsigned char month = 1;
+        unsigned char day = 1;
+        EXPECT_EQ(StringToYMD(text, year, month, day), read && !hasTime) << text.getString();
+        if (!hasTime) EXPECT_EQ(SDate(year, month, day), value.GetDate(Zone(fields[1]))) << text.getString();
+    }
+}
+
+TEST(DateText, TakesNamesFromTheThreadsLocale) {
+    const struct {
+        LCID locale;
+        const char* codePage;
+        const char *month, *day;
+    } cases[] = {
+        {kEnglish, "C", "March", "Monday"},
+        {kGerman, "German_Germany.1252", "M\xE4rz", "Montag"},
+        {kJapanese, "C", "3?", "???"},
+        {kJapanese, tarntest::kLocale932, "3\x8C\x8E", "\x8C\x8E\x97\x6A\x93\xFA"},
+    };
+    for (const auto& c : cases) {
+        SetThreadLocale(c.locale);
+        const tarntest::LocaleScope locale(c.codePage);
+        EXPECT_EQ(SLocale::GetCurrentThreadLocale(), c.locale);
+        EXPECT_EQ(SDateTimeString::GetLongMonth(3), c.month);
+        EXPECT_EQ(SDateTimeString::GetLongDay(1), c.day);
+    }
+    SetThreadLocale(kEnglish);
+}
+
+TEST(DateText, HasNoNameBeyondTheCalendar) {
+    for (const int n : {-1, 13}) {
+        EXPECT_EQ(SDateTimeString::GetLongMonth(n) + SDateTimeString::GetShortDay(n), "");
+    }
+    EXPECT_EQ(SDateTimeString::GetEra(SDate(-44, 3, 15)) + SDateTimeString::GetEra(SDate()), "");
+}
+
+// The trail bytes of these are "d", "M" and the two quotes would be if bytes were taken for characters.
+TEST(DateText, StepsOverMultiByteCharacters) {
+    const tarntest::LocaleScope locale(tarntest::kLocale932);
+    EXPECT_EQ(SDate(2024, 3, 4).Format("yyyy\x83\x64M\x83\x4D '\x83\x64' d"),
+              "2024\x83\x64"
+              "3\x83\x4D \x83\x64 4");
+}
+
+TEST(DateText, GrowsBeyondAnyFirstGuess) {
+    const std::string years(300, '9');
+    std::string pattern;
+    for (int i = 0; i < 75; ++i) pattern += "'99'yy";
+    const SDateTime value(1999, 1, 1, 0, 0, 0, 0, utc);
+    EXPECT_EQ(value.Format(pattern.c_str(), utc), years.c_str());
+    char out[301];
+    EXPECT_EQ(value.Format(out, sizeof out, pattern.c_str(), utc), 300);
+    EXPECT_EQ(out, years);
+    tarntest::AssertRecorder recorder;
+    EXPECT_EQ(value.Format(out, 0, "y", utc) + value.Format(out, 5, nullptr, utc), -2);
+    EXPECT_EQ(recorder.count(), 2U);
+}

@@ -1,0 +1,139 @@
+#include "tarnlib/sdatetime.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <limits>
+
+#include <windows.h>
+
+#include "support/assert_recorder.h"
+#include "support/case_file.h"
+#include "tarnlib/sdatetimeconv.h"
+
+using namespace TarnLibA500;
+
+namespace {
+
+const STimeZone& utc = STimeZone::TZ_UTC();
+const STimeZone& local = STimeZone::TZ_Local();
+const STimeZone east("IST,-330");
+constexpr const char* kIso = "yyyy-MM-dd HH:mm:ss.SS";
+
+SDateTime At(const char* text) {
+    SDateTime value;
+    EXPECT_TRUE(StringToDate(text, value, utc)) << text;
+    return value;
+}
+
+}  // namespace
+
+TEST(DateTime, CarriesBetweenDateAndTime) {
+    const SDateTime newYear(2025, 1, 1, 2, 0, 0, 7, east);
+    EXPECT_EQ(newYear, SDateTime(SDate(2024, 12, 31), STime(20, 30, 0, 7, utc)));
+    EXPECT_EQ(newYear.GetYear(utc) * 100 + newYear.GetMonth(utc) + newYear.GetDay(utc), 202443);
+    EXPECT_EQ(newYear.GetHour(east) + newYear.GetMinute(east), 2);
+    EXPECT_EQ(newYear.GetDayOfWeek(utc) * 10 + newYear.GetDayOfWeek(east), 23);
+    short year;
+    unsigned char month, day, hour, minute, second;
+    unsigned short millisecond;
+    newYear.GetDateTime(year, month, day, hour, minute, second, millisecond, utc);
+    EXPECT_EQ(year + month + day + hour + minute + second + millisecond, 2024 + 12 + 31 + 20 + 30 + 7);
+}
+
+TEST(DateTime, CountsFromOneInstantToAnother) {
+    const SDateTime leapDay = At("2024-02-29T23:59:59.999");
+    EXPECT_EQ(leapDay + STimeSpan(0, 0, 0, 0, 1), At("2024-03-01"));
+    EXPECT_EQ(leapDay - STimeSpan(366, 0, 0, 0, 0), At("2023-02-28T23:59:59.999"));
+    EXPECT_EQ(At("1582-10-04T12:00") + STimeSpan(0, 24, 0, 0, 0), At("1582-10-15T12:00"));
+    EXPECT_EQ((At("2024-03-01") - leapDay).GetTotalMilliseconds(), 1);
+    EXPECT_EQ((At("0001-01-01") - At("9999-12-31")).GetDays(), -3652060);
+    const auto longest = STimeSpan::FromMilliseconds(std::numeric_limits<long long>::min());
+    EXPECT_FALSE((leapDay + longest).IsValid() || (leapDay - longest).IsValid());
+    EXPECT_TRUE(longest + longest == longest && longest.GetDays() == -2147483647 - 1);
+    EXPECT_TRUE(At("2024-01-01T23:00") < At("2024-01-02T01:00") && At("2024-01-02T01:00") > At("2024-01-02"));
+    EXPECT_TRUE(SDateTime() < At("0001-01-01") && SDateTime() == SDateTime());
+}
+
+TEST(DateTime, TakesSecondsAndOleDates) {
+    for (const auto& fields : tarntest::ReadCases("date_numbers.txt")) {
+        const bool isOle = fields[0] == "o";
+        const double ole = std::strtod(fields[1].c_str(), nullptr);
+        tarntest::AssertRecorder recorder;
+        const SDateTime value = isOle ? SDateTime(ole, east) : SDateTime(std::stoll(fields[1]), east);
+        EXPECT_EQ(value.IsValid(), !fields[2].empty()) << fields[1];
+        EXPECT_EQ(recorder.count(), isOle && fields[2].empty() ? 1U : 0U) << fields[1];
+        if (!value.IsValid()) continue;
+        EXPECT_EQ(value.Format(kIso, isOle ? east : utc), fields[2].c_str());
+        if (isOle) EXPECT_NEAR(value.GetOleDate(east), ole, 1e-9);
+    }
+    tarntest::AssertRecorder recorder;
+    EXPECT_FALSE(SDateTime(-1LL, utc).IsValid());
+    EXPECT_TRUE(recorder.sawLast("stime", "time_t is invalid"));
+}
+
+TEST(DateTime, TakesAndGivesPartsOfTheSystem) {
+    const SDateTime value(2024, 2, 29, 23, 59, 58, 997, east);
+    SYSTEMTIME parts;
+    ASSERT_TRUE(value.GetSYSTEMTIME(&parts, east));
+    EXPECT_EQ(parts.wYear * 10000 + parts.wMonth * 100 + parts.wDay + parts.wDayOfWeek, 20240233);
+    EXPECT_EQ(SDateTime(&parts, east), value);
+    const struct tm runtime = sicSDateTimeToTm(&value, east);
+    EXPECT_EQ(runtime.tm_wday * 1000 + runtime.tm_yday, 4059);
+    EXPECT_EQ(SDateTime(&runtime, east) + STimeSpan(0, 0, 0, 0, 997), value);
+    EXPECT_EQ(sicSDateTimeToTm(&value).tm_hour, 18);
+    const STimeZone berlin("CET,-60,CEST,-120,M3.5.0/02:00,M10.5.0/03:00");
+    const SDateTime summer = At("2024-07-01");
+    EXPECT_EQ(sicSDateTimeToTm(&summer, berlin).tm_isdst - sicSDateTimeToTm(&value, berlin).tm_isdst, 1);
+    const SDateTime ancient(-44, 3, 15, 12, 0, 0, 0, utc);
+    EXPECT_TRUE(!ancient.GetSYSTEMTIME(&parts, utc) && parts.wYear + parts.wDay == 0);
+    EXPECT_EQ(ancient.Format("y yy yyyy-MM-dd", utc), "44 44 -44-03-15");
+}
+
+TEST(DateTime, RefusesPartsThatDoNotExist) {
+    struct tm distant = {};
+    distant.tm_year = std::numeric_limits<int>::max();
+    tarntest::AssertRecorder recorder;
+    EXPECT_FALSE(SDateTime(2023, 2, 29, 0, 0, 0, 0, utc).IsValid() || SDateTime(&distant, utc).IsValid());
+    EXPECT_EQ(recorder.count(), 0U);
+    EXPECT_FALSE(SDateTime(2024, 2, 29, 24, 0, 0, 0, utc).IsValid());
+    EXPECT_TRUE(recorder.sawLast("stime", "false"));
+    EXPECT_FALSE(SDateTime(static_cast<const struct tm*>(nullptr), utc).IsValid());
+    EXPECT_FALSE(SDateTime(static_cast<const SYSTEMTIME*>(nullptr), utc).IsValid());
+    EXPECT_EQ(recorder.count(), 2U);
+}
+
+TEST(DateTime, ReportsReadingTheInvalidValue) {
+    const SDateTime none;
+    const SDateTime half(SDate(2024, 1, 2), STime());
+    const STimeZone berlin("CET,-60");
+    tarntest::AssertRecorder recorder;
+    EXPECT_EQ(none.GetYear(utc) + none.GetMonth(utc) + none.GetDay(utc) + none.GetDayOfWeek(utc), 0);
+    EXPECT_EQ(none.GetHour(utc) + none.GetMinute(utc) + none.GetSecond() + none.GetMillisecond(), 0);
+    EXPECT_FALSE(none.GetDate(utc).IsValid() || none.GetTime().IsValid() || berlin.InDST(none));
+    EXPECT_EQ((half - At("2024-01-02")).GetDays() + half.GetOleDate(utc), 0);
+    EXPECT_EQ(berlin.UTCOffset(none).GetTotalMinutes(), -60);
+    EXPECT_EQ(recorder.count(), 14U);
+    EXPECT_TRUE(recorder.sawLast("stime", "IsValid()"));
+    EXPECT_EQ(half.Format("yyyy HH", berlin), "2024 ");
+    EXPECT_EQ(SDateTime(SDate(), STime(1, 0, 0, 0, utc)).Format("yyyy HH", berlin), " 02");
+    EXPECT_EQ(recorder.count(), 0U);
+}
+
+TEST(DateTime, NamesTheConversionThatWasMisused) {
+    const SDateTime none;
+    tarntest::AssertRecorder recorder;
+    const auto saw = [&recorder](const char* unit) {
+        return recorder.sawLast(unit, "Input SDateTime value is NULL or not valid");
+    };
+    for (const SDateTime* value : {static_cast<const SDateTime*>(nullptr), &none}) {
+        EXPECT_TRUE(sicSDateTimeToTime_t(value, local) == 0 && saw("sic_sdatetime_tm"));
+        EXPECT_TRUE(sicSDateTimeToTm(value, local).tm_mday == 0 && saw("sic_sdatetime_tm"));
+        EXPECT_TRUE(sicSDateTimeToDATE(value, local) == 0.0 && saw("sic_sdatetime_date"));
+        EXPECT_TRUE(sicSDateTimeToSYSTEMTIME(value, local).wDay == 0 && saw("sic_sdatetime_systemtime"));
+    }
+    EXPECT_EQ(none.GetTimeT(utc), 0);
+    EXPECT_TRUE(recorder.sawLast("stime", "&tZone == &STimeZone::TZ_Local()"));
+    EXPECT_EQ(none.GetTimeT(local), 0);
+    EXPECT_TRUE(recorder.sawLast("stime", "IsValid()"));
+}

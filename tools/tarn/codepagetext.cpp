@@ -1,0 +1,23 @@
+#include "codepagetext.h"
+
+#include "command.h"
+
+namespace tarn {
+
+using TarnLibA500::SAnsiString;
+
+SAnsiString CodePageText(const std::string& utf8, const char* what) {
+    SAnsiString text;
+    if (!text.fromUTF8(utf8.c_str()))
+        throw Failure(std::string(what) + " has characters that the code page does not have: " + utf8);
+    return text;
+}
+
+std::string Utf8Text(const SAnsiString& text) {
+    std::string utf8(text.getNBytesForUTF8(), '\0');
+    const int bytes = text.toUTF8(utf8.data(), static_cast<std::uint32_t>(utf8.size()));
+    utf8.resize(bytes > 0 ? static_cast<std::size_t>(bytes) : 0);
+    return utf8;
+}
+
+}  // namespace tarn

@@ -1,0 +1,72 @@
+#include "logging.h"
+
+#include "tarnlib/slogger.h"
+
+namespace tarn {
+namespace {
+
+using TarnLibA500::CParamLineArgs;
+using TarnLibA500::SAnsiString;
+using TarnLibA500::SAnsiStringCI;
+
+constexpr const char* kSwitches[] = {"warningTrace", "reqTrace",   "sdkTrace",      "noassert",
+                                     "alwaysclose",  "notraceini", "notracethread", "verbose",
+                                     "nevertrace",   "stackdump",  "nativeassert",  "nonativeassert"};
+constexpr const char* kWithValue[] = {"trace",        "keep",         "maxLogFileSize",
+                                      "loggingPath",  "logFile",      "fileLogFilter",
+                                      "traceinipath", "tracecmpname", "loggingPluginDir"};
+
+bool IsOption(const std::string& word) {
+    return !word.empty() && word[0] == '-';
+}
+
+template <class Names>
+bool IsAmong(const std::string& word, const Names& names) {
+    const SAnsiStringCI name(word.c_str() + word.find_first_not_of('-'));
+    for (const char* candidate : names) {
+        if (name == candidate) return true;
+    }
+    return false;
+}
+
+// The library's texts are in the code page of its locale, Latin-1 here.
+SAnsiString LibraryText(const std::string& word) {
+    SAnsiString text;
+    return text.fromUTF8(word.c_str()) ? text : SAnsiString(word.c_str());
+}
+
+CParamLineArgs Parse(const Words& words) {
+    std::vector<SAnsiString> texts;
+    for (const std::string& word : words) texts.push_back(LibraryText(word));
+    std::string program = "tarn";
+    std::vector<char*> pointers = {program.data()};
+    for (SAnsiString& text : texts) pointers.push_back(text.detach());
+    pointers.push_back(nullptr);
+    return CParamLineArgs(static_cast<int>(pointers.size() - 1), pointers.data());
+}
+
+}  // namespace
+
+Logging::Logging(const Words& commandLine) {
+    TarnLibA500::SLogger::Initialize(Parse(commandLine));
+}
+
+Logging::~Logging() {
+    TarnLibA500::SLogger::Terminate();
+}
+
+Words WithoutLoggingOptions(const Words& words) {
+    Words left;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const bool isNamed = IsOption(words[i]) && words[i].find_first_not_of('-') != std::string::npos;
+        if (isNamed && IsAmong(words[i], kSwitches)) continue;
+        if (!isNamed || !IsAmong(words[i], kWithValue)) {
+            left.push_back(words[i]);
+        } else if (i + 1 < words.size() && !IsOption(words[i + 1])) {
+            ++i;  // its value
+        }
+    }
+    return left;
+}
+
+}  // namespace tarn

@@ -1,0 +1,58 @@
+#include "codepagetext.h"
+#include "command.h"
+#include "system.h"
+#include "tarnlib/cparamlineargs.h"
+
+namespace tarn {
+namespace {
+
+using TarnLibA500::CParamLineArgs;
+using TarnLibA500::SAnsiString;
+using TarnLibA500::SIArray;
+
+constexpr const char* kHelp =
+    "PROGRAM [WORD]... | \"LINE\"\n\n"
+    "Shows what a command line is parsed into and rebuilt to. Several words are taken as they are, as a "
+    "program gets "
+    "them;\n"
+    "a single one is taken for a whole command line and parted into words. Logging options are shown like "
+    "all others.\n"
+    "Exit status: 0; 1 when there are no options.\n";
+
+CParamLineArgs Parse(const Words& words) {
+    if (words.size() == 1) return CParamLineArgs(CodePageText(words[0], "the line"));
+    std::vector<SAnsiString> texts;
+    for (const std::string& word : words) texts.push_back(CodePageText(word, "a word"));
+    std::vector<char*> pointers;
+    for (SAnsiString& text : texts) pointers.push_back(text.detach());
+    pointers.push_back(nullptr);
+    return CParamLineArgs(static_cast<int>(words.size()), pointers.data());
+}
+
+void PrintWords(const char* label, const SIArray<SAnsiString>& words) {
+    Print(label);
+    for (const SAnsiString& word : words) Print(" [" + Utf8Text(word) + "]");
+    Print("\n");
+}
+
+ExitStatus ShowOptions(const Words& words) {
+    if (words.empty()) throw Failure("a command line is needed");
+    const CParamLineArgs args = Parse(words);
+    Print("program:  " + Utf8Text(args.GetProgramName()) + "\n");
+    for (std::uint32_t i = 0; i < args.GetCount(); ++i)
+        Print("  -" + Utf8Text(args.GetName(i)) + " = [" + Utf8Text(args.GetValue(i)) + "]\n");
+    if (args.GetProgramName().isEmpty()) return kNo;
+    Print("line:     " + Utf8Text(args.GetCmdLine()) + "\n");
+    SIArray<SAnsiString> plain, quoted;
+    args.GetArgs(plain);
+    args.GetArgsWithQuote(quoted);
+    PrintWords("words:   ", plain);
+    PrintWords("quoted:  ", quoted);
+    return args.GetCount() != 0 ? kYes : kNo;
+}
+
+}  // namespace
+
+const Command kOptionsCommand = {"options", "what a command line is parsed into", kHelp, ShowOptions, true};
+
+}  // namespace tarn

@@ -1,0 +1,61 @@
+#include "codepagetext.h"
+#include "command.h"
+#include "options.h"
+#include "system.h"
+#include "tarnlib/slogger.h"
+#include "tarnlib/sstringconv.h"
+#include "tarnlib/straceobj.h"
+
+namespace tarn {
+namespace {
+
+using TarnLibA500::SAnsiString;
+using TarnLibA500::STraceObj;
+namespace SLogger = TarnLibA500::SLogger;
+
+constexpr const char* kUnit = "tarn";
+constexpr int kMaxRepeats = 10'000'000;
+
+constexpr const char* kHelp =
+    "-level N -text T [-repeat N]\n\n"
+    "Emits a trace point of the level (0 to 18) with the text, once or N times, and says whether the "
+    "logging\n"
+    "options let it through, and where the log is. The options (-trace MASK, -loggingPath DIR, ...) are "
+    "those "
+    "of\n"
+    "every command.\n"
+    "Exit status: 0; 1 when the trace point is switched off.\n";
+
+int ReadNumber(const Options& options, const char* name, int least, int most) {
+    int number = 0;
+    const std::string word = options.value(name);
+    const bool isNumber = word.find_first_not_of("0123456789") == std::string::npos &&
+                          TarnLibA500::SStringConv::FromString(SAnsiString(word.c_str()), number);
+    if (!isNumber || number < least || number > most)
+        throw Failure(std::string("-") + name + " must be a number from " + std::to_string(least) + " to " +
+                      std::to_string(most));
+    return number;
+}
+
+ExitStatus Trace(const Words& arguments) {
+    const Options options(arguments, {{"level", Options::Kind::RequiredValue},
+                                      {"text", Options::Kind::RequiredValue},
+                                      {"repeat", Options::Kind::Value}});
+    const int level = ReadNumber(options, "level", 0, 18);
+    const int repeats = options.has("repeat") ? ReadNumber(options, "repeat", 1, kMaxRepeats) : 1;
+    const SAnsiString text = CodePageText(options.value("text"), "-text");
+    if (!SLogger::ShouldTrace(level, kUnit, __LINE__)) {
+        Print("level " + std::to_string(level) + " is switched off\n");
+        return kNo;
+    }
+    for (int i = 0; i < repeats; ++i) STraceObj(level, kUnit, __LINE__)("%1", text);
+    Print("level " + std::to_string(level) + " is switched on\nlog: " + Utf8Text(SLogger::GetLogFile()) +
+          "\n");
+    return kYes;
+}
+
+}  // namespace
+
+const Command kTraceCommand = {"trace", "what a logging mask lets through", kHelp, Trace};
+
+}  // namespace tarn
