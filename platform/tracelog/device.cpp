@@ -64,11 +64,7 @@ void FileDevice::path(TextTarget& out) const {
 void FileDevice::close() {
     const std::lock_guard<std::mutex> guard(mutex_);
     drain();
-    if (fileSettings.keep) {
-        file_.close();
-    } else {
-        file_.discard();
-    }
+    file_.finish(!fileSettings.keep);
 }
 
 void FileDevice::print(TextTarget& out) const {

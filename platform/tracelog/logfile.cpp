@@ -197,11 +197,16 @@ void LogFile::close() {
     file_ = INVALID_HANDLE_VALUE;
 }
 
-void LogFile::discard() {
+void LogFile::finish(bool discard) {
     close();
-    if (!newestFull_.empty()) osfile::Remove(newestFull_.c_str());
+    if (discard && !newestFull_.empty()) osfile::Remove(newestFull_.c_str());
+    if (discard && !openPath_.empty()) osfile::Remove(openPath_.c_str());
     newestFull_.clear();
-    if (!openPath_.empty()) osfile::Remove(openPath_.c_str());
+    openPath_.clear();
+    nextTry_ = nextRotation_ = 0;
+    lastNumber_ = 0;
+    isFailing_ = false;
+    lost_ = 0;
 }
 
 }  // namespace TraceLog400::detail

@@ -19,9 +19,9 @@ class LogFile {
 
     /// Appends whole lines. What cannot be written is counted as lost.
     void append(const char* lines, std::size_t bytes);
-    void close();
-    /// Closes it, and deletes everything that was written.
-    void discard();
+    /// Closes it and forgets what went wrong. With "discard" what was written is deleted: the file, and the
+    /// last one that was renamed.
+    void finish(bool discard);
 
     /// Counts lines that were not even handed over.
     void countLost(const char* lines, std::size_t bytes);
@@ -30,6 +30,7 @@ class LogFile {
     unsigned long long linesLost() const { return lost_; }
 
   private:
+    void close();
     bool isReady();
     bool open();
     void makeDirectory() const;

@@ -1,14 +1,16 @@
 #!/usr/bin/env python3
-"""Logs of whole processes: several in one directory, and a disk that is full.
+"""Logs of whole processes: several in one directory, a disk that is full, a directory that is taken away.
 
-    run_log_cases.py RUNNER TARN_EXE SCRATCH_FOLDER processes|full-disk
+    run_log_cases.py RUNNER TARN_EXE SCRATCH_FOLDER processes|full-disk|directory
 
 Exit status: 0, 1 for a failure, 77 when a small file system cannot be mounted here.
 """
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
+import time
 
 LINES = 20_000
 LINE = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d m \S+ \d+ \d+ \[\] tarn\(\d+\) (.*)")
@@ -58,12 +60,29 @@ def full_disk(runner, tool, folder):
     print(f"{kept} whole lines kept, then: {complaints[0]}")
 
 
+def directory_taken_away(runner, tool, folder):
+    logs = folder / "logs"
+    process = subprocess.Popen(command(runner, tool, logs, "text", 40, "-pause", "100"), stdout=subprocess.DEVNULL)
+    for _ in range(100):
+        if logs.exists() and any(logs.iterdir()):
+            break
+        time.sleep(0.05)
+    shutil.rmtree(logs)  # the system under the program lets us, although the file is open
+    if process.wait(timeout=60):
+        sys.exit("the process failed")
+    kept = sum(len(texts(path)) for path in logs.glob("*.log"))
+    if not 20 < kept < 40:
+        sys.exit(f"{kept} lines after the directory was made anew")
+    print(f"the directory was made anew and has {kept} whole lines")
+
+
 def main(runner, tool, scratch, case):
     folder = pathlib.Path(scratch).resolve()
     folder.mkdir(parents=True, exist_ok=True)
     for left_over in folder.iterdir():
-        left_over.unlink()
-    {"processes": several_processes, "full-disk": full_disk}[case](runner, str(pathlib.Path(tool).resolve()), folder)
+        shutil.rmtree(left_over) if left_over.is_dir() else left_over.unlink()
+    cases = {"processes": several_processes, "full-disk": full_disk, "directory": directory_taken_away}
+    cases[case](runner, str(pathlib.Path(tool).resolve()), folder)
 
 
 if __name__ == "__main__":

@@ -6,6 +6,8 @@
 #include "tarnlib/sstringconv.h"
 #include "tarnlib/straceobj.h"
 
+#include <windows.h>
+
 namespace tarn {
 namespace {
 
@@ -15,15 +17,13 @@ namespace SLogger = TarnLibA500::SLogger;
 
 constexpr const char* kUnit = "tarn";
 constexpr int kMaxRepeats = 10'000'000;
+constexpr int kMaxPause = 60'000;
 
 constexpr const char* kHelp =
-    "-level N -text T [-repeat N]\n\n"
-    "Emits a trace point of the level (0 to 18) with the text, once or N times, and says whether the "
-    "logging\n"
-    "options let it through, and where the log is. The options (-trace MASK, -loggingPath DIR, ...) are "
-    "those "
-    "of\n"
-    "every command.\n"
+    "-level N -text T [-repeat N] [-pause MS]\n\n"
+    "Emits a trace point of the level (0 to 18) with the text, once or N times with MS milliseconds\n"
+    "between them, and says whether the logging options let it through, and where the log is. The\n"
+    "options (-trace MASK, -loggingPath DIR, ...) are those of every command.\n"
     "Exit status: 0; 1 when the trace point is switched off.\n";
 
 int ReadNumber(const Options& options, const char* name, int least, int most) {
@@ -40,15 +40,20 @@ int ReadNumber(const Options& options, const char* name, int least, int most) {
 ExitStatus Trace(const Words& arguments) {
     const Options options(arguments, {{"level", Options::Kind::RequiredValue},
                                       {"text", Options::Kind::RequiredValue},
-                                      {"repeat", Options::Kind::Value}});
+                                      {"repeat", Options::Kind::Value},
+                                      {"pause", Options::Kind::Value}});
     const int level = ReadNumber(options, "level", 0, 18);
     const int repeats = options.has("repeat") ? ReadNumber(options, "repeat", 1, kMaxRepeats) : 1;
+    const int pause = options.has("pause") ? ReadNumber(options, "pause", 0, kMaxPause) : 0;
     const SAnsiString text = CodePageText(options.value("text"), "-text");
     if (!SLogger::ShouldTrace(level, kUnit, __LINE__)) {
         Print("level " + std::to_string(level) + " is switched off\n");
         return kNo;
     }
-    for (int i = 0; i < repeats; ++i) STraceObj(level, kUnit, __LINE__)("%1", text);
+    for (int i = 0; i < repeats; ++i) {
+        if (i != 0 && pause != 0) Sleep(static_cast<DWORD>(pause));
+        STraceObj(level, kUnit, __LINE__)("%1", text);
+    }
     Print("level " + std::to_string(level) + " is switched on\nlog: " + Utf8Text(SLogger::GetLogFile()) +
           "\n");
     return kYes;
