@@ -31,7 +31,6 @@ class TARN_API CParamLineArgs {
     CParamLineArgs(const CParamLineArgs& other);
     CParamLineArgs(CParamLineArgs&& other) noexcept;
     CParamLineArgs(const SAnsiString& line);
-    CParamLineArgs(const char* line) : CParamLineArgs(SAnsiString(line)) {}
     CParamLineArgs(const SAnsiString& line, const SChar_t<char, 0>& quote);
     CParamLineArgs(int count, char* const* arguments);
     CParamLineArgs& operator=(const CParamLineArgs& other);

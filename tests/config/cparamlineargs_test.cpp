@@ -1,0 +1,116 @@
+#include "tarnlib/cparamlineargs.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "support/assert_recorder.h"
+#include "support/case_file.h"
+#include "support/locale_scope.h"
+#include "support/print_strings.h"
+
+using namespace TarnLibA500;
+
+namespace {
+
+std::string Listed(const CParamLineArgs& args) {
+    std::string text;
+    for (std::uint32_t i = 0; i < args.GetCount(); ++i)
+        text += std::string(args.GetName(i).getString()) + "=" + args.GetValue(i).getString() + ";";
+    return text;
+}
+
+std::string Joined(const SIArray<SAnsiString>& words) {
+    std::string text;
+    for (const SAnsiString& word : words) text += std::string("[") + word.getString() + "]";
+    return text;
+}
+
+}  // namespace
+
+TEST(CommandLines, AreParsedAndRebuilt) {
+    for (const auto& fields : tarntest::ReadCases("options_lines.txt")) {
+        const CParamLineArgs args(fields[0].c_str());
+        EXPECT_EQ(args.GetProgramName(), fields[1].c_str()) << fields[0];
+        EXPECT_EQ(Listed(args), fields[2]) << fields[0];
+        EXPECT_EQ(args.GetCmdLine(), fields[3].c_str()) << fields[0];
+    }
+}
+
+TEST(CommandLines, AnArgumentVectorIsReadToItsNull) {
+    char program[] = "a prog", a[] = "-a", value[] = "x y", stray[] = "s", b[] = "--b";
+    char* arguments[] = {program, a, value, stray, b, nullptr};
+    const CParamLineArgs args(1, arguments);
+    EXPECT_EQ(Listed(args), "a=x y;b=;");
+    SIArray<SAnsiString> plain, quoted;
+    args.GetArgs(plain);
+    args.GetArgsWithQuote(quoted);
+    EXPECT_EQ(Joined(plain), "[a prog][-a][x y][-b]");
+    EXPECT_EQ(Joined(quoted), "[\"a prog\"][-a][\"x y\"][-b]");
+    char* nothing[] = {nullptr};
+    CParamLineArgs emptied(args);
+    tarntest::AssertRecorder recorder;
+    emptied.SetArgs(1, nothing);
+    EXPECT_TRUE(recorder.sawLast("cparamlineargs", "!m_programName.isEmpty()"));
+    emptied.SetArgs(0, nullptr);
+    EXPECT_EQ(Listed(emptied), "");
+}
+
+TEST(CommandLines, OptionsAreSetFoundMergedAndRemoved) {
+    CParamLineArgs args("prog -a 1 -b 2");
+    SAnsiString value("untouched");
+    EXPECT_FALSE(args.Lookup("c", value));
+    EXPECT_EQ(value, "untouched");
+    args.SetArg("A", args.GetValue(1));
+    EXPECT_EQ(Listed(args), "b=2;A=2;");
+    args.SetArg(args.GetName(0), args.GetValue(0));  // its own texts
+    EXPECT_EQ(Listed(args), "A=2;b=2;");
+    CParamLineArgs other;
+    other.SetArg("B", "3");
+    other.SetArg("c", nullptr);
+    args.MergeArgs(other);
+    args.MergeArgs(args);
+    EXPECT_EQ(args.GetCmdLine(), "prog -A 2 -B 3 -c");
+    other.SetProgramName("other");
+    args.MergeArgs(other);
+    EXPECT_EQ(args.GetProgramName(), "other");
+    EXPECT_TRUE(args.RemoveArg("b"));
+    EXPECT_FALSE(args.RemoveArg("b"));
+    args.SetArgs("");
+    EXPECT_EQ(Listed(args), "A=2;c=;");
+    args.SetArgs(" \t");
+    EXPECT_EQ(Listed(args), "");
+    EXPECT_EQ(args.GetProgramName(), "other");
+    args.SetArgs("p 'q r' -a 'b c'", '\'');
+    EXPECT_EQ(Listed(args), "a=b c;");
+    const tarntest::LocaleScope german(tarntest::kLocale1252);
+    args.SetArg("\xC4rger", "1");
+    EXPECT_TRUE(args.Lookup("\xE4RGER", value));
+}
+
+TEST(CommandLines, MisuseIsReportedAndGoesOn) {
+    tarntest::AssertRecorder recorder;
+    CParamLineArgs args;
+    args.SetArg("a", "1");
+    EXPECT_EQ(args.GetCmdLine(), " -a 1");
+    EXPECT_TRUE(recorder.sawLast("cparamlineargs", "!m_programName.isEmpty()"));
+    args.SetProgramName("p");
+    SIArray<SAnsiString> words;
+    words.Add("there");
+    args.GetArgs(words);
+    EXPECT_TRUE(recorder.sawLast("cparamlineargs", "args.GetSize() == 0"));
+    EXPECT_EQ(Joined(words), "[there][p][-a][1]");
+}
+
+TEST(CommandLines, PropertiesAreReadLineByLine) {
+    const auto read = [](const char* text, unsigned longest) {
+        std::istringstream in(text);
+        CParamLineArgs args;
+        args.ReadArgsAsProperties(in, longest);
+        return Listed(args);
+    };
+    EXPECT_EQ(read("a = 1 \t\n b=x=y\r\n\nno\nA=2\nlast=3", 80), "a = 1; b=x=y;A=2;");
+    EXPECT_EQ(read("12345\n", 5), "");
+    EXPECT_EQ(read("1=345\n1=3456\nb=1\n", 5), "1=345;");
+    EXPECT_EQ(read("=v\nc=\n", 5), "=v;c=;");
+}

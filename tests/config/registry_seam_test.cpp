@@ -1,0 +1,47 @@
+#include <gtest/gtest.h>
+
+#include "config/osregistry.h"
+#include "support/alloc_hooks.h"
+#include "support/assert_recorder.h"
+#include "tarnlib/cparamlineargs.h"
+#include "tarnlib/registry.h"
+
+using namespace TarnLibA500;
+
+TEST(RegistryCalls, AKeyIsOpenedOnce) {
+    Registry settings("Software\\tarnlib-test\\calls", "calls", HKEY_CURRENT_USER, true);
+    settings.WriteValue("v", 1UL);
+    settings.ReadValue("v");
+    const unsigned long opens = osregistry::OpensSoFar();
+    const unsigned long calls = osregistry::CallsSoFar();
+    for (int i = 0; i < 100; ++i) settings.ReadValue("v");
+    EXPECT_EQ(osregistry::OpensSoFar(), opens);
+    EXPECT_EQ(osregistry::CallsSoFar(), calls + 100);
+    EXPECT_TRUE(settings.DeleteKey());
+}
+
+TEST(RegistryCalls, WhicheverFailsTheResultSaysSo) {
+    tarntest::AssertRecorder recorder;
+    for (unsigned long nth = 1; nth < 8; ++nth) {
+        osregistry::FailCall(nth, ERROR_NOT_ENOUGH_MEMORY);
+        Registry settings("Software\\tarnlib-test\\faults", "faults", HKEY_CURRENT_USER, false);
+        const bool isWritten = settings.WriteValue("v", 7UL);
+        const SAnsiString read = settings.ReadValue("v");
+        const bool isDeleted = settings.DeleteKey();
+        osregistry::FailCall(0, 0);
+        EXPECT_TRUE(read == "7" || read.isEmpty()) << nth;
+        EXPECT_TRUE((isWritten && read == "7" && isDeleted) || nth <= 6) << nth;
+        Registry("Software\\tarnlib-test\\faults", "", HKEY_CURRENT_USER, false).DeleteKey();
+    }
+}
+
+TEST(OptionLookups, AllocateNothing) {
+    const CParamLineArgs args("prog -first 1 -second 2");
+    const SAnsiString name("SECOND");
+    SAnsiString value;
+    const tarntest::AllocationCount count;
+    const bool isFound = args.Lookup(name, value);
+    const unsigned long taken = count.Taken();
+    EXPECT_TRUE(isFound);
+    EXPECT_EQ(taken, 0U);
+}

@@ -1,0 +1,202 @@
+#include "tarnlib/registry.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "support/assert_recorder.h"
+#include "support/print_strings.h"
+#include "tarnlib/senvironment.h"
+
+#include <windows.h>
+
+#include <aclapi.h>
+
+using namespace TarnLibA500;
+
+namespace {
+
+/// A key of the test's own, gone at its end.
+class RegistryKeys : public testing::Test {
+  protected:
+    void TearDown() override { Registry(top_, "top", HKEY_CURRENT_USER, false).DeleteKeyRecursive(); }
+    Registry key(const char* below = "") const {
+        return Registry((top_ + below).getString(), "name", HKEY_CURRENT_USER, false);
+    }
+    std::string path(const char* below = "") const { return ("HKCU\\" + top_ + below).getString(); }
+    /// What the system's own tool prints.
+    static std::string Reg(const std::string& arguments) {
+        std::FILE* const pipe = _popen(("reg " + arguments + " 2>&1").c_str(), "r");
+        std::string text;
+        char part[256];
+        while (std::fgets(part, sizeof part, pipe) != nullptr) text += part;
+        _pclose(pipe);
+        return text;
+    }
+    void setRaw(const char* name, DWORD type, const std::vector<BYTE>& bytes) const {
+        HKEY raw = nullptr;
+        RegCreateKeyExA(HKEY_CURRENT_USER, top_.getString(), 0, nullptr, 0, KEY_WRITE, nullptr, &raw,
+                        nullptr);
+        RegSetValueExA(raw, name, 0, type, bytes.data(), static_cast<DWORD>(bytes.size()));
+        RegCloseKey(raw);
+    }
+
+    SAnsiString top_ =
+        "Software\\tarnlib-test\\" + SAnsiString(std::to_string(GetCurrentProcessId()).c_str());
+};
+
+}  // namespace
+
+TEST_F(RegistryKeys, OurValuesAreSeenByOthersAndTheirsByUs) {
+    Registry settings = key();
+    EXPECT_FALSE(settings.KeyExists());
+    const SAnsiString text("caf\xE9 \x80");
+    EXPECT_TRUE(settings.WriteValue("text", SAnsiString("some words")));
+    EXPECT_TRUE(settings.WriteValue("number", 4294967295UL));
+    EXPECT_TRUE(settings.KeyExists());
+    const std::string shown = Reg("query " + path());
+    EXPECT_NE(shown.find("text    REG_SZ    some words"), shown.npos) << shown;
+    EXPECT_NE(shown.find("number    REG_DWORD    0xffffffff"), shown.npos) << shown;
+    EXPECT_EQ(settings.ReadValue("NUMBER"), "4294967295");
+    SEnvironment::Set("TARN_TEST", "expanded");
+    Reg("add " + path() + " /v theirs /t REG_EXPAND_SZ /d \"%TARN_TEST% text\" /f");
+    Reg("add " + path("\\below") + " /v n /t REG_DWORD /d 17 /f");
+    EXPECT_EQ(settings.ReadValue("theirs"), "expanded text");
+    EXPECT_EQ(key("\\below").ReadValue("n"), "17");
+    unsigned long type = 0;
+    EXPECT_TRUE(settings.GetType("theirs", type));
+    EXPECT_EQ(type, 2U);
+    EXPECT_FALSE(settings.GetType("missing", type));
+    EXPECT_EQ(type, 2U);
+}
+
+TEST_F(RegistryKeys, ValuesOfEveryKind) {
+    Registry settings = key();
+    const SAnsiString large(std::string(5000, 'x').c_str());
+    EXPECT_TRUE(settings.WriteValue("large", large));
+    EXPECT_EQ(settings.ReadValue("large"), large);
+    EXPECT_TRUE(settings.WriteValue("empty", SAnsiString()));
+    setRaw("none at all", REG_SZ, {});
+    setRaw("unterminated", REG_SZ, {'a', 'b'});
+    setRaw("short number", REG_DWORD, {1, 2, 3});
+    setRaw("binary", REG_BINARY, {'a', 0});
+    setRaw("several", REG_MULTI_SZ, {'a', 0, 'b', 0, 0});
+    EXPECT_EQ(settings.ReadValue("unterminated"), "ab");
+    for (const char* name : {"empty", "none at all", "short number", "binary", "several", "missing"})
+        EXPECT_EQ(settings.ReadValue(name), "") << name;
+    tarntest::AssertRecorder recorder;
+    setRaw("expands", REG_EXPAND_SZ, std::vector<BYTE>(259, 'y'));
+    EXPECT_EQ(settings.ReadValue("expands").getLength(), 259U);
+    EXPECT_EQ(recorder.count(), 0U);
+    setRaw("expands", REG_EXPAND_SZ, std::vector<BYTE>(260, 'y'));
+    EXPECT_EQ(settings.ReadValue("expands"), "");
+    EXPECT_TRUE(recorder.sawLast("registry", "numChars && numChars <= MAX_PATH"));
+}
+
+TEST_F(RegistryKeys, AMissingSettingIsCreatedWithItsDefault) {
+    Registry settings = key();
+    EXPECT_EQ(settings.ReadValue("host", SAnsiString("localhost")), "localhost");
+    EXPECT_EQ(settings.ReadValue("port", 25UL), "25");
+    EXPECT_EQ(settings.ReadValue("host", SAnsiString("other")), "localhost");
+    EXPECT_EQ(settings.ReadValue("port", 26UL), "25");
+    settings.WriteValue("host", SAnsiString());
+    EXPECT_EQ(settings.ReadValue("host", SAnsiString("other")), "");  // empty is not missing
+    tarntest::AssertRecorder recorder;
+    EXPECT_EQ(settings.ReadValue("cut", SAnsiString("a\0b", 3)), "a");
+    EXPECT_TRUE(recorder.sawLast("registry", "defaultValue == retval"));
+}
+
+TEST_F(RegistryKeys, KeysAndValuesAreEnumeratedAndDeleted) {
+    for (const char* below : {"\\one\\deep", "\\two", "\\three"})
+        key(below).WriteValue("v", SAnsiString(below));
+    Registry settings = key();
+    settings.WriteValue("a", 1UL);
+    settings.WriteValue("b", SAnsiString("text"));
+    std::string names;
+    for (Registry::KeyIterator at = settings.EnumSubKeys(); at; ++at)
+        names += std::string(at.GetKey().getString()) + " ";
+    EXPECT_EQ(names, "one three two ");
+    Registry::ValueIterator first = settings.EnumValues();
+    Registry::ValueIterator value(std::move(first));
+    EXPECT_FALSE(first);
+    std::string values;
+    for (; value; ++value)
+        values += std::string(value.GetName().getString()) + "=" + value.GetValue().getString() + " ";
+    EXPECT_EQ(values, "a=1 b=text ");
+    EXPECT_FALSE(value.NextValue());
+    tarntest::AssertRecorder recorder;
+    EXPECT_FALSE(settings.DeleteKey());
+    EXPECT_TRUE(recorder.sawLast("registry", "false"));
+    EXPECT_TRUE(settings.DeleteValue("a"));
+    EXPECT_FALSE(settings.DeleteValue("a"));
+    EXPECT_TRUE(settings.DeleteKeyRecursive(false));
+    EXPECT_FALSE(settings.EnumSubKeys());
+    EXPECT_TRUE(settings.DeleteKey());
+    EXPECT_FALSE(key().KeyExists());
+    EXPECT_FALSE(key("\\one").DeleteKeyRecursive());
+}
+
+TEST_F(RegistryKeys, CopiesAreExact) {
+    setRaw("binary", REG_BINARY, {1, 0, 255});
+    key("\\below\\deep").WriteValue("v", SAnsiString("text"));
+    const SAnsiString copy = top_ + "-copy";
+    EXPECT_TRUE(Registry::CopyKey(HKEY_CURRENT_USER, top_.getString(), HKEY_CURRENT_USER, copy.getString()));
+    EXPECT_NE(Reg(std::string("query HKCU\\") + copy.getString()).find("binary    REG_BINARY    0100FF"),
+              std::string::npos);
+    EXPECT_EQ(Registry((copy + "\\below\\deep").getString(), "", HKEY_CURRENT_USER, false).ReadValue("v"),
+              "text");
+    EXPECT_TRUE(Registry::CopyValue(HKEY_CURRENT_USER, top_.getString(), "binary", HKEY_CURRENT_USER,
+                                    (copy + "\\other").getString()));
+    EXPECT_FALSE(Registry::CopyValue(HKEY_CURRENT_USER, top_.getString(), "missing", HKEY_CURRENT_USER,
+                                     copy.getString()));
+    EXPECT_FALSE(Registry::CopyKey(HKEY_CURRENT_USER, top_.getString(), HKEY_CURRENT_USER,
+                                   (top_ + "\\x").getString()));
+    EXPECT_FALSE(Registry::CopyKey(HKEY_CURRENT_USER, (top_ + "\\no").getString(), HKEY_CURRENT_USER,
+                                   copy.getString()));
+    EXPECT_TRUE(Registry(copy.getString(), "", HKEY_CURRENT_USER, false).DeleteKeyRecursive());
+}
+
+TEST_F(RegistryKeys, ARefusedAccessIsReported) {
+    key("\\denied").WriteValue("v", SAnsiString("secret"));
+    HKEY raw = nullptr;
+    RegOpenKeyExA(HKEY_CURRENT_USER, (top_ + "\\denied").getString(), 0, WRITE_DAC | READ_CONTROL, &raw);
+    SECURITY_DESCRIPTOR nobody{};
+    ACL empty{};
+    InitializeAcl(&empty, sizeof empty, ACL_REVISION);
+    InitializeSecurityDescriptor(&nobody, SECURITY_DESCRIPTOR_REVISION);
+    SetSecurityDescriptorDacl(&nobody, TRUE, &empty, FALSE);
+    ASSERT_EQ(RegSetKeySecurity(raw, DACL_SECURITY_INFORMATION, &nobody), ERROR_SUCCESS);
+    {
+        tarntest::AssertRecorder recorder;
+        EXPECT_FALSE(key("\\denied").KeyExists());
+        EXPECT_TRUE(recorder.sawLast("registry", "false"));
+        EXPECT_EQ(key("\\denied").ReadValue("v"), "");
+        EXPECT_TRUE(recorder.sawLast("registry", "false"));
+        EXPECT_FALSE(key("\\denied").WriteValue("v", 1UL));
+        EXPECT_TRUE(recorder.sawLast("registry", "false"));
+    }
+    SetSecurityDescriptorDacl(&nobody, TRUE, nullptr, FALSE);
+    RegSetKeySecurity(raw, DACL_SECURITY_INFORMATION, &nobody);
+    RegCloseKey(raw);
+}
+
+TEST_F(RegistryKeys, MisuseAndOtherMachines) {
+    tarntest::AssertRecorder recorder;
+    EXPECT_FALSE(key("\\").KeyExists());
+    EXPECT_TRUE(recorder.sawLast("registry", "m_subKey.getAt (m_subKey.getNChars() - 1) != _T('\\\\')"));
+    Registry local = key();
+    local.WriteValue("v", 3UL);
+    EXPECT_EQ(local.GetKeyName(), "name");
+    local.SetRemoteMachine("no-such-machine.invalid");
+    EXPECT_TRUE(local.IsRemoteReg());
+    EXPECT_EQ(local.ReadValue("v"), "");
+    const Registry copy(local);
+    EXPECT_EQ(copy.GetRemoteMachineName(), "no-such-machine.invalid");
+    local.SetRemoteKeyHandle(HKEY_CURRENT_USER);
+    EXPECT_EQ(local.ReadValue("v"), "3");
+    local.SetRemoteMachine("");
+    EXPECT_FALSE(local.IsRemoteReg());
+    EXPECT_EQ(local.ReadValue("v"), "3");
+}
