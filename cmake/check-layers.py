@@ -24,7 +24,7 @@ FLOOR_OF = {area: number for number, areas in enumerate(FLOORS) for area in area
 
 # The folder diag holds three floors, told apart by the unit.
 SEAM_UNITS = {"tarnapi", "sassert", "require", "unlogged"}
-TRACE_UNITS = {"straceparameter", "straceobj", "sscopetrace"}
+TRACE_UNITS = {"straceparameter", "straceobj", "sscopetrace", "traceformat"}
 
 # Public headers without a unit of their name, templates for instance.
 HEADER_AREAS = dict.fromkeys(["refcount", "sdecodedstring", "siarray", "simap", "siset"], "strings")

@@ -2,27 +2,14 @@
 
 #include <cstring>
 
+#include "diag/traceformat.h"
+#include "strings/intconv.h"
 #include "tarnlib/sstringconv.h"
 
 namespace TarnLibA500 {
 namespace {
 
 constexpr const char* kNull = "(null)";
-
-// The code page's spelling of a wide text, "?" for what it does not have.
-SAnsiString Narrow(const wchar_t* text) {
-    SAnsiString narrow;
-    if (narrow.fromWChar(text)) return narrow;
-    for (const wchar_t* unit = text; *unit != L'\0'; ++unit) {
-        SChar_t<char, 0> character;
-        if (character.fromUChar(*unit)) {
-            narrow.concat(character);
-        } else {
-            narrow.concat('?');
-        }
-    }
-    return narrow;
-}
 
 /// Where the next argument of a format goes.
 struct Place {
@@ -48,70 +35,129 @@ unsigned LetterPlaceLength(const char* at) {
 
 class TraceFormat {
   public:
-    TraceFormat(const STraceParameter* parameters, unsigned count) : parameters_(parameters), count_(count) {}
+    TraceFormat(TraceTextBuffer& out, const STraceParameter* parameters, unsigned count)
+        : out_(out), parameters_(parameters), count_(count) {}
 
-    SAnsiString fill(const char* format) {
+    void fill(const char* format) {
         const char* at = format;
         while (const char* percent = std::strchr(at, '%')) {
             copy(at, percent);
             at = percent + putPlace(percent);
         }
-        text_.concat(at);
-        return text_;
+        copy(at, at + std::strlen(at));
     }
 
   private:
     void copy(const char* first, const char* last) {
-        text_.concat(first, static_cast<std::uint32_t>(last - first));
+        out_.append(first, static_cast<std::uint32_t>(last - first));
     }
 
     // Returns how much of the format is done with.
     unsigned putPlace(const char* percent) {
         if (percent[1] == '%') {
-            text_.concat('%');
+            out_.append("%", 1);
             return 2;
         }
+        const bool isNumbered = IsDigit(percent[1]);
         const Place place =
-            IsDigit(percent[1]) ? NumberedPlace(percent) : Place{LetterPlaceLength(percent), nextByLetter_};
+            isNumbered ? NumberedPlace(percent) : Place{LetterPlaceLength(percent), nextByLetter_};
         if (place.length == 0 || place.index >= count_) {
-            text_.concat('%');
+            out_.append("%", 1);
             return 1;
         }
-        if (!IsDigit(percent[1])) ++nextByLetter_;
-        text_.concat(parameters_[place.index].GetString());
+        if (!isNumbered) ++nextByLetter_;
+        out_.append(parameters_[place.index].GetText(), parameters_[place.index].GetLength());
         return place.length;
     }
 
+    TraceTextBuffer& out_;
     const STraceParameter* parameters_;
     unsigned count_;
     unsigned nextByLetter_ = 0;
-    SAnsiString text_;
 };
 
 }  // namespace
 
-STraceParameter::STraceParameter(const SChar_t<char, 0>& character) : text_(character) {}
-STraceParameter::STraceParameter(const SString_t<char, 0>& text) : text_(text) {}
-STraceParameter::STraceParameter(int number) : text_(SStringConv::ToString(number)) {}
-STraceParameter::STraceParameter(unsigned int number) : text_(SStringConv::ToString(number)) {}
-STraceParameter::STraceParameter(long number) : text_(SStringConv::ToString(number)) {}
-STraceParameter::STraceParameter(unsigned long number) : text_(SStringConv::ToString(number)) {}
-STraceParameter::STraceParameter(long long number) : text_(SStringConv::ToString(number)) {}
-STraceParameter::STraceParameter(unsigned long long number) : text_(SStringConv::ToString(number)) {}
-STraceParameter::STraceParameter(double number) : text_(SStringConv::ToString(number)) {}
-STraceParameter::STraceParameter(const char* text) : text_(text != nullptr ? text : kNull) {}
+void STraceParameter::take(const char* text, std::uint32_t bytes) {
+    isShort_ = bytes < kShortBytes;
+    if (isShort_) {
+        std::memcpy(short_, text, bytes);
+        short_[bytes] = '\0';
+        length_ = bytes;
+    } else {
+        long_ = SAnsiString(text, bytes);
+    }
+}
+
+template <class Integer>
+void STraceParameter::takeInteger(Integer number) {
+    char digits[kIntegerTextUnits];
+    take(digits, StringConvFromDecimal(digits, number));
+}
+
+STraceParameter::STraceParameter(const SChar_t<char, 0>& character) {
+    take(character.getUnits(), character.getLength());
+}
+STraceParameter::STraceParameter(const SString_t<char, 0>& text) : long_(text) {}
+STraceParameter::STraceParameter(int number) {
+    takeInteger(number);
+}
+STraceParameter::STraceParameter(unsigned int number) {
+    takeInteger(number);
+}
+STraceParameter::STraceParameter(long number) {
+    takeInteger(number);
+}
+STraceParameter::STraceParameter(unsigned long number) {
+    takeInteger(number);
+}
+STraceParameter::STraceParameter(long long number) {
+    takeInteger(number);
+}
+STraceParameter::STraceParameter(unsigned long long number) {
+    takeInteger(number);
+}
+STraceParameter::STraceParameter(double number) : long_(SStringConv::ToString(number)) {}
+STraceParameter::STraceParameter(const char* text) {
+    if (text == nullptr) text = kNull;
+    take(text, static_cast<std::uint32_t>(std::strlen(text)));
+}
 STraceParameter::STraceParameter(const wchar_t* text)
-    : text_(text != nullptr ? Narrow(text) : SAnsiString(kNull)) {}
-STraceParameter::STraceParameter(const void* address) : text_("0x" + SStringConv::ToString(address)) {}
-STraceParameter::STraceParameter(bool value) : text_(value ? "true" : "false") {}
+    : long_(text != nullptr ? NarrowTraceText(text) : SAnsiString(kNull)) {}
+STraceParameter::STraceParameter(const void* address) : long_("0x" + SStringConv::ToString(address)) {}
+STraceParameter::STraceParameter(bool value) : STraceParameter(value ? "true" : "false") {}
+
+SAnsiString STraceParameter::GetString() const {
+    return isShort_ ? SAnsiString(short_, length_) : long_;
+}
+
+SAnsiString NarrowTraceText(const wchar_t* text) {
+    SAnsiString narrow;
+    if (narrow.fromWChar(text)) return narrow;
+    for (const wchar_t* unit = text; *unit != L'\0'; ++unit) {
+        SChar_t<char, 0> character;
+        if (character.fromUChar(*unit)) {
+            narrow.concat(character);
+        } else {
+            narrow.concat('?');
+        }
+    }
+    return narrow;
+}
+
+void FillTrace(TraceTextBuffer& out, const char* format, const STraceParameter* parameters, unsigned count) {
+    if (format != nullptr) TraceFormat(out, parameters, count).fill(format);
+}
 
 SAnsiString FormatTrace(const char* format, const STraceParameter* parameters, unsigned count) {
-    return format != nullptr ? TraceFormat(parameters, count).fill(format) : SAnsiString();
+    TraceTextBuffer text;
+    FillTrace(text, format, parameters, count);
+    return text.string();
 }
 
 SAnsiString FormatTrace(const wchar_t* format, const STraceParameter* parameters, unsigned count) {
     if (format == nullptr) return SAnsiString();
-    return FormatTrace(Narrow(format).getString(), parameters, count);
+    return FormatTrace(NarrowTraceText(format).getString(), parameters, count);
 }
 
 }  // namespace TarnLibA500

@@ -6,7 +6,7 @@
 namespace TarnLibA500 {
 
 STraceParameter::STraceParameter(const SDateTime& dateTime)
-    : text_(dateTime.IsValid() ? dateTime.Format("yyyy-MM-dd@HH:mm:ss.SS", STimeZone::TZ_UTC())
+    : long_(dateTime.IsValid() ? dateTime.Format("yyyy-MM-dd@HH:mm:ss.SS", STimeZone::TZ_UTC())
                                : SAnsiString("invalid-date-time")) {}
 
 }  // namespace TarnLibA500

@@ -28,11 +28,17 @@ class TARN_API STraceObj {
     template <class unit, class... Parameters>
     requires TraceParameters<Parameters...>
     void operator()(const unit* format, const Parameters&... parameters) const {
-        emit(STraceHelper(format, parameters...));
+        if constexpr (sizeof...(parameters) == 0) {
+            emit(format, nullptr, 0);
+        } else {
+            const STraceParameter all[] = {STraceParameter(parameters)...};
+            emit(format, all, sizeof...(parameters));
+        }
     }
 
   private:
-    void emit(const SAnsiString& text) const;
+    void emit(const char* format, const STraceParameter* parameters, unsigned count) const;
+    void emit(const wchar_t* format, const STraceParameter* parameters, unsigned count) const;
 
     int level_;
     const char* file_;

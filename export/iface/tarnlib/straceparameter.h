@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstdint>
 
 #include "tarnlib/sstring.h"
 #include "tarnlib/tarnapi.h"
@@ -18,7 +19,7 @@ namespace TarnLibA500 {
 
 class SDateTime;
 
-/// One traced argument as text. Values are kept; texts are copied.
+/// One traced argument as text. Values are kept; texts are copied. Short ones need no memory of their own.
 class TARN_API STraceParameter {
   public:
     STraceParameter(const SChar_t<char, 0>& character);
@@ -44,10 +45,22 @@ class TARN_API STraceParameter {
     /// "true" or "false".
     STraceParameter(bool value);
 
-    SAnsiString GetString() const { return text_; }
+    SAnsiString GetString() const;
+    /// The same text, valid as long as the object, and its bytes.
+    const char* GetText() const noexcept { return isShort_ ? short_ : long_.getString(); }
+    std::uint32_t GetLength() const noexcept { return isShort_ ? length_ : long_.getLength(); }
 
   private:
-    SAnsiString text_;
+    static constexpr std::uint32_t kShortBytes = 48;
+
+    void take(const char* text, std::uint32_t bytes);
+    template <class Integer>
+    void takeInteger(Integer number);
+
+    bool isShort_ = false;
+    std::uint32_t length_ = 0;
+    char short_[kShortBytes];
+    SAnsiString long_;
 };
 
 /// The most arguments that a trace text takes.
