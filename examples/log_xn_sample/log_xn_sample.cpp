@@ -1,15 +1,14 @@
 // A logging plug-in: appends every structured entry to the file named by the option "sampleJournal", one line
-// each.
+// each. It needs the header of the interface and nothing else of the library.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
-#include "tarnlib/cparamlineargs.h"
 #include "tarnlib/loggingplugin.h"
 
 namespace {
 
-constexpr const char* kJournalOption = "sampleJournal";
+constexpr const char* kJournalOption = " -sampleJournal ";
 constexpr const char* kCategories = "32";  // entries of the categories 0 to 31 are handed over
 
 std::FILE* journal = nullptr;
@@ -21,6 +20,20 @@ char* CopyOf(const char* text) {
     return copy;
 }
 
+// The option's value in a command line: a word, or what stands in double quotes.
+bool FindJournal(const char* options, char* path, std::size_t room) {
+    const char* value = std::strstr(options, kJournalOption);
+    if (value == nullptr) return false;
+    value += std::strlen(kJournalOption);
+    const bool isQuoted = *value == '"';
+    if (isQuoted) ++value;
+    const std::size_t length = std::strcspn(value, isQuoted ? "\"" : " ");
+    if (length >= room) return false;
+    std::memcpy(path, value, length);
+    path[length] = '\0';
+    return true;
+}
+
 }  // namespace
 
 extern "C" {
@@ -30,9 +43,9 @@ __declspec(dllexport) int GetDLLVersion() {
 }
 
 __declspec(dllexport) int Initialize(const char* options) {
-    TarnLibA500::SAnsiString path;
-    if (!TarnLibA500::CParamLineArgs(options).Lookup(kJournalOption, path)) return 0;
-    journal = std::fopen(path.getString(), "ab");
+    char path[512];
+    if (!FindJournal(options, path, sizeof path)) return 0;
+    journal = std::fopen(path, "ab");
     return journal != nullptr ? 1 : 0;
 }
 

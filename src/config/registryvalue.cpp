@@ -31,6 +31,16 @@ SAnsiString Expanded(const std::wstring& text) {
     return SAnsiString();
 }
 
+using Enumerate = LONG (*)(HKEY, DWORD, wchar_t*, DWORD&);
+
+bool NameAt(Enumerate enumerate, DWORD room, HKEY key, DWORD index, std::wstring& name) {
+    DWORD units = room;
+    name.resize(units);
+    const bool isThere = enumerate(key, index, name.data(), units) == ERROR_SUCCESS;
+    name.resize(isThere ? units : 0);
+    return isThere;
+}
+
 SAnsiString Number(const Raw& value) {
     DWORD number = 0;
     if (value.bytes.size() != sizeof number) return SAnsiString();
@@ -67,19 +77,11 @@ SAnsiString TextOf(const Raw& value) {
 }
 
 bool KeyName(HKEY key, DWORD index, std::wstring& name) {
-    DWORD units = kMaxKeyName;
-    name.resize(units);
-    if (osregistry::EnumKey(key, index, name.data(), units) != ERROR_SUCCESS) return false;
-    name.resize(units);
-    return true;
+    return NameAt(&osregistry::EnumKey, kMaxKeyName, key, index, name);
 }
 
 bool ValueName(HKEY key, DWORD index, std::wstring& name) {
-    DWORD units = kMaxValueName;
-    name.resize(units);
-    if (osregistry::EnumValue(key, index, name.data(), units) != ERROR_SUCCESS) return false;
-    name.resize(units);
-    return true;
+    return NameAt(&osregistry::EnumValue, kMaxValueName, key, index, name);
 }
 
 }  // namespace TarnLibA500::registryvalue

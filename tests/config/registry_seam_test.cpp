@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "config/osregistry.h"
 #include "support/alloc_hooks.h"
 #include "support/assert_recorder.h"
@@ -8,8 +10,17 @@
 
 using namespace TarnLibA500;
 
+namespace {
+
+SAnsiStringCI KeyPath(const char* name) {
+    const std::string process = std::to_string(GetCurrentProcessId());
+    return ("Software\\tarnlib-test\\" + process + name).c_str();
+}
+
+}  // namespace
+
 TEST(RegistryCalls, AKeyIsOpenedOnce) {
-    Registry settings("Software\\tarnlib-test\\calls", "calls", HKEY_CURRENT_USER, true);
+    Registry settings(KeyPath("calls"), "calls", HKEY_CURRENT_USER, true);
     settings.WriteValue("v", 1UL);
     settings.ReadValue("v");
     const unsigned long opens = osregistry::OpensSoFar();
@@ -24,14 +35,14 @@ TEST(RegistryCalls, WhicheverFailsTheResultSaysSo) {
     tarntest::AssertRecorder recorder;
     for (unsigned long nth = 1; nth < 8; ++nth) {
         osregistry::FailCall(nth, ERROR_NOT_ENOUGH_MEMORY);
-        Registry settings("Software\\tarnlib-test\\faults", "faults", HKEY_CURRENT_USER, false);
+        Registry settings(KeyPath("faults"), "faults", HKEY_CURRENT_USER, false);
         const bool isWritten = settings.WriteValue("v", 7UL);
         const SAnsiString read = settings.ReadValue("v");
         const bool isDeleted = settings.DeleteKey();
         osregistry::FailCall(0, 0);
         EXPECT_TRUE(read == "7" || read.isEmpty()) << nth;
         EXPECT_TRUE((isWritten && read == "7" && isDeleted) || nth <= 6) << nth;
-        Registry("Software\\tarnlib-test\\faults", "", HKEY_CURRENT_USER, false).DeleteKey();
+        Registry(KeyPath("faults"), "", HKEY_CURRENT_USER, false).DeleteKey();
     }
 }
 

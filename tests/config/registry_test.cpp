@@ -3,11 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "support/assert_recorder.h"
 #include "support/print_strings.h"
+#include "support/scratch_folder.h"
 #include "tarnlib/senvironment.h"
 
 #include <windows.h>
@@ -35,11 +39,26 @@ class RegistryKeys : public testing::Test {
         _pclose(pipe);
         return text;
     }
+    /// What the system's tool exports of the key: UTF-16, of which the ASCII part is kept.
+    std::string exported() const {
+        const std::string file = (tarntest::MakeScratchFolder("registry") / "export.reg").string();
+        Reg("export " + path() + " \"" + file + "\" /y");
+        std::ifstream in(file, std::ios::binary);
+        std::string text;
+        for (char c = 0; in.get(c);) text += c > 0 ? std::string(1, c) : std::string();
+        return text;
+    }
+    static std::vector<BYTE> Utf16(const std::string& text) {
+        std::vector<BYTE> bytes;
+        for (const char c : text) bytes.insert(bytes.end(), {static_cast<BYTE>(c), 0});
+        return bytes;
+    }
     void setRaw(const char* name, DWORD type, const std::vector<BYTE>& bytes) const {
         HKEY raw = nullptr;
         RegCreateKeyExA(HKEY_CURRENT_USER, top_.getString(), 0, nullptr, 0, KEY_WRITE, nullptr, &raw,
                         nullptr);
-        RegSetValueExA(raw, name, 0, type, bytes.data(), static_cast<DWORD>(bytes.size()));
+        RegSetValueExW(raw, std::wstring(name, name + std::strlen(name)).c_str(), 0, type, bytes.data(),
+                       static_cast<DWORD>(bytes.size()));
         RegCloseKey(raw);
     }
 
@@ -79,18 +98,20 @@ TEST_F(RegistryKeys, ValuesOfEveryKind) {
     EXPECT_EQ(settings.ReadValue("large"), large);
     EXPECT_TRUE(settings.WriteValue("empty", SAnsiString()));
     setRaw("none at all", REG_SZ, {});
-    setRaw("unterminated", REG_SZ, {'a', 'b'});
+    setRaw("unterminated", REG_SZ, {'a', 0, 'b', 0});
     setRaw("short number", REG_DWORD, {1, 2, 3});
     setRaw("binary", REG_BINARY, {'a', 0});
     setRaw("several", REG_MULTI_SZ, {'a', 0, 'b', 0, 0});
     EXPECT_EQ(settings.ReadValue("unterminated"), "ab");
     for (const char* name : {"empty", "none at all", "short number", "binary", "several", "missing"})
         EXPECT_EQ(settings.ReadValue(name), "") << name;
+    EXPECT_NE(exported().find("\"binary\"=hex:61,00"), std::string::npos) << exported();
+    EXPECT_NE(exported().find("\"large\"=\"" + std::string(5000, 'x') + "\""), std::string::npos);
     tarntest::AssertRecorder recorder;
-    setRaw("expands", REG_EXPAND_SZ, std::vector<BYTE>(259, 'y'));
+    setRaw("expands", REG_EXPAND_SZ, Utf16(std::string(259, 'y')));
     EXPECT_EQ(settings.ReadValue("expands").getLength(), 259U);
     EXPECT_EQ(recorder.count(), 0U);
-    setRaw("expands", REG_EXPAND_SZ, std::vector<BYTE>(260, 'y'));
+    setRaw("expands", REG_EXPAND_SZ, Utf16(std::string(260, 'y')));
     EXPECT_EQ(settings.ReadValue("expands"), "");
     EXPECT_TRUE(recorder.sawLast("registry", "numChars && numChars <= MAX_PATH"));
 }

@@ -10,6 +10,7 @@
 
 #include "support/assert_recorder.h"
 #include "support/print_strings.h"
+#include "support/scratch_folder.h"
 #include "tarnlib/senvironment.h"
 #include "tarnlib/sstackwalk.h"
 #include "tarnlib/straceobj.h"
@@ -24,10 +25,7 @@ namespace fs = std::filesystem;
 
 class Logging : public testing::Test {
   protected:
-    void SetUp() override {
-        folder_ = fs::temp_directory_path() / "tarnlib-slogger" / "log files";
-        fs::remove_all(folder_.parent_path());
-    }
+    void SetUp() override { folder_ = tarntest::MakeScratchFolder("slogger") / "log files"; }
     void TearDown() override {
         for (; started_ > 0; --started_) SLogger::Terminate();
         SEnvironment::Remove("ZQE_LOGGER_ENVIRONMENT");
@@ -159,7 +157,6 @@ TEST_F(Logging, TakesUpAChangedIniFile) {
 }
 
 TEST_F(Logging, GoesOnWithoutItsDirectory) {
-    fs::create_directories(folder_.parent_path());
     std::ofstream(folder_.parent_path() / "log files") << "a file in the way";
     testing::internal::CaptureStderr();
     start("-trace d");

@@ -10,6 +10,7 @@
 #include "diag/loggeroptions.h"
 #include "diag/tracelevels.h"
 #include "support/case_file.h"
+#include "support/scratch_folder.h"
 #include "tarnlib/sassert.h"
 #include "tarnlib/straceobj.h"
 
@@ -24,10 +25,7 @@ namespace fs = std::filesystem;
 /// The engine in a folder of its own, open for as long as the object lives.
 class OpenBridge {
   public:
-    explicit OpenBridge(const std::string& options)
-        : folder_(fs::temp_directory_path() / "tarnlib-tracebridge") {
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
+    explicit OpenBridge(const std::string& options) : folder_(tarntest::MakeScratchFolder("tracebridge")) {
         CParamLineTracker tracker(ParseLoggerOptions((options + " -tracecmpname unit").c_str()));
         TraceOptions read = ReadTraceOptions(tracker);
         read.noThread = true;  // every line is written at once

@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/scratch_folder.h"
 #include "tracelog/osfile.h"
 
 #include <windows.h>
@@ -29,10 +30,7 @@ class Text : public TextTarget {
 /// The engine, writing everything into a folder of its own.
 class TraceLogs : public testing::Test {
   protected:
-    void SetUp() override {
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
-    }
+    void SetUp() override { folder_ = tarntest::MakeScratchFolder("tracelog"); }
     void TearDown() override {
         osfile::FailCall(0, 0);
         DeviceAdmin::get().close_all();
@@ -85,7 +83,7 @@ class TraceLogs : public testing::Test {
         return count;
     }
 
-    fs::path folder_ = fs::temp_directory_path() / "tarnlib-tracelog";
+    fs::path folder_;
 };
 
 }  // namespace

@@ -1,10 +1,11 @@
 #include <algorithm>
 #include <clocale>
 
+#include "assertwatch.h"
+#include "codepagetext.h"
 #include "command.h"
 #include "options.h"
 #include "system.h"
-#include "tarnlib/sassert.h"
 #include "tarnlib/sdatetimeconv.h"
 
 namespace tarn {
@@ -19,59 +20,22 @@ constexpr const char* kUsualPattern = "yyyy-MM-dd@HH:mm:ss.SS";
 constexpr const char* kHelp =
     "[-format PATTERN] [-zone RULES] [-parse TEXT] [-add SPAN]\n\n"
     "Shows a moment: now, or the one that TEXT tells.\n\n"
-    "  -format PATTERN    y M d H h m s S t g stand for parts, as in yyyy-MM-dd@HH:mm:ss.SS (the usual one) "
-    "or\n"
-    "                     \"dddd, d MMMM yyyy, h:mm tt\"; what stands in quotes is copied\n"
+    "  -format PATTERN    y M d H h m s S t g stand for parts, as in yyyy-MM-dd@HH:mm:ss.SS (the usual\n"
+    "                     one) or \"dddd, d MMMM yyyy, h:mm tt\"; what stands in quotes is copied\n"
     "  -zone RULES        the zone for reading and showing: local (the usual one), utc, or rules such as\n"
     "                     \"CET,-60,CEST,-120,M3.5.0/02:00,M10.5.0/03:00\" (minutes west of Greenwich)\n"
-    "  -parse TEXT        yyyy-MM-dd, yyyy/MM/dd or yyyyMMdd, then T, @ or a blank and HH:mm[:ss[.f]], then "
-    "Z "
-    "or\n"
-    "                     +hh:mm or -hh:mm, which comes before the zone\n"
+    "  -parse TEXT        yyyy-MM-dd, yyyy/MM/dd or yyyyMMdd, then T, @ or a blank and HH:mm[:ss[.f]], then\n"
+    "                     Z, +hh:mm or -hh:mm, which comes before the zone\n"
     "  -add SPAN          adds days, hours, minutes, seconds and milliseconds: 1d2h30m, -90m, 250ms\n\n"
     "Exit status: 0; 1 when TEXT is no date, or the sum beyond all dates.\n";
-
-// The library reports rules that it cannot read by assertion.
-class RulesWatch {
-  public:
-    RulesWatch() {
-        refused = false;
-        sink_.assertion = [](const char*) { refused = true; };
-        before_ = TarnLibA500::InstallDiagnosticSink(&sink_);
-    }
-    ~RulesWatch() { TarnLibA500::InstallDiagnosticSink(before_); }
-    RulesWatch(const RulesWatch&) = delete;
-    RulesWatch& operator=(const RulesWatch&) = delete;
-    bool sawRefusal() const { return refused; }
-
-  private:
-    static inline bool refused = false;
-    TarnLibA500::SDiagnosticSink sink_;
-    const TarnLibA500::SDiagnosticSink* before_;
-};
-
-/// Texts come in UTF-8; the library works in the code page of the C locale.
-SAnsiString FromUtf8(const std::string& text) {
-    SAnsiString converted;
-    if (!converted.fromUTF8(text.c_str())) throw Failure("\"" + text + "\" is beyond the system's code page");
-    return converted;
-}
-
-std::string ToUtf8(const SAnsiString& text) {
-    std::string converted(text.getNBytesForUTF8(), '\0');
-    text.toUTF8(converted.data(), static_cast<std::uint32_t>(converted.size()));
-    converted.resize(converted.find('\0'));
-    return converted;
-}
 
 STimeZone FindZone(const std::string& rules) {
     const TarnLibA500::SAnsiStringCI name(rules.c_str());
     if (rules.empty() || name == "local") return STimeZone::TZ_Local();
     if (name == "utc") return STimeZone::TZ_UTC();
-    const RulesWatch watch;
-    const STimeZone zone(FromUtf8(rules));
-    if (watch.sawRefusal())
-        throw Failure("-zone: \"" + rules + "\" are no rules; tarn date -help shows some");
+    const AssertWatch watch;  // rules that cannot be read are reported
+    const STimeZone zone(CodePageText(rules, "-zone"));
+    if (watch.sawOne()) throw Failure("-zone: \"" + rules + "\" are no rules; tarn date -help shows some");
     return zone;
 }
 
@@ -126,7 +90,7 @@ ExitStatus ShowDate(const Words& arguments) {
         return kNo;
     }
     const std::string pattern = options.has("format") ? options.value("format") : kUsualPattern;
-    Print(ToUtf8(value.Format(FromUtf8(pattern).getString(), zone)) + "\n");
+    Print(Utf8Text(value.Format(CodePageText(pattern, "-format").getString(), zone)) + "\n");
     return kYes;
 }
 

@@ -12,11 +12,9 @@ using TarnLibA500::SIArray;
 
 constexpr const char* kHelp =
     "PROGRAM [WORD]... | \"LINE\"\n\n"
-    "Shows what a command line is parsed into and rebuilt to. Several words are taken as they are, as a "
-    "program gets "
-    "them;\n"
-    "a single one is taken for a whole command line and parted into words. Logging options are shown like "
-    "all others.\n"
+    "Shows what a command line is parsed into and rebuilt to. Several words are taken as they are, as a\n"
+    "program gets them; a single one is taken for a whole command line and parted into words. Logging\n"
+    "options are shown like all others.\n"
     "Exit status: 0; 1 when there are no options.\n";
 
 CParamLineArgs Parse(const Words& words) {

@@ -16,12 +16,10 @@ using TarnLibA500::SAnsiStringCI;
 
 constexpr const char* kHelp =
     "-key K [-value V] [-set T | -setnumber N | -delete | -list | -copy K2]\n\n"
-    "Reads and changes the registry. K begins with HKLM, HKCU, HKCR, HKU or HKCC (or their long names) and "
-    "a\n"
-    "backslash.\n\n"
-    "  -value V      prints the value; with -set or -setnumber writes it as text or number; with -delete "
-    "deletes it;\n"
-    "                with -copy copies it to the key K2\n"
+    "Reads and changes the registry. K begins with HKLM, HKCU, HKCR, HKU or HKCC (or their long names) and\n"
+    "a backslash.\n\n"
+    "  -value V      prints the value; with -set or -setnumber writes it as text or number; with -delete\n"
+    "                deletes it; with -copy copies it to the key K2\n"
     "  -list         prints the key's sub-keys and values\n"
     "  -delete       without -value: deletes the key, which must have no sub-keys\n"
     "  -copy K2      without -value: copies the key with everything below it to K2\n\n"

@@ -1,6 +1,6 @@
+#include "assertwatch.h"
 #include "command.h"
 #include "system.h"
-#include "tarnlib/sassert.h"
 #include "tarnlib/sversion.h"
 
 namespace tarn {
@@ -13,28 +13,9 @@ constexpr const char* kHelp =
     "as numbers; when all common ones agree, more components win.\n"
     "Exit status: 0; 1 when a component that was compared is no number (it counts as 0).\n";
 
-// The library reports such a component by assertion.
-class NoNumberWatch {
-  public:
-    NoNumberWatch() {
-        seen = false;
-        sink_.assertion = [](const char*) { seen = true; };
-        before_ = TarnLibA500::InstallDiagnosticSink(&sink_);
-    }
-    ~NoNumberWatch() { TarnLibA500::InstallDiagnosticSink(before_); }
-    NoNumberWatch(const NoNumberWatch&) = delete;
-    NoNumberWatch& operator=(const NoNumberWatch&) = delete;
-    bool sawOne() const { return seen; }
-
-  private:
-    static inline bool seen = false;
-    TarnLibA500::SDiagnosticSink sink_;
-    const TarnLibA500::SDiagnosticSink* before_;
-};
-
 ExitStatus CompareVersions(const Words& arguments) {
     if (arguments.size() != 2) throw Failure("two versions are needed");
-    const NoNumberWatch watch;
+    const AssertWatch watch;  // a component that is no number is reported
     const int order = TarnLibA500::SVersion::CompareVersions(arguments[0].c_str(), arguments[1].c_str());
     const char* const relation = order < 0 ? " is lower than " : order > 0 ? " is higher than " : " equals ";
     Print(std::to_string(order) + "\n" + arguments[0] + relation + arguments[1] + "\n");

@@ -25,77 +25,79 @@ namespace TarnLibA500 {
 
 class TARN_API Registry {
   public:
-    /// The sub-keys of a key, in the system's order. The iterator has a handle of its own, and is true while
-    /// it stands on an entry. A sub-key that is deleted under way moves the ones behind it up.
-    class TARN_API KeyIterator {
+    /// What both kinds of iterators are: a position among the entries of a key. It has a handle of its own
+    /// and is true while it stands on an entry. An entry that is deleted under way moves the ones behind it
+    /// up.
+    class TARN_API Iterator {
+      public:
+        Iterator(const Iterator&) = delete;
+        Iterator& operator=(const Iterator&) = delete;
+
+        explicit operator bool() const noexcept { return isOnEntry_; }
+        /// The name of the entry, here twice because there are two words for it. Empty for a key's default
+        /// value.
+        const SAnsiStringCI& GetKey() const noexcept { return name_; }
+        const SAnsiStringCI& GetName() const noexcept { return name_; }
+
+        /// Takes over the other's handle and position, and leaves it on no entry.
+        void consume(Iterator& other) noexcept;
+        /// Gives the handle up to the caller, who closes it, and stands on no entry.
+        HKEY detach() noexcept;
+
+      protected:
+        Iterator() noexcept = default;
+        explicit Iterator(HKEY key) noexcept : key_(key) {}
+        ~Iterator();
+
+        HKEY key_ = nullptr;
+        unsigned long next_ = 0;  ///< the index of the next entry
+        bool isOnEntry_ = false;
+        SAnsiStringCI name_;
+        SAnsiString value_;
+    };
+
+    /// The sub-keys of a key, in the system's order.
+    class TARN_API KeyIterator : public Iterator {
       public:
         /// Stands on no entry.
         KeyIterator() noexcept = default;
         KeyIterator(KeyIterator&& other) noexcept { consume(other); }
-        KeyIterator& operator=(KeyIterator&& other) noexcept;
-        KeyIterator(const KeyIterator&) = delete;
-        KeyIterator& operator=(const KeyIterator&) = delete;
-        ~KeyIterator();
-
-        explicit operator bool() const noexcept { return isOnEntry_; }
+        KeyIterator& operator=(KeyIterator&& other) noexcept {
+            consume(other);
+            return *this;
+        }
         KeyIterator& operator++() {
             NextKey();
             return *this;
         }
         /// Goes to the next sub-key; false behind the last.
         bool NextKey();
-        const SAnsiStringCI& GetKey() const noexcept { return name_; }
-        const SAnsiStringCI& GetName() const noexcept { return name_; }
-
-        /// Takes over the other's handle and position, and leaves it on no entry.
-        void consume(KeyIterator& other) noexcept;
-        /// Gives the handle up to the caller, who closes it, and stands on no entry.
-        HKEY detach() noexcept;
 
       private:
         friend class Registry;
         explicit KeyIterator(HKEY key);
-
-        HKEY key_ = nullptr;
-        unsigned long index_ = 0;
-        bool isOnEntry_ = false;
-        SAnsiStringCI name_;
     };
 
-    /// The values of a key with their texts, as ReadValue gives them. The rest is as with KeyIterator.
-    class TARN_API ValueIterator {
+    /// The values of a key with their texts, as ReadValue gives them.
+    class TARN_API ValueIterator : public Iterator {
       public:
         ValueIterator() noexcept = default;
         ValueIterator(ValueIterator&& other) noexcept { consume(other); }
-        ValueIterator& operator=(ValueIterator&& other) noexcept;
-        ValueIterator(const ValueIterator&) = delete;
-        ValueIterator& operator=(const ValueIterator&) = delete;
-        ~ValueIterator();
-
-        explicit operator bool() const noexcept { return isOnEntry_; }
+        ValueIterator& operator=(ValueIterator&& other) noexcept {
+            consume(other);
+            return *this;
+        }
         ValueIterator& operator++() {
             NextValue();
             return *this;
         }
         /// Goes to the next value; false behind the last.
         bool NextValue();
-        /// Empty for the key's default value.
-        const SAnsiStringCI& GetName() const noexcept { return name_; }
-        const SAnsiStringCI& GetKey() const noexcept { return name_; }
         const SAnsiString& GetValue() const noexcept { return value_; }
-
-        void consume(ValueIterator& other) noexcept;
-        HKEY detach() noexcept;
 
       private:
         friend class Registry;
         explicit ValueIterator(HKEY key);
-
-        HKEY key_ = nullptr;
-        unsigned long index_ = 0;
-        bool isOnEntry_ = false;
-        SAnsiStringCI name_;
-        SAnsiString value_;
     };
 
     /// The key is not touched yet. "name" is what GetKeyName shows to people. With "create" the key is made
