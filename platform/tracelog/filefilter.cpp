@@ -12,9 +12,11 @@ struct ByFileLine::Files {
         std::string shown;  ///< as it was given
         std::string directory;
         std::string name;
+        bool operator==(const File&) const = default;
     };
     bool isInverted = false;
     std::vector<File> files;
+    bool operator==(const Files&) const = default;
 };
 
 namespace {
@@ -88,6 +90,10 @@ bool ByFileLine::predicate(const char* file, int) const {
     return files_->isInverted;
 }
 
+bool ByFileLine::isSameAs(const ByFileLine& other) const {
+    return *files_ == *other.files_;
+}
+
 void ByFileLine::print(TextTarget& out) const {
     std::string text = files_->files.empty() ? "  all files"
                        : files_->isInverted  ? "  all files except:"
@@ -109,7 +115,9 @@ bool detail::PassesFilter(const char* file, int line) {
 }
 
 void detail::PublishFilter(const ByFileLine& filter) {
-    FilterInEffect().publish(filter);
+    const ByFileLine* const before = FilterInEffect().get();
+    const bool isNews = before != nullptr ? !filter.isSameAs(*before) : !filter.isSameAs(ByFileLine());
+    if (isNews) FilterInEffect().publish(filter);  // every version is kept
 }
 
 void detail::PrintFilter(TextTarget& out) {

@@ -81,6 +81,7 @@ class ByFileLine {
     /// True when the event passes. With no file set everything passes. An event without a file passes only
     /// when inverted.
     TRACELOG_API bool predicate(const char* file, int line) const;
+    TRACELOG_API bool isSameAs(const ByFileLine& other) const;
     /// One line a file, "  directory\name"; first "  all files except:" when inverted, "  all files" when
     /// empty.
     TRACELOG_API void print(TextTarget& out) const;

@@ -61,8 +61,10 @@ std::vector<std::wstring> Names(HKEY key, NameAt nameAt) {
 bool CopyRaw(HKEY from, const wchar_t* name, HKEY to) {
     registryvalue::Raw value;
     if (registryvalue::Read(from, name, value) != ERROR_SUCCESS) return false;
-    return osregistry::Set(to, name, value.type, value.bytes.data(),
-                           static_cast<DWORD>(value.bytes.size())) == ERROR_SUCCESS;
+    const auto bytes = static_cast<DWORD>(value.bytes.size());
+    // The system looks at the unit behind a text without terminator, and adds it to the text when it is zero.
+    value.bytes.insert(value.bytes.end(), {0xFF, 0xFF});
+    return osregistry::Set(to, name, value.type, value.bytes.data(), bytes) == ERROR_SUCCESS;
 }
 
 bool CopyBelow(HKEY from, HKEY to, int depth) {

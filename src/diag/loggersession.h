@@ -20,6 +20,7 @@ class LoggerSession {
     LoggerSession& operator=(const LoggerSession&) = delete;
 
     SAnsiString getCmdLine() const;
+    bool hasPlugins() const { return !plugins_.isEmpty(); }
     void logToPlugins(int level, int category, unsigned long message, const SAnsiString& text,
                       const SIArray<SAnsiString>& arguments) const;
 

@@ -60,10 +60,13 @@ void Terminate() {
 
 void Log(loglevel level, logcategory category, unsigned long message, const SIArray<SAnsiString>& arguments) {
     const bool isTraced = MayTrace(kLogLevel) && ShouldTrace(kLogLevel, kUnit);
+    const JTCSynchronized lock(State().lock);
+    const LoggerSession* const session = State().session;
+    const bool hasPlugins = session != nullptr && session->hasPlugins();
+    if (!isTraced && !hasPlugins) return;
     const SAnsiString line = LogLine(level, category, message, arguments);
     if (isTraced) EmitTraceText(kLogLevel, kUnit, 0, line.getString());
-    const JTCSynchronized lock(State().lock);
-    if (State().session != nullptr) State().session->logToPlugins(level, category, message, line, arguments);
+    if (hasPlugins) session->logToPlugins(level, category, message, line, arguments);
 }
 
 SAnsiString GetCmdLine() {

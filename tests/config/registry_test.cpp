@@ -53,12 +53,14 @@ class RegistryKeys : public testing::Test {
         for (const char c : text) bytes.insert(bytes.end(), {static_cast<BYTE>(c), 0});
         return bytes;
     }
-    void setRaw(const char* name, DWORD type, const std::vector<BYTE>& bytes) const {
+    void setRaw(const char* name, DWORD type, std::vector<BYTE> bytes) const {
         HKEY raw = nullptr;
         RegCreateKeyExA(HKEY_CURRENT_USER, top_.getString(), 0, nullptr, 0, KEY_WRITE, nullptr, &raw,
                         nullptr);
-        RegSetValueExW(raw, std::wstring(name, name + std::strlen(name)).c_str(), 0, type, bytes.data(),
-                       static_cast<DWORD>(bytes.size()));
+        const auto size = static_cast<DWORD>(bytes.size());
+        bytes.insert(bytes.end(), {0xFF, 0xFF});  // the system looks there for a terminator
+        const std::wstring wideName(name, name + std::strlen(name));
+        RegSetValueExW(raw, wideName.c_str(), 0, type, bytes.data(), size);
         RegCloseKey(raw);
     }
 
@@ -161,6 +163,7 @@ TEST_F(RegistryKeys, KeysAndValuesAreEnumeratedAndDeleted) {
 
 TEST_F(RegistryKeys, CopiesAreExact) {
     setRaw("binary", REG_BINARY, {1, 0, 255});
+    setRaw("unterminated", REG_SZ, {'a', 0});
     key("\\below\\deep").WriteValue("v", SAnsiString("text"));
     const SAnsiString copy = top_ + "-copy";
     EXPECT_TRUE(Registry::CopyKey(HKEY_CURRENT_USER, top_.getString(), HKEY_CURRENT_USER, copy.getString()));
@@ -168,6 +171,9 @@ TEST_F(RegistryKeys, CopiesAreExact) {
               std::string::npos);
     EXPECT_EQ(Registry((copy + "\\below\\deep").getString(), "", HKEY_CURRENT_USER, false).ReadValue("v"),
               "text");
+    DWORD bytes = 0;
+    RegGetValueA(HKEY_CURRENT_USER, copy.getString(), "unterminated", RRF_RT_ANY, nullptr, nullptr, &bytes);
+    EXPECT_EQ(bytes, 2U);  // with the terminator that this call adds
     EXPECT_TRUE(Registry::CopyValue(HKEY_CURRENT_USER, top_.getString(), "binary", HKEY_CURRENT_USER,
                                     (copy + "\\other").getString()));
     EXPECT_FALSE(Registry::CopyValue(HKEY_CURRENT_USER, top_.getString(), "missing", HKEY_CURRENT_USER,

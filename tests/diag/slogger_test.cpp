@@ -189,3 +189,17 @@ TEST(StackWalks, NameTheExportedFunctionsOnTheStack) {
         << inside.getString();
 #endif
 }
+
+TEST(StackWalks, StartFromAnExceptionToo) {
+    CONTEXT context{};
+    RtlCaptureContext(&context);
+    EXCEPTION_RECORD record{};
+    EXCEPTION_POINTERS pointers{&record, &context};
+    SAnsiString text("before: ");
+    EXPECT_TRUE(SStackWalk::StackWalkAll(text, 0, &pointers));
+    EXPECT_EQ(text.left(17), "before:   0 tarn_") << text.getString();
+    context.Eip = context.Ebp = 0;
+    text.empty();
+    EXPECT_FALSE(SStackWalk::StackWalkAll(text, 0, &pointers));
+    EXPECT_EQ(text.left(57), "Could not generate the stack dump because of an error: " + text.mid(55, 2));
+}
