@@ -173,7 +173,7 @@ TEST_F(RegistryKeys, CopiesAreExact) {
               "text");
     DWORD bytes = 0;
     RegGetValueA(HKEY_CURRENT_USER, copy.getString(), "unterminated", RRF_RT_ANY, nullptr, nullptr, &bytes);
-    EXPECT_EQ(bytes, 2U);  // with the terminator that this call adds
+    EXPECT_EQ(bytes, 1U);  // still without a terminator
     EXPECT_TRUE(Registry::CopyValue(HKEY_CURRENT_USER, top_.getString(), "binary", HKEY_CURRENT_USER,
                                     (copy + "\\other").getString()));
     EXPECT_FALSE(Registry::CopyValue(HKEY_CURRENT_USER, top_.getString(), "missing", HKEY_CURRENT_USER,
