@@ -31,7 +31,7 @@ help:
 	@echo "make coverage    lines covered by the tests"
 	@echo "make format      format the sources; check-format only looks"
 	@echo "make layers      includes against the order of the areas"
-	@echo "make tidy        clang-tidy over src and tools"
+	@echo "make tidy        clang-tidy over src, platform, examples and tools"
 	@echo "make exports     write docs/exports.txt anew"
 	@echo "make clean       remove build"
 

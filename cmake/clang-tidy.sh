@@ -1,12 +1,12 @@
 #!/bin/bash
 # clang-tidy over our sources with the compile commands of a build folder.
 #
-#   clang-tidy.sh BUILD_FOLDER [FILE...]     without files: all of src and tools
+#   clang-tidy.sh BUILD_FOLDER [FILE...]     without files: all of src, platform, examples and tools
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=$1
 shift
-[ $# -gt 0 ] || set -- src/*/*.cpp tools/*/*.cpp
+[ $# -gt 0 ] || set -- src/*/*.cpp platform/*/*.cpp examples/*/*.cpp tools/*/*.cpp
 gcc=$(dirname "$(i686-w64-mingw32-g++-posix -print-libgcc-file-name)")/include
 options=(
     --extra-arg-before=--target=i686-w64-mingw32

@@ -18,9 +18,9 @@ class Published {
   public:
     /// Null before the first.
     const T* get() const { return current_.load(std::memory_order_acquire); }
-    void publish(T value) {
+    void publish(const T& value) {
         const std::lock_guard<std::mutex> guard(mutex_);
-        versions_.push_back(std::make_unique<const T>(std::move(value)));
+        versions_.push_back(std::make_unique<const T>(value));
         current_.store(versions_.back().get(), std::memory_order_release);
     }
 

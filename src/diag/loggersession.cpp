@@ -7,7 +7,6 @@
 #include "diag/tracebridge.h"
 #include "diag/tracestateupdater.h"
 #include "diag/tracetext.h"
-#include "diag/unlogged.h"
 #include "tarnlib/pathparts.h"
 
 #include <windows.h>
@@ -70,7 +69,8 @@ TraceOptions LoggerSession::readOptions() const {
 void LoggerSession::openLog(const TraceOptions& options) {
     if (options.verbose)
         PrintToStandardOutput("Admin before TraceBridge::Initialize: " + DescribeEngine() + "\n");
-    if (!MakeLogDirectory(directory_)) ReportUnlogged(LogDirectoryFailure(directory_).getString());
+    if (!MakeLogDirectory(directory_))
+        TraceBridge::UnloadedAssert(LogDirectoryFailure(directory_).getString());
     TraceBridge::Initialize(options, directory_);
     if (options.verbose) PrintToStandardOutput("TraceLog state:\n" + DescribeEngine() + "\n");
 }

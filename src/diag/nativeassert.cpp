@@ -1,5 +1,6 @@
 #include "diag/nativeassert.h"
 
+#include <bit>
 #include <cstdlib>
 
 #include <windows.h>
@@ -13,8 +14,7 @@ using MessageBoxFunction = int(WINAPI*)(HWND, LPCSTR, LPCSTR, UINT);
 MessageBoxFunction FindMessageBox() {
     const HMODULE windows = LoadLibraryExW(L"user32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
     if (windows == nullptr) return nullptr;
-    return reinterpret_cast<MessageBoxFunction>(
-        reinterpret_cast<void*>(GetProcAddress(windows, "MessageBoxA")));
+    return std::bit_cast<MessageBoxFunction>(GetProcAddress(windows, "MessageBoxA"));
 }
 
 }  // namespace

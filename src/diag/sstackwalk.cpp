@@ -46,7 +46,8 @@ void CollectFromException(const EXCEPTION_POINTERS& exception, Frames& frames) {
     const CONTEXT& context = *exception.ContextRecord;
     frames.add(reinterpret_cast<const void*>(static_cast<std::uintptr_t>(context.Eip)));
     auto frame = reinterpret_cast<const void* const*>(static_cast<std::uintptr_t>(context.Ebp));
-    while (IsReadable(frame) && IsReadable(frame + 1) && frames.add(frame[1])) {
+    while (IsReadable(static_cast<const void*>(frame)) && IsReadable(static_cast<const void*>(frame + 1)) &&
+           frames.add(frame[1])) {
         const auto caller = static_cast<const void* const*>(frame[0]);
         if (caller <= frame) return;
         frame = caller;

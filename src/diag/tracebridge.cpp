@@ -5,6 +5,7 @@
 #include "diag/nativeassert.h"
 #include "diag/tracelevels.h"
 #include "diag/tracetext.h"
+#include "diag/unlogged.h"
 #include "tarnlib/sassert.h"
 #include "tarnlib/sstackwalk.h"
 #include "tarnlib/sstringconv.h"
@@ -187,6 +188,10 @@ bool TraceBridge::Trace(int level, const char* text, const char* file, int line,
         return false;
     }
     return true;
+}
+
+void TraceBridge::UnloadedAssert(const char* text) {
+    ReportUnlogged(text);
 }
 
 bool TraceBridge::CanStackDump() {

@@ -27,6 +27,9 @@ class TraceBridge {
     /// Writes a text of a level; false for a number that is no level.
     static bool Trace(int level, const char* text, const char* file, int line, unsigned flags);
 
+    /// Reports a text while the engine is not open: to a debugger and on standard error.
+    static void UnloadedAssert(const char* text);
+
     static bool CanStackDump();
     static bool IsNativeAssert();
 };

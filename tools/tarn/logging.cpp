@@ -37,6 +37,7 @@ SAnsiString LibraryText(const std::string& word) {
 
 CParamLineArgs Parse(const Words& words) {
     std::vector<SAnsiString> texts;
+    texts.reserve(words.size());
     for (const std::string& word : words) texts.push_back(LibraryText(word));
     std::string program = "tarn";
     std::vector<char*> pointers = {program.data()};

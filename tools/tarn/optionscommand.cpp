@@ -20,8 +20,10 @@ constexpr const char* kHelp =
 CParamLineArgs Parse(const Words& words) {
     if (words.size() == 1) return CParamLineArgs(CodePageText(words[0], "the line"));
     std::vector<SAnsiString> texts;
+    texts.reserve(words.size());
     for (const std::string& word : words) texts.push_back(CodePageText(word, "a word"));
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (SAnsiString& text : texts) pointers.push_back(text.detach());
     pointers.push_back(nullptr);
     return CParamLineArgs(static_cast<int>(words.size()), pointers.data());
