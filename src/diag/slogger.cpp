@@ -1,6 +1,6 @@
 #include "tarnlib/slogger.h"
 
-#include "diag/loggersession.h"
+#include "diag/activelogger.h"
 #include "diag/require.h"
 #include "diag/tracebridge.h"
 #include "diag/tracetext.h"
@@ -17,7 +17,7 @@ constexpr int kLogLevel = 0;
 struct LoggerState {
     JTCMonitor lock;
     int initializations = 0;
-    LoggerSession* session = nullptr;
+    ActiveLogger* active = nullptr;
 };
 
 LoggerState& State() {
@@ -40,7 +40,7 @@ namespace SLogger {
 bool Initialize(const CParamLineArgs& args) {
     LoggerState& state = State();
     const JTCSynchronized lock(state.lock);
-    if (state.session == nullptr) state.session = new LoggerSession(args);
+    if (state.active == nullptr) state.active = new ActiveLogger(args);
     ++state.initializations;
     return true;
 }
@@ -54,29 +54,29 @@ void Terminate() {
     const JTCSynchronized lock(state.lock);
     if (!Require(state.initializations > 0, kUnit, "initializations > 0")) return;
     if (--state.initializations != 0) return;
-    delete state.session;
-    state.session = nullptr;
+    delete state.active;
+    state.active = nullptr;
 }
 
 void Log(loglevel level, logcategory category, unsigned long message, const SIArray<SAnsiString>& arguments) {
     const bool isTraced = MayTrace(kLogLevel) && ShouldTrace(kLogLevel, kUnit);
     const JTCSynchronized lock(State().lock);
-    const LoggerSession* const session = State().session;
-    const bool hasPlugins = session != nullptr && session->hasPlugins();
+    const ActiveLogger* const active = State().active;
+    const bool hasPlugins = active != nullptr && active->hasPlugins();
     if (!isTraced && !hasPlugins) return;
     const SAnsiString line = LogLine(level, category, message, arguments);
     if (isTraced) EmitTraceText(kLogLevel, kUnit, 0, line.getString());
-    if (hasPlugins) session->logToPlugins(level, category, message, line, arguments);
+    if (hasPlugins) active->logToPlugins(level, category, message, line, arguments);
 }
 
 SAnsiString GetCmdLine() {
     const JTCSynchronized lock(State().lock);
-    return State().session != nullptr ? State().session->getCmdLine() : SAnsiString();
+    return State().active != nullptr ? State().active->getCmdLine() : SAnsiString();
 }
 
 SAnsiString GetLogFile() {
     const JTCSynchronized lock(State().lock);
-    if (State().session == nullptr) return SAnsiString();
+    if (State().active == nullptr) return SAnsiString();
     CollectedText path;
     TraceLog400::DeviceAdmin::get().device("main")->path(path);
     return path.text();

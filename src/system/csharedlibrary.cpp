@@ -5,11 +5,14 @@
 #include "system/systemtext.h"
 #include "tarnlib/pathparts.h"
 #include "tarnlib/sstringconv.h"
+#include "tarnlib/straceobj.h"
 
 #include <windows.h>
 
 namespace TarnLibA500 {
 namespace {
+
+constexpr int kFailureLevel = 7;
 
 // The directory that this library was loaded from, with its last slash.
 SAnsiString OwnDirectory() {
@@ -29,6 +32,12 @@ SAnsiString OwnDirectory() {
 
 bool IsFile(const SAnsiString& path) {
     return GetFileAttributesW(ToSystem(path).getString()) != INVALID_FILE_ATTRIBUTES;
+}
+
+[[noreturn]] void Fail(const SAnsiString& module, const SAnsiString& symbol, unsigned long code) {
+    const CSharedLibraryException failure(module, symbol, code);
+    TARN_TRACE_AT(kFailureLevel, "csharedlibrary", "%1", failure.toString());
+    throw failure;
 }
 
 }  // namespace
@@ -69,14 +78,14 @@ void CSharedLibrary::Load(const SAnsiString& name) {
 
 void CSharedLibrary::LoadAbsolute(const SAnsiString& path) {
     Unload();
-    if (!IsAbsolutePath(path)) throw CSharedLibraryException(path, SAnsiString(), ERROR_BAD_PATHNAME);
+    if (!IsAbsolutePath(path)) Fail(path, SAnsiString(), ERROR_BAD_PATHNAME);
     load(UnifyAllSlashes(path), LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
 void CSharedLibrary::load(const SAnsiString& path, unsigned long flags) {
     Unload();
     module_ = static_cast<void*>(LoadLibraryExW(ToSystem(path).getString(), nullptr, flags));
-    if (module_ == nullptr) throw CSharedLibraryException(path, SAnsiString(), GetLastError());
+    if (module_ == nullptr) Fail(path, SAnsiString(), GetLastError());
     name_ = path;
 }
 
@@ -93,7 +102,7 @@ void* CSharedLibrary::TryResolve(const char* symbol) const noexcept {
 
 void* CSharedLibrary::Resolve(const char* symbol) const {
     void* const address = TryResolve(symbol);
-    if (address == nullptr) throw CSharedLibraryException(name_, symbol, ERROR_PROC_NOT_FOUND);
+    if (address == nullptr) Fail(name_, symbol, ERROR_PROC_NOT_FOUND);
     return address;
 }
 

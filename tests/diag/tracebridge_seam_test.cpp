@@ -9,6 +9,7 @@
 
 #include "diag/loggeroptions.h"
 #include "diag/tracelevels.h"
+#include "support/alloc_hooks.h"
 #include "support/case_file.h"
 #include "support/scratch_folder.h"
 #include "tarnlib/sassert.h"
@@ -144,4 +145,19 @@ TEST(TraceBridges, FindARowThatIsOutOfPlace) {
         "ValidateMapping: TraceLog mapping is out of sync index 1 had trace_level 2",
         "ValidateMapping: TraceLog mapping was incorrectly terminated - found level 1"};
     EXPECT_EQ(bridge.texts(), expected);
+}
+
+TEST(TraceBridges, TracePointsAllocateNothing) {
+    const OpenBridge bridge("-trace m");
+    const SAnsiString shared("a text that is longer than the room that an argument has for short ones");
+    const auto trace = [&] {
+        TARN_TRACE_AT(4, "unit.cpp", "%1 %2 %3", 1, "off", shared);
+        TARN_TRACE_AT(6, "unit.cpp", "%1 %2 %3", 1, "on", shared);
+    };
+    trace();  // opens the file
+    const tarntest::AllocationCount count;
+    trace();
+    const unsigned long taken = count.Taken();
+    EXPECT_EQ(taken, 0U);
+    EXPECT_EQ(bridge.texts().size(), 2U);
 }

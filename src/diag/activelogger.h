@@ -10,14 +10,14 @@ namespace TarnLibA500 {
 class TraceStateUpdaterThread;
 
 /// Logging between the first Initialize and the last Terminate.
-class LoggerSession {
+class ActiveLogger {
   public:
     /// Reads the options, opens the log, loads plug-ins and starts the refresh thread.
-    explicit LoggerSession(const CParamLineArgs& commandLine);
+    explicit ActiveLogger(const CParamLineArgs& commandLine);
     /// Stops and closes everything.
-    ~LoggerSession();
-    LoggerSession(const LoggerSession&) = delete;
-    LoggerSession& operator=(const LoggerSession&) = delete;
+    ~ActiveLogger();
+    ActiveLogger(const ActiveLogger&) = delete;
+    ActiveLogger& operator=(const ActiveLogger&) = delete;
 
     SAnsiString getCmdLine() const;
     bool hasPlugins() const { return !plugins_.isEmpty(); }

@@ -1,4 +1,4 @@
-#include "diag/loggersession.h"
+#include "diag/activelogger.h"
 
 #include <cstdio>
 
@@ -43,7 +43,7 @@ void ReleaseModule() {
 
 }  // namespace
 
-LoggerSession::LoggerSession(const CParamLineArgs& commandLine) : options_(MergedLoggerOptions(commandLine)) {
+ActiveLogger::ActiveLogger(const CParamLineArgs& commandLine) : options_(MergedLoggerOptions(commandLine)) {
     const TraceOptions given = readOptions();
     directory_ = given.directory.isEmpty() ? DefaultLogDirectory() : given.directory;
     if (!given.noIni)
@@ -53,20 +53,20 @@ LoggerSession::LoggerSession(const CParamLineArgs& commandLine) : options_(Merge
     if (!given.noThread) startUpdater();
 }
 
-LoggerSession::~LoggerSession() {
+ActiveLogger::~ActiveLogger() {
     stopUpdater();
     plugins_.unload();
     TraceBridge::Terminate();
 }
 
-TraceOptions LoggerSession::readOptions() const {
+TraceOptions ActiveLogger::readOptions() const {
     CParamLineArgs inEffect(options_);
     inEffect.MergeArgs(ini_.read());
     CParamLineTracker tracker(inEffect);
     return ReadTraceOptions(tracker);
 }
 
-void LoggerSession::openLog(const TraceOptions& options) {
+void ActiveLogger::openLog(const TraceOptions& options) {
     if (options.verbose)
         PrintToStandardOutput("Admin before TraceBridge::Initialize: " + DescribeEngine() + "\n");
     if (!MakeLogDirectory(directory_))
@@ -75,22 +75,22 @@ void LoggerSession::openLog(const TraceOptions& options) {
     if (options.verbose) PrintToStandardOutput("TraceLog state:\n" + DescribeEngine() + "\n");
 }
 
-void LoggerSession::loadPlugins(const SAnsiString& directory) {
+void ActiveLogger::loadPlugins(const SAnsiString& directory) {
     const JTCSynchronized lock(pluginLock_);
     if (!directory.isEmpty()) plugins_.load(directory, PluginOptions(options_));
 }
 
-void LoggerSession::refresh() {
+void ActiveLogger::refresh() {
     if (ini_.hasChanged()) TraceBridge::Reconfigure(readOptions());
 }
 
-void LoggerSession::startUpdater() {
+void ActiveLogger::startUpdater() {
     HoldModule();
     updater_ = new TraceStateUpdaterThread([this] { refresh(); });
     updater_->start();
 }
 
-void LoggerSession::stopUpdater() {
+void ActiveLogger::stopUpdater() {
     if (updater_ == nullptr) return;
     updater_->stop();
     updater_->join(kStopMilliseconds);
@@ -100,14 +100,14 @@ void LoggerSession::stopUpdater() {
     ReleaseModule();
 }
 
-SAnsiString LoggerSession::getCmdLine() const {
+SAnsiString ActiveLogger::getCmdLine() const {
     CParamLineArgs options(options_);
     options.SetArg("loggingPath", directory_);
     return options.GetCmdLine();
 }
 
-void LoggerSession::logToPlugins(int level, int category, unsigned long message, const SAnsiString& text,
-                                 const SIArray<SAnsiString>& arguments) const {
+void ActiveLogger::logToPlugins(int level, int category, unsigned long message, const SAnsiString& text,
+                                const SIArray<SAnsiString>& arguments) const {
     const JTCSynchronized lock(pluginLock_);
     plugins_.log(level, category, message, text, arguments);
 }
