@@ -170,7 +170,10 @@ TEST_F(TraceLogs, AFullDiskIsSaidOnceAndTheLossIsCounted) {
     Write("before");
     testing::internal::CaptureStderr();
     osfile::FailCall(1, ERROR_DISK_FULL, true);
-    for (int i = 0; i < 100; ++i) Write("lost");
+    for (int i = 0; i < 100; ++i) {
+        if (i == 50) Sleep(1100);  // tried again, and still full
+        Write("lost");
+    }
     osfile::FailCall(0, 0);
     Sleep(1100);
     Write("after");
