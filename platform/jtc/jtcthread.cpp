@@ -126,6 +126,9 @@ void JTCThread::start() {
     } catch (const std::system_error&) {
         CountRunning(-1);
         throw JTCOutOfResources();
+    } catch (...) {
+        CountRunning(-1);
+        throw;
     }
     thread_->isStarted = thread_->isAlive = true;
 }

@@ -43,7 +43,10 @@ std::string LineNameOf(const std::string& component) {
 Identity MakeIdentity(const std::string& given) {
     const std::string process = std::to_string(GetCurrentProcessId());
     std::string component = given.empty() ? ToUtf8(ProgramStem()) : given;
-    component.resize(std::min(component.size(), kMaxComponent));
+    std::size_t length = std::min(component.size(), kMaxComponent);
+    while (length < component.size() && (component[length] & 0xC0) == 0x80)
+        --length;  // not inside a character
+    component.resize(length);
     const std::wstring stem = FileNameOf(ToWide(component)) + L"_" + ToWide(process);
     return {component, stem, " " + LineNameOf(component) + " " + process + " "};
 }

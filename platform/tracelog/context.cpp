@@ -1,7 +1,7 @@
 #include "tracelog/context.h"
 
 #include <cstring>
-#include <memory>
+#include <new>
 
 #include "tracelog/logline.h"
 
@@ -26,6 +26,7 @@ class Slot {
   public:
     Slot() : index_(FlsAlloc(&FreeContext)) {}
     ~Slot() { FlsFree(index_); }
+    bool isUsable() const { return index_ != FLS_OUT_OF_INDEXES; }
     ThreadContext* get() const { return static_cast<ThreadContext*>(FlsGetValue(index_)); }
     void set(ThreadContext* context) const { FlsSetValue(index_, context); }
 
@@ -134,6 +135,7 @@ ThreadContext* ThisThreadIfAny() {
 ThreadContext& ThisThread() {
     ThreadContext* context = slot.get();
     if (context == nullptr) {
+        if (!slot.isUsable()) throw std::bad_alloc();
         context = new ThreadContext;
         slot.set(context);
     }

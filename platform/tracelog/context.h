@@ -36,6 +36,7 @@ class Request {
 struct OpenCall {
     std::string label;
     Scope scope;
+    bool madeActionId;  ///< for this call only
 };
 
 struct ThreadContext {
@@ -43,6 +44,9 @@ struct ThreadContext {
     std::string inLines;            ///< the request as it stands in lines
     std::vector<Request> putAside;  ///< the requests around this one
     std::vector<OpenCall> calls;
+    // Brackets beyond the deepest nesting do nothing, and their ends neither.
+    unsigned skippedRequests = 0;
+    unsigned skippedCalls = 0;
 
     void requestChanged() { inLines = request.toText(); }
 };

@@ -26,10 +26,15 @@ FileDevice::FileDevice(const char* name) : name_(name), file_(FileNamePart(name_
 }
 
 void FileDevice::write(const char* line, std::size_t bytes) {
-    if (!isWriting.load(std::memory_order_relaxed)) return;
     const std::lock_guard<std::mutex> guard(mutex_);
+    if (!isWriting.load(std::memory_order_relaxed))
+        return;  // asked under the lock: after close nothing comes
     if (waiting_.size() + bytes + kLineEndBytes > kBufferBytes) drain();
-    waiting_.append(line, bytes).append(kLineEnd, kLineEndBytes);
+    try {
+        waiting_.append(line, bytes).append(kLineEnd, kLineEndBytes);
+    } catch (const std::bad_alloc&) {
+        file_.countLost("\n", 1);  // a line beyond the buffer's size, and no memory for it
+    }
     if (!fileSettings.buffered.load(std::memory_order_relaxed)) drain();
     if (toStandardOutput) std::printf("%.*s\n", static_cast<int>(bytes), line);
 }
@@ -164,8 +169,8 @@ Device* DeviceAdmin::create(const DeviceInfo& info) {
 }
 
 void DeviceAdmin::close_all() {
-    detail::devices.closeAndForget();
     detail::isWriting = false;
+    detail::devices.closeAndForget();
     EvalConfig masks;
     masks.assign_mask("cw");
     masks.assign_filter(ByFileLine());

@@ -33,22 +33,35 @@ std::string NewActionId() {
     return text;
 }
 
-void RequireActionId(ThreadContext& context) {
-    if (context.request.find(kActionId) == nullptr) context.request.set(kActionId, NewActionId());
+// True when the request had none.
+bool RequireActionId(ThreadContext& context) {
+    const bool isMissing = context.request.find(kActionId) == nullptr;
+    if (isMissing) context.request.set(kActionId, NewActionId());
     context.requestChanged();
+    return isMissing;
 }
 
-void BeginCall(ThreadContext& context, const Scope::Builder& call) {
-    if (context.calls.size() < kMaxNested) context.calls.push_back({call.label_, Scope(call)});
+void BeginCall(ThreadContext& context, const Scope::Builder& call, bool madeActionId) {
+    if (context.calls.size() >= kMaxNested) {
+        ++context.skippedCalls;
+        return;
+    }
+    context.calls.push_back({call.label_, Scope(call), madeActionId});
     Logger(Logger::S, CallEvent()) << "-> " << call.label_;
 }
 
 void EndCall(ThreadContext& context) {
+    if (context.skippedCalls != 0) {
+        --context.skippedCalls;
+        return;
+    }
     if (context.calls.empty()) return;
     const detail::OpenCall& call = context.calls.back();
     Logger(Logger::S, CallEvent()) << "<- " << call.label.c_str() << " ("
                                    << static_cast<long long>(call.scope.microseconds()) << " us)";
+    if (call.madeActionId) context.request.set(kActionId, std::string());
     context.calls.pop_back();
+    context.requestChanged();
 }
 
 // Without memory a call goes on without its context.
@@ -70,18 +83,25 @@ void HandOut(const ThreadContext& context, TextTarget& out) {
 
 void Interceptors::before_incoming_call(const Scope::Builder& call) {
     WithContext([&](ThreadContext& context) {
-        if (context.putAside.size() >= kMaxNested) return;
+        if (context.putAside.size() >= kMaxNested) {
+            ++context.skippedRequests;
+            return;
+        }
         context.putAside.push_back(context.request);
         context.request = detail::Request();
         context.request.takeText(call.context_);
         context.request.cameFromOutside = !context.request.isEmpty();
         RequireActionId(context);
-        BeginCall(context, call);
+        BeginCall(context, call, false);
     });
 }
 
 void Interceptors::after_incoming_call(TextTarget& out) {
     WithContext([&](ThreadContext& context) {
+        if (context.skippedRequests != 0) {
+            --context.skippedRequests;
+            return;
+        }
         if (context.putAside.empty()) return;
         EndCall(context);
         HandOut(context, out);
@@ -93,8 +113,7 @@ void Interceptors::after_incoming_call(TextTarget& out) {
 
 void Interceptors::before_outgoing_call(const Scope::Builder& call, TextTarget& out) {
     WithContext([&](ThreadContext& context) {
-        RequireActionId(context);
-        BeginCall(context, call);
+        BeginCall(context, call, RequireActionId(context));
         HandOut(context, out);
     });
 }

@@ -273,7 +273,8 @@ struct Interceptors {
     TRACELOG_API static void before_incoming_call(const Scope::Builder& call);
     /// Hands out the context for the reply and takes up the one put aside.
     TRACELOG_API static void after_incoming_call(TextTarget& context);
-    /// Hands out the context to send. A thread without "ActionID" gets a new one.
+    /// Hands out the context to send. A thread without "ActionID" gets a new one for as long as the call
+    /// takes.
     TRACELOG_API static void before_outgoing_call(const Scope::Builder& call, TextTarget& context);
     /// Takes the variables of the reply into the thread's context.
     TRACELOG_API static void after_outgoing_call(const char* context);

@@ -1,5 +1,6 @@
 #include "tarnlib/cparamlineargs.h"
 
+#include <algorithm>
 #include <istream>
 #include <string>
 
@@ -178,6 +179,8 @@ void CParamLineArgs::GetArgsWithQuote(SIArray<SAnsiString>& args) const {
 }
 
 void CParamLineArgs::ReadArgsAsProperties(std::istream& in, unsigned int longestLine) {
+    constexpr unsigned int kLongestPossible = 16 * 1024 * 1024;
+    longestLine = std::min(longestLine, kLongestPossible);
     // One byte more than the longest line: istream's getline counts its terminator, and fails beyond that.
     std::string buffer(std::size_t{longestLine} + 1, '\0');
     while (in.getline(buffer.data(), static_cast<std::streamsize>(buffer.size())) && !in.eof()) {

@@ -107,10 +107,14 @@ long Registry::open() {
     return error;
 }
 
-bool Registry::openForRead() {
+long Registry::openReported() {
     const LONG error = open();
     if (error == ERROR_ACCESS_DENIED) ReportFailure("RegOpenKeyEx", subKey_, error);
-    return error == ERROR_SUCCESS;
+    return error;
+}
+
+bool Registry::openForRead() {
+    return openReported() == ERROR_SUCCESS;
 }
 
 // A handle of its own, for the caller to close; null, and reported, when it cannot be had.
@@ -140,41 +144,62 @@ SAnsiString Registry::ReadValue(const SAnsiStringCI& name, HKEY& key, unsigned l
     return registryvalue::TextOf(value);
 }
 
+// Asks the open key. One that was deleted and made again meanwhile is opened anew.
+template <class Query>
+long Registry::query(Query call) {
+    LONG error = openReported();
+    if (error == ERROR_SUCCESS) error = call();
+    if (error != ERROR_KEY_DELETED) return error;
+    close();
+    error = open();
+    return error == ERROR_SUCCESS ? call() : error;
+}
+
 SAnsiString Registry::ReadValue(const SAnsiStringCI& name) {
-    unsigned long type = REG_NONE;
-    return openForRead() ? ReadValue(name, key_, type) : SAnsiString();
+    registryvalue::Raw value;
+    const SWCharString wideName = ToSystem(name);
+    const LONG error = query([&] { return registryvalue::Read(key_, wideName.getString(), value); });
+    return error == ERROR_SUCCESS ? registryvalue::TextOf(value) : SAnsiString();
+}
+
+SAnsiString Registry::readBack(const SAnsiStringCI& name, const SAnsiString& expected,
+                               const char* expression) {
+    const SAnsiString retval = ReadValue(name);
+    if (retval != expected)
+        Report(expression,
+               "Registry::ReadValue: Value written to registry not the same as the default value");
+    return retval;
 }
 
 SAnsiString Registry::ReadValue(const SAnsiStringCI& name, const SAnsiString& defaultValue) {
     unsigned long type = REG_NONE;
-    if (GetType(name, type)) return ReadValue(name);
+    if (look(name, type) != ERROR_FILE_NOT_FOUND) return ReadValue(name);
     WriteValue(name, defaultValue);
-    const SAnsiString retval = ReadValue(name);
-    if (retval != defaultValue)
-        Report("defaultValue == retval",
-               "Registry::ReadValue: Value written to registry not the same as the default value");
-    return retval;
+    return readBack(name, defaultValue, "defaultValue == retval");
 }
 
 SAnsiString Registry::ReadValue(const SAnsiStringCI& name, unsigned long defaultValue) {
     unsigned long type = REG_NONE;
-    if (GetType(name, type)) return ReadValue(name);
+    if (look(name, type) != ERROR_FILE_NOT_FOUND) return ReadValue(name);
     WriteValue(name, defaultValue);
-    const SAnsiString retval = ReadValue(name);
-    if (retval != SStringConv::ToString(defaultValue))
-        Report("retval == SStringConv::ToString(defaultValue)",
-               "Registry::ReadValue: Value written to registry not the same as the default value");
-    return retval;
+    return readBack(name, SStringConv::ToString(defaultValue),
+                    "retval == SStringConv::ToString(defaultValue)");
+}
+
+long Registry::look(const SAnsiStringCI& name, unsigned long& type) {
+    DWORD found = REG_NONE;
+    const SWCharString wideName = ToSystem(name);
+    const LONG error = query([&] {
+        DWORD bytes = 0;
+        return osregistry::Query(key_, wideName.getString(), found, nullptr, bytes);
+    });
+    const bool isThere = error == ERROR_SUCCESS || error == ERROR_MORE_DATA;
+    if (isThere) type = found;
+    return isThere ? ERROR_SUCCESS : error;
 }
 
 bool Registry::GetType(const SAnsiStringCI& name, unsigned long& type) {
-    if (!openForRead()) return false;
-    DWORD found = REG_NONE;
-    DWORD bytes = 0;
-    const LONG error = osregistry::Query(key_, ToSystem(name).getString(), found, nullptr, bytes);
-    if (error != ERROR_SUCCESS && error != ERROR_MORE_DATA) return false;
-    type = found;
-    return true;
+    return look(name, type) == ERROR_SUCCESS;
 }
 
 bool Registry::write(const SAnsiStringCI& name, unsigned long type, const void* data, unsigned long bytes,

@@ -1,6 +1,7 @@
 #include "diag/activelogger.h"
 
 #include <cstdio>
+#include <exception>
 
 #include "diag/logdirectory.h"
 #include "diag/loggeroptions.h"
@@ -44,26 +45,37 @@ void ReleaseModule() {
 }  // namespace
 
 ActiveLogger::ActiveLogger(const CParamLineArgs& commandLine) : options_(MergedLoggerOptions(commandLine)) {
-    const TraceOptions given = readOptions();
-    directory_ = given.directory.isEmpty() ? DefaultLogDirectory() : given.directory;
-    if (!given.noIni)
-        ini_ = TraceIni(given.iniPath.isEmpty() ? MakePath(directory_, kIniName) : given.iniPath);
-    openLog(ini_.hasChanged() ? readOptions() : given);
-    loadPlugins(given.pluginDirectory);
-    if (!given.noThread) startUpdater();
+    TraceOptions options = readOptions();
+    directory_ = options.directory.isEmpty() ? DefaultLogDirectory() : options.directory;
+    if (!options.noIni)
+        ini_ = TraceIni(options.iniPath.isEmpty() ? MakePath(directory_, kIniName) : options.iniPath);
+    if (ini_.update()) options = readOptions();
+    openLog(options);
+    loadPlugins(options.pluginDirectory);
+    if (!options.noThread) startUpdater(options);
 }
 
-ActiveLogger::~ActiveLogger() {
+void ActiveLogger::stop() {
+    isStopped_ = true;
     stopUpdater();
-    plugins_.unload();
+    {
+        const JTCSynchronized lock(pluginLock_);
+        hasPlugins_ = false;
+        plugins_.unload();
+    }
     TraceBridge::Terminate();
 }
 
-TraceOptions ActiveLogger::readOptions() const {
+// The ini file changes neither where the log is nor what was started.
+TraceOptions ActiveLogger::readOptions() {
+    CParamLineArgs changes(ini_.options());
+    for (const char* name :
+         {"loggingPath", "tracecmpname", "loggingPluginDir", "notracethread", "traceinipath", "notraceini"})
+        changes.RemoveArg(name);
     CParamLineArgs inEffect(options_);
-    inEffect.MergeArgs(ini_.read());
-    CParamLineTracker tracker(inEffect);
-    return ReadTraceOptions(tracker);
+    inEffect.MergeArgs(changes);
+    tracker_ = CParamLineTracker(inEffect);
+    return ReadTraceOptions(tracker_);
 }
 
 void ActiveLogger::openLog(const TraceOptions& options) {
@@ -78,25 +90,43 @@ void ActiveLogger::openLog(const TraceOptions& options) {
 void ActiveLogger::loadPlugins(const SAnsiString& directory) {
     const JTCSynchronized lock(pluginLock_);
     if (!directory.isEmpty()) plugins_.load(directory, PluginOptions(options_));
+    hasPlugins_ = !plugins_.isEmpty();
 }
 
 void ActiveLogger::refresh() {
-    if (ini_.hasChanged()) TraceBridge::Reconfigure(readOptions());
+    if (!ini_.update()) return;
+    const TraceOptions options = readOptions();
+    if (!isStopped_) TraceBridge::Reconfigure(options);
 }
 
-void ActiveLogger::startUpdater() {
+// Without a thread logging goes on; then every line is written at once.
+void ActiveLogger::startUpdater(TraceOptions& options) {
     HoldModule();
     updater_ = new TraceStateUpdaterThread([this] { refresh(); });
-    updater_->start();
+    try {
+        updater_->start();
+    } catch (const std::exception& failure) {
+        delete updater_;
+        updater_ = nullptr;
+        ReleaseModule();
+        options.noThread = true;
+        options.notices.RemoveAll();
+        options.notices.Add(
+            {TraceLog400::Logger::Warning, SAnsiString("no trace state updater: ") + failure.what()});
+        TraceBridge::Reconfigure(options);
+    }
 }
 
 void ActiveLogger::stopUpdater() {
     if (updater_ == nullptr) return;
     updater_->stop();
     updater_->join(kStopMilliseconds);
-    if (updater_->isAlive())
-        return;  // stuck in the system: better left behind than taken away under its feet
+    if (updater_->isAlive()) {
+        AddRef();  // stuck in the system: it and what it uses are left behind, rather than taken away from it
+        return;
+    }
     delete updater_;
+    updater_ = nullptr;
     ReleaseModule();
 }
 

@@ -42,7 +42,12 @@ void SLoggerImpl::start(const SAnsiString& options) {
     if (version != LoggingPlugin::kInterfaceVersion)
         throw SAnsiString("it was built for version ") + SStringConv::ToString(version) + " of the interface";
     if (initialize_(options.getString()) == 0) throw SAnsiString("it refused to start");
-    categories_ = askForCategories();
+    try {
+        categories_ = askForCategories();
+    } catch (...) {
+        terminate_();  // it has started
+        throw;
+    }
 }
 
 int SLoggerImpl::askForCategories() const {

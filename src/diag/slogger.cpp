@@ -15,14 +15,26 @@ constexpr int kLogLevel = 0;
 
 /// What the process has of logging. It is never destroyed: trace points outlive static objects.
 struct LoggerState {
-    JTCMonitor lock;
+    JTCMonitor startAndStop;  ///< held while logging starts or stops, and by nobody else
+    JTCMonitor lock;          ///< guards the pointer, and is never held while anything else is called
     int initializations = 0;
-    ActiveLogger* active = nullptr;
+    CRefPtr<ActiveLogger> active;
 };
 
 LoggerState& State() {
     static LoggerState& state = *new LoggerState;
     return state;
+}
+
+// The logger in use, which stays alive as long as the caller looks at it; null before Initialize.
+CRefPtr<ActiveLogger> Active() {
+    const JTCSynchronized lock(State().lock);
+    return State().active;
+}
+
+void SetActive(const CRefPtr<ActiveLogger>& active) {
+    const JTCSynchronized lock(State().lock);
+    State().active = active;
 }
 
 SAnsiString LogLine(loglevel level, logcategory category, unsigned long message,
@@ -39,8 +51,8 @@ namespace SLogger {
 
 bool Initialize(const CParamLineArgs& args) {
     LoggerState& state = State();
-    const JTCSynchronized lock(state.lock);
-    if (state.active == nullptr) state.active = new ActiveLogger(args);
+    const JTCSynchronized lock(state.startAndStop);
+    if (state.initializations == 0) SetActive(new ActiveLogger(args));
     ++state.initializations;
     return true;
 }
@@ -51,17 +63,17 @@ bool Initialize() {
 
 void Terminate() {
     LoggerState& state = State();
-    const JTCSynchronized lock(state.lock);
+    const JTCSynchronized lock(state.startAndStop);
     if (!Require(state.initializations > 0, kUnit, "initializations > 0")) return;
     if (--state.initializations != 0) return;
-    delete state.active;
-    state.active = nullptr;
+    const CRefPtr<ActiveLogger> last = Active();
+    SetActive(nullptr);
+    last->stop();
 }
 
 void Log(loglevel level, logcategory category, unsigned long message, const SIArray<SAnsiString>& arguments) {
     const bool isTraced = MayTrace(kLogLevel) && ShouldTrace(kLogLevel, kUnit);
-    const JTCSynchronized lock(State().lock);
-    const ActiveLogger* const active = State().active;
+    const CRefPtr<ActiveLogger> active = Active();
     const bool hasPlugins = active != nullptr && active->hasPlugins();
     if (!isTraced && !hasPlugins) return;
     const SAnsiString line = LogLine(level, category, message, arguments);
@@ -70,13 +82,12 @@ void Log(loglevel level, logcategory category, unsigned long message, const SIAr
 }
 
 SAnsiString GetCmdLine() {
-    const JTCSynchronized lock(State().lock);
-    return State().active != nullptr ? State().active->getCmdLine() : SAnsiString();
+    const CRefPtr<ActiveLogger> active = Active();
+    return active != nullptr ? active->getCmdLine() : SAnsiString();
 }
 
 SAnsiString GetLogFile() {
-    const JTCSynchronized lock(State().lock);
-    if (State().active == nullptr) return SAnsiString();
+    if (Active() == nullptr) return SAnsiString();
     CollectedText path;
     TraceLog400::DeviceAdmin::get().device("main")->path(path);
     return path.text();

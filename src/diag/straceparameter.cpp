@@ -134,6 +134,7 @@ SAnsiString STraceParameter::GetString() const {
 SAnsiString NarrowTraceText(const wchar_t* text) {
     SAnsiString narrow;
     if (narrow.fromWChar(text)) return narrow;
+    narrow.empty();
     for (const wchar_t* unit = text; *unit != L'\0'; ++unit) {
         SChar_t<char, 0> character;
         if (character.fromUChar(*unit)) {

@@ -26,6 +26,7 @@ constexpr const char* kSdkDevice = "sdk";
 struct Switches {
     std::atomic<bool> requestChannel{false};
     std::atomic<bool> sdkChannel{false};
+    std::atomic<bool> never{false};
     std::atomic<bool> noAssert{false};
     std::atomic<bool> stackDump{false};
     std::atomic<bool> nativeAssert{false};
@@ -58,6 +59,7 @@ void OpenLevels(const TraceLog400::EvalConfig& eval) {
 void TakeSwitches(const TraceOptions& options) {
     switches.requestChannel = options.requestChannel;
     switches.sdkChannel = options.sdkChannel;
+    switches.never = options.never;
     switches.noAssert = options.noAssert;
     switches.stackDump = options.stackDump;
     switches.nativeAssert = options.nativeAssert;
@@ -76,7 +78,7 @@ void ConfigureEngine(const TraceOptions& options, const char* directory) {
     activation.never = options.never;
     activation.always_close = options.alwaysClose;
     activation.keep = options.keep;
-    activation.buffered = !options.noThread;  // the thread drives the engine
+    activation.buffered = !options.noThread && !options.alwaysClose;  // the thread drives the engine
     activation.component = component.text();
     activation.apply();
 }
@@ -92,7 +94,11 @@ void OnAssertion(const char* text) {
         report.concat("\nStack Dump:\n");
         SStackWalk::StackWalkAll(report, kOwnFrames);
     }
-    Complain(report);
+    if (switches.never) {
+        TraceBridge::UnloadedAssert(report.getString());
+    } else {
+        Complain(report);
+    }
     if (switches.nativeAssert) ShowNativeAssert(report.getString());
 }
 

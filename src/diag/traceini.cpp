@@ -16,16 +16,17 @@ unsigned long long Join(DWORD high, DWORD low) {
     return static_cast<unsigned long long>(high) << 32 | low;
 }
 
-SAnsiString ReadStart(const SWCharString& path) {
+bool ReadStart(const SWCharString& path, SAnsiString& start) {
     const HANDLE file = CreateFileW(path.getString(), GENERIC_READ, kEveryShare, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return SAnsiString();
+    if (file == INVALID_HANDLE_VALUE) return false;
     StringBuilder<char, 0> text(kMaxBytes);
     DWORD bytes = 0;
     const bool isRead = ReadFile(file, text.units(), kMaxBytes, &bytes, nullptr) != 0;
     CloseHandle(file);
     text.cut(isRead ? bytes : 0);
-    return text;
+    start = text;
+    return isRead;
 }
 
 // "option=value", "option" for a switch; blank lines and those that begin with "#" or ";" say nothing.
@@ -49,19 +50,16 @@ TraceIni::Stamp TraceIni::look() const {
     return {Join(written.dwHighDateTime, written.dwLowDateTime), Join(data.nFileSizeHigh, data.nFileSizeLow)};
 }
 
-bool TraceIni::hasChanged() {
+bool TraceIni::update() {
     const Stamp now = look();
-    if (now == seen_) return false;
+    SAnsiString text;
+    if (now == seen_ || (now != Stamp() && !ReadStart(ToSystem(path_), text))) return false;
     seen_ = now;
-    return true;
-}
-
-CParamLineArgs TraceIni::read() const {
     SIArray<SAnsiString> lines;
-    if (!path_.isEmpty()) SStringHelper::makeWords(ReadStart(ToSystem(path_)), lines, "\r\n", false, false);
-    CParamLineArgs options;
-    for (const SAnsiString& line : lines) TakeLine(line, options);
-    return options;
+    SStringHelper::makeWords(text, lines, "\r\n", false, false);
+    options_ = CParamLineArgs();
+    for (const SAnsiString& line : lines) TakeLine(line, options_);
+    return true;
 }
 
 }  // namespace TarnLibA500

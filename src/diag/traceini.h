@@ -11,10 +11,12 @@ class TraceIni {
     TraceIni() = default;
     explicit TraceIni(const SAnsiString& path) : path_(path) {}
 
-    /// True when the file is not what it was at the last question; the first time, when there is one.
-    bool hasChanged();
+    /// Reads the file when it is not what it was at the last call; true when the options may have changed. A
+    /// file that cannot be read at present keeps the options as they are, and is tried again by the next
+    /// call.
+    bool update();
     /// The options in the file. What lies beyond 64 KiB is not read.
-    CParamLineArgs read() const;
+    const CParamLineArgs& options() const { return options_; }
 
   private:
     struct Stamp {
@@ -26,6 +28,7 @@ class TraceIni {
 
     SAnsiString path_;
     Stamp seen_;
+    CParamLineArgs options_;
 };
 
 }  // namespace TarnLibA500

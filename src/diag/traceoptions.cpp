@@ -73,13 +73,23 @@ void AddToFilter(const SAnsiString& entry, ByFileLine& filter) {
     filter.set(Utf8(directory).text(), Utf8(name + extension).text());
 }
 
-ByFileLine MakeFilter(SIArray<SAnsiString>& entries) {
+// The entries of a list without blanks around them, and without empty ones.
+SIArray<SAnsiString> Entries(const SAnsiString& list) {
+    SIArray<SAnsiString> words, entries;
+    SStringHelper::makeWords(list, words, ",", false, false);
+    for (SAnsiString& word : words) {
+        if (!word.trim().isEmpty()) entries.Add(word);
+    }
+    return entries;
+}
+
+ByFileLine MakeFilter(const SIArray<SAnsiString>& entries) {
     ByFileLine filter;
     for (std::uint32_t i = 0; i < entries.GetSize(); ++i) {
-        if (i == 0 && entries[i].trim() == "^") {
+        if (i == 0 && entries[i] == "^") {
             filter.invert(true);
         } else {
-            AddToFilter(entries[i].trim(), filter);
+            AddToFilter(entries[i], filter);
         }
     }
     return filter;
@@ -88,8 +98,7 @@ ByFileLine MakeFilter(SIArray<SAnsiString>& entries) {
 void ReadFilter(CParamLineTracker& given, TraceOptions& options) {
     SAnsiString value;
     if (!given.take("fileLogFilter", value)) return options.eval.assign_filter(ByFileLine());
-    SIArray<SAnsiString> entries;
-    SStringHelper::makeWords(value, entries, ",", false, false);
+    const SIArray<SAnsiString> entries = Entries(value);
     if (entries.GetSize() == 0) {
         options.eval.assign_filter(ByFileLine());
         return Notify(options, Logger::Assert,

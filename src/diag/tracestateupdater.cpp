@@ -1,5 +1,6 @@
 #include "diag/tracestateupdater.h"
 
+#include <exception>
 #include <utility>
 
 #include "tracelog/tracelog.h"
@@ -18,7 +19,17 @@ TraceStateUpdaterThread::TraceStateUpdaterThread(std::function<void()> refresh)
 void TraceStateUpdaterThread::run() {
     for (int tick = 1; waitForTick(); ++tick) {
         TraceLog400::State::tick();
-        if (tick % kTicksBetweenRefreshes == 0) refresh_();
+        if (tick % kTicksBetweenRefreshes == 0) refresh();
+    }
+}
+
+// The thread must go on, because waiting lines depend on it: without memory now, perhaps with some the next
+// time.
+void TraceStateUpdaterThread::refresh() {
+    try {
+        refresh_();
+    } catch (const std::exception&) {
+        return;
     }
 }
 

@@ -19,6 +19,7 @@ class TraceStateUpdaterThread : public JTCThread {
 
   private:
     bool waitForTick();
+    void refresh();
 
     std::function<void()> refresh_;
     bool stopping_ = false;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "strings/stringbuilder.h"
 #include "system/systemtext.h"
 #include "tarnlib/pathparts.h"
 #include "tarnlib/sstringconv.h"
@@ -14,24 +15,21 @@ namespace {
 
 constexpr int kFailureLevel = 7;
 
-// The directory that this library was loaded from, with its last slash.
-SAnsiString OwnDirectory() {
+// The directory that this library was loaded from, with its last slash; empty when the system does not tell.
+SWCharString OwnDirectory() {
     constexpr DWORD kFlags =
         GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     constexpr DWORD kMaxPath = 32'768;
     HMODULE module = nullptr;
-    if (!GetModuleHandleExW(kFlags, reinterpret_cast<LPCWSTR>(&OwnDirectory), &module)) return SAnsiString();
-    SWCharString path;
-    path.setSize(kMaxPath);
-    wchar_t* const units = path.detach();
-    const DWORD length = GetModuleFileNameW(module, units, kMaxPath);
-    if (length == 0 || length == kMaxPath) return SAnsiString();
-    const SAnsiString whole = FromSystem(units);
-    return whole.left(whole.findLast("\\")) + "\\";
+    if (!GetModuleHandleExW(kFlags, reinterpret_cast<LPCWSTR>(&OwnDirectory), &module)) return SWCharString();
+    StringBuilder<wchar_t, 1> path(kMaxPath);
+    const DWORD length = GetModuleFileNameW(module, path.units(), kMaxPath);
+    path.cut(length < kMaxPath ? length : 0);
+    return path.isEmpty() ? SWCharString() : SWCharString(path.left(path.findLast(L"\\")) + L"\\");
 }
 
-bool IsFile(const SAnsiString& path) {
-    return GetFileAttributesW(ToSystem(path).getString()) != INVALID_FILE_ATTRIBUTES;
+bool IsFile(const SWCharString& path) {
+    return GetFileAttributesW(path.getString()) != INVALID_FILE_ATTRIBUTES;
 }
 
 [[noreturn]] void Fail(const SAnsiString& module, const SAnsiString& symbol, unsigned long code) {
@@ -71,22 +69,24 @@ CSharedLibrary::~CSharedLibrary() {
 
 void CSharedLibrary::Load(const SAnsiString& name) {
     if (IsAbsolutePath(name)) return LoadAbsolute(name);
-    const SAnsiString beside = OwnDirectory() + name;
-    if (IsFile(beside)) return load(beside, LOAD_WITH_ALTERED_SEARCH_PATH);
-    load(name, LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    const SWCharString wideName = ToSystem(name);
+    const SWCharString own = OwnDirectory();
+    const SWCharString beside = own + wideName;
+    if (!own.isEmpty() && IsFile(beside)) return load(name, beside, LOAD_WITH_ALTERED_SEARCH_PATH);
+    load(name, wideName, LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
 }
 
 void CSharedLibrary::LoadAbsolute(const SAnsiString& path) {
     Unload();
     if (!IsAbsolutePath(path)) Fail(path, SAnsiString(), ERROR_BAD_PATHNAME);
-    load(UnifyAllSlashes(path), LOAD_WITH_ALTERED_SEARCH_PATH);
+    load(path, ToSystem(UnifyAllSlashes(path)), LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
-void CSharedLibrary::load(const SAnsiString& path, unsigned long flags) {
+void CSharedLibrary::load(const SAnsiString& name, const SWCharString& path, unsigned long flags) {
     Unload();
-    module_ = static_cast<void*>(LoadLibraryExW(ToSystem(path).getString(), nullptr, flags));
-    if (module_ == nullptr) Fail(path, SAnsiString(), GetLastError());
-    name_ = path;
+    module_ = static_cast<void*>(LoadLibraryExW(path.getString(), nullptr, flags));
+    if (module_ == nullptr) Fail(name, SAnsiString(), GetLastError());
+    name_ = name;
 }
 
 void CSharedLibrary::Unload() noexcept {

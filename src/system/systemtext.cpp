@@ -14,6 +14,7 @@ constexpr wchar_t kReplacement = L'?';
 SWCharString ToSystem(const SAnsiString& text) {
     SWCharString wide;
     if (wide.fromMBCS(text.getString())) return wide;
+    wide.empty();
     for (auto at = text.begin(); !at.isAtEnd(); ++at) {
         const wchar_t unit = (*at).toUChar();
         wide.concat(unit != 0 ? unit : kReplacement);

@@ -41,7 +41,9 @@ struct tm sicSDateTimeToTm(const SDateTime* value, const STimeZone& zone) {
     parts.tm_min = time.minute;
     parts.tm_sec = time.second;
     parts.tm_wday = calendar::DayOfWeek(local.day);
-    parts.tm_yday = local.day - SDate(static_cast<short>(date.year), 1, 1).GetDayNumber();
+    const auto year = static_cast<short>(date.year);
+    // Beyond 16 bits there is no first of January to count from.
+    if (year == date.year) parts.tm_yday = local.day - SDate(year, 1, 1).GetDayNumber();
     parts.tm_isdst = zone.InDST(*value) ? 1 : 0;
     return parts;
 }

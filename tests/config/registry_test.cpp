@@ -124,6 +124,9 @@ TEST_F(RegistryKeys, AMissingSettingIsCreatedWithItsDefault) {
     EXPECT_EQ(settings.ReadValue("port", 25UL), "25");
     EXPECT_EQ(settings.ReadValue("host", SAnsiString("other")), "localhost");
     EXPECT_EQ(settings.ReadValue("port", 26UL), "25");
+    Reg("delete " + path() + " /f");  // under our open handle
+    Reg("add " + path() + " /v host /d theirs /f");
+    EXPECT_EQ(settings.ReadValue("host", SAnsiString("other")), "theirs");
     settings.WriteValue("host", SAnsiString());
     EXPECT_EQ(settings.ReadValue("host", SAnsiString("other")), "");  // empty is not missing
     tarntest::AssertRecorder recorder;

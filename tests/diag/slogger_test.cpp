@@ -143,9 +143,11 @@ TEST_F(Logging, TakesUpAChangedIniFile) {
     start("-trace c");
     EXPECT_TRUE(SLogger::ShouldTrace(2, "f.cpp"));
     EXPECT_FALSE(SLogger::ShouldTrace(8, "f.cpp"));
-    write("trace.ini", "trace=d\nfileLogFilter=f.cpp\nkeep=perhaps");
+    const SAnsiString file = SLogger::GetLogFile();
+    write("trace.ini", "trace=d\nfileLogFilter=f.cpp\nkeep=perhaps\ntracecmpname=other");
     EXPECT_TRUE(WaitFor(10, [] { return SLogger::ShouldTrace(4, "f.cpp"); }));
     EXPECT_FALSE(SLogger::ShouldTrace(4, "g.cpp"));
+    EXPECT_EQ(SLogger::GetLogFile(), file);  // the name cannot be changed under way
     fs::remove(folder_ / "trace.ini");
     EXPECT_TRUE(WaitFor(10, [] { return !SLogger::ShouldTrace(4, "f.cpp"); }));
     EXPECT_TRUE(SLogger::ShouldTrace(8, "g.cpp"));

@@ -76,8 +76,8 @@ class TARN_API CParamLineArgs {
 
     /// Sets an option from each line "name=value" of a stream, parted at the first "=". Only trailing white
     /// space is dropped: "a = 1" is the option "a " with the value " 1". Lines without "=" are ignored, a
-    /// last line without its line end too, deliberately; a line with more characters than the longest ends
-    /// the reading.
+    /// last line without its line end too, deliberately; a line with more characters than the longest (16 Mi
+    /// at most) ends the reading.
     void ReadArgsAsProperties(std::istream& in, unsigned int longestLine);
 
     /// How many options there are, and each of them in its order; positions are not checked.

@@ -65,7 +65,7 @@ class TARN_API CSharedLibrary {
     void* TryResolve(const char* symbol) const noexcept;
 
   private:
-    void load(const SAnsiString& path, unsigned long flags);
+    void load(const SAnsiString& name, const SWCharString& path, unsigned long flags);
 
     void* module_ = nullptr;
     SAnsiString name_;

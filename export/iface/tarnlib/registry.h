@@ -117,8 +117,8 @@ class TARN_API Registry {
     /// is missing, and for the other types.
     SAnsiString ReadValue(const SAnsiStringCI& name);
     /// The same; a missing value is first written with the default, deliberately, so that settings can be
-    /// found. An empty value is not missing. What is read back is returned; when it is not the default this
-    /// is reported.
+    /// found. An empty value is not missing, nor is one that cannot be read at present. What is read back is
+    /// returned; when it is not the default this is reported.
     SAnsiString ReadValue(const SAnsiStringCI& name, const SAnsiString& defaultValue);
     SAnsiString ReadValue(const SAnsiStringCI& name, unsigned long defaultValue);
 
@@ -167,9 +167,14 @@ class TARN_API Registry {
     bool WriteValue(const SAnsiStringCI& name, unsigned long value, HKEY& key);
 
   private:
+    long look(const SAnsiStringCI& name, unsigned long& type);
+    template <class Query>
+    long query(Query call);
+    SAnsiString readBack(const SAnsiStringCI& name, const SAnsiString& expected, const char* expression);
     bool isPathUsable() const;
     HKEY rootInUse();
     long open();
+    long openReported();
     bool openForRead();
     HKEY openForWrite();
     bool write(const SAnsiStringCI& name, unsigned long type, const void* data, unsigned long bytes,
