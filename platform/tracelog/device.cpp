@@ -58,11 +58,17 @@ void FileDevice::drain() {
     waiting_.clear();
 }
 
-void FileDevice::path(TextTarget& out) const {
+std::string FileDevice::pathText() const {
+    constexpr const char* kLongPath = "\\\\?\\";
     const std::lock_guard<std::mutex> guard(mutex_);
     std::string text = ToUtf8(file_.path());
-    constexpr const char* kLongPath = "\\\\?\\";
     if (text.rfind(kLongPath, 0) == 0) text.erase(0, std::strlen(kLongPath));
+    return text;
+}
+
+// The lock is not held while a target takes the text: it may log itself.
+void FileDevice::path(TextTarget& out) const {
+    const std::string text = pathText();
     out.append(text.data(), text.size());
 }
 
@@ -72,13 +78,10 @@ void FileDevice::close() {
     file_.finish(!fileSettings.keep);
 }
 
-void FileDevice::print(TextTarget& out) const {
-    const std::string head = "device " + name_ + ": ";
-    out.append(head.data(), head.size());
-    path(out);
+std::string FileDevice::description() const {
+    const std::string path = pathText();
     const std::lock_guard<std::mutex> guard(mutex_);
-    const std::string tail = ", " + std::to_string(file_.linesLost()) + " lines lost\n";
-    out.append(tail.data(), tail.size());
+    return "device " + name_ + ": " + path + ", " + std::to_string(file_.linesLost()) + " lines lost\n";
 }
 
 namespace {
@@ -150,7 +153,9 @@ void FlushDevices() {
 }
 
 void PrintDevices(TextTarget& out) {
-    devices.forEach([&out](FileDevice& device) { device.print(out); });
+    std::string text;
+    devices.forEach([&text](FileDevice& device) { text += device.description(); });
+    out.append(text.data(), text.size());
 }
 
 }  // namespace detail
@@ -170,6 +175,7 @@ Device* DeviceAdmin::create(const DeviceInfo& info) {
 
 void DeviceAdmin::close_all() {
     detail::isWriting = false;
+    detail::toStandardOutput = false;
     detail::devices.closeAndForget();
     EvalConfig masks;
     masks.assign_mask("cw");

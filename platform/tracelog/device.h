@@ -23,9 +23,11 @@ class FileDevice final : public Device {
     /// Writes what is waiting if no other thread is at it: for the end of the process, when threads may have
     /// been stopped anywhere.
     void flushIfFree();
-    void print(TextTarget& out) const;
+    /// A line for people.
+    std::string description() const;
 
   private:
+    std::string pathText() const;
     void drain();
 
     std::string name_;

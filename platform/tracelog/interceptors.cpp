@@ -104,10 +104,11 @@ void Interceptors::after_incoming_call(TextTarget& out) {
         }
         if (context.putAside.empty()) return;
         EndCall(context);
-        HandOut(context, out);
+        const std::string reply = context.request.toText();
         context.request = context.putAside.back();
         context.putAside.pop_back();
         context.requestChanged();
+        out.append(reply.data(), reply.size());
     });
 }
 

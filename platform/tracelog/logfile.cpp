@@ -95,7 +95,9 @@ void LogFile::lookWhetherItIsThere() {
     const ULONGLONG now = GetTickCount64();
     if (now - lastLook_ < kRetryMilliseconds) return;
     lastLook_ = now;
-    if (openPath_ != path() || !osfile::Exists(openPath_.c_str())) close();
+    const bool hasMoved = openPath_ != path();
+    if (hasMoved || !osfile::Exists(openPath_.c_str())) close();
+    if (hasMoved && !fileSettings.keep) removeWritten();
 }
 
 bool LogFile::open() {
@@ -108,6 +110,7 @@ bool LogFile::open() {
     if (file_ == INVALID_HANDLE_VALUE) return false;
     if (!osfile::Size(file_, size_)) size_ = 0;
     lastLook_ = GetTickCount64();
+    if (isTorn_) endTornLine();
     if (lost_ != 0) reportLoss();
     return true;
 }
@@ -129,10 +132,17 @@ std::size_t LogFile::writeLines(const char* lines, std::size_t bytes) {
     const DWORD error = GetLastError();
     const std::size_t kept = WholeLines(lines, written);
     std::uint64_t end = size_ + written;
-    if (kept != written && osfile::Size(file_, end)) osfile::Cut(openPath_.c_str(), end - (written - kept));
+    if (kept != written && osfile::Size(file_, end))
+        isTorn_ = !osfile::Cut(openPath_.c_str(), end - (written - kept));
     size_ += kept;
     SetLastError(error != ERROR_SUCCESS ? error : ERROR_DISK_FULL);
     return kept;
+}
+
+// What stands in the file without an end gets one, so that the next line is whole.
+void LogFile::endTornLine() {
+    DWORD written = 0;
+    isTorn_ = !osfile::Write(file_, kLineEnd, kLineEndBytes, written) || written != kLineEndBytes;
 }
 
 bool LogFile::writeAll(const char* lines, std::size_t bytes) {
@@ -197,10 +207,15 @@ void LogFile::close() {
     file_ = INVALID_HANDLE_VALUE;
 }
 
+void LogFile::removeWritten() {
+    if (!newestFull_.empty()) osfile::Remove(newestFull_.c_str());
+    if (!openPath_.empty()) osfile::Remove(openPath_.c_str());
+    newestFull_.clear();
+}
+
 void LogFile::finish(bool discard) {
     close();
-    if (discard && !newestFull_.empty()) osfile::Remove(newestFull_.c_str());
-    if (discard && !openPath_.empty()) osfile::Remove(openPath_.c_str());
+    if (discard) removeWritten();
     newestFull_.clear();
     openPath_.clear();
     nextTry_ = nextRotation_ = 0;

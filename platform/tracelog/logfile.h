@@ -38,6 +38,8 @@ class LogFile {
     std::size_t writeLines(const char* lines, std::size_t bytes);
     bool writeAll(const char* lines, std::size_t bytes);
     void reportLoss();
+    void removeWritten();
+    void endTornLine();
     void rotate();
     bool renameToFree();
     void fail(unsigned long error, const char* lines, std::size_t bytes);
@@ -53,6 +55,7 @@ class LogFile {
     unsigned lastNumber_ = 0;     ///< of a full file
     std::wstring newestFull_;     ///< the last file that was renamed, where files are not kept
     bool isFailing_ = false;
+    bool isTorn_ = false;          ///< the file ends inside a line that could not be cut off
     unsigned long long lost_ = 0;  ///< lines, since the last report in the log
 };
 

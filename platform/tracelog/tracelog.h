@@ -8,8 +8,10 @@
 /// take time.
 ///
 /// The engine is process-wide and starts switched off: without a configuration nothing is written and nothing
-/// is opened. All functions may be called from any thread at any time and none of them throws. Texts are
-/// UTF-8; the engine makes one line of every text. It starts no thread: whoever drives it calls State::tick.
+/// is opened. All functions may be called from any thread at any time. Loggers, brackets of calls, context
+/// variables and tick never throw; configuring, creating devices and printing throw std::bad_alloc and
+/// nothing else. Texts are UTF-8; the engine makes one line of every text. It starts no thread: whoever
+/// drives it calls State::tick.
 ///
 ///     LogFileConfig files;
 ///     files.directory = "C:\\logs";

@@ -33,7 +33,7 @@ Registry::KeyIterator::KeyIterator(HKEY key) : Iterator(key) {
 
 bool Registry::KeyIterator::NextKey() {
     std::wstring name;
-    isOnEntry_ = key_ != nullptr && registryvalue::KeyName(key_, next_++, name);
+    isOnEntry_ = key_ != nullptr && registryvalue::KeyName(key_, next_++, name) == ERROR_SUCCESS;
     name_ = FromSystem(name.c_str());
     return isOnEntry_;
 }
@@ -45,7 +45,7 @@ Registry::ValueIterator::ValueIterator(HKEY key) : Iterator(key) {
 bool Registry::ValueIterator::NextValue() {
     std::wstring name;
     registryvalue::Raw value;
-    isOnEntry_ = key_ != nullptr && registryvalue::ValueName(key_, next_++, name);
+    isOnEntry_ = key_ != nullptr && registryvalue::ValueName(key_, next_++, name) == ERROR_SUCCESS;
     if (isOnEntry_) registryvalue::Read(key_, name.c_str(), value);
     name_ = FromSystem(name.c_str());
     value_ = registryvalue::TextOf(value);

@@ -37,7 +37,8 @@ class OpenKey {
 
 bool DeleteBelow(HKEY key, int depth) {
     std::wstring name;
-    while (registryvalue::KeyName(key, 0, name)) {
+    LONG error = ERROR_SUCCESS;
+    while ((error = registryvalue::KeyName(key, 0, name)) == ERROR_SUCCESS) {
         {
             OpenKey child;
             if (depth == kMaxDepth || !child.open(key, name.c_str()) || !DeleteBelow(child.get(), depth + 1))
@@ -45,17 +46,18 @@ bool DeleteBelow(HKEY key, int depth) {
         }
         if (osregistry::DeleteKey(key, name.c_str()) != ERROR_SUCCESS) return false;
     }
-    return true;
+    return error == ERROR_NO_MORE_ITEMS;
 }
 
-using NameAt = bool (*)(HKEY, DWORD, std::wstring&);
+using NameAt = LONG (*)(HKEY, DWORD, std::wstring&);
 
-// All names before anything is written, which could move them.
-std::vector<std::wstring> Names(HKEY key, NameAt nameAt) {
-    std::vector<std::wstring> names;
+// All names before anything is written, which could move them. False when the system breaks off.
+bool ListNames(HKEY key, NameAt nameAt, std::vector<std::wstring>& names) {
     std::wstring name;
-    for (DWORD index = 0; nameAt(key, index, name); ++index) names.push_back(name);
-    return names;
+    LONG error = ERROR_SUCCESS;
+    while ((error = nameAt(key, static_cast<DWORD>(names.size()), name)) == ERROR_SUCCESS)
+        names.push_back(name);
+    return error == ERROR_NO_MORE_ITEMS;
 }
 
 bool CopyRaw(HKEY from, const wchar_t* name, HKEY to) {
@@ -68,10 +70,14 @@ bool CopyRaw(HKEY from, const wchar_t* name, HKEY to) {
 }
 
 bool CopyBelow(HKEY from, HKEY to, int depth) {
-    for (const std::wstring& name : Names(from, &registryvalue::ValueName)) {
+    std::vector<std::wstring> values, keys;
+    if (!ListNames(from, &registryvalue::ValueName, values) ||
+        !ListNames(from, &registryvalue::KeyName, keys))
+        return false;
+    for (const std::wstring& name : values) {
         if (!CopyRaw(from, name.c_str(), to)) return false;
     }
-    for (const std::wstring& name : Names(from, &registryvalue::KeyName)) {
+    for (const std::wstring& name : keys) {
         OpenKey source, target;
         if (depth == kMaxDepth || !source.open(from, name.c_str()) || !target.create(to, name.c_str()) ||
             !CopyBelow(source.get(), target.get(), depth + 1))
@@ -89,9 +95,10 @@ bool IsSameOrBelow(const SAnsiStringCI& path, const SAnsiStringCI& top) {
 }  // namespace
 
 bool Registry::DeleteKey() {
+    close();  // the key may have been deleted and made again since it was opened
     std::wstring name;
     if (subKey_.isEmpty() || !openForRead()) return false;
-    if (registryvalue::KeyName(key_, 0, name)) {
+    if (registryvalue::KeyName(key_, 0, name) == ERROR_SUCCESS) {
         SAssert(kUnit, __LINE__, "false",
                 (SAnsiString("DeleteKey: There is subkey inside key ") + subKey_).getString());
         return false;
@@ -101,6 +108,7 @@ bool Registry::DeleteKey() {
 }
 
 bool Registry::DeleteKeyRecursive(bool self) {
+    close();
     if (subKey_.isEmpty() || !openForRead() || !DeleteBelow(key_, 0)) return false;
     return !self || DeleteKey();
 }

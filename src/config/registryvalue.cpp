@@ -33,12 +33,12 @@ SAnsiString Expanded(const std::wstring& text) {
 
 using Enumerate = LONG (*)(HKEY, DWORD, wchar_t*, DWORD&);
 
-bool NameAt(Enumerate enumerate, DWORD room, HKEY key, DWORD index, std::wstring& name) {
+LONG NameAt(Enumerate enumerate, DWORD room, HKEY key, DWORD index, std::wstring& name) {
     DWORD units = room;
     name.resize(units);
-    const bool isThere = enumerate(key, index, name.data(), units) == ERROR_SUCCESS;
-    name.resize(isThere ? units : 0);
-    return isThere;
+    const LONG error = enumerate(key, index, name.data(), units);
+    name.resize(error == ERROR_SUCCESS ? units : 0);
+    return error;
 }
 
 SAnsiString Number(const Raw& value) {
@@ -76,11 +76,11 @@ SAnsiString TextOf(const Raw& value) {
     }
 }
 
-bool KeyName(HKEY key, DWORD index, std::wstring& name) {
+LONG KeyName(HKEY key, DWORD index, std::wstring& name) {
     return NameAt(&osregistry::EnumKey, kMaxKeyName, key, index, name);
 }
 
-bool ValueName(HKEY key, DWORD index, std::wstring& name) {
+LONG ValueName(HKEY key, DWORD index, std::wstring& name) {
     return NameAt(&osregistry::EnumValue, kMaxValueName, key, index, name);
 }
 

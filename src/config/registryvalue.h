@@ -22,8 +22,8 @@ LONG Read(HKEY key, const wchar_t* name, Raw& value);
 /// bytes.
 SAnsiString TextOf(const Raw& value);
 
-/// The name at an index: false behind the last one.
-bool KeyName(HKEY key, DWORD index, std::wstring& name);
-bool ValueName(HKEY key, DWORD index, std::wstring& name);
+/// The name at an index; the result is the system's error code, ERROR_NO_MORE_ITEMS behind the last one.
+LONG KeyName(HKEY key, DWORD index, std::wstring& name);
+LONG ValueName(HKEY key, DWORD index, std::wstring& name);
 
 }  // namespace TarnLibA500::registryvalue

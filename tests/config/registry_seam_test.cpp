@@ -33,7 +33,7 @@ TEST(RegistryCalls, AKeyIsOpenedOnce) {
 
 TEST(RegistryCalls, WhicheverFailsTheResultSaysSo) {
     tarntest::AssertRecorder recorder;
-    for (unsigned long nth = 1; nth < 8; ++nth) {
+    for (unsigned long nth = 1; nth < 9; ++nth) {
         osregistry::FailCall(nth, ERROR_NOT_ENOUGH_MEMORY);
         Registry settings(KeyPath("faults"), "faults", HKEY_CURRENT_USER, false);
         const bool isWritten = settings.WriteValue("v", 7UL);
@@ -41,9 +41,21 @@ TEST(RegistryCalls, WhicheverFailsTheResultSaysSo) {
         const bool isDeleted = settings.DeleteKey();
         osregistry::FailCall(0, 0);
         EXPECT_TRUE(read == "7" || read.isEmpty()) << nth;
-        EXPECT_TRUE((isWritten && read == "7" && isDeleted) || nth <= 6) << nth;
+        EXPECT_TRUE((isWritten && read == "7" && isDeleted) || nth <= 7) << nth;
         Registry(KeyPath("faults"), "", HKEY_CURRENT_USER, false).DeleteKey();
     }
+}
+
+TEST(RegistryCalls, AnUnreadableSettingIsNotReplacedAndAPartOfACopyIsNoCopy) {
+    Registry settings(KeyPath("kept"), "kept", HKEY_CURRENT_USER, true);
+    settings.ReadValue("v", 1UL);
+    osregistry::FailCall(1, ERROR_NOT_ENOUGH_MEMORY);
+    settings.ReadValue("v", 2UL);
+    EXPECT_EQ(settings.ReadValue("v"), "1");
+    osregistry::FailCall(3, ERROR_NOT_ENOUGH_MEMORY);  // the first name
+    EXPECT_FALSE(Registry::CopyKey(HKEY_CURRENT_USER, KeyPath("kept"), HKEY_CURRENT_USER, KeyPath("part")));
+    EXPECT_TRUE(Registry(KeyPath("part"), "", HKEY_CURRENT_USER, false).DeleteKey());
+    EXPECT_TRUE(settings.DeleteKey());
 }
 
 TEST(OptionLookups, AllocateNothing) {
