@@ -43,10 +43,7 @@ std::string LineNameOf(const std::string& component) {
 Identity MakeIdentity(const std::string& given) {
     const std::string process = std::to_string(GetCurrentProcessId());
     std::string component = given.empty() ? ToUtf8(ProgramStem()) : given;
-    std::size_t length = std::min(component.size(), kMaxComponent);
-    while (length < component.size() && (component[length] & 0xC0) == 0x80)
-        --length;  // not inside a character
-    component.resize(length);
+    component.resize(WholeCharacters(component.c_str(), std::min(component.size(), kMaxComponent)));
     const std::wstring stem = FileNameOf(ToWide(component)) + L"_" + ToWide(process);
     return {component, stem, " " + LineNameOf(component) + " " + process + " "};
 }
@@ -74,6 +71,11 @@ std::wstring LongForm(const std::wstring& directory) {
 }
 
 }  // namespace
+
+std::size_t WholeCharacters(const char* text, std::size_t bytes) {
+    while (bytes > 0 && (text[bytes] & 0xC0) == 0x80) --bytes;
+    return bytes;
+}
 
 const Identity& CurrentIdentity() {
     if (ThePlace().identity.get() == nullptr) ThePlace().identity.publish(MakeIdentity(std::string()));

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <new>
 
+#include "tracelog/effective.h"
 #include "tracelog/logline.h"
 
 #include <windows.h>
@@ -145,9 +146,9 @@ ThreadContext& ThisThread() {
 std::size_t WriteContext(char* out, std::size_t most) {
     const ThreadContext* const context = ThisThreadIfAny();
     if (context == nullptr) return 0;
-    std::size_t bytes = std::min(context->inLines.size(), most);
-    while (bytes > 0 && bytes < context->inLines.size() && (context->inLines[bytes] & 0xC0) == 0x80) --bytes;
-    std::memcpy(out, context->inLines.data(), bytes);
+    const std::string& text = context->inLines;
+    const std::size_t bytes = WholeCharacters(text.c_str(), std::min(text.size(), most));
+    std::memcpy(out, text.data(), bytes);
     return bytes;
 }
 

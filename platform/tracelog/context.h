@@ -18,7 +18,6 @@ class Request {
   public:
     void set(const std::string& name, const std::string& value);
     const std::string* find(const std::string& name) const;
-    void clear() { variables_.clear(); }
     bool isEmpty() const { return variables_.empty(); }
 
     /// "name=value;name=value", at most 8 KiB: variables that no longer fit are left out.

@@ -36,12 +36,6 @@ bool IsUrgent(Logger::Kind kind, const EventInfo& event) {
     return kind == Logger::Assert || kind == Logger::Warning || event.importance >= kUrgentImportance;
 }
 
-// The longest beginning of a UTF-8 text that fits and ends between two characters.
-std::size_t WholeCharacters(const char* text, std::size_t bytes) {
-    while (bytes > 0 && (text[bytes] & 0xC0) == 0x80) --bytes;
-    return bytes;
-}
-
 }  // namespace
 
 Logger::Logger(Kind kind, const EventInfo& event) : Logger(kind, event, nullptr) {}
@@ -83,7 +77,7 @@ Logger& Logger::write(const char* text, std::size_t bytes) {
     const std::size_t most = kind_ == XL ? kMaxLongText : kMaxText;
     if (bytes_ + bytes > most) {
         isCut_ = true;
-        bytes = WholeCharacters(text, most > bytes_ ? most - bytes_ : 0);
+        bytes = detail::WholeCharacters(text, most > bytes_ ? most - bytes_ : 0);
     }
     const std::size_t escaped = detail::EscapedBytes(text, bytes);
     if (!grow(bytes_ + escaped + sizeof kCut)) return *this;

@@ -83,20 +83,13 @@ const SecondText& SecondOf(std::int64_t ticks) {
     return text;
 }
 
-// Where a cut does not fall inside a character.
-std::size_t WholeCharacters(const char* text, std::size_t bytes) {
-    while (bytes > 0 && (text[bytes] & 0xC0) == 0x80) --bytes;
-    return bytes;
-}
-
 // The file's name without its directories.
 char* WriteFile(char* out, const char* file) {
     const char* name = file;
     for (const char* at = file; *at != '\0'; ++at) {
         if (*at == '/' || *at == '\\') name = at + 1;
     }
-    std::size_t bytes = strnlen(name, kMaxFile);
-    if (bytes == kMaxFile) bytes = WholeCharacters(name, bytes);
+    const std::size_t bytes = WholeCharacters(name, strnlen(name, kMaxFile));
     return EscapedBytes(name, bytes) == bytes ? WriteText(out, name, bytes) : WriteText(out, "?", 1);
 }
 

@@ -231,7 +231,7 @@ class Scope {
     class Builder {
       public:
         Builder& label(const char* text) {
-            label_ = text;
+            label_ = text != nullptr ? text : "";
             return *this;
         }
         Builder& context(const char* text) {

@@ -13,6 +13,14 @@ SAnsiString CodePageText(const std::string& utf8, const char* what) {
     return text;
 }
 
+TarnLibA500::CParamLineArgs ParseWords(std::vector<SAnsiString> words) {
+    std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
+    for (SAnsiString& word : words) pointers.push_back(word.detach());
+    pointers.push_back(nullptr);
+    return TarnLibA500::CParamLineArgs(static_cast<int>(words.size()), pointers.data());
+}
+
 std::string Utf8Text(const SAnsiString& text) {
     std::string utf8(text.getNBytesForUTF8(), '\0');
     const int bytes = text.toUTF8(utf8.data(), static_cast<std::uint32_t>(utf8.size()));

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
+#include "tarnlib/cparamlineargs.h"
 #include "tarnlib/sstring.h"
 
 /// Between the tool's texts, which are UTF-8, and the library's, which are in the code page of the C locale:
@@ -10,6 +12,8 @@ namespace tarn {
 
 /// Throws Failure, naming what it is, when the code page does not have a character.
 TarnLibA500::SAnsiString CodePageText(const std::string& utf8, const char* what);
+/// The words of a command line as a program gets them, parsed; the first is the program's name.
+TarnLibA500::CParamLineArgs ParseWords(std::vector<TarnLibA500::SAnsiString> words);
 std::string Utf8Text(const TarnLibA500::SAnsiString& text);
 
 }  // namespace tarn

@@ -1,5 +1,6 @@
 #include "logging.h"
 
+#include "codepagetext.h"
 #include "tarnlib/slogger.h"
 
 namespace tarn {
@@ -36,14 +37,9 @@ SAnsiString LibraryText(const std::string& word) {
 }
 
 CParamLineArgs Parse(const Words& words) {
-    std::vector<SAnsiString> texts;
-    texts.reserve(words.size());
+    std::vector<SAnsiString> texts = {"tarn"};
     for (const std::string& word : words) texts.push_back(LibraryText(word));
-    std::string program = "tarn";
-    std::vector<char*> pointers = {program.data()};
-    for (SAnsiString& text : texts) pointers.push_back(text.detach());
-    pointers.push_back(nullptr);
-    return CParamLineArgs(static_cast<int>(pointers.size() - 1), pointers.data());
+    return ParseWords(texts);
 }
 
 }  // namespace

@@ -22,11 +22,7 @@ CParamLineArgs Parse(const Words& words) {
     std::vector<SAnsiString> texts;
     texts.reserve(words.size());
     for (const std::string& word : words) texts.push_back(CodePageText(word, "a word"));
-    std::vector<char*> pointers;
-    pointers.reserve(words.size() + 1);
-    for (SAnsiString& text : texts) pointers.push_back(text.detach());
-    pointers.push_back(nullptr);
-    return CParamLineArgs(static_cast<int>(words.size()), pointers.data());
+    return ParseWords(texts);
 }
 
 void PrintWords(const char* label, const SIArray<SAnsiString>& words) {

@@ -62,7 +62,7 @@ TARN_API bool ShouldAssert();
 /// that are no level. For MayTrace and the sinks.
 TARN_API extern std::atomic<std::uint32_t> openTraceLevels;
 
-/// A first look that costs two instructions: false when ShouldTrace would be false for every file.
+/// A first look that costs a load and a test: false when ShouldTrace would be false for every file.
 inline bool MayTrace(int level) noexcept {
     constexpr unsigned kNoLevel = 31;
     const unsigned bit = static_cast<unsigned>(level) < kNoLevel ? static_cast<unsigned>(level) : kNoLevel;

@@ -7,7 +7,7 @@
 /// Trace points: a level, a place, and a text that is made only where somebody reads it.
 ///
 /// Levels are numbers from 0 to 18; docs/logging.md lists what each stands for in the log. TARN_TRACE may
-/// stand anywhere and be passed by many threads. Switched off it costs two instructions and evaluates no
+/// stand anywhere and be passed by many threads. Switched off it costs a load and a test, and evaluates no
 /// argument.
 ///
 ///     TARN_TRACE(6, "sent %1 bytes to %2", bytes, hostName);
