@@ -1,8 +1,9 @@
 #include "diag/logdirectory.h"
 
-#include "system/systemtext.h"
 #include "tarnlib/pathparts.h"
 #include "tarnlib/registry.h"
+#include "tarnlib/sfile.h"
+#include "tarnlib/sfilesys.h"
 
 #include <windows.h>
 
@@ -12,15 +13,8 @@ namespace {
 constexpr const char* kSettingsRoot = "SOFTWARE\\velmora\\Logging";
 constexpr const char* kDirectoryInTemp = "velmora\\logging";
 
-SAnsiString TempDirectory() {
-    wchar_t path[MAX_PATH + 1];
-    const DWORD length = GetTempPathW(MAX_PATH + 1, path);
-    return length == 0 || length > MAX_PATH ? SAnsiString(".") : FromSystem(path);
-}
-
-bool IsDirectory(const SWCharString& path) {
-    const DWORD attributes = GetFileAttributesW(path.getString());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+SAnsiString TempDirectory() try { return SFileSys::getTempDirname(); } catch (const SFileSysException&) {
+    return ".";
 }
 
 }  // namespace
@@ -31,14 +25,11 @@ SAnsiString DefaultLogDirectory() {
     return configured.isEmpty() ? MakePath(TempDirectory(), kDirectoryInTemp) : configured;
 }
 
-bool MakeLogDirectory(const SAnsiString& directory) {
-    const SWCharString path = ToSystem(directory);
-    if (path.isEmpty()) return false;
-    if (IsDirectory(path) || CreateDirectoryW(path.getString(), nullptr)) return true;
-    const SAnsiString parent = GetParentLevelDir(UnifyAllSlashes(directory), '\\');
-    if (parent.isEmpty() || parent == directory || !MakeLogDirectory(parent)) return false;
-    return CreateDirectoryW(path.getString(), nullptr) != 0 ||
-           IsDirectory(path);  // or another process was faster
+bool MakeLogDirectory(const SAnsiString& directory) try {
+    SFileSys::makeDirectories(directory, SFile::defaultPermissions);
+    return true;
+} catch (const SFileSysException&) {
+    return false;
 }
 
 SAnsiString LogDirectoryFailure(const SAnsiString& directory) {

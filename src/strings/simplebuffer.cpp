@@ -52,19 +52,6 @@ SSimpleBuffer::SSimpleInternalBuffer::~SSimpleInternalBuffer() {
     dealloc(data);
 }
 
-void SSimpleBuffer::SSimpleInternalBuffer::UnMap() noexcept {
-    if (!IsMapped()) return;
-    UnmapViewOfFile(data);
-    CloseHandle(mappingHandle);
-    CloseHandle(fileHandle);
-    data = nullptr;
-    bytesUsed = bytesAllocated = 0;
-    mapped = 0;
-    fileName.empty();
-    mappingHandle = nullptr;
-    fileHandle = INVALID_HANDLE_VALUE;
-}
-
 // One byte behind the block, so that its data pointer is as good as any.
 struct SSimpleBuffer::_EmptyBuffer {
     _EmptyBuffer() noexcept : byte(0) {
@@ -95,9 +82,12 @@ void SSimpleBuffer::dealloc(void* bytes) noexcept {
     memory::Free(bytes);
 }
 
+SSimpleBuffer::SSimpleInternalBuffer* SSimpleBuffer::allocHeader() {
+    return new (memory::Allocate(sizeof(SSimpleInternalBuffer))) SSimpleInternalBuffer;
+}
+
 SSimpleBuffer::SSimpleInternalBuffer* SSimpleBuffer::allocBuffer(std::uint32_t n) {
-    void* header = memory::Allocate(sizeof(SSimpleInternalBuffer));
-    auto* block = new (header) SSimpleInternalBuffer;
+    SSimpleInternalBuffer* block = allocHeader();
     try {
         block->data = alloc(n);
     } catch (...) {
@@ -138,7 +128,7 @@ SSimpleBuffer::SSimpleBuffer(const void* bytes, std::uint32_t count, bool adopt)
     if (!Require(bytes != nullptr && count != 0, kUnit, "bytes != NULL && count != 0", kConstructorLine))
         return;
     if (adopt) {
-        buffer_ = new (memory::Allocate(sizeof(SSimpleInternalBuffer))) SSimpleInternalBuffer;
+        buffer_ = allocHeader();
         buffer_->data = static_cast<unsigned char*>(const_cast<void*>(bytes));
         buffer_->bytesAllocated = count;
     } else {

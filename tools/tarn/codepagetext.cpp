@@ -8,9 +8,13 @@ using TarnLibA500::SAnsiString;
 
 SAnsiString CodePageText(const std::string& utf8, const char* what) {
     SAnsiString text;
-    if (!text.fromUTF8(utf8.c_str()))
+    if (!text.fromUTF8(utf8.c_str()) || Utf8Text(text) != utf8)
         throw Failure(std::string(what) + " has characters that the code page does not have: " + utf8);
     return text;
+}
+
+SAnsiString FileName(const std::string& utf8) {
+    return CodePageText(utf8, "the file name");
 }
 
 TarnLibA500::CParamLineArgs ParseWords(std::vector<SAnsiString> words) {

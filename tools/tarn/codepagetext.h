@@ -12,6 +12,8 @@ namespace tarn {
 
 /// Throws Failure, naming what it is, when the code page does not have a character.
 TarnLibA500::SAnsiString CodePageText(const std::string& utf8, const char* what);
+/// The same for the name of a file.
+TarnLibA500::SAnsiString FileName(const std::string& utf8);
 /// The words of a command line as a program gets them, parsed; the first is the program's name.
 TarnLibA500::CParamLineArgs ParseWords(std::vector<TarnLibA500::SAnsiString> words);
 std::string Utf8Text(const TarnLibA500::SAnsiString& text);

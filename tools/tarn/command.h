@@ -9,7 +9,7 @@ namespace tarn {
 
 using Words = std::vector<std::string>;
 
-enum ExitStatus { kYes = 0, kNo = 1, kFailed = 2 };
+enum ExitStatus : int { kYes = 0, kNo = 1, kFailed = 2 };
 
 /// The command line, a file or the system does not allow what was asked for: one line on standard error,
 /// status 2.
@@ -33,5 +33,7 @@ extern const Command kDateCommand;
 extern const Command kRegistryCommand;
 extern const Command kOptionsCommand;
 extern const Command kTraceCommand;
+extern const Command kFilesCommand;
+extern const Command kLockCommand;
 
 }  // namespace tarn

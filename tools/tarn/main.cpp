@@ -8,14 +8,14 @@
 namespace tarn {
 namespace {
 
-const Command* const kCommands[] = {&kTextCommand, &kNumbersCommand,  &kVersionCompareCommand,
-                                    &kDateCommand, &kRegistryCommand, &kOptionsCommand,
-                                    &kTraceCommand};
+const Command* const kCommands[] = {&kTextCommand,  &kNumbersCommand,  &kVersionCompareCommand,
+                                    &kDateCommand,  &kRegistryCommand, &kOptionsCommand,
+                                    &kTraceCommand, &kFilesCommand,    &kLockCommand};
 
 void PrintOverview() {
     Print(
-        "tarn: texts, numbers, dates, options, the registry and the log as the library sees them\n\nusage: "
-        "tarn COMMAND ...\n\n");
+        "tarn: texts, numbers, dates, options, the registry, files and the log as the library sees them\n\n"
+        "usage: tarn COMMAND ...\n\n");
     for (const Command* command : kCommands) {
         std::string name(command->name);
         name.resize(17, ' ');

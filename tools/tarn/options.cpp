@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include "tarnlib/sstring.h"
+#include "tarnlib/sstringconv.h"
 
 namespace tarn {
 namespace {
@@ -38,6 +39,18 @@ Options::Options(const Words& arguments, const std::vector<Rule>& rules) {
 std::string Options::value(const char* name) const {
     const auto found = values_.find(name);
     return found != values_.end() ? found->second : std::string();
+}
+
+int Options::number(const char* name, int least, int most) const {
+    int number = 0;
+    const std::string word = value(name);
+    const bool isNumber =
+        !word.empty() && word.find_first_not_of("0123456789") == std::string::npos &&
+        TarnLibA500::SStringConv::FromString(TarnLibA500::SAnsiString(word.c_str()), number);
+    if (!isNumber || number < least || number > most)
+        throw Failure(std::string("-") + name + " must be a number from " + std::to_string(least) + " to " +
+                      std::to_string(most));
+    return number;
 }
 
 bool AsksForHelp(const std::string& word) {

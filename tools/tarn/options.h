@@ -23,6 +23,8 @@ class Options {
     bool has(const char* name) const { return values_.count(name) != 0; }
     /// Empty for an option that was not given.
     std::string value(const char* name) const;
+    /// Throws Failure when the value is no number of that range.
+    int number(const char* name, int least, int most) const;
 
   private:
     std::map<std::string, std::string> values_;

@@ -1,10 +1,10 @@
 #include "system.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <memory>
 
+#include "codepagetext.h"
+#include "tarnlib/sfile.h"
+#include "tarnlib/sfilesys.h"
 #include "tarnlib/sstring.h"
 
 #include <fcntl.h>
@@ -16,13 +16,12 @@
 namespace tarn {
 namespace {
 
+using TarnLibA500::SAnsiString;
+using TarnLibA500::SFile;
+using TarnLibA500::SFileException;
+using TarnLibA500::SFileSys;
+using TarnLibA500::SFileSysException;
 using TarnLibA500::SWCharString;
-
-SWCharString ToWide(const std::string& text) {
-    SWCharString wide;
-    wide.fromUTF8(text.c_str());
-    return wide;
-}
 
 std::string ToUtf8(const wchar_t* text) {
     const SWCharString wide(text);
@@ -32,24 +31,25 @@ std::string ToUtf8(const wchar_t* text) {
     return utf8;
 }
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+// What the file classes say, without the system's line end.
+[[noreturn]] void Fail(SAnsiString why) {
+    throw Failure(Utf8Text(why.trimRight()));
+}
+
+struct TemporaryFile {
+    TemporaryFile() = default;
+    ~TemporaryFile() {
+        try {
+            SFileSys::remove(name);
+        } catch (const SFileSysException& failure) {
+            PrintError(Utf8Text(failure.toString()));
+        }
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    const SAnsiString name = SFileSys::getTempFilename("tarn");
 };
-using File = std::unique_ptr<std::FILE, FileCloser>;
-
-File Open(const std::string& name, const wchar_t* mode) {
-    return File(_wfopen(ToWide(name).getString(), mode));
-}
-
-[[noreturn]] void FailOn(const char* what, const std::string& name, int error) {
-    throw Failure(std::string("cannot ") + what + " " + name + ": " + std::strerror(error));
-}
-
-bool WriteThrough(const std::string& name, const std::string& bytes) {
-    const File file = Open(name, L"wb");
-    return file && std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size() &&
-           std::fflush(file.get()) == 0 && _commit(_fileno(file.get())) == 0;
-}
 
 }  // namespace
 
@@ -84,30 +84,32 @@ void PrintError(const std::string& line) {
     std::fprintf(stderr, "%s\n", line.c_str());
 }
 
-std::string ReadFile(const std::string& name) {
-    const File file = Open(name, L"rb");
-    if (!file) FailOn("read", name, errno);
-    if (_fseeki64(file.get(), 0, SEEK_END) != 0) FailOn("read", name, errno);
-    const long long size = _ftelli64(file.get());
+std::string ReadFile(const std::string& name) try {
+    SFile file(FileName(name), SFile::readOnly | SFile::sequential, SFile::readWriteMask, SFile::denyNothing);
+    const long long size = file.sizeEx();
     if (size > kMaxFileBytes) throw Failure("cannot read " + name + ": it is larger than 64 MiB");
-    if (size < 0 || _fseeki64(file.get(), 0, SEEK_SET) != 0) FailOn("read", name, errno);
     std::string bytes(static_cast<std::size_t>(size), '\0');
-    if (std::fread(bytes.data(), 1, bytes.size(), file.get()) != bytes.size()) FailOn("read", name, EIO);
+    std::size_t done = 0;
+    for (int count = -1; count != 0 && done < bytes.size(); done += static_cast<std::size_t>(count))
+        count = file.read(bytes.data() + done, static_cast<std::uint32_t>(bytes.size() - done));
+    bytes.resize(done);
     return bytes;
+} catch (const SFileException& failure) {
+    Fail(failure.toString());
 }
 
-void WriteFile(const std::string& name, const std::string& bytes) {
-    const std::string temporary = name + "." + std::to_string(GetCurrentProcessId()) + ".new";
-    if (!WriteThrough(temporary, bytes)) {
-        const int error = errno;
-        DeleteFileW(ToWide(temporary).getString());
-        FailOn("write", name, error);
-    }
-    if (!MoveFileExW(ToWide(temporary).getString(), ToWide(name).getString(), MOVEFILE_REPLACE_EXISTING)) {
-        const unsigned long error = GetLastError();
-        DeleteFileW(ToWide(temporary).getString());
-        throw Failure("cannot replace " + name + ": system error " + std::to_string(error));
-    }
+void WriteFile(const std::string& name, const std::string& bytes) try {
+    const TemporaryFile temporary;
+    SFile file(temporary.name, SFile::writeOnly, SFile::readWriteMask, SFile::denyNothing);
+    for (std::size_t done = 0; done < bytes.size();)
+        done += static_cast<std::size_t>(
+            file.write(bytes.data() + done, static_cast<std::uint32_t>(bytes.size() - done)));
+    file.close();
+    SFileSys::copyFile(temporary.name, FileName(name), true);
+} catch (const SFileException& failure) {
+    Fail(failure.toString());
+} catch (const SFileSysException& failure) {
+    Fail(failure.toString());
 }
 
 }  // namespace tarn

@@ -3,7 +3,6 @@
 #include "options.h"
 #include "system.h"
 #include "tarnlib/slogger.h"
-#include "tarnlib/sstringconv.h"
 #include "tarnlib/straceobj.h"
 
 #include <windows.h>
@@ -26,25 +25,14 @@ constexpr const char* kHelp =
     "options (-trace MASK, -loggingPath DIR, ...) are those of every command.\n"
     "Exit status: 0; 1 when the trace point is switched off.\n";
 
-int ReadNumber(const Options& options, const char* name, int least, int most) {
-    int number = 0;
-    const std::string word = options.value(name);
-    const bool isNumber = word.find_first_not_of("0123456789") == std::string::npos &&
-                          TarnLibA500::SStringConv::FromString(SAnsiString(word.c_str()), number);
-    if (!isNumber || number < least || number > most)
-        throw Failure(std::string("-") + name + " must be a number from " + std::to_string(least) + " to " +
-                      std::to_string(most));
-    return number;
-}
-
 ExitStatus Trace(const Words& arguments) {
     const Options options(arguments, {{"level", Options::Kind::RequiredValue},
                                       {"text", Options::Kind::RequiredValue},
                                       {"repeat", Options::Kind::Value},
                                       {"pause", Options::Kind::Value}});
-    const int level = ReadNumber(options, "level", 0, 18);
-    const int repeats = options.has("repeat") ? ReadNumber(options, "repeat", 1, kMaxRepeats) : 1;
-    const int pause = options.has("pause") ? ReadNumber(options, "pause", 0, kMaxPause) : 0;
+    const int level = options.number("level", 0, 18);
+    const int repeats = options.has("repeat") ? options.number("repeat", 1, kMaxRepeats) : 1;
+    const int pause = options.has("pause") ? options.number("pause", 0, kMaxPause) : 0;
     const SAnsiString text = CodePageText(options.value("text"), "-text");
     if (!SLogger::ShouldTrace(level, kUnit, __LINE__)) {
         Print("level " + std::to_string(level) + " is switched off\n");

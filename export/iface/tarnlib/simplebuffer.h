@@ -134,7 +134,8 @@ class TARN_API SSimpleBuffer {
     bool loadFromFileEx(const SAnsiString& path, bool map, bool sequential, long long startByte,
                         std::uint32_t bytesToRead);
     /// Writes the bytes into a file, which is made when it does not exist. Without truncate an old file that
-    /// is longer keeps its tail. An empty buffer writes no file, and false is the result.
+    /// is longer keeps its tail; with it, a file that could not be written to its end is removed. An empty
+    /// buffer writes no file, and false is the result.
     bool saveToFile(const SAnsiString& path, bool truncate = true);
 
     // --- memory of data blocks ---
@@ -159,6 +160,7 @@ class TARN_API SSimpleBuffer {
   private:
     struct _EmptyBuffer;
 
+    static SSimpleInternalBuffer* allocHeader();
     static SSimpleInternalBuffer* CopyOf(const SSimpleInternalBuffer& block, std::uint32_t nBytesAllocated);
     static SSimpleInternalBuffer* Share(SSimpleInternalBuffer* block) noexcept;
     static void Release(SSimpleInternalBuffer* block) noexcept;
@@ -170,6 +172,8 @@ class TARN_API SSimpleBuffer {
     SSimpleInternalBuffer* roomToAppend(std::uint32_t count, std::uint32_t extraReserve);
     void appendTo(SSimpleInternalBuffer* block, const void* bytes, std::uint32_t count) noexcept;
     void copyBeforeDetaching();
+    bool mapFrom(const SAnsiString& path);
+    bool readFrom(const SAnsiString& path, bool sequential, long long startByte, std::uint32_t bytesToRead);
 
     SSimpleInternalBuffer* buffer_;
 };

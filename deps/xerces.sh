@@ -1,0 +1,49 @@
+#!/bin/bash
+# Cross-builds Xerces-C as a static library from Debian's source package into the cache, and prints its prefix.
+# The folder is named by version, recipe and compiler, so that a change of any of them builds anew.
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+. "$here/apt.sh"
+
+version=3.2.4
+recipe="$here/xerces.sh $here/../cmake/mingw-w64-i686.cmake"
+key=$({ cat $recipe; i686-w64-mingw32-g++-posix --version; } | sha256sum | cut -c1-12)
+prefix=$tarn_cache/xerces-c-$version-$key
+log=$tarn_cache/xerces-c.log
+
+build() {
+    local work=$tarn_cache/xerces-c-work
+    # The flags of the library that it goes into, and sections, so that the linker keeps only what is used.
+    local flags="-w -msse2 -mfpmath=sse -D__MINGW_USE_VC2005_COMPAT -D_FILE_OFFSET_BITS=64"
+    flags+=" -ffunction-sections -fdata-sections"
+    rm -rf "$work"
+    mkdir -p "$work"
+    cd "$work"
+    use_main_suite
+    apt-get "${apt_main[@]}" -q source --download-only "xerces-c=$version*" ||
+        apt-get "${apt_main[@]}" -q source --download-only xerces-c
+    # With the distribution's patches: one is against a use after free (CVE-2018-1311).
+    dpkg-source --no-check -x xerces-c_*.dsc source
+    cmake -G Ninja -S source -B build -DCMAKE_TOOLCHAIN_FILE="$here/../cmake/mingw-w64-i686.cmake" \
+        -DCMAKE_BUILD_TYPE=MinSizeRel -DCMAKE_CXX_STANDARD=17 -DCMAKE_CXX_FLAGS="$flags" -DBUILD_SHARED_LIBS=OFF \
+        -Dnetwork=OFF -Dtranscoder=windows -Dmessage-loader=inmemory -Dmutex-manager=standard \
+        -Dxmlch-type=char16_t -DCMAKE_INSTALL_PREFIX="$work/installed"
+    cmake --build build --target xerces-c # only the library: no samples, no tests
+    cmake -P build/src/cmake_install.cmake
+    cmake -DCMAKE_INSTALL_COMPONENT=development -P build/cmake_install.cmake
+    # Moving last keeps half a build out.
+    rm -rf "$prefix"
+    mv installed "$prefix"
+    rm -rf "$work"
+}
+
+if [ ! -e "$prefix/lib/libxerces-c.a" ]; then
+    mkdir -p "$tarn_cache"
+    echo "building Xerces-C $version (two minutes)" >&2
+    if ! (set -e; build) >"$log" 2>&1; then
+        echo "failed; the end of $log:" >&2
+        tail -n 40 "$log" >&2
+        exit 1
+    fi
+fi
+echo "$prefix"

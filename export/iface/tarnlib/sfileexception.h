@@ -1,0 +1,81 @@
+#pragma once
+
+#include "tarnlib/sstring.h"
+#include "tarnlib/tarnapi.h"
+
+/// Why an operation on an open file failed: the stage, a portable detail, the file, the system's text and its
+/// number.
+///
+/// Thrown by value by every member of SFile that fails, and to be caught by const reference. It has no base
+/// class.
+///
+///     try {
+///         report.open("C:\\data\\report.txt", SFile::readOnly, SFile::readWriteMask, SFile::denyNothing);
+///     } catch (const SFileException& failure) {
+///         if (failure.DetailCode() == SFileException::notFound) return UsualReport();
+///         TARN_TRACE(1, "%1", failure.summary());
+///         throw;
+///     }
+namespace TarnLibA500 {
+
+class TARN_API SFileException {
+  public:
+    /// The stage that failed. There is no 6.
+    enum ErrorCodes {
+        openError = 0,
+        readError = 1,
+        writeError = 2,
+        flushError = 3,
+        seekError = 4,
+        lockError = 5,  ///< kept for locks of byte ranges; nothing raises it
+        closeError = 7  ///< deleting a temporary file failed
+    };
+    /// What it comes down to.
+    enum DetailCodes {
+        accessDenied = 0,
+        notFound = 1,
+        notOpen = 2,  ///< the operation needs an open file
+        outOfMemory = 3,
+        notSupported = 4,
+        otherError = 5  ///< everything else; a sharing violation too
+    };
+
+    /// openError, otherError, number 0, no texts.
+    SFileException() noexcept;
+    SFileException(ErrorCodes errorCode, int errorNumber, const SAnsiString& fileName, DetailCodes detailCode,
+                   const SAnsiString& reason, const SAnsiString& extra);
+    SFileException(const SFileException& other) noexcept;
+    SFileException(SFileException&& other) noexcept;
+    SFileException& operator=(const SFileException& other) noexcept;
+    SFileException& operator=(SFileException&& other) noexcept;
+
+    /// One sentence with the file and the reason, by the stage. The stages seekError, lockError and
+    /// closeError deliberately have none: "Unknown error (exception).  ".
+    virtual SAnsiString toString() const;
+    /// That sentence, ":" and the additional text, which is usually empty.
+    virtual SAnsiString summary() const;
+
+    ErrorCodes ErrCode() const noexcept { return errorCode_; }
+    DetailCodes DetailCode() const noexcept { return detailCode_; }
+    /// The system's error code, or the C runtime's errno; 0 when the error is the library's own.
+    int getErrno() const noexcept { return errorNumber_; }
+
+    /// The system's text for an error code as it comes, with its line end; "system error" when there is none.
+    static SAnsiString GetSystemMessage(unsigned long code);
+    /// The detail for a value of errno, or for an error code of the system.
+    static DetailCodes MapErrno(int error) noexcept;
+    static DetailCodes MapSystemError(unsigned long code) noexcept;
+
+    /// Not virtual: exceptions are not deleted through a pointer.
+    ~SFileException();
+
+  private:
+    ErrorCodes errorCode_ = openError;
+    SAnsiString fileName_;
+    SAnsiString reason_;
+    SAnsiString extra_;
+    DetailCodes detailCode_ = otherError;
+    int errorNumber_ = 0;
+};
+
+}  // namespace TarnLibA500

@@ -1,0 +1,132 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tarnlib/sdatetime.h"
+#include "tarnlib/sfilesysexception.h"
+#include "tarnlib/ssfilesearch.h"
+#include "tarnlib/sstring.h"
+#include "tarnlib/tarnapi.h"
+
+/// Paths, files and directories: tests, listings, copying, removing, sizes, names, times.
+///
+/// All members are static and may be called from any thread. Every failure is thrown as SFileSysException;
+/// the tests do not fail, they say no. Paths are in the process's code page, relative or absolute, and may be
+/// longer than 260 characters. As everywhere on this system, blanks and full stops at the end of a name are
+/// dropped and "nul.txt" is a device, unless the path begins with "\\?\". Links to directories are removed
+/// and counted, never entered.
+///
+///     if (!SFileSys::isDir("C:\\data\\in")) SFileSys::makeDirectories("C:\\data\\in",
+///     SFile::defaultPermissions); SIArray<FileProp> reports; SFileSys::listing("C:\\data\\in", "*.txt",
+///     reports); for (const FileProp& report : reports) Print(report.name, report.size); SAnsiString work =
+///     SFileSys::getTempFilename("import-");       // exists, empty, ours
+///     SFileSys::copyFile("C:\\data\\in\\a.txt", work, true);
+///     SFileSys::rremove("C:\\data\\in");
+namespace TarnLibA500 {
+
+class TARN_API SFileSys {
+  public:
+    // --- tests ---
+    /// True when the system shows something at this path.
+    static bool exists(const SAnsiString& path);
+    static bool isDir(const SAnsiString& path);
+    /// True for whatever is there and is no directory.
+    static bool isFile(const SAnsiString& path);
+    /// True for the root of a drive that the system has: "C:" or "C:\".
+    static bool isDrive(const SAnsiString& path);
+    /// True when the path depends on no current directory: "C:\...", "\\server\...".
+    static bool isFullPath(const SAnsiString& path) noexcept;
+    /// What the read-only attribute leaves of writing, and the name of executing: a directory, or a file with
+    /// the extension exe, com, bat or cmd. fsStatFailed when there is nothing at the path.
+    static bool HasOwnerExePermission(const SAnsiString& path);
+    static bool HasOwnerWritePermission(const SAnsiString& path);
+
+    // --- paths ---
+    /// The absolute path, without "." and "..". fsStatFailed when there is none: for an empty path, and for a
+    /// relative one when the current directory has no drive ("No drive letter in current directory: ...").
+    static SAnsiString getFullPath(const SAnsiString& path);
+    /// The same, and where the system needs that for its length (260 characters and more) behind "\\?\" or
+    /// "\\?\UNC\".
+    static SAnsiString toLongPath(const SAnsiString& path);
+    static SAnsiString getCurrentDirectory();
+    /// The current directory is the process's: every thread has the same.
+    static void setCurrentDirectory(const SAnsiString& path);
+
+    // --- directories; permissions are for systems where they count ---
+    /// Makes one directory, which must not be there yet.
+    static void makeDirectory(const SAnsiString& path, int permissions);
+    /// Makes every missing level. Nothing happens when the directory is there.
+    static void makeDirectories(const SAnsiString& path, int permissions);
+    /// Replaces the array by the names of the entries, without "." and "..", in the system's order.
+    static void listDirectory(const SAnsiString& path, SIArray<SAnsiString>& names);
+    /// The same with all that the system says about them, for the names that match (see SSFileSearch).
+    static void listing(const SAnsiString& path, const SAnsiString& pattern, SIArray<FileProp>& entries);
+    /// Entries of the directory that are no directories, or all of them.
+    static unsigned countFiles(const SAnsiString& path);
+    static unsigned countAll(const SAnsiString& path);
+
+    // --- copying, renaming, removing ---
+    /// Copies one file with its time and attributes. The new file appears under its name when it is whole;
+    /// until then, and when something fails, what was there before stays. Without "overwrite" an existing one
+    /// is a failure.
+    static void copyFile(const SAnsiString& from, const SAnsiString& to, bool overwrite);
+    /// Renames or moves a file, or within one volume a directory. An existing one is not replaced.
+    static void renameFile(const SAnsiString& from, const SAnsiString& to);
+    /// Removes a file or an empty directory.
+    static void remove(const SAnsiString& path);
+    /// Removes a file, or a directory with all that is in it. What cannot be removed stays, the rest goes,
+    /// and the first failure is thrown at the end.
+    static void rremove(const SAnsiString& path);
+    /// Removes the files of a directory whose names match, not its directories; says how many bytes that
+    /// freed, also when it throws. The 32-bit count stops at 4294967295.
+    static void removeContent(const SAnsiString& path, const SAnsiString& pattern, std::uint32_t& freed);
+    static void removeContentEx(const SAnsiString& path, const SAnsiString& pattern,
+                                unsigned long long& freed);
+    /// Removes all that is in a directory, as rremove does, but not the directory.
+    static void rremoveContent(const SAnsiString& path);
+
+    // --- sizes in bytes; the 32-bit members throw fsSizeFailed beyond 4 GiB ---
+    /// Of one file.
+    static std::uint32_t size(const SAnsiString& path);
+    static unsigned long long sizeEx(const SAnsiString& path);
+    /// Of a file, or of all files in a directory and below.
+    static std::uint32_t rsize(const SAnsiString& path);
+    static unsigned long long rsizeEx(const SAnsiString& path);
+    /// The volume that the directory is on: its bytes, those that are free, and those that this user may
+    /// take.
+    static void diskUsageInfo(const SAnsiString& path, unsigned long long& total, unsigned long long& free,
+                              unsigned long long& available);
+
+    // --- names ---
+    /// The directory for temporary files, with a backslash at the end.
+    static SAnsiString getTempDirname();
+    /// A new, empty file there.
+    static SAnsiString getTempFilename(const SAnsiString& prefix);
+    /// A path in the directory that nothing stands at: the prefix, 8 hexadecimal digits, the suffix. With
+    /// "create" it is made at once, so that nobody else gets the same. A name that would mean a device has
+    /// its first full stop replaced: "com4." becomes "com4x". fsUniqueNameFailed when none can be found.
+    static SAnsiString getUniqueFilename(const SAnsiString& directory, const SAnsiString& prefix,
+                                         const SAnsiString& suffix, bool create, int permissions);
+    static SAnsiString getUniqueDirname(const SAnsiString& directory, const SAnsiString& prefix, bool create,
+                                        int permissions);
+
+    // --- times and rights ---
+    /// When the file or directory was last written.
+    static SDateTime getLastModifiedTime(const SAnsiString& path);
+    static void setLastModifiedTime(const SAnsiString& path, const SDateTime& time);
+    /// Sets the read-only attribute, or clears it when the mode has the owner's right to write (0200).
+    static void giveAccess(const SAnsiString& path, int mode);
+    /// Clears the read-only attribute, also of all that is in a directory and below.
+    static void giveAllAccess(const SAnsiString& path, bool recursive);
+    /// Nothing: files have no such owner here.
+    static void setFileOwner(const SAnsiString& path, const SAnsiString& owner) noexcept;
+
+  private:
+    static bool hasOwnerPermissionHelper(const SAnsiString& path, int mask);
+    static SAnsiString getUniqueFilenameHelper(const SAnsiString& directory, const SAnsiString& prefix,
+                                               const SAnsiString& suffix, bool create, int permissions,
+                                               bool isDirectory);
+    static bool checkAndRemoveReservedDeviceName(SAnsiString& name);
+};
+
+}  // namespace TarnLibA500

@@ -1,0 +1,78 @@
+#include "files/directoryreader.h"
+
+#include "files/osfiles.h"
+#include "files/systempath.h"
+
+namespace TarnLibA500 {
+namespace {
+
+bool IsDots(const wchar_t* name) {
+    return name[0] == L'.' && (name[1] == L'\0' || (name[1] == L'.' && name[2] == L'\0'));
+}
+
+}  // namespace
+
+bool DirectoryReader::open(const SWCharString& directory) {
+    close();
+    error_ = ERROR_SUCCESS;
+    search_ = osfiles::FindFirst(LongForm(JoinSystemPath(directory, L"*")).getString(), entry_);
+    isFirst_ = isOpen();
+    if (isOpen()) return true;
+    error_ = GetLastError();
+    // The root of a volume has no "." and can be empty.
+    if (error_ == ERROR_FILE_NOT_FOUND) error_ = ERROR_SUCCESS;
+    return error_ == ERROR_SUCCESS;
+}
+
+bool DirectoryReader::advance() {
+    if (isFirst_) {
+        isFirst_ = false;
+        return true;
+    }
+    if (osfiles::FindNext(search_, entry_)) return true;
+    error_ = GetLastError();
+    if (error_ == ERROR_NO_MORE_FILES) error_ = ERROR_SUCCESS;
+    return false;
+}
+
+bool DirectoryReader::next() {
+    if (!isOpen()) return false;
+    while (advance()) {
+        if (!IsDots(entry_.cFileName)) return true;
+    }
+    close();
+    return false;
+}
+
+void DirectoryReader::close() noexcept {
+    if (isOpen()) osfiles::FindClose(search_);
+    search_ = INVALID_HANDLE_VALUE;
+}
+
+SWCharString TreeWalk::entryPath() const {
+    return LongForm(JoinSystemPath(directory(), entry().cFileName));
+}
+
+TreeWalk::Step TreeWalk::fail() noexcept {
+    hasFailed_ = true;
+    return Step::Failed;
+}
+
+TreeWalk::Step TreeWalk::next() {
+    if (hasFailed_) {
+        hasFailed_ = isReading_ = false;
+        ++at_;
+    }
+    for (; at_ < directories_.size(); ++at_, isReading_ = false) {
+        if (!isReading_ && !reader_.open(directory())) return fail();
+        isReading_ = true;
+        if (reader_.next()) {
+            if (IsOwnDirectory(entry().dwFileAttributes)) directories_.push_back(entryPath());
+            return Step::Entry;
+        }
+        if (error() != ERROR_SUCCESS) return fail();
+    }
+    return Step::End;
+}
+
+}  // namespace TarnLibA500

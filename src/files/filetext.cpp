@@ -1,0 +1,134 @@
+#include "files/filetext.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "strings/mbchar.h"
+#include "tarnlib/UTFConverter.h"
+#include "tarnlib/mbcscodesetconverter.h"
+#include "tarnlib/sassert.h"
+
+namespace TarnLibA500 {
+namespace {
+
+constexpr const char* kUnit = "sfile";
+constexpr int kTraceLevel = 1;
+constexpr wchar_t kAsciiEnd = 0x80;
+// One piece at a time goes through UTF-16, so that it stays in the cache.
+constexpr std::uint32_t kPieceBytes = 4096;
+// A shorter run of ASCII is not worth leaving the piece for.
+constexpr std::uint32_t kAsciiRunBytes = 64;
+constexpr std::uint32_t kMaxCodePageBytes = 2;
+
+}  // namespace
+
+std::uint32_t CountAscii(const char* bytes, std::uint32_t count) noexcept {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    std::uint32_t at = 0;
+    for (std::uint64_t word = 0; count - at >= sizeof word; at += sizeof word) {
+        std::memcpy(&word, bytes + at, sizeof word);
+        if ((word & kHighBits) != 0) break;
+    }
+    while (at < count && static_cast<unsigned char>(bytes[at]) < kAsciiEnd) ++at;
+    return at;
+}
+
+TextDecoder::TextDecoder(SFile::FileEncoding encoding, std::uint32_t expectedBytes) : encoding_(encoding) {
+    text_.setSize(expectedBytes);
+}
+
+void TextDecoder::add(const char* bytes, std::uint32_t count) {
+    if (encoding_ == SFile::nativeCodePage) {
+        text_.concat(bytes, count);
+    } else if (isLegal_) {
+        const auto* const first = reinterpret_cast<const unsigned char*>(bytes);
+        addUtf8(first, first + count);
+    }
+}
+
+void TextDecoder::addUtf8(const unsigned char* at, const unsigned char* end) {
+    if (pendingBytes_ != 0) completePending(at, end);
+    while (isLegal_ && at != end) {
+        const auto* const text = reinterpret_cast<const char*>(at);
+        const std::uint32_t ascii = CountAscii(text, static_cast<std::uint32_t>(end - at));
+        if (ascii >= kAsciiRunBytes || at + ascii == end) {
+            text_.concat(text, ascii);
+            at += ascii;
+        }
+        if (at != end) at = addPart(at, end);
+    }
+}
+
+// Converts a piece; what is left of a character at its end is kept when nothing follows.
+const unsigned char* TextDecoder::addPart(const unsigned char* at, const unsigned char* end) {
+    wchar_t units[kPieceBytes];
+    wchar_t* last = units;
+    const unsigned char* const pieceEnd = at + std::min<std::ptrdiff_t>(end - at, kPieceBytes);
+    const auto result = CUTFConverter::Convert(at, pieceEnd, last, units + kPieceBytes);
+    encode(units, static_cast<std::uint32_t>(last - units));
+    if (result == CUTFConverter::SourceIllegal) isLegal_ = false;
+    if (result != CUTFConverter::SourceExhausted || pieceEnd != end) return at;
+    pendingBytes_ = static_cast<std::uint32_t>(end - at);
+    std::memcpy(pending_, at, pendingBytes_);
+    return end;
+}
+
+void TextDecoder::completePending(const unsigned char*& at, const unsigned char* end) {
+    while (pendingBytes_ != 0 && isLegal_ && at != end) {
+        pending_[pendingBytes_++] = *at++;
+        wchar_t units[2];
+        wchar_t* last = units;
+        const unsigned char* source = pending_;
+        const auto result = CUTFConverter::Convert(source, pending_ + pendingBytes_, last, units + 2);
+        if (result == CUTFConverter::SourceIllegal) isLegal_ = false;
+        if (result == CUTFConverter::SourceExhausted) continue;
+        encode(units, static_cast<std::uint32_t>(last - units));
+        pendingBytes_ = 0;
+    }
+}
+
+void TextDecoder::encode(const wchar_t* units, std::uint32_t count) {
+    const mbchar::CodePage& page = mbchar::CodePage::Current();
+    char bytes[kPieceBytes * kMaxCodePageBytes];
+    char* out = bytes;
+    for (const wchar_t* unit = units; unit != units + count; ++unit) {
+        if (*unit < kAsciiEnd) {
+            *out++ = static_cast<char>(*unit);
+            continue;
+        }
+        const int written = page.fromWide(out, *unit);
+        if (written < 0) *out = mbchar::kReplacement;
+        out += written < 0 ? 1 : written;
+    }
+    text_.concat(bytes, static_cast<std::uint32_t>(out - bytes));
+}
+
+SAnsiString TextDecoder::finish() {
+    if (isLegal_ && pendingBytes_ == 0) return std::move(text_);
+    TraceText(kTraceLevel, kUnit, "the text is not valid UTF-8");
+    return SAnsiString();
+}
+
+SAnsiString DecodeFileText(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding) {
+    const bool isAsItIs = encoding == SFile::nativeCodePage || CountAscii(bytes, count) == count;
+    if (isAsItIs) return SAnsiString(bytes, count);
+    TextDecoder decoder(encoding, count);
+    decoder.add(bytes, count);
+    return decoder.finish();
+}
+
+SSimpleBuffer EncodeFileText(const SAnsiString& text) {
+    // The converter takes zero-terminated texts, so it gets what stands between the zero bytes.
+    SSimpleBuffer utf8;
+    const char* const end = text.end().getPtr();
+    for (const char* at = text.getString(); at < end; ++at) {
+        const SSimpleBuffer part =
+            MBCSCodesetConverter::TToExplicitCodeset(SAnsiString(at), MBCSCodesetConverter::UTF8);
+        utf8.append(part.getBufferProtected(), part.getNBytes());
+        at += std::strlen(at);
+        if (at != end) utf8.append(0);
+    }
+    return utf8;
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+
+#include "tarnlib/sfile.h"
+#include "tarnlib/simplebuffer.h"
+#include "tarnlib/sstring.h"
+
+namespace TarnLibA500 {
+
+/// How many bytes at the start are ASCII: the same in every code page that there is.
+std::uint32_t CountAscii(const char* bytes, std::uint32_t count) noexcept;
+
+/// Makes text in the code page of the bytes of a file, which come in pieces of any size.
+class TextDecoder {
+  public:
+    /// "expectedBytes" are reserved at once; the text can become longer.
+    TextDecoder(SFile::FileEncoding encoding, std::uint32_t expectedBytes);
+    void add(const char* bytes, std::uint32_t count);
+    /// The text. Empty, which is traced, when the bytes are not valid UTF-8.
+    SAnsiString finish();
+
+  private:
+    void addUtf8(const unsigned char* at, const unsigned char* end);
+    const unsigned char* addPart(const unsigned char* at, const unsigned char* end);
+    void completePending(const unsigned char*& at, const unsigned char* end);
+    void encode(const wchar_t* units, std::uint32_t count);
+
+    static constexpr std::uint32_t kMaxUtf8Bytes = 4;
+
+    SFile::FileEncoding encoding_;
+    SAnsiString text_;
+    bool isLegal_ = true;
+    std::uint32_t pendingBytes_ = 0;  // the beginning of a character that a piece ended in
+    unsigned char pending_[kMaxUtf8Bytes];
+};
+
+/// The text of some bytes, at once.
+SAnsiString DecodeFileText(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding);
+
+/// A text in UTF-8, without a terminator.
+SSimpleBuffer EncodeFileText(const SAnsiString& text);
+
+}  // namespace TarnLibA500

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "tarnlib/sstring.h"
+
+namespace TarnLibA500 {
+
+/// Names of files with "*" and "?". The system's own patterns also match short names that nobody sees, and
+/// differ between versions.
+class NamePattern {
+  public:
+    explicit NamePattern(const SAnsiString& pattern);
+    bool matches(const wchar_t* name) const noexcept;
+
+  private:
+    SWCharString pattern_;
+    bool takesAll_;
+};
+
+}  // namespace TarnLibA500

@@ -1,0 +1,184 @@
+#pragma once
+
+#include <windows.h>
+
+/// The one way in which the library reaches files and directories. Test builds (TARN_TEST_SEAMS) count the
+/// calls and the open handles, and make the n-th call fail; otherwise these are direct calls. They fail as
+/// the system does: with false or an invalid handle, and the code in GetLastError.
+namespace TarnLibA500::osfiles {
+
+#ifdef TARN_TEST_SEAMS
+/// Counts a call. True when it is to fail, with the error set.
+bool MustFail();
+/// Makes the n-th call from now fail with an error, once or until told otherwise; 0: none.
+void FailCall(unsigned long nth, DWORD error, bool onwards = false);
+unsigned long CallsSoFar();
+/// Does something before the n-th call from now: what another process might do then. 0: nothing.
+void DoBeforeCall(unsigned long nth, void (*action)());
+/// Makes the next reads succeed without a byte, so many times.
+void ReadNothing(unsigned long times);
+bool MustReadNothing();
+/// Counts handles that are open; passes the handle on.
+HANDLE Opened(HANDLE handle);
+void Closed();
+long OpenHandles();
+/// Counts what it is asked to sleep and calls this instead of sleeping; null: sleeps.
+void Sleep(DWORD milliseconds);
+void ReplaceSleep(void (*replacement)(DWORD milliseconds));
+unsigned long SleepsSoFar();
+#else
+inline bool MustFail() {
+    return false;
+}
+inline bool MustReadNothing() {
+    return false;
+}
+inline HANDLE Opened(HANDLE handle) {
+    return handle;
+}
+inline void Closed() {}
+inline void Sleep(DWORD milliseconds) {
+    ::Sleep(milliseconds);
+}
+#endif
+
+inline HANDLE Open(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                   DWORD disposition, DWORD flags) {
+    if (MustFail()) return INVALID_HANDLE_VALUE;
+    return Opened(CreateFileW(path, access, share, security, disposition, flags, nullptr));
+}
+
+/// Not a call that can be made to fail: nobody could do anything about it. The last error stays.
+inline void Close(HANDLE file) noexcept {
+    const DWORD error = GetLastError();
+    CloseHandle(file);
+    Closed();
+    SetLastError(error);
+}
+
+inline bool Read(HANDLE file, void* bytes, DWORD count, DWORD& done) {
+    done = 0;
+    if (MustReadNothing()) return true;
+    return !MustFail() && ReadFile(file, bytes, count, &done, nullptr) != 0;
+}
+
+inline bool Write(HANDLE file, const void* bytes, DWORD count, DWORD& done) {
+    done = 0;
+    return !MustFail() && WriteFile(file, bytes, count, &done, nullptr) != 0;
+}
+
+inline bool Flush(HANDLE file) {
+    return !MustFail() && FlushFileBuffers(file) != 0;
+}
+
+inline bool Seek(HANDLE file, DWORD origin, long long offset, long long& position) {
+    LARGE_INTEGER distance;
+    LARGE_INTEGER reached;
+    distance.QuadPart = offset;
+    if (MustFail() || !SetFilePointerEx(file, distance, &reached, origin)) return false;
+    position = reached.QuadPart;
+    return true;
+}
+
+inline bool Size(HANDLE file, long long& bytes) {
+    LARGE_INTEGER size;
+    if (MustFail() || !GetFileSizeEx(file, &size)) return false;
+    bytes = size.QuadPart;
+    return true;
+}
+
+inline bool Attributes(const wchar_t* path, WIN32_FILE_ATTRIBUTE_DATA& data) {
+    return !MustFail() && GetFileAttributesExW(path, GetFileExInfoStandard, &data) != 0;
+}
+
+inline bool SetAttributes(const wchar_t* path, DWORD attributes) {
+    return !MustFail() && SetFileAttributesW(path, attributes) != 0;
+}
+
+inline bool CreationTime(HANDLE file, FILETIME& time) {
+    return !MustFail() && GetFileTime(file, &time, nullptr, nullptr) != 0;
+}
+
+inline bool SetWriteTime(HANDLE file, const FILETIME& time) {
+    return !MustFail() && SetFileTime(file, nullptr, nullptr, &time) != 0;
+}
+
+inline bool Remove(const wchar_t* path) {
+    return !MustFail() && DeleteFileW(path) != 0;
+}
+
+/// Removes the very file that a handle stands for, when the handle is closed; it needs the DELETE right.
+inline bool RemoveOnClose(HANDLE file) {
+    FILE_DISPOSITION_INFO disposition;
+    disposition.DeleteFile = TRUE;
+    return !MustFail() &&
+           SetFileInformationByHandle(file, FileDispositionInfo, &disposition, sizeof disposition);
+}
+
+inline bool RemoveEmptyDirectory(const wchar_t* path) {
+    return !MustFail() && RemoveDirectoryW(path) != 0;
+}
+
+inline bool MakeDirectory(const wchar_t* path) {
+    return !MustFail() && CreateDirectoryW(path, nullptr) != 0;
+}
+
+inline bool Copy(const wchar_t* from, const wchar_t* to, bool overwrite) {
+    return !MustFail() && CopyFileW(from, to, overwrite ? FALSE : TRUE) != 0;
+}
+
+inline bool Move(const wchar_t* from, const wchar_t* to, DWORD flags) {
+    return !MustFail() && MoveFileExW(from, to, flags) != 0;
+}
+
+inline HANDLE FindFirst(const wchar_t* pattern, WIN32_FIND_DATAW& entry) {
+    if (MustFail()) return INVALID_HANDLE_VALUE;
+    // Without short names and with a large buffer: fewer calls below.
+    return Opened(FindFirstFileExW(pattern, FindExInfoBasic, &entry, FindExSearchNameMatch, nullptr,
+                                   FIND_FIRST_EX_LARGE_FETCH));
+}
+
+inline bool FindNext(HANDLE search, WIN32_FIND_DATAW& entry) {
+    return !MustFail() && FindNextFileW(search, &entry) != 0;
+}
+
+inline void FindClose(HANDLE search) noexcept {
+    const DWORD error = GetLastError();
+    ::FindClose(search);
+    Closed();
+    SetLastError(error);
+}
+
+inline DWORD TempPath(DWORD units, wchar_t* path) {
+    return MustFail() ? 0 : GetTempPathW(units, path);
+}
+
+inline HANDLE MapFile(HANDLE file) {
+    if (MustFail()) return nullptr;
+    return Opened(CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 0, nullptr));
+}
+
+inline void* View(HANDLE mapping) {
+    return MustFail() ? nullptr : MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0);
+}
+
+/// An event that stays set until it is reset.
+inline HANDLE NewEvent() {
+    if (MustFail()) return nullptr;
+    const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    return event != nullptr ? Opened(event) : nullptr;
+}
+
+/// Asks for changes of a directory; the request's event is set when there are some.
+inline bool RequestChanges(HANDLE directory, void* buffer, DWORD bytes, bool subtree, DWORD filter,
+                           OVERLAPPED& request) {
+    return !MustFail() &&
+           ReadDirectoryChangesW(directory, buffer, bytes, subtree, filter, nullptr, &request, nullptr) != 0;
+}
+
+/// What became of a request that is complete.
+inline bool RequestedChanges(HANDLE directory, OVERLAPPED& request, DWORD& bytes) {
+    return !MustFail() && GetOverlappedResult(directory, &request, &bytes, FALSE) != 0;
+}
+
+}  // namespace TarnLibA500::osfiles

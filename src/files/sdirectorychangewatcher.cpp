@@ -1,0 +1,217 @@
+#include "tarnlib/sdirectorychangewatcher.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "files/osfiles.h"
+#include "files/systempath.h"
+#include "strings/memory.h"
+#include "system/systemtext.h"
+
+namespace TarnLibA500 {
+namespace {
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr DWORD kWatched = FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_DIR_NAME |
+                           FILE_NOTIFY_CHANGE_ATTRIBUTES | FILE_NOTIFY_CHANGE_SIZE |
+                           FILE_NOTIFY_CHANGE_LAST_WRITE | FILE_NOTIFY_CHANGE_CREATION;
+constexpr DWORD kMinRecordBytes = 1024;
+// Not every system tells when a watched directory goes, so its path is looked at this often.
+constexpr DWORD kLookMilliseconds = 1000;
+
+struct FreeMemory {
+    void operator()(void* block) const { memory::Free(block); }
+};
+
+/// How a request ends when the directory, or the way to it, goes. A removed one counts as refused.
+bool MeansGone(DWORD error) {
+    static constexpr DWORD kErrors[] = {ERROR_ACCESS_DENIED,  ERROR_DELETE_PENDING,  ERROR_FILE_NOT_FOUND,
+                                        ERROR_PATH_NOT_FOUND, ERROR_NETNAME_DELETED, ERROR_DEV_NOT_EXIST,
+                                        ERROR_UNEXP_NET_ERR,  ERROR_NOT_READY,       ERROR_DEVICE_REMOVED,
+                                        ERROR_BAD_NETPATH};
+    return std::find(std::begin(kErrors), std::end(kErrors), error) != std::end(kErrors);
+}
+
+bool IsGone(const wchar_t* path) {
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (!osfiles::Attributes(path, data)) return MeansGone(GetLastError());
+    return (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+SDirectoryChange ReadRecord(const FILE_NOTIFY_INFORMATION& record) {
+    SDirectoryChange change;
+    const bool isKnown = record.Action >= FILE_ACTION_ADDED && record.Action <= FILE_ACTION_RENAMED_NEW_NAME;
+    if (isKnown) change.kind = static_cast<SDirectoryChange::Kind>(record.Action);
+    const SWCharString path(record.FileName, record.FileNameLength / sizeof(wchar_t));
+    change.path = FromSystem(path.getString());
+    return change;
+}
+
+void ReadRecords(const unsigned char* records, SIArray<SDirectoryChange>& changes) {
+    for (;;) {
+        const auto& record = *reinterpret_cast<const FILE_NOTIFY_INFORMATION*>(records);
+        changes.Add(ReadRecord(record));
+        if (record.NextEntryOffset == 0) return;
+        records += record.NextEntryOffset;
+    }
+}
+
+/// What is left of a time that began with the object.
+class Countdown {
+  public:
+    explicit Countdown(DWORD milliseconds) : start_(GetTickCount64()), milliseconds_(milliseconds) {}
+
+    DWORD left() const {
+        if (milliseconds_ == INFINITE) return INFINITE;
+        const ULONGLONG passed = GetTickCount64() - start_;
+        return passed < milliseconds_ ? milliseconds_ - static_cast<DWORD>(passed) : 0;
+    }
+
+  private:
+    ULONGLONG start_;
+    DWORD milliseconds_;
+};
+
+}  // namespace
+
+/// An open directory and the one request for its changes.
+struct SDirectoryChangeWatcher::Watch {
+    Watch(const SAnsiString& directory, bool withSubtree, DWORD bytes)
+        : path(LongSystemPath(directory)),
+          records(static_cast<unsigned char*>(memory::Allocate(bytes))),
+          recordBytes(bytes),
+          subtree(withSubtree) {}
+
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+    ~Watch() {
+        cancel();
+        if (handle != INVALID_HANDLE_VALUE) osfiles::Close(handle);
+        if (request.hEvent != nullptr) osfiles::Close(request.hEvent);
+    }
+
+    bool open() {
+        request.hEvent = osfiles::NewEvent();
+        if (request.hEvent == nullptr) return false;
+        handle = osfiles::Open(path.getString(), FILE_LIST_DIRECTORY, kShareAll, nullptr, OPEN_EXISTING,
+                               FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OVERLAPPED);
+        return handle != INVALID_HANDLE_VALUE && ask();
+    }
+
+    /// Makes sure that there is a request; true when there is.
+    bool ask() {
+        if (isAsked) return true;
+        ResetEvent(request.hEvent);
+        isAsked = osfiles::RequestChanges(handle, records.get(), recordBytes, subtree, kWatched, request);
+        return isAsked;
+    }
+
+    /// The system writes into the records until the request has ended, so this waits for it.
+    void cancel() {
+        if (!isAsked) return;
+        CancelIoEx(handle, &request);
+        DWORD bytes = 0;
+        GetOverlappedResult(handle, &request, &bytes, TRUE);
+        isAsked = false;
+    }
+
+    SWCharString path;
+    std::unique_ptr<unsigned char, FreeMemory> records;
+    DWORD recordBytes;
+    bool subtree;
+    bool isAsked = false;
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    OVERLAPPED request = {};
+};
+
+SDirectoryChangeWatcher::SDirectoryChangeWatcher() noexcept : stopEvent_(osfiles::NewEvent()) {
+    if (stopEvent_ == nullptr) lastError_ = GetLastError();
+}
+
+SDirectoryChangeWatcher::~SDirectoryChangeWatcher() {
+    close();
+    if (stopEvent_ != nullptr) osfiles::Close(stopEvent_);
+}
+
+bool SDirectoryChangeWatcher::open(const SAnsiString& directory, bool subtree, unsigned long recordBytes) {
+    close();
+    if (stopEvent_ == nullptr) return false;  // lastError is the constructor's
+    ResetEvent(stopEvent_);
+    std::unique_ptr<Watch> watch(new (std::nothrow)
+                                     Watch(directory, subtree, std::max(recordBytes, kMinRecordBytes)));
+    if (!watch) throw BadAllocation();
+    if (!watch->open()) {
+        fail();
+        return false;
+    }
+    watch_ = watch.release();
+    return true;
+}
+
+void SDirectoryChangeWatcher::close() noexcept {
+    delete watch_;
+    watch_ = nullptr;
+}
+
+SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::wait(unsigned long milliseconds,
+                                                                  SIArray<SDirectoryChange>& changes) {
+    changes.RemoveAll();
+    if (!isOpen()) {
+        lastError_ = ERROR_INVALID_HANDLE;
+        return failed;
+    }
+    const Countdown countdown(milliseconds);
+    for (;;) {
+        const DWORD left = countdown.left();
+        const WaitResult result = waitOnce(std::min(left, kLookMilliseconds), changes);
+        if (result != timedOut) return result;
+        if (IsGone(watch_->path.getString())) return directoryGone;
+        if (left == 0) return timedOut;
+    }
+}
+
+SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::waitOnce(unsigned long milliseconds,
+                                                                      SIArray<SDirectoryChange>& changes) {
+    if (!watch_->ask()) return fail();
+    const HANDLE events[] = {stopEvent_, watch_->request.hEvent};
+    switch (WaitForMultipleObjects(2, events, FALSE, milliseconds)) {
+        case WAIT_OBJECT_0:
+            return stopped;
+        case WAIT_OBJECT_0 + 1:
+            return fetch(changes);
+        case WAIT_TIMEOUT:
+            return timedOut;
+        default:
+            return fail();
+    }
+}
+
+/// Reads what a request that has ended brought. When that throws, the request counts as open still, and the
+/// next wait comes here again.
+SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::fetch(SIArray<SDirectoryChange>& changes) {
+    DWORD bytes = 0;
+    const bool hasSucceeded = osfiles::RequestedChanges(watch_->handle, watch_->request, bytes);
+    const DWORD error = hasSucceeded ? ERROR_SUCCESS : GetLastError();
+    if (hasSucceeded && bytes != 0) ReadRecords(watch_->records.get(), changes);
+    watch_->isAsked = false;
+    // The system drops what it has no room for, and says so in one of two ways.
+    if (error == ERROR_NOTIFY_ENUM_DIR || (hasSucceeded && bytes == 0)) return changesLost;
+    // A request ends with the thread that made it.
+    if (error == ERROR_OPERATION_ABORTED) return watch_->ask() ? timedOut : fail();
+    if (hasSucceeded) return changesSeen;
+    SetLastError(error);
+    return fail();
+}
+
+SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::fail() noexcept {
+    lastError_ = GetLastError();
+    return MeansGone(lastError_) ? directoryGone : failed;
+}
+
+void SDirectoryChangeWatcher::stop() noexcept {
+    if (stopEvent_ != nullptr) SetEvent(stopEvent_);
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,391 @@
+#include "tarnlib/sfile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <new>
+
+#include "diag/require.h"
+#include "files/filetext.h"
+#include "files/osfiles.h"
+#include "files/sreadahead.h"
+#include "files/systempath.h"
+#include "tarnlib/sfilesys.h"
+#include "tarnlib/straceobj.h"
+
+namespace TarnLibA500 {
+namespace {
+
+constexpr const char* kUnit = "sfile";
+constexpr int kOpenTraceLevel = 2;
+constexpr int kFailureTraceLevel = 1;
+
+constexpr const char kLineEnd[] = "\r\n";
+constexpr std::uint32_t kLineEndBytes = 2;
+
+constexpr int kNoMode = -1;
+constexpr int kAccessBits = 3;
+constexpr int kWriteAccessBits = SFile::writeOnly | SFile::readAndWrite;
+constexpr int kDenyBits = SFile::denyRead | SFile::denyWrite | SFile::denyReadAndWrite;
+constexpr long long kMaxPosition32 = 0xFFFFFFFFLL;
+constexpr long long kMaxTextBytes = 0xFFFFFFF0LL;
+// How often in one reading the system may say that there is nothing, while the file goes on.
+constexpr int kEmptyReads = 10;
+
+DWORD AccessOf(int mode) {
+    constexpr DWORD kAccess[] = {GENERIC_READ, GENERIC_WRITE, GENERIC_READ | GENERIC_WRITE, 0};
+    return kAccess[mode & kAccessBits];
+}
+
+// In this order: create and exclusive together open an existing file, deliberately.
+DWORD DispositionOf(int mode) {
+    if ((mode & SFile::truncate) != 0) return CREATE_ALWAYS;
+    if ((mode & SFile::create) != 0) return OPEN_ALWAYS;
+    return (mode & SFile::exclusive) != 0 ? CREATE_NEW : OPEN_EXISTING;
+}
+
+DWORD ShareOf(int share) {
+    return (share & kDenyBits) != 0 ? 0 : FILE_SHARE_READ | FILE_SHARE_WRITE;
+}
+
+DWORD FlagsOf(int mode) {
+    if ((mode & SFile::sequential) != 0) return FILE_FLAG_SEQUENTIAL_SCAN;
+    return (mode & SFile::random) != 0 ? FILE_FLAG_RANDOM_ACCESS : 0;
+}
+
+DWORD OriginOf(int origin) {
+    if (origin == SFile::seekCurrent) return FILE_CURRENT;
+    return origin == SFile::seekEnd ? FILE_END : FILE_BEGIN;
+}
+
+SAnsiString AccessLetters(DWORD access) {
+    SAnsiString letters;
+    if ((access & GENERIC_READ) != 0) letters.concat('r');
+    if ((access & GENERIC_WRITE) != 0) letters.concat('w');
+    if ((access & GENERIC_EXECUTE) != 0) letters.concat('x');
+    if ((access & GENERIC_ALL) != 0) letters.concat('a');
+    return letters;
+}
+
+const char* DispositionName(DWORD disposition) {
+    switch (disposition) {
+        case CREATE_NEW:
+            return "CREATE_NEW";
+        case CREATE_ALWAYS:
+            return "CREATE_ALWAYS";
+        case OPEN_EXISTING:
+            return "OPEN_EXISTING";
+        case OPEN_ALWAYS:
+            return "OPEN_ALWAYS";
+        case TRUNCATE_EXISTING:
+            return "TRUNCATE_EXISTING";
+        default:
+            return "INVALID";
+    }
+}
+
+void AppendWithoutReturns(SAnsiString& line, const char* bytes, std::uint32_t count) {
+    const char* const end = bytes + count;
+    while (bytes != end) {
+        const auto left = static_cast<std::size_t>(end - bytes);
+        const auto* const found = static_cast<const char*>(std::memchr(bytes, '\r', left));
+        const char* const stop = found != nullptr ? found : end;
+        line.concat(bytes, static_cast<std::uint32_t>(stop - bytes));
+        bytes = found != nullptr ? found + 1 : end;
+    }
+}
+
+// A whole line, which usually has no carriage return but at its end.
+SAnsiString LineText(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding) {
+    if (count != 0 && bytes[count - 1] == '\r') --count;
+    if (std::memchr(bytes, '\r', count) == nullptr) return DecodeFileText(bytes, count, encoding);
+    SAnsiString line;
+    AppendWithoutReturns(line, bytes, count);
+    return DecodeFileText(line.getString(), line.getLength(), encoding);
+}
+
+}  // namespace
+
+const SAnsiString SFile::EOL(kLineEnd);
+
+// ------------------------------------------------------------------------------------------------ failures
+
+void SFile::raiseOwnError(SFileException::ErrorCodes stage, SFileException::DetailCodes detail,
+                          const SAnsiString& reason) const {
+    throw SFileException(stage, 0, name_, detail, reason, SAnsiString());
+}
+
+void SFile::raiseSystemError(SFileException::ErrorCodes stage, unsigned long code) const {
+    throw SFileException(stage, static_cast<int>(code), name_, SFileException::MapSystemError(code),
+                         SFileException::GetSystemMessage(code), SAnsiString());
+}
+
+void SFile::raisePosixError(SFileException::ErrorCodes stage, int error) const {
+    char text[256];
+    if (strerror_s(text, sizeof text, error) != 0) text[0] = '\0';
+    throw SFileException(stage, error, name_, SFileException::MapErrno(error), text, SAnsiString());
+}
+
+void SFile::requireOpen(SFileException::ErrorCodes stage) const {
+    if (!isOpenNow()) raiseOwnError(stage, SFileException::notOpen, "File not opened yet.");
+}
+
+// ------------------------------------------------------------------------------------------------ opening
+
+SFile::SFile() noexcept : mode_(kNoMode), handle_(INVALID_HANDLE_VALUE), isOpen_(false), ahead_(nullptr) {}
+
+SFile::SFile(const SAnsiString& name)
+    : name_(name), mode_(kNoMode), handle_(INVALID_HANDLE_VALUE), isOpen_(false), ahead_(nullptr) {}
+
+SFile::SFile(const SAnsiString& name, int mode, int permissions, int share) : SFile(name) {
+    open(mode, permissions, share);
+}
+
+SFile::~SFile() {
+    try {
+        close();
+    } catch (const SFileException& failure) {
+        TARN_TRACE_AT(kFailureTraceLevel, kUnit, "%1", failure.summary());
+    } catch (const std::bad_alloc&) {
+        TraceText(kFailureTraceLevel, kUnit, "out of memory while closing a file");
+    }
+    delete ahead_;
+}
+
+// The handle decides: after a failed deletion isOpen_ is still set.
+bool SFile::isOpenNow() const noexcept {
+    return handle_ != INVALID_HANDLE_VALUE;
+}
+
+void SFile::open(const SAnsiString& name, int mode, int permissions, int share) {
+    close();
+    name_ = name;
+    open(mode, permissions, share);
+}
+
+void SFile::open(int mode, int /*permissions*/, int share) {
+    close();
+    if (mode == kNoMode)
+        raiseOwnError(SFileException::openError, SFileException::otherError, "No file access mode provided.");
+    openNamed(mode, share);
+    long long end = 0;
+    if ((mode & append) != 0 && !osfiles::Seek(handle_, FILE_END, 0, end)) {
+        const DWORD error = GetLastError();
+        osfiles::Close(handle_);
+        handle_ = INVALID_HANDLE_VALUE;
+        raiseSystemError(SFileException::openError, error);
+    }
+    isOpen_ = true;
+    mode_ = mode;
+}
+
+void SFile::openNamed(int mode, int share) {
+    const DWORD access = AccessOf(mode);
+    const DWORD disposition = DispositionOf(mode);
+    TARN_TRACE_AT(kOpenTraceLevel, kUnit, "opening %1 with desired access: %2 and creation disposition: %3",
+                  name_, AccessLetters(access), DispositionName(disposition));
+    SECURITY_ATTRIBUTES security = {};
+    security.nLength = sizeof security;
+    security.bInheritHandle = (mode & noInherit) == 0 ? TRUE : FALSE;
+    const SWCharString path = LongSystemPath(name_);
+    handle_ = osfiles::Open(path.getString(), access, ShareOf(share), &security, disposition, FlagsOf(mode));
+    if (!isOpenNow()) raiseSystemError(SFileException::openError, GetLastError());
+}
+
+void SFile::close() {
+    if (isOpenNow()) {
+        osfiles::Close(handle_);
+        handle_ = INVALID_HANDLE_VALUE;
+        if (ahead_ != nullptr) ahead_->drop();
+        if (!name_.isEmpty() && (mode_ & temporary) != 0) deleteTemporary();
+    }
+    isOpen_ = false;
+}
+
+void SFile::deleteTemporary() {
+    try {
+        SFileSys::remove(name_);
+    } catch (const SFileSysException& failure) {
+        raiseOwnError(SFileException::closeError, SFileException::otherError, failure.toString());
+    }
+}
+
+// ------------------------------------------------------------------------------------------------ bytes
+
+// Makes the system's position the one that the caller knows.
+void SFile::dropReadAhead(SFileException::ErrorCodes stage) {
+    if (ahead_ == nullptr || ahead_->unread() == 0) return;
+    const long long unread = ahead_->unread();
+    if (!seekEx(handle_, seekCurrent, -unread)) raiseSystemError(stage, GetLastError());
+    ahead_->drop();
+}
+
+std::uint32_t SFile::readBlock(void* bytes, std::uint32_t count) {
+    DWORD done = 0;
+    if (!osfiles::Read(handle_, bytes, count, done))
+        raiseSystemError(SFileException::readError, GetLastError());
+    return done;
+}
+
+int SFile::read(void* buffer, std::uint32_t count) {
+    requireOpen(SFileException::readError);
+    dropReadAhead(SFileException::readError);
+    return static_cast<int>(readBlock(buffer, count));
+}
+
+int SFile::write(const void* buffer, std::uint32_t count) {
+    requireOpen(SFileException::writeError);
+    dropReadAhead(SFileException::writeError);
+    DWORD done = 0;
+    if (!osfiles::Write(handle_, buffer, count, done))
+        raiseSystemError(SFileException::writeError, GetLastError());
+    return static_cast<int>(done);
+}
+
+// The system may take less than all at once, on a disk that is just getting full for instance.
+void SFile::writeAll(const void* bytes, std::uint32_t count) {
+    const auto* at = static_cast<const char*>(bytes);
+    while (count != 0) {
+        const auto done = static_cast<std::uint32_t>(write(at, count));
+        if (done == 0) raiseSystemError(SFileException::writeError, ERROR_WRITE_FAULT);
+        at += done;
+        count -= done;
+    }
+}
+
+void SFile::flush() {
+    if ((mode_ & kWriteAccessBits) == 0) return;
+    if (!osfiles::Flush(handle_)) raiseSystemError(SFileException::flushError, GetLastError());
+}
+
+// ------------------------------------------------------------------------------------------------ position
+
+bool SFile::seekEx(void* handle, int origin, long long offset, long long* position) {
+    Require(handle != INVALID_HANDLE_VALUE, kUnit, "hFile != INVALID_HANDLE_VALUE");
+    long long reached = 0;
+    if (!osfiles::Seek(handle, OriginOf(origin), offset, reached)) return false;
+    if (position != nullptr) *position = reached;
+    return true;
+}
+
+long long SFile::position(SFileException::ErrorCodes stage) {
+    long long reached = 0;
+    if (!seekEx(handle_, seekCurrent, 0, &reached)) raiseSystemError(stage, GetLastError());
+    return ahead_ != nullptr ? reached - ahead_->unread() : reached;
+}
+
+long long SFile::sizeNow(SFileException::ErrorCodes stage) {
+    long long bytes = 0;
+    if (!osfiles::Size(handle_, bytes)) raiseSystemError(stage, GetLastError());
+    return bytes;
+}
+
+int SFile::seek(int origin, int offset) {
+    Require(isOpenNow(), kUnit, "m_hFile != INVALID_HANDLE_VALUE");
+    const long long reached = seekEx(origin, offset);
+    if (reached > kMaxPosition32) raiseSystemError(SFileException::seekError, ERROR_INVALID_PARAMETER);
+    return static_cast<int>(reached);
+}
+
+long long SFile::seekEx(int origin, long long offset) {
+    requireOpen(SFileException::seekError);
+    if (origin == seekCurrent && offset == 0) return position(SFileException::seekError);
+    dropReadAhead(SFileException::seekError);
+    long long reached = 0;
+    if (!seekEx(handle_, origin, offset, &reached))
+        raiseSystemError(SFileException::seekError, GetLastError());
+    return reached;
+}
+
+std::uint32_t SFile::size() {
+    const long long bytes = sizeEx();
+    if (bytes > kMaxPosition32) raiseSystemError(SFileException::seekError, ERROR_INVALID_PARAMETER);
+    return static_cast<std::uint32_t>(bytes);
+}
+
+long long SFile::sizeEx() {
+    requireOpen(SFileException::seekError);
+    return sizeNow(SFileException::seekError);
+}
+
+bool SFile::eof() {
+    requireOpen(SFileException::seekError);
+    if (ahead_ != nullptr && ahead_->unread() != 0) return false;
+    return position(SFileException::seekError) >= sizeNow(SFileException::seekError);
+}
+
+// ------------------------------------------------------------------------------------------------ text
+
+// Reads the next block ahead. False at the end of the file.
+bool SFile::readMore(int& emptyReads) {
+    if (ahead_ == nullptr) ahead_ = new SReadAhead;
+    while (emptyReads > 0) {
+        const std::uint32_t count = readBlock(ahead_->room(), SReadAhead::kBlockBytes);
+        ahead_->filled(count);
+        if (count != 0) return true;
+        --emptyReads;
+        if (position(SFileException::readError) >= sizeNow(SFileException::readError)) return false;
+    }
+    return false;
+}
+
+SAnsiString SFile::readLine(FileEncoding encoding) try {
+    requireOpen(SFileException::readError);
+    int emptyReads = kEmptyReads;
+    SAnsiString line;
+    bool isComplete = false;
+    while (!isComplete && ((ahead_ != nullptr && ahead_->unread() != 0) || readMore(emptyReads))) {
+        const char* const bytes = ahead_->bytes();
+        const auto* const end = static_cast<const char*>(std::memchr(bytes, '\n', ahead_->unread()));
+        isComplete = end != nullptr;
+        const std::uint32_t count = isComplete ? static_cast<std::uint32_t>(end - bytes) : ahead_->unread();
+        ahead_->consume(isComplete ? count + 1 : count);
+        if (isComplete && line.isEmpty()) return LineText(bytes, count, encoding);
+        AppendWithoutReturns(line, bytes, count);
+    }
+    return DecodeFileText(line.getString(), line.getLength(), encoding);
+} catch (const std::bad_alloc&) {
+    raisePosixError(SFileException::readError, ENOMEM);
+}
+
+std::uint32_t SFile::remainingBytes() {
+    const long long bytes = sizeNow(SFileException::readError) - position(SFileException::readError);
+    if (bytes > kMaxTextBytes) throw std::bad_alloc();
+    return bytes > 0 ? static_cast<std::uint32_t>(bytes) : 0;
+}
+
+SAnsiString SFile::readString(FileEncoding encoding) try {
+    requireOpen(SFileException::readError);
+    dropReadAhead(SFileException::readError);
+    std::uint32_t missing = remainingBytes();
+    if (missing == 0) return SAnsiString();
+    if (ahead_ == nullptr) ahead_ = new SReadAhead;
+    TextDecoder text(encoding, missing);
+    for (int emptyReads = kEmptyReads; missing != 0 && emptyReads > 0;) {
+        const std::uint32_t count = readBlock(ahead_->room(), std::min(missing, SReadAhead::kBlockBytes));
+        text.add(ahead_->bytes(), count);
+        missing -= count;
+        if (count == 0) --emptyReads;
+    }
+    return text.finish();
+} catch (const std::bad_alloc&) {
+    raisePosixError(SFileException::readError, ENOMEM);
+}
+
+std::uint32_t SFile::writeString(const SAnsiString& text) {
+    const char* const bytes = text.getString();
+    if (CountAscii(bytes, text.getLength()) == text.getLength()) {
+        writeAll(bytes, text.getLength());
+        return text.getLength();
+    }
+    const SSimpleBuffer encoded = EncodeFileText(text);
+    writeAll(encoded.getBufferProtected(), encoded.getNBytes());
+    return encoded.getNBytes();
+}
+
+std::uint32_t SFile::writeNewLine() {
+    writeAll(kLineEnd, kLineEndBytes);
+    return kLineEndBytes;
+}
+
+}  // namespace TarnLibA500

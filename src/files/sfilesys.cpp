@@ -1,0 +1,331 @@
+#include "tarnlib/sfilesys.h"
+
+#include "files/directoryreader.h"
+#include "files/failuretext.h"
+#include "files/filesysfailure.h"
+#include "files/filetimes.h"
+#include "files/osfiles.h"
+#include "files/systempath.h"
+#include "strings/pathroot.h"
+#include "strings/stringbuilder.h"
+#include "system/systemtext.h"
+#include "tarnlib/pathparts.h"
+#include "tarnlib/sfile.h"
+
+namespace TarnLibA500 {
+namespace {
+
+using Exception = SFileSysException;
+
+constexpr unsigned long long kMaxSize32 = 0xFFFFFFFF;
+
+bool FindAttributes(const SAnsiString& path, WIN32_FILE_ATTRIBUTE_DATA& data) {
+    return osfiles::Attributes(LongSystemPath(path).getString(), data);
+}
+
+WIN32_FILE_ATTRIBUTE_DATA AttributesOf(const SAnsiString& path, Exception::ErrorCodes failure) {
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (!FindAttributes(path, data)) ThrowFileSys(failure, GetLastError(), path);
+    return data;
+}
+
+// --- absolute paths ---
+
+bool IsNetworkPath(const char* path) {
+    return IsSlash(path[0]) && IsSlash(path[1]);
+}
+
+SWCharString CurrentDirectory() {
+    for (DWORD units = kShortPathEnd;;) {
+        StringBuilder<wchar_t, 1> room(units);
+        const DWORD needed = GetCurrentDirectoryW(units, room.units());
+        if (needed == 0) ThrowFileSys(Exception::fsStatFailed, GetLastError(), SAnsiString());
+        if (needed < units) {
+            room.cut(needed);
+            return SWCharString(room);
+        }
+        units = needed + 1;
+    }
+}
+
+void RequireDriveFor(const SAnsiString& path) {
+    if (HasDrive(path) || IsNetworkPath(path.getString())) return;
+    const SAnsiString current = FromSystem(CurrentDirectory().getString());
+    if (HasDrive(current)) return;
+    throw SFileSysException(Exception::fsStatFailed, Exception::reasonOther,
+                            FillTemplate("No drive letter in current directory: %1", current, SAnsiString()),
+                            path, SAnsiString(), SAnsiString());
+}
+
+SWCharString FullPathOf(const SAnsiString& path) {
+    RequireDriveFor(path);
+    SWCharString full;
+    if (!FullSystemPath(ToSystem(path), full)) ThrowFileSys(Exception::fsStatFailed, GetLastError(), path);
+    return full;
+}
+
+// --- making directories ---
+
+bool IsDirectoryThere(const SWCharString& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    return osfiles::Attributes(path.getString(), data) && IsDirectory(data.dwFileAttributes);
+}
+
+// What stands before the last component; empty when there is nothing, or only the root.
+SWCharString ParentOf(const SWCharString& path) {
+    const SWCharString::iterator slash = path.findLast(L'\\');
+    return slash != path.end() ? path.left(slash) : SWCharString();
+}
+
+// From the first missing level down. "error" is the system's when a level can be neither made nor found.
+bool MakeLevels(const SWCharString& path, DWORD& error) {
+    std::vector<SWCharString> missing{path};
+    while (!missing.empty()) {
+        const SWCharString& level = missing.back();
+        if (osfiles::MakeDirectory(level.getString())) {
+            missing.pop_back();
+            continue;
+        }
+        error = GetLastError();
+        const bool lacksParent = error == ERROR_PATH_NOT_FOUND || error == ERROR_FILE_NOT_FOUND;
+        const SWCharString parent = ParentOf(level);
+        if (lacksParent && !parent.isEmpty() && missing.size() <= path.getLength() &&
+            !IsDirectoryThere(parent)) {
+            missing.push_back(parent);
+        } else if (!lacksParent && IsDirectoryThere(level)) {  // it was there, or another process was faster
+            missing.pop_back();
+        } else {
+            return false;
+        }
+    }
+    return true;
+}
+
+// --- rights ---
+
+bool IsProgramName(const SAnsiString& path) {
+    SAnsiString directory;
+    SAnsiString name;
+    SAnsiString extension;
+    SplitPathEx(path, directory, name, extension);
+    for (const char* program : {".exe", ".com", ".bat", ".cmd"}) {
+        if (extension.compareNoCase(program) == 0) return true;
+    }
+    return false;
+}
+
+void SetReadOnly(const SWCharString& path, DWORD attributes, bool isReadOnly, const SAnsiString& name) {
+    const DWORD wanted =
+        isReadOnly ? attributes | FILE_ATTRIBUTE_READONLY : attributes & ~DWORD{FILE_ATTRIBUTE_READONLY};
+    if (wanted == attributes) return;
+    if (!osfiles::SetAttributes(path.getString(), wanted != 0 ? wanted : FILE_ATTRIBUTE_NORMAL))
+        ThrowFileSys(Exception::fsSetAttributesFailed, GetLastError(), name);
+}
+
+void GiveAccessBelow(const SWCharString& root) {
+    TreeWalk walk(root);
+    for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
+        if (step == TreeWalk::Step::Failed)
+            ThrowFileSys(Exception::fsGetAttributesFailed, walk.error(),
+                         FromSystem(walk.directory().getString()));
+        const SWCharString path = walk.entryPath();
+        SetReadOnly(path, walk.entry().dwFileAttributes, false, FromSystem(path.getString()));
+    }
+}
+
+std::uint32_t Size32(unsigned long long bytes, const SAnsiString& path) {
+    if (bytes > kMaxSize32) ThrowFileSys(Exception::fsSizeFailed, ERROR_ARITHMETIC_OVERFLOW, path);
+    return static_cast<std::uint32_t>(bytes);
+}
+
+}  // namespace
+
+// ------------------------------------------------------------------------------------------------ tests
+
+bool SFileSys::exists(const SAnsiString& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    return FindAttributes(path, data);
+}
+
+bool SFileSys::isDir(const SAnsiString& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    return FindAttributes(path, data) && IsDirectory(data.dwFileAttributes);
+}
+
+bool SFileSys::isFile(const SAnsiString& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    return FindAttributes(path, data) && !IsDirectory(data.dwFileAttributes);
+}
+
+bool SFileSys::isDrive(const SAnsiString& path) {
+    const char* const text = path.getString();
+    const bool isRoot = HasDrive(path) && (text[2] == '\0' || (IsSlash(text[2]) && text[3] == '\0'));
+    if (!isRoot) return false;
+    const SAnsiString root = path.left(kDriveBytes) + "\\";
+    return GetDriveTypeW(ToSystem(root).getString()) > DRIVE_NO_ROOT_DIR;
+}
+
+bool SFileSys::isFullPath(const SAnsiString& path) noexcept {
+    const char* const text = path.getString();
+    return IsNetworkPath(text) || (HasDrive(path) && IsSlash(text[2]));
+}
+
+bool SFileSys::hasOwnerPermissionHelper(const SAnsiString& path, int mask) {
+    const DWORD attributes = AttributesOf(path, Exception::fsStatFailed).dwFileAttributes;
+    if (mask == SFile::ownerWMask) return (attributes & FILE_ATTRIBUTE_READONLY) == 0;
+    return IsDirectory(attributes) || IsProgramName(path);
+}
+
+bool SFileSys::HasOwnerExePermission(const SAnsiString& path) {
+    return hasOwnerPermissionHelper(path, SFile::ownerXMask);
+}
+
+bool SFileSys::HasOwnerWritePermission(const SAnsiString& path) {
+    return hasOwnerPermissionHelper(path, SFile::ownerWMask);
+}
+
+// ------------------------------------------------------------------------------------------------ paths
+
+SAnsiString SFileSys::getFullPath(const SAnsiString& path) {
+    return FromSystem(FullPathOf(path).getString());
+}
+
+SAnsiString SFileSys::toLongPath(const SAnsiString& path) {
+    return FromSystem(LongForm(FullPathOf(path)).getString());
+}
+
+SAnsiString SFileSys::getCurrentDirectory() {
+    return FromSystem(CurrentDirectory().getString());
+}
+
+void SFileSys::setCurrentDirectory(const SAnsiString& path) {
+    if (!SetCurrentDirectoryW(ToSystem(path).getString()))
+        ThrowFileSys(Exception::fsSetCurrentDirFailed, GetLastError(), path);
+}
+
+// ------------------------------------------------------------------------------------------------
+// directories
+
+void SFileSys::makeDirectory(const SAnsiString& path, int /*permissions*/) {
+    if (!osfiles::MakeDirectory(LongSystemPath(path, kShortDirectoryEnd).getString()))
+        ThrowFileSys(Exception::fsMakeDirFailed, GetLastError(), path);
+}
+
+void SFileSys::makeDirectories(const SAnsiString& path, int /*permissions*/) {
+    DWORD error = ERROR_SUCCESS;
+    if (!MakeLevels(LongSystemPath(StripSlashOffDirEnd(path), kShortDirectoryEnd), error))
+        ThrowFileSys(Exception::fsMakeDirFailed, error, path);
+}
+
+void SFileSys::listDirectory(const SAnsiString& path, SIArray<SAnsiString>& names) {
+    names.RemoveAll();
+    DirectoryReader reader;
+    reader.open(LongSystemPath(path));
+    while (reader.next()) names.Add(FromSystem(reader.entry().cFileName));
+    if (reader.error() != ERROR_SUCCESS) ThrowUnreadable(reader.error(), path);
+}
+
+void SFileSys::listing(const SAnsiString& path, const SAnsiString& pattern, SIArray<FileProp>& entries) {
+    entries.RemoveAll();
+    SSFileSearch search;
+    for (bool found = search.FindFirst(path, pattern); found; found = search.FindNext())
+        entries.Add(search.GetEntry());
+}
+
+namespace {
+
+unsigned CountEntries(const SAnsiString& path, bool directoriesToo) {
+    DirectoryReader reader;
+    reader.open(LongSystemPath(path));
+    unsigned count = 0;
+    while (reader.next()) {
+        if (directoriesToo || !IsDirectory(reader.entry().dwFileAttributes)) ++count;
+    }
+    if (reader.error() != ERROR_SUCCESS) ThrowUnreadable(reader.error(), path);
+    return count;
+}
+
+}  // namespace
+
+unsigned SFileSys::countFiles(const SAnsiString& path) {
+    return CountEntries(path, false);
+}
+
+unsigned SFileSys::countAll(const SAnsiString& path) {
+    return CountEntries(path, true);
+}
+
+// ------------------------------------------------------------------------------------------------ sizes
+
+unsigned long long SFileSys::sizeEx(const SAnsiString& path) {
+    const WIN32_FILE_ATTRIBUTE_DATA data = AttributesOf(path, Exception::fsSizeFailed);
+    return static_cast<unsigned long long>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+}
+
+std::uint32_t SFileSys::size(const SAnsiString& path) {
+    return Size32(sizeEx(path), path);
+}
+
+unsigned long long SFileSys::rsizeEx(const SAnsiString& path) {
+    const WIN32_FILE_ATTRIBUTE_DATA data = AttributesOf(path, Exception::fsSizeFailed);
+    if (!IsDirectory(data.dwFileAttributes)) return sizeEx(path);
+    unsigned long long total = 0;
+    TreeWalk walk(LongSystemPath(path));
+    for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
+        if (step == TreeWalk::Step::Failed)
+            ThrowFileSys(Exception::fsSizeFailed, walk.error(), FromSystem(walk.directory().getString()));
+        if (!IsDirectory(walk.entry().dwFileAttributes)) total += SizeOf(walk.entry());
+    }
+    return total;
+}
+
+std::uint32_t SFileSys::rsize(const SAnsiString& path) {
+    return Size32(rsizeEx(path), path);
+}
+
+void SFileSys::diskUsageInfo(const SAnsiString& path, unsigned long long& total, unsigned long long& free,
+                             unsigned long long& available) {
+    ULARGE_INTEGER mine;
+    ULARGE_INTEGER all;
+    ULARGE_INTEGER unused;
+    if (!GetDiskFreeSpaceExW(LongSystemPath(path).getString(), &mine, &all, &unused))
+        ThrowFileSys(Exception::fsDiskStatsFailed, GetLastError(), path);
+    total = all.QuadPart;
+    free = unused.QuadPart;
+    available = mine.QuadPart;
+}
+
+// ------------------------------------------------------------------------------------------------ times,
+// rights
+
+SDateTime SFileSys::getLastModifiedTime(const SAnsiString& path) {
+    return DateTimeOf(AttributesOf(path, Exception::fsStatFailed).ftLastWriteTime);
+}
+
+void SFileSys::setLastModifiedTime(const SAnsiString& path, const SDateTime& time) {
+    constexpr DWORD kEveryShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    FILETIME written;
+    if (!FileTimeOf(time, written))
+        ThrowFileSys(Exception::fsSetAttributesFailed, ERROR_INVALID_PARAMETER, path);
+    // The flag makes directories open, too.
+    const HANDLE file = osfiles::Open(LongSystemPath(path).getString(), FILE_WRITE_ATTRIBUTES, kEveryShare,
+                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    if (file == INVALID_HANDLE_VALUE) ThrowFileSys(Exception::fsSetAttributesFailed, GetLastError(), path);
+    const bool isSet = osfiles::SetWriteTime(file, written);
+    osfiles::Close(file);
+    if (!isSet) ThrowFileSys(Exception::fsSetAttributesFailed, GetLastError(), path);
+}
+
+void SFileSys::giveAccess(const SAnsiString& path, int mode) {
+    const DWORD attributes = AttributesOf(path, Exception::fsGetAttributesFailed).dwFileAttributes;
+    SetReadOnly(LongSystemPath(path), attributes, (mode & SFile::ownerWMask) == 0, path);
+}
+
+void SFileSys::giveAllAccess(const SAnsiString& path, bool recursive) {
+    giveAccess(path, SFile::ownerWMask);
+    if (recursive && isDir(path)) GiveAccessBelow(LongSystemPath(path));
+}
+
+void SFileSys::setFileOwner(const SAnsiString& /*path*/, const SAnsiString& /*owner*/) noexcept {}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,152 @@
+#include "diag/require.h"
+#include "files/filesysfailure.h"
+#include "files/osfiles.h"
+#include "files/systempath.h"
+#include "files/uniquename.h"
+#include "strings/stringbuilder.h"
+#include "system/systemtext.h"
+#include "tarnlib/pathparts.h"
+#include "tarnlib/sfile.h"
+#include "tarnlib/sfilesys.h"
+#include "tarnlib/sstringconv.h"
+
+#include <atomic>
+#include <new>
+
+// Names for files that nobody has yet.
+namespace TarnLibA500 {
+namespace {
+
+using Exception = SFileSysException;
+
+constexpr const char* kUnit = "sfilesys";
+constexpr const char* kTempOperation = "getTempFilename";
+constexpr DWORD kUsualTempChars = 256;
+constexpr int kAttempts = 10'000;
+constexpr std::uint32_t kDigits = 8;
+
+// COM4 stands here twice, as it always did; the list is known by its length.
+constexpr const char* kDevices[] = {"CON.",  "PRN.",  "AUX.",  "NUL.",  "COM1.", "COM2.", "COM3.", "COM4.",
+                                    "COM4.", "COM5.", "COM6.", "COM7.", "COM8.", "COM9.", "LPT1.", "LPT2.",
+                                    "LPT3.", "LPT4.", "LPT5.", "LPT6.", "LPT7.", "LPT8.", "LPT9.", "CLOCK$."};
+static_assert(std::size(kDevices) == 24);
+
+bool BeginsWithDevice(const SAnsiString& name) {
+    for (const char* device : kDevices) {
+        const auto length = static_cast<std::uint32_t>(std::char_traits<char>::length(device));
+        if (name.getNChars() >= length && name.left(length).compareNoCase(device) == 0) return true;
+    }
+    return false;
+}
+
+SAnsiString UniqueDigits() {
+    const SAnsiString digits = SStringConv::ToString(NextUniqueNumber(), 16);
+    SAnsiString padded;
+    for (std::uint32_t i = digits.getLength(); i < kDigits; ++i) padded.concat('0');
+    return padded.concat(digits);
+}
+
+[[noreturn]] void ThrowNoTempDirectory(Exception::ErrorCodes code, Exception::ErrorReasons reason,
+                                       const SAnsiString& reasonText) {
+    throw SFileSysException(code, reason, reasonText, SAnsiString(), SAnsiString(), kTempOperation);
+}
+
+SAnsiString LongTempDirectory(DWORD length) try {
+    StringBuilder<wchar_t, 1> room(length);
+    const DWORD second = osfiles::TempPath(length, room.units());
+    if (second == 0 || second >= length)
+        ThrowNoTempDirectory(Exception::fsUniqueNameFailed, Exception::reasonTempDir,
+                             "the directory for temporary files changes its length");
+    return FromSystem(room.units());
+} catch (const std::bad_alloc&) {
+    Require(false, kUnit, "tempDir");
+    ThrowNoTempDirectory(Exception::fsOutOfMemory, Exception::reasonTempDir, SAnsiString());
+}
+
+// Makes the file or the directory, or looks whether the name is free.
+bool Take(const SWCharString& path, bool create, bool isDirectory) {
+    if (!create) {
+        WIN32_FILE_ATTRIBUTE_DATA data;
+        if (!osfiles::Attributes(path.getString(), data)) return GetLastError() == ERROR_FILE_NOT_FOUND;
+        SetLastError(ERROR_FILE_EXISTS);
+        return false;
+    }
+    if (isDirectory) return osfiles::MakeDirectory(path.getString());
+    const HANDLE file =
+        osfiles::Open(path.getString(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    osfiles::Close(file);
+    return true;
+}
+
+// A directory at the name of a new file is "access denied".
+bool IsTaken(const SWCharString& path, DWORD error) {
+    if (error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS) return true;
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    return error == ERROR_ACCESS_DENIED && osfiles::Attributes(path.getString(), data);
+}
+
+std::uint32_t FirstUniqueNumber() noexcept {
+    LARGE_INTEGER counter;
+    QueryPerformanceCounter(&counter);
+    return counter.LowPart ^ GetCurrentProcessId() << 16 ^ GetTickCount();
+}
+
+}  // namespace
+
+std::uint32_t NextUniqueNumber() noexcept {
+    constexpr std::uint32_t kOddStep = 0x9E3779B1;  // far from one to the next, and through all numbers
+    static std::atomic<std::uint32_t> last{FirstUniqueNumber()};
+    return last.fetch_add(kOddStep, std::memory_order_relaxed);
+}
+
+bool SFileSys::checkAndRemoveReservedDeviceName(SAnsiString& name) {
+    if (!BeginsWithDevice(name)) return false;
+    name.setAt(name.getCharIndex(name.find('.')), 'x');
+    return true;
+}
+
+SAnsiString SFileSys::getTempDirname() {
+    wchar_t usual[kUsualTempChars];
+    const DWORD length = osfiles::TempPath(kUsualTempChars, usual);
+    if (length == 0) {
+        const DWORD error = GetLastError();
+        ThrowNoTempDirectory(Exception::fsUniqueNameFailed, FileSysFailure::reasonOf(error),
+                             SFileException::GetSystemMessage(error));
+    }
+    if (Require(length <= kUsualTempChars, kUnit, "Length of temp dir returned is bigger than _MAX_DIR"))
+        return FromSystem(usual);
+    return LongTempDirectory(length);
+}
+
+SAnsiString SFileSys::getTempFilename(const SAnsiString& prefix) {
+    return getUniqueFilename(getTempDirname(), prefix, SAnsiString(), true, SFile::defaultPermissions);
+}
+
+SAnsiString SFileSys::getUniqueFilename(const SAnsiString& directory, const SAnsiString& prefix,
+                                        const SAnsiString& suffix, bool create, int permissions) {
+    return getUniqueFilenameHelper(directory, prefix, suffix, create, permissions, false);
+}
+
+SAnsiString SFileSys::getUniqueDirname(const SAnsiString& directory, const SAnsiString& prefix, bool create,
+                                       int permissions) {
+    return getUniqueFilenameHelper(directory, prefix, SAnsiString(), create, permissions, true);
+}
+
+SAnsiString SFileSys::getUniqueFilenameHelper(const SAnsiString& directory, const SAnsiString& prefix,
+                                              const SAnsiString& suffix, bool create, int /*permissions*/,
+                                              bool isDirectory) {
+    DWORD error = ERROR_SUCCESS;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        SAnsiString name = prefix + UniqueDigits() + suffix;
+        checkAndRemoveReservedDeviceName(name);
+        const SAnsiString path = MakePath(directory, name);
+        const SWCharString target = LongSystemPath(path, isDirectory ? kShortDirectoryEnd : kShortPathEnd);
+        if (Take(target, create, isDirectory)) return path;
+        error = GetLastError();
+        if (!IsTaken(target, error)) break;
+    }
+    ThrowFileSys(Exception::fsUniqueNameFailed, error, directory);
+}
+
+}  // namespace TarnLibA500

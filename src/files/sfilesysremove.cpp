@@ -1,0 +1,110 @@
+#include "files/directoryreader.h"
+#include "files/filesysfailure.h"
+#include "files/namepattern.h"
+#include "files/osfiles.h"
+#include "files/systempath.h"
+#include "system/systemtext.h"
+#include "tarnlib/sfilesys.h"
+
+#include <algorithm>
+
+// Removing, which goes on after a failure and throws the first one at the end.
+namespace TarnLibA500 {
+namespace {
+
+using Exception = SFileSysException;
+
+bool RemoveOne(const SWCharString& path, DWORD attributes) {
+    return IsDirectory(attributes) ? osfiles::RemoveEmptyDirectory(path.getString())
+                                   : osfiles::Remove(path.getString());
+}
+
+Exception::ErrorCodes RemovalFailure(DWORD attributes) {
+    return IsDirectory(attributes) ? Exception::fsRemoveDirFailed : Exception::fsRemoveFailed;
+}
+
+void RemoveNoting(const SWCharString& path, DWORD attributes, FileSysFailure& failure) {
+    if (!RemoveOne(path, attributes))
+        failure.note(RemovalFailure(attributes), GetLastError(), FromSystem(path.getString()));
+}
+
+// All that is below: files on the way down, then the directories from the lowest up.
+void RemoveBelow(const SWCharString& root, FileSysFailure& failure) {
+    TreeWalk walk(root);
+    for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
+        if (step == TreeWalk::Step::Failed) {
+            failure.note(Exception::fsRemoveDirFailed, walk.error(),
+                         FromSystem(walk.directory().getString()));
+        } else if (!IsOwnDirectory(walk.entry().dwFileAttributes)) {
+            RemoveNoting(walk.entryPath(), walk.entry().dwFileAttributes, failure);
+        }
+    }
+    for (std::size_t i = walk.directories().size(); i-- > 1;)
+        RemoveNoting(walk.directories()[i], FILE_ATTRIBUTE_DIRECTORY, failure);
+}
+
+DWORD AttributesToRemove(const SWCharString& path, const SAnsiString& name) {
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (!osfiles::Attributes(path.getString(), data))
+        ThrowFileSys(Exception::fsRemoveFailed, GetLastError(), name);
+    return data.dwFileAttributes;
+}
+
+}  // namespace
+
+void SFileSys::remove(const SAnsiString& path) {
+    const SWCharString target = LongSystemPath(path);
+    const DWORD attributes = AttributesToRemove(target, path);
+    if (!RemoveOne(target, attributes)) ThrowFileSys(RemovalFailure(attributes), GetLastError(), path);
+}
+
+void SFileSys::rremove(const SAnsiString& path) {
+    const SWCharString target = LongSystemPath(path);
+    const DWORD attributes = AttributesToRemove(target, path);
+    FileSysFailure failure;
+    if (IsOwnDirectory(attributes)) RemoveBelow(target, failure);
+    RemoveNoting(target, attributes, failure);
+    failure.throwIfHappened();
+}
+
+void SFileSys::rremoveContent(const SAnsiString& path) {
+    FileSysFailure failure;
+    RemoveBelow(LongSystemPath(path), failure);
+    failure.throwIfHappened();
+}
+
+void SFileSys::removeContentEx(const SAnsiString& path, const SAnsiString& pattern,
+                               unsigned long long& freed) {
+    freed = 0;
+    const SWCharString directory = LongSystemPath(path);
+    const NamePattern names(pattern);
+    FileSysFailure failure;
+    DirectoryReader reader;
+    reader.open(directory);
+    while (reader.next()) {
+        const WIN32_FIND_DATAW& entry = reader.entry();
+        if (IsDirectory(entry.dwFileAttributes) || !names.matches(entry.cFileName)) continue;
+        const SWCharString file = LongForm(JoinSystemPath(directory, entry.cFileName));
+        if (osfiles::Remove(file.getString())) {
+            freed += SizeOf(entry);
+        } else {
+            failure.note(Exception::fsRemoveFailed, GetLastError(), FromSystem(file.getString()));
+        }
+    }
+    if (reader.error() != ERROR_SUCCESS) failure.note(Exception::fsRemoveFailed, reader.error(), path);
+    failure.throwIfHappened();
+}
+
+void SFileSys::removeContent(const SAnsiString& path, const SAnsiString& pattern, std::uint32_t& freed) {
+    constexpr unsigned long long kMost = 0xFFFFFFFF;
+    unsigned long long bytes = 0;
+    try {
+        removeContentEx(path, pattern, bytes);
+    } catch (const SFileSysException&) {
+        freed = static_cast<std::uint32_t>(std::min(bytes, kMost));
+        throw;
+    }
+    freed = static_cast<std::uint32_t>(std::min(bytes, kMost));
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,172 @@
+#include <algorithm>
+
+#include "diag/require.h"
+#include "files/osfiles.h"
+#include "files/systempath.h"
+#include "tarnlib/sfile.h"
+#include "tarnlib/sfilesys.h"
+#include "tarnlib/simplebuffer.h"
+#include "tarnlib/straceobj.h"
+
+// The buffers' operations on files.
+namespace TarnLibA500 {
+namespace {
+
+constexpr const char* kUnit = "simplebuffer";
+constexpr int kTraceLevel = 1;
+constexpr long long kMaxBytes = 0xFFFFFFFF;
+constexpr int kSaveFromScratch = SFile::writeOnly | SFile::create | SFile::truncate;
+constexpr int kSaveOver = SFile::writeOnly | SFile::create | SFile::exclusive;
+static_assert(kSaveFromScratch == 769 && kSaveOver == 1281);
+
+void TraceSystemFailure(const char* what, const SAnsiString& file, DWORD error) {
+    TARN_TRACE_AT(kTraceLevel, kUnit, "%1 %2: error %3, %4", what, file, error,
+                  SFileException::GetSystemMessage(error));
+}
+
+HANDLE OpenToMap(const SAnsiString& file) {
+    // Not inheritable: no security attributes say so.
+    return osfiles::Open(LongSystemPath(file).getString(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                         OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
+}
+
+// The whole of an open file as a read-only view; false with the system's error.
+bool MapOpenFile(HANDLE file, std::uint32_t& bytes, HANDLE& mapping, void*& view) {
+    long long size = 0;
+    if (!osfiles::Size(file, size)) return false;
+    if (size > kMaxBytes) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return false;
+    }
+    bytes = static_cast<std::uint32_t>(size);
+    mapping = osfiles::MapFile(file);
+    if (mapping == nullptr) return false;
+    view = osfiles::View(mapping);
+    if (view == nullptr) osfiles::Close(mapping);
+    return view != nullptr;
+}
+
+void WriteWhole(SFile& file, const unsigned char* bytes, std::uint32_t count) {
+    while (count != 0) {
+        const auto done = static_cast<std::uint32_t>(file.write(bytes, count));
+        bytes += done;
+        count -= done;
+    }
+}
+
+// What a failed save has left is neither the old file nor the new one.
+void RemoveTorn(const SAnsiString& path) {
+    try {
+        SFileSys::remove(path);
+    } catch (const SFileSysException& failure) {
+        TARN_TRACE_AT(kTraceLevel, kUnit, "%1", failure.summary());
+    }
+}
+
+}  // namespace
+
+bool SSimpleBuffer::SSimpleInternalBuffer::Map(const SAnsiString& file) {
+    const HANDLE opened = OpenToMap(file);
+    if (opened == INVALID_HANDLE_VALUE) {
+        TraceSystemFailure("cannot open", file, GetLastError());
+        return false;
+    }
+    std::uint32_t size = 0;
+    HANDLE made = nullptr;
+    void* view = nullptr;
+    if (!MapOpenFile(opened, size, made, view)) {
+        TraceSystemFailure("cannot map", file, GetLastError());
+        osfiles::Close(opened);
+        return false;
+    }
+    data = static_cast<unsigned char*>(view);
+    bytesUsed = bytesAllocated = size;
+    mapped = 1;
+    fileName = file;
+    fileHandle = opened;
+    mappingHandle = made;
+    return true;
+}
+
+void SSimpleBuffer::SSimpleInternalBuffer::UnMap() noexcept {
+    if (!IsMapped()) return;
+    UnmapViewOfFile(data);
+    osfiles::Close(mappingHandle);
+    osfiles::Close(fileHandle);
+    data = nullptr;
+    bytesUsed = bytesAllocated = 0;
+    mapped = 0;
+    fileName.empty();
+    mappingHandle = nullptr;
+    fileHandle = INVALID_HANDLE_VALUE;
+}
+
+bool SSimpleBuffer::loadFromFile(const SAnsiString& path, bool map, bool sequential) {
+    return loadFromFileEx(path, map, sequential, 0, 0);
+}
+
+bool SSimpleBuffer::loadFromFileEx(const SAnsiString& path, bool map, bool sequential, long long startByte,
+                                   std::uint32_t bytesToRead) try {
+    if (!map) return readFrom(path, sequential, startByte, bytesToRead);
+    const bool isWhole = startByte == 0 && bytesToRead == 0;
+    return Require(isWhole, kUnit, "startByte==0 && bytesToRead==0") && mapFrom(path);
+} catch (const SFileException& failure) {
+    TARN_TRACE_AT(kTraceLevel, kUnit, "%1", failure.summary());
+    return false;
+}
+
+bool SSimpleBuffer::mapFrom(const SAnsiString& path) {
+    SSimpleInternalBuffer* const block = allocHeader();
+    if (block->Map(path)) {
+        adopt(block);
+        return true;
+    }
+    Release(block);
+    return false;
+}
+
+bool SSimpleBuffer::readFrom(const SAnsiString& path, bool sequential, long long startByte,
+                             std::uint32_t bytesToRead) {
+    SFile file(path, SFile::readOnly | (sequential ? SFile::sequential : 0), SFile::readWriteMask,
+               SFile::denyNothing);
+    const long long rest = startByte >= 0 ? file.sizeEx() - startByte : 0;
+    if (rest <= 0) {
+        TARN_TRACE_AT(kTraceLevel, kUnit,
+                      "SSimpleBuffer::loadFromFileEx: Out of range in reading from file %1. \n", path);
+        return false;
+    }
+    const long long wanted = bytesToRead != 0 ? std::min<long long>(bytesToRead, rest) : rest;
+    if (wanted > kMaxBytes) {
+        TARN_TRACE_AT(kTraceLevel, kUnit, "%1 is too large for a buffer", path);
+        return false;
+    }
+    file.seekEx(SFile::seekBegin, startByte);
+    const auto room = static_cast<std::uint32_t>(wanted);
+    SSimpleBuffer loaded(room);
+    unsigned char* const bytes = loaded.getBuffer();
+    std::uint32_t done = 0;
+    for (int count = -1; count != 0 && done < room; done += static_cast<std::uint32_t>(count))
+        count = file.read(bytes + done, room - done);
+    loaded.releaseBuffer(done);
+    *this = loaded;
+    return done != 0;
+}
+
+bool SSimpleBuffer::saveToFile(const SAnsiString& path, bool truncate) try {
+    if (isEmpty()) return false;
+    SFile file(path, truncate ? kSaveFromScratch : kSaveOver, SFile::readWriteMask, SFile::denyNothing);
+    try {
+        WriteWhole(file, getBufferProtected(), getNBytes());
+    } catch (const SFileException&) {
+        file.close();
+        if (truncate) RemoveTorn(path);
+        throw;
+    }
+    file.close();
+    return true;
+} catch (const SFileException& failure) {
+    TARN_TRACE_AT(kTraceLevel, kUnit, "%1", failure.summary());
+    return false;
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,82 @@
+#include "files/systempath.h"
+
+#include "strings/stringbuilder.h"
+#include "system/systemtext.h"
+
+#include <windows.h>
+
+namespace TarnLibA500 {
+namespace {
+
+constexpr const wchar_t* kLongPrefix = L"\\\\?\\";
+constexpr const wchar_t* kLongNetworkPrefix = L"\\\\?\\UNC";
+constexpr const wchar_t* kSettingsKey = L"SYSTEM\\CurrentControlSet\\Control\\FileSystem";
+constexpr const wchar_t* kLongPathsValue = L"LongPathsEnabled";
+
+bool ReadLongPathsEnabled() {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kSettingsKey, 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+    DWORD value = 0;
+    DWORD bytes = sizeof value;
+    DWORD type = 0;
+    const LONG error =
+        RegQueryValueExW(key, kLongPathsValue, nullptr, &type, reinterpret_cast<BYTE*>(&value), &bytes);
+    RegCloseKey(key);
+    return error == ERROR_SUCCESS && type == REG_DWORD && value != 0;
+}
+
+// The setting is read once: the system, too, looks at it when a process starts.
+bool LongPathsEnabled() {
+    static const bool isEnabled = ReadLongPathsEnabled();
+    return isEnabled;
+}
+
+bool IsNetworkPath(const wchar_t* path) {
+    return path[0] == L'\\' && path[1] == L'\\';
+}
+
+// "\\?\..." and "\\.\...".
+bool IsDevicePath(const wchar_t* path) {
+    return IsNetworkPath(path) && (path[2] == L'?' || path[2] == L'.') && path[3] == L'\\';
+}
+
+}  // namespace
+
+bool FullSystemPath(const SWCharString& path, SWCharString& full) {
+    DWORD units = kShortPathEnd;
+    for (;;) {
+        StringBuilder<wchar_t, 1> room(units);
+        const DWORD needed = GetFullPathNameW(path.getString(), units, room.units(), nullptr);
+        if (needed == 0) return false;
+        if (needed < units) {
+            room.cut(needed);
+            full = room;
+            return true;
+        }
+        units = needed + 1;
+    }
+}
+
+SWCharString LongForm(const SWCharString& full, std::uint32_t shortEnd) {
+    const wchar_t* const path = full.getString();
+    if (full.getLength() < shortEnd || IsDevicePath(path) || LongPathsEnabled()) return full;
+    SWCharString longForm(IsNetworkPath(path) ? kLongNetworkPrefix : kLongPrefix);
+    longForm.concat(IsNetworkPath(path) ? path + 1 : path);
+    return longForm;
+}
+
+SWCharString LongSystemPath(const SAnsiString& path, std::uint32_t shortEnd) {
+    const SWCharString asGiven = ToSystem(path);
+    SWCharString full;
+    return FullSystemPath(asGiven, full) ? LongForm(full, shortEnd) : asGiven;
+}
+
+SWCharString JoinSystemPath(const SWCharString& directory, const wchar_t* name) {
+    SWCharString path(directory);
+    const std::uint32_t length = path.getLength();
+    if (length != 0 && path.getString()[length - 1] != L'\\') path.concat(L'\\');
+    path.concat(name);
+    return path;
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "tarnlib/sstring.h"
+
+/// Paths as the system takes them: UTF-16, absolute, and of any length.
+namespace TarnLibA500 {
+
+/// From so many characters on the system wants a path in its long form.
+constexpr std::uint32_t kShortPathEnd = 260;
+/// For a directory that is to be made it is so many, because a short file name must fit in it.
+constexpr std::uint32_t kShortDirectoryEnd = 247;
+
+/// The absolute path, with the current directory or that of its drive where it has none, without "." and
+/// "..", and without blanks and full stops at the ends of its components. False, with the system's error code
+/// set, when there is none.
+bool FullSystemPath(const SWCharString& path, SWCharString& full);
+
+/// An absolute path behind "\\?\" (or "\\?\UNC\") when it has "shortEnd" characters or more, unless this
+/// machine takes long paths as they are. Device paths, and paths in the long form, stay as they are.
+SWCharString LongForm(const SWCharString& full, std::uint32_t shortEnd = kShortPathEnd);
+
+/// What system calls get for a path in the code page. A text that has no absolute path goes as it is, so that
+/// the system says what is wrong with it.
+SWCharString LongSystemPath(const SAnsiString& path, std::uint32_t shortEnd = kShortPathEnd);
+
+/// A directory and a name in it, both as the system has them.
+SWCharString JoinSystemPath(const SWCharString& directory, const wchar_t* name);
+
+}  // namespace TarnLibA500

@@ -1,0 +1,240 @@
+#include <gtest/gtest.h>
+
+#include "files/filesysfailure.h"
+#include "files/osfiles.h"
+#include "support/alloc_hooks.h"
+#include "support/file_bytes.h"
+#include "support/print_strings.h"
+#include "tarnlib/sfile.h"
+#include "tarnlib/sfilesys.h"
+#include "tarnlib/simplebuffer.h"
+
+using namespace TarnLibA500;
+using tarntest::ReadBytes;
+using tarntest::Text;
+using tarntest::WriteBytes;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kShared = SFile::denyNothing;
+
+// "F stage detail" or "S code reason" of what an action throws.
+template <class Action>
+std::string Failure(Action action) {
+    try {
+        action();
+    } catch (const SFileException& e) {
+        return "F" + std::to_string(e.ErrCode()) + std::to_string(e.DetailCode());
+    } catch (const SFileSysException& e) {
+        return "S" + std::to_string(e.ErrCode()) + "/" + std::to_string(e.ErrReason());
+    }
+    return "";
+}
+
+class FileFaults : public testing::Test {
+  protected:
+    const fs::path folder = tarntest::MakeScratchFolder("filefaults");
+    const SAnsiString file = Text(folder / "file");
+    ~FileFaults() override { SFileSys::rremove(Text(folder)); }
+
+    // Fails every call of an action in turn, until it gets by without. Each failure must be one of those
+    // given, and no handle may stay open.
+    template <class Prepare, class Action>
+    unsigned long failEach(Prepare prepare, Action action, const std::set<std::string>& expected) {
+        for (unsigned long nth = 1; nth < 200; ++nth) {
+            prepare();
+            const long open = osfiles::OpenHandles();
+            const unsigned long before = osfiles::CallsSoFar();
+            osfiles::FailCall(nth, ERROR_DISK_FULL);
+            const std::string failure = Failure(action);
+            const unsigned long calls = osfiles::CallsSoFar() - before;
+            osfiles::FailCall(0, 0);
+            EXPECT_EQ(osfiles::OpenHandles(), open) << nth;
+            if (calls < nth) {
+                EXPECT_EQ(failure, "");
+                return nth - 1;
+            }
+            EXPECT_TRUE(expected.count(failure) == 1) << nth << ": " << failure;
+        }
+        ADD_FAILURE() << "no end";
+        return 0;
+    }
+};
+
+void Nothing() {}
+
+}  // namespace
+
+TEST_F(FileFaults, WhicheverCallOfAFileFailsIsReported) {
+    const auto prepare = [&] { WriteBytes(folder / "file", "one\ntwo\n\xC3\xBC"); };
+    EXPECT_GE(failEach(prepare,
+                       [&] {
+                           SFile read(file, SFile::readAndWrite | SFile::append, 0, kShared);
+                           read.seek(SFile::seekBegin, 0);
+                           read.readLine();
+                           read.readString();
+                           read.readLine();
+                           read.eof();
+                       },
+                       {"F05", "F15", "F45"}),
+              8U);
+    EXPECT_GE(failEach(Nothing,
+                       [&] {
+                           SFile write(file, SFile::readAndWrite | SFile::create, 0, kShared);
+                           write.readLine();
+                           write.writeString("text");
+                           write.flush();
+                           write.size();
+                           write.close();
+                       },
+                       {"F05", "F15", "F25", "F35", "F45"}),
+              6U);
+    const int temporary = SFile::writeOnly | SFile::create | SFile::temporary;
+    EXPECT_EQ(failEach(Nothing, [&] { SFile(file, temporary, 0, kShared).close(); }, {"F05", "F75"}), 3U);
+}
+
+TEST_F(FileFaults, WhicheverCallOfTheFileSystemFailsIsReported) {
+    const auto tree = [&] {
+        fs::create_directories(folder / "tree" / "sub");
+        WriteBytes(folder / "tree" / "sub" / "a", "1");
+        WriteBytes(folder / "tree" / "b", "2");
+    };
+    const SAnsiString root = Text(folder / "tree");
+    EXPECT_GE(failEach(tree, [&] { SFileSys::rremove(root); }, {"S4/6", "S8/6"}), 10U);
+    EXPECT_FALSE(fs::exists(folder / "tree"));
+    tree();
+    failEach(Nothing, [&] { SFileSys::rsizeEx(root); }, {"S10/6"});
+    failEach(Nothing, [&] { SFileSys::giveAllAccess(root, true); }, {"S3/6", ""});
+    SIArray<FileProp> entries;
+    failEach(Nothing, [&] { SFileSys::listing(root, "*", entries); }, {"S7/6"});
+    failEach(Nothing, [&] { SFileSys::countAll(root); }, {"S7/6"});
+    failEach(Nothing, [&] { SFileSys::getLastModifiedTime(root); }, {"S7/6"});
+    failEach(Nothing, [&] { SFileSys::getUniqueFilename(root, "u", "", true, 0); }, {"S11/6"});
+    failEach(Nothing, [&] { SFileSys::getUniqueDirname(root, "u", false, 0); }, {"S11/6", ""});
+    const auto noLevels = [&] { fs::remove_all(folder / "x"); };
+    failEach(noLevels, [&] { SFileSys::makeDirectories(Text(folder / "x" / "y" / "z"), 0); },
+             {"S1/6", ""});  // looking whether a level is there may fail: making it is tried all the same
+}
+
+TEST_F(FileFaults, NothingIsHalfWritten) {
+    const SAnsiString target = Text(folder / "target");
+    WriteBytes(folder / "file", std::string(100'000, 'n'));
+    const auto prepare = [&] { WriteBytes(folder / "target", "old"); };
+    EXPECT_GE(failEach(prepare,
+                       [&] {
+                           const std::string failure =
+                               Failure([&] { SFileSys::copyFile(file, target, true); });
+                           EXPECT_EQ(failure.empty(), ReadBytes(folder / "target") != "old");
+                           if (!failure.empty()) SFileSys::copyFile("", "", false);
+                       },
+                       {"S5/1", "S5/6", "S5/8"}),
+              2U);
+    SFileSys::remove(target);
+    EXPECT_EQ(SFileSys::countAll(Text(folder)), 1U);
+
+    const SSimpleBuffer buffer("new bytes", 9, false);
+    for (const DWORD error : {ERROR_DISK_FULL, ERROR_ACCESS_DENIED}) {
+        prepare();
+        osfiles::FailCall(2, error);  // the write
+        EXPECT_FALSE(buffer.isEmpty() || SSimpleBuffer(buffer).saveToFile(target));
+        osfiles::FailCall(0, 0);
+        EXPECT_FALSE(fs::exists(folder / "target"));
+    }
+    const auto saved = [&] { return SSimpleBuffer(buffer).saveToFile(target, false); };
+    prepare();
+    osfiles::FailCall(1, ERROR_SHARING_VIOLATION);
+    EXPECT_FALSE(saved());
+    EXPECT_EQ(ReadBytes(folder / "target"), "old");
+    for (unsigned long nth = 1; nth <= 5; ++nth) {
+        for (const bool map : {false, true}) {
+            SSimpleBuffer loaded;
+            const long open = osfiles::OpenHandles();
+            const unsigned long before = osfiles::CallsSoFar();
+            osfiles::FailCall(nth, ERROR_NOT_ENOUGH_MEMORY);
+            const bool isLoaded = loaded.loadFromFile(file, map);
+            const bool wasHit = osfiles::CallsSoFar() - before >= nth;
+            osfiles::FailCall(0, 0);
+            EXPECT_EQ(isLoaded, !wasHit) << nth << map;
+            EXPECT_TRUE(isLoaded || loaded.isEmpty());
+            loaded.empty();
+            EXPECT_EQ(osfiles::OpenHandles(), open) << nth << map;
+        }
+    }
+}
+
+TEST_F(FileFaults, LinesCostFewCallsAndOneAllocation) {
+    constexpr int kLines = 20'000;
+    std::string bytes;
+    for (int i = 0; i < kLines; ++i) bytes += std::string(58, 'x') + "\r\n";
+    WriteBytes(folder / "file", bytes);
+    SFile lines(file, SFile::readOnly, 0, kShared);
+    const unsigned long before = osfiles::CallsSoFar();
+    lines.readLine();
+    const tarntest::AllocationCount allocations;
+    int count = 1;
+    for (; !lines.eof(); ++count) lines.readLine();
+    EXPECT_EQ(count, kLines);
+    EXPECT_LT(osfiles::CallsSoFar() - before, kLines / 20U);
+    EXPECT_LT(allocations.Taken(), kLines * 101U / 100);
+}
+
+TEST_F(FileFaults, TenReadsMayComeBackEmpty) {
+    const std::pair<unsigned long, const char*> cases[] = {{0, "text"}, {9, "text"}, {10, ""}};
+    WriteBytes(folder / "file", "text");
+    for (const auto& [times, expected] : cases) {
+        SFile slow(file, SFile::readOnly, 0, kShared);
+        osfiles::ReadNothing(times);
+        EXPECT_EQ(slow.readLine(), expected) << times;
+        slow.seek(SFile::seekBegin, 0);
+        osfiles::ReadNothing(times);
+        EXPECT_EQ(slow.readString(), expected) << times;
+        osfiles::ReadNothing(0);
+    }
+}
+
+TEST_F(FileFaults, TooLittleMemoryIsAnErrorOfTheReading) {
+    WriteBytes(folder / "file", std::string(100, 'x') + "\n" + std::string(200'000, '\xC3'));
+    SFile large(file, SFile::readOnly, 0, kShared);
+    for (const bool line : {true, false}) {
+        for (unsigned long nth = 1; nth < 3; ++nth) {
+            large.seek(SFile::seekBegin, 0);
+            tarntest::FailAllocation(nth);
+            const std::string failure = Failure([&] { line ? large.readLine() : large.readString(); });
+            tarntest::FailAllocation(0);
+            EXPECT_TRUE(failure == "F13" || (failure.empty() && !tarntest::FailureHappened())) << nth << line;
+        }
+    }
+}
+
+TEST_F(FileFaults, UniqueNamesEndSomewhere) {
+    const auto find = [&] { SFileSys::getUniqueFilename(Text(folder), "u", "", true, 0); };
+    osfiles::FailCall(1, ERROR_FILE_EXISTS, true);
+    EXPECT_EQ(Failure(find), "S11/8");
+    osfiles::FailCall(1, ERROR_BAD_NETPATH);
+    EXPECT_EQ(Failure([] { SFileSys::getTempDirname(); }), "S11/1");
+    osfiles::FailCall(0, 0);
+}
+
+TEST(FileSysFailure, ReasonsOfEveryError) {
+    for (const auto& [error, reason] : {std::pair(1816, 0),
+                                        {2, 1},
+                                        {3, 1},
+                                        {15, 1},
+                                        {18, 1},
+                                        {53, 1},
+                                        {67, 1},
+                                        {161, 1},
+                                        {206, 1},
+                                        {5, 4},
+                                        {32, 4},
+                                        {112, 6},
+                                        {183, 8},
+                                        {80, 8},
+                                        {8, 8},
+                                        {0, 8}})
+        EXPECT_EQ(FileSysFailure::reasonOf(static_cast<DWORD>(error)), reason) << error;
+    for (const auto& [error, reason] :
+         {std::pair(12, 0), {2, 1}, {22, 2}, {38, 2}, {1, 4}, {13, 4}, {28, 6}, {17, 7}, {41, 8}})
+        EXPECT_EQ(FileSysFailure::reasonOfErrno(error), reason) << error;
+}

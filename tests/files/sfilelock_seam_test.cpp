@@ -1,0 +1,92 @@
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "files/osfiles.h"
+#include "support/alloc_hooks.h"
+#include "support/case_file.h"
+#include "tarnlib/sfilelock.h"
+
+using namespace TarnLibA500;
+
+namespace {
+
+const std::string kPath = "C:\\tarn-lock-test-" + std::to_string(GetCurrentProcessId());
+
+void Remove() {
+    SetFileAttributesA(kPath.c_str(), FILE_ATTRIBUTE_NORMAL);
+    DeleteFileA(kPath.c_str());
+}
+
+/// Makes the lock file another holder's; every call is another one.
+void Forge() {
+    static DWORD holder = 0x01D00000;
+    const FILETIME time = {0, ++holder};
+    const HANDLE file = CreateFileA(kPath.c_str(), GENERIC_WRITE, 7, nullptr, OPEN_ALWAYS, 0, nullptr);
+    SetFileTime(file, &time, nullptr, &time);
+    CloseHandle(file);
+}
+
+/// What others do to the file.
+void Disturb(char step) {
+    if (step == 'F') Forge();
+    if (step == 'X') Remove();
+    if (step == 'P') SetFileAttributesA(kPath.c_str(), FILE_ATTRIBUTE_READONLY);
+}
+
+std::string othersSteps;
+
+void SleepAmongOthers(DWORD milliseconds) {
+    EXPECT_EQ(milliseconds, 100U);
+    Disturb(othersSteps[0]);
+    othersSteps.erase(0, 1);
+}
+
+/// What a step of a case shows.
+std::string Play(char step, std::optional<SFileLock>& lock) {
+    const bool isThere = GetFileAttributesA(kPath.c_str()) != INVALID_FILE_ATTRIBUTES;
+    if (step == 'L') return std::to_string(lock->lock());
+    if (step == 'U') return std::to_string(lock->unlock());
+    if (step == '?') return isThere ? "y" : "n";
+    if (step == 'E') lock.reset();
+    if (step == 'K') lock.emplace(SFileLock(*lock));
+    if (step == 'M') tarntest::FailAllocation(1);
+    if (step >= '1' && step <= '9')
+        osfiles::FailCall(static_cast<unsigned long>(step - '0'), ERROR_ACCESS_DENIED);
+    if (step >= 'a' && step <= 'i') osfiles::DoBeforeCall(static_cast<unsigned long>(step - 'a' + 1), Forge);
+    Disturb(step);
+    return "";
+}
+
+}  // namespace
+
+TEST(FileLock, TakesTurns) {
+    const long handles = osfiles::OpenHandles();
+    osfiles::ReplaceSleep(SleepAmongOthers);
+    for (const auto& c : tarntest::ReadCases("lock_turns.txt")) {
+        const auto number = [&](std::size_t field) {
+            return static_cast<unsigned short>(std::stoi(c[field]));
+        };
+        std::optional<SFileLock> lock(std::in_place, kPath.c_str(), number(0), number(1), c[2] == "yes");
+        const unsigned long sleeps = osfiles::SleepsSoFar();
+        unsigned long calls = osfiles::CallsSoFar();
+        othersSteps = c[4];
+        std::string seen;
+        for (const char step : c[3]) {
+            seen += Play(step, lock);
+            if (step == 'T') seen += std::to_string(osfiles::SleepsSoFar() - sleeps);
+            if (step != 'C') continue;
+            seen += calls != osfiles::CallsSoFar() ? "c" : "-";
+            calls = osfiles::CallsSoFar();
+        }
+        EXPECT_EQ(seen, c[5]) << c[0] << "|" << c[1] << "|" << c[2] << "|" << c[3] << "|" << c[4];
+        osfiles::FailCall(0, 0);
+        tarntest::FailAllocation(0);
+        lock.reset();
+        Remove();
+    }
+    osfiles::ReplaceSleep(nullptr);
+    EXPECT_EQ(osfiles::OpenHandles(), handles);
+    EXPECT_EQ(SFileLock(SAnsiString(), 9, 1, false).unlock(), SFileLock::lockOk);  // nothing to give back
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "support/scratch_folder.h"
+#include "tarnlib/sstring.h"
+
+/// Files of tests, written and read by the C++ library, so that the library under test does not judge itself.
+namespace tarntest {
+
+inline void WriteBytes(const std::filesystem::path& file, const std::string& bytes) {
+    std::ofstream(file, std::ios::binary) << bytes;
+}
+
+inline std::string ReadBytes(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+inline TarnLibA500::SAnsiString Text(const std::filesystem::path& path) {
+    return path.string().c_str();
+}
+
+inline std::string Bytes(const TarnLibA500::SAnsiString& text) {
+    return std::string(text.getString(), text.getLength());
+}
+
+}  // namespace tarntest
