@@ -107,12 +107,18 @@ inline bool Remove(const wchar_t* path) {
     return !MustFail() && DeleteFileW(path) != 0;
 }
 
-/// Removes the very file that a handle stands for, when the handle is closed; it needs the DELETE right.
+/// Removes the very file that a handle stands for; it needs the DELETE right. Windows 10 frees the name when
+/// this handle is closed, others when the last one is.
 inline bool RemoveOnClose(HANDLE file) {
+    if (MustFail()) return false;
+    // FileDispositionInfoEx with its flags for deletion and for the name, which our headers keep to
+    // Windows 10.
+    constexpr auto kDispositionEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
+    DWORD flags = 0x1 | 0x2;
+    if (SetFileInformationByHandle(file, kDispositionEx, &flags, sizeof flags)) return true;
     FILE_DISPOSITION_INFO disposition;
     disposition.DeleteFile = TRUE;
-    return !MustFail() &&
-           SetFileInformationByHandle(file, FileDispositionInfo, &disposition, sizeof disposition);
+    return SetFileInformationByHandle(file, FileDispositionInfo, &disposition, sizeof disposition) != 0;
 }
 
 inline bool RemoveEmptyDirectory(const wchar_t* path) {

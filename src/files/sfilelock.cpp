@@ -1,6 +1,10 @@
 #include "tarnlib/sfilelock.h"
+
+#include <new>
+
 #include "files/osfiles.h"
 #include "files/systempath.h"
+#include "tarnlib/sassert.h"
 #include "tarnlib/straceobj.h"
 
 namespace TarnLibA500 {
@@ -98,7 +102,8 @@ SFileLock::~SFileLock() {
     if (!autoUnlock_ || released_) return;
     try {
         unlock();
-    } catch (...) {  // no memory for the path: the lock is left behind and becomes stale
+    } catch (const std::bad_alloc&) {
+        TraceText(kTraceLevel, kUnit, "SFileLock: out of memory, the lock file is left behind");
     }
 }
 

@@ -1,9 +1,17 @@
 // The DLL itself, loaded and unloaded by a process that does not link to it.
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <utility>
+
 #include <windows.h>
 
 #include <tlhelp32.h>
+
+#include "support/file_bytes.h"
+#include "tarnlib/configfilereader.h"
+
+using namespace TarnLibA500;
 
 namespace {
 
@@ -11,6 +19,8 @@ constexpr int kRounds = 100;
 constexpr const wchar_t* kDll = L"tarnlib-5-0.dll";
 constexpr const char* kInitialize = "_ZN11TarnLibA5007SLogger10InitializeEv";
 constexpr const char* kTerminate = "_ZN11TarnLibA5007SLogger9TerminateEv";
+constexpr const char* kLoadLandscape =
+    "_ZN11TarnLibA50016ConfigFileReader17initializeFromXMLERKNS_11SAnsiStringE";
 
 template <class Function>
 Function Find(HMODULE module, const char* name) {
@@ -43,6 +53,36 @@ void LoadAndUnload(bool terminate) {
 }
 
 }  // namespace
+
+// A pointer to a member function is its address and an offset.
+using Load = bool (ConfigFileReader::*)(const SAnsiString&);
+Load FindLoad(HMODULE module) {
+    const std::pair<FARPROC, std::ptrdiff_t> parts(GetProcAddress(module, kLoadLandscape), 0);
+    Load load = nullptr;
+    static_assert(sizeof load == sizeof parts);
+    std::memcpy(&load, &parts, sizeof load);
+    return load;
+}
+
+// With the library's own copy of the parser; strings and readers look the same on both sides.
+TEST(Unloading, TheXmlParserGoesToo) {
+    const std::filesystem::path folder = tarntest::MakeScratchFolder("unloading");
+    tarntest::WriteBytes(folder / "landscape", "<Landscape/>");
+    const SAnsiString path = tarntest::Text(folder / "landscape");
+    DWORD handles = 0;
+    for (int round = 0; round < 10; ++round) {
+        const HMODULE module = LoadLibraryW(kDll);
+        for (const SAnsiString& file : {path, SAnsiString("none"), path}) {
+            ConfigFileReader reader;
+            EXPECT_EQ((reader.*FindLoad(module))(file), file != "none");
+        }
+        FreeLibrary(module);
+        EXPECT_EQ(GetModuleHandleW(kDll), nullptr);
+        if (round == 0) handles = Handles();
+    }
+    EXPECT_LE(Handles(), handles + 3);
+    std::filesystem::remove_all(folder);
+}
 
 TEST(Unloading, LeavesNothingBehind) {
     struct {

@@ -10,7 +10,7 @@ import subprocess
 import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
-TEXTS = HERE.parent.parent / "examples" / "texts"
+EXAMPLES = HERE.parent.parent / "examples"
 
 
 def read_cases(path):
@@ -30,9 +30,9 @@ def check(mark, text, run, paths):
     if mark == "=":
         return run.returncode == int(text)
     if mark == ">":
-        return text in run.stdout.splitlines()
+        return text.format(**paths) in run.stdout.splitlines()
     if mark == "!":
-        return text in run.stderr.splitlines()
+        return text.format(**paths) in run.stderr.splitlines()
     if mark == "~":
         made, wanted = (pathlib.Path(name.format(**paths)) for name in text.split())
         return made.read_bytes() == wanted.read_bytes()
@@ -46,7 +46,7 @@ def main(*arguments):
     scratch.mkdir(parents=True, exist_ok=True)
     for left_over in scratch.iterdir():
         shutil.rmtree(left_over) if left_over.is_dir() else left_over.unlink()
-    paths = {"texts": TEXTS, "out": scratch}
+    paths = {"texts": EXAMPLES / "texts", "config": EXAMPLES / "config", "out": scratch}
     failures = count = 0
     for file in sorted(HERE.glob("*_cases.txt")):
         for number, ((_, command), *checks) in read_cases(file):

@@ -33,6 +33,7 @@ extern const Command kDateCommand;
 extern const Command kRegistryCommand;
 extern const Command kOptionsCommand;
 extern const Command kTraceCommand;
+extern const Command kConfigCommand;
 extern const Command kFilesCommand;
 extern const Command kLockCommand;
 

@@ -8,9 +8,9 @@
 namespace tarn {
 namespace {
 
-const Command* const kCommands[] = {&kTextCommand,  &kNumbersCommand,  &kVersionCompareCommand,
-                                    &kDateCommand,  &kRegistryCommand, &kOptionsCommand,
-                                    &kTraceCommand, &kFilesCommand,    &kLockCommand};
+const Command* const kCommands[] = {
+    &kTextCommand,    &kNumbersCommand, &kVersionCompareCommand, &kDateCommand, &kRegistryCommand,
+    &kOptionsCommand, &kTraceCommand,   &kFilesCommand,          &kLockCommand, &kConfigCommand};
 
 void PrintOverview() {
     Print(

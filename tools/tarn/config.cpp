@@ -1,0 +1,79 @@
+#include "codepagetext.h"
+#include "command.h"
+#include "options.h"
+#include "system.h"
+#include "tarnlib/configfilereader.h"
+
+namespace tarn {
+namespace {
+
+using TarnLibA500::ConfigFileReader;
+using TarnLibA500::SAnsiString;
+using TarnLibA500::SIArray;
+
+constexpr const char* kHelp =
+    "-file F [-section S] [-key K] [-default V] [-native] [-xml]\n\n"
+    "Shows a configuration file: its sections; with -section the keys and values of one; with -key one\n"
+    "value, or the default. Keys before the first section, or behind a line without \"=\", do not count.\n\n"
+    "  -native   the file is in the code page, not UTF-8\n"
+    "  -xml      the file is a landscape of connections\n\n"
+    "Exit status: 0; 1 when there is no such section or value; 2 when the file cannot be loaded: -trace w\n"
+    "logs why.\n";
+
+void Load(ConfigFileReader& reader, const Options& options) {
+    const SAnsiString file = FileName(options.value("file"));
+    const auto encoding = options.has("native") ? ConfigFileReader::nativeCodePage : ConfigFileReader::utf8;
+    if (!(options.has("xml") ? reader.initializeFromXML(file) : reader.initialize(file, encoding)))
+        throw Failure("cannot load " + options.value("file"));
+}
+
+// The value of a key, or null. Values may be empty, so two defaults tell whether there is one.
+const SAnsiString* Find(const ConfigFileReader& reader, const SAnsiString& section, const SAnsiString& key,
+                        SAnsiString& value) {
+    value = reader.getValue(section, key, "1");
+    const bool isThere = value != "1" || reader.getValue(section, key, "2") == "1";
+    return isThere ? &value : nullptr;
+}
+
+ExitStatus PrintValue(const ConfigFileReader& reader, const Options& options) {
+    SAnsiString value;
+    const SAnsiString* const found = Find(reader, CodePageText(options.value("section"), "-section"),
+                                          CodePageText(options.value("key"), "-key"), value);
+    if (found == nullptr && !options.has("default")) return kNo;
+    Print((found != nullptr ? Utf8Text(*found) : options.value("default")) + "\n");
+    return kYes;
+}
+
+ExitStatus PrintSection(const ConfigFileReader& reader, const Options& options) {
+    const SAnsiString section = CodePageText(options.value("section"), "-section");
+    SIArray<SAnsiString> keys;
+    if (!reader.enumerateSection(section, keys)) return kNo;
+    for (const SAnsiString& key : keys)
+        Print(Utf8Text(key) + "=" + Utf8Text(reader.getValue(section, key, "")) + "\n");
+    return kYes;
+}
+
+ExitStatus ShowConfig(const Words& arguments) {
+    using Kind = Options::Kind;
+    const Options options(arguments, {{"file", Kind::RequiredValue},
+                                      {"section", Kind::Value},
+                                      {"key", Kind::Value},
+                                      {"default", Kind::Value},
+                                      {"native", Kind::Switch},
+                                      {"xml", Kind::Switch}});
+    if (options.has("key") && !options.has("section")) throw Failure("-key needs -section");
+    ConfigFileReader reader;
+    Load(reader, options);
+    if (options.has("key")) return PrintValue(reader, options);
+    if (options.has("section")) return PrintSection(reader, options);
+    SIArray<SAnsiString> names;
+    reader.getSections(names);
+    for (const SAnsiString& name : names) Print("[" + Utf8Text(name) + "]\n");
+    return kYes;
+}
+
+}  // namespace
+
+const Command kConfigCommand = {"config", "what a configuration file holds", kHelp, ShowConfig};
+
+}  // namespace tarn
