@@ -1,0 +1,100 @@
+#!/usr/bin/env python3
+"""Configuration files that others wrote, as the library reads them and as an independent reader of the same rules does.
+
+    run_config_cases.py RUNNER TARN_EXE SCRATCH_FOLDER
+"""
+import pathlib
+import subprocess
+import sys
+
+SPACE = " \t\n\v\f\r"
+# Always there on a Debian machine with our packages; more where it has more.
+SOURCES = [("/usr/lib", "os-release"), ("/etc", "*.conf"), ("/etc", "*.ini"), ("/usr/share", "*.ini"),
+           ("/usr/share", "*.desktop"), ("/usr/lib/systemd", "*.service"), ("/usr/share/doc", "*.ini*"),
+           ("/usr/lib/python3", "*.cfg"), ("/usr/share/wine", "wine.inf")]
+MOST_OF_A_KIND = 6
+MOST_SECTIONS = 5
+
+
+def read(text):
+    """A list of (name, {key: value})."""
+    sections = []
+    at = 0
+    while True:
+        opened = text.find("[", at)
+        closed = text.find("]", opened + 1)
+        if opened < 0 or closed < 0 or closed + 1 == len(text):
+            return sections
+        end = text.find("\n[", closed + 1)
+        end = len(text) if end < 0 else end
+        values = {}
+        for line in text[closed + 1:end].split("\n"):
+            line = line.strip(SPACE)
+            if not line:
+                continue
+            if "=" not in line:
+                break
+            key, value = line.split("=", 1)
+            if key not in values:
+                values[key.strip(SPACE)] = value.strip(SPACE)
+        sections.append((text[opened + 1:closed], values))
+        at = end
+
+
+def candidates():
+    for folder, pattern in SOURCES:
+        found = (path for path in sorted(pathlib.Path(folder).rglob(pattern)) if path.is_file())
+        for _, path in zip(range(MOST_OF_A_KIND), found):
+            try:
+                text = path.read_bytes().decode("ascii")
+            except (UnicodeDecodeError, OSError):
+                continue  # the tool's code page does not have every character
+            if text and "\0" not in text:
+                yield path, text
+
+
+class Reader:
+    def __init__(self, runner, tool):
+        self.command = [runner, tool, "config", "-file"]
+
+    def lines(self, path, *more):
+        run = subprocess.run([*self.command, path, *more], capture_output=True, text=True, timeout=60)
+        if run.returncode:
+            sys.exit(f"{path} {more}: status {run.returncode} {run.stderr}")
+        return run.stdout.split("\n")[:-1]
+
+
+def check(reader, path, text):
+    """How many keys were compared."""
+    sections = read(text)
+    names = reader.lines(path)
+    if names != [line for name, _ in sections for line in f"[{name}]".split("\n")]:
+        sys.exit(f"{path}: sections {names}")
+    keys = 0
+    for name in list({name for name, _ in sections if name.strip(SPACE) == name})[:MOST_SECTIONS]:
+        named = [values for other, values in sections if other == name]
+        wanted = [f"{key}={named[-1].get(key, '')}" for values in named for key in sorted(values)]
+        if reader.lines(path, "-section", name) != wanted:
+            sys.exit(f"{path}: [{name}] should be {wanted}")
+        keys += len(wanted)
+    return keys
+
+
+def main(runner, tool, scratch):
+    folder = pathlib.Path(scratch).resolve()
+    folder.mkdir(parents=True, exist_ok=True)
+    reader = Reader(runner, tool)
+    files = keys = 0
+    for path, text in candidates():
+        if not text.lstrip().startswith("["):
+            text = "[all]\n" + text
+        copy = folder / "file"
+        copy.write_bytes(text.encode("ascii"))
+        keys += check(reader, copy, text)
+        files += 1
+    print(f"{files} files, {keys} keys")
+    return 0 if files >= 5 and keys >= 50 else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))

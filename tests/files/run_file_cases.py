@@ -1,0 +1,92 @@
+#!/usr/bin/env python3
+"""Files of the library next to other programs, and on a disk that is full or write-protected.
+
+    run_file_cases.py RUNNER TARN_EXE SCRATCH_FOLDER programs|disk
+
+Exit status: 0, 1 for a failure, 77 when a small file system cannot be mounted here.
+"""
+import pathlib
+import shutil
+import subprocess
+import sys
+
+TEXT = "Zürich, ½ – „quoted“ €, naïve Ærø "
+VARIANTS = [TEXT, TEXT + "\r\n" + TEXT, TEXT * 5000, TEXT + "\0" + TEXT, "a\rb\n\nc\r\r\n", "\ufeff" + TEXT, "x"]
+
+
+class Tool:
+    def __init__(self, runner, tool):
+        self.command = [runner, tool]
+
+    def run(self, *arguments):
+        return subprocess.run([*self.command, *map(str, arguments)], capture_output=True, encoding="utf-8", timeout=60)
+
+    def must(self, *arguments):
+        run = self.run(*arguments)
+        if run.returncode:
+            sys.exit(f"{arguments}: {run.returncode} {run.stderr}")
+        return run.stdout
+
+
+def programs(tool, folder):
+    """What Python writes the library reads, and what the library writes iconv and Python read."""
+    for number, text in enumerate(VARIANTS):
+        source, native, back = (folder / f"{number}.{kind}" for kind in ("utf8", "1252", "back"))
+        source.write_bytes(text.encode("utf-8"))
+        tool.must("text", "-from", "utf-8", "-to", "1252", "-file", source, "-out", native)
+        tool.must("text", "-from", "1252", "-to", "utf-8", "-file", native, "-out", back)
+        plain = text.removeprefix("\ufeff")  # the command drops the mark
+        other = subprocess.run(["iconv", "-f", "CP1252", "-t", "UTF-8", native], capture_output=True, check=True).stdout
+        if not native.read_bytes().decode("cp1252") == back.read_bytes().decode("utf-8") == other.decode() == plain:
+            sys.exit(f"variant {number} came out differently")
+    listed = tool.must("files", "-list", folder).splitlines()
+    for path in folder.iterdir():
+        if not any(line.split()[0] == str(path.stat().st_size) and line.endswith("  " + path.name) for line in listed):
+            sys.exit(f"{path.name} of {path.stat().st_size} bytes is not in {listed}")
+    total = sum(path.stat().st_size for path in folder.iterdir())
+    if int(tool.must("files", "-size", folder)) != total:
+        sys.exit("the sizes do not add up")
+    print(f"{len(VARIANTS)} texts, {len(listed)} entries, {total} bytes")
+
+
+def refused(tool, expected, *arguments):
+    run = tool.run(*arguments)
+    if run.returncode != 2 or expected not in run.stderr.lower():
+        sys.exit(f"{arguments}: {run.returncode} {run.stderr!r}")
+
+
+def disk(tool, folder):
+    large = folder / "large"
+    large.write_bytes(b"x" * 1_000_000)
+    small = folder / "small"
+    small.mkdir()
+    mounted = ["mount", "-t", "tmpfs", "-o", "size=256k", "tmpfs", small]
+    if subprocess.run(mounted, capture_output=True).returncode:
+        print("no small file system can be mounted here: not run")
+        sys.exit(77)
+    try:
+        (small / "old").write_text("old")
+        for name in ("old", "new"):
+            refused(tool, "disk full", "files", "-copy", large, "-to", small / name, "-overwrite")
+            refused(tool, "disk full", "text", "-from", "1252", "-to", "utf-8", "-file", large, "-out", small / name)
+        left = {path.name: path.read_text() for path in small.iterdir()}
+        subprocess.run(["mount", "-o", "remount,ro", small], check=True)
+        # Removing is not asked for: Wine says yes to that and does nothing.
+        refused(tool, "access denied", "files", "-unique", small)
+        refused(tool, "access denied", "files", "-copy", large, "-to", small / "new")
+    finally:
+        subprocess.run(["umount", small], check=True)
+    if left != {"old": "old"}:
+        sys.exit(f"left on the full disk: {left}")
+    print("nothing is half written")
+
+
+def main(runner, tool, scratch, case):
+    folder = pathlib.Path(scratch).resolve()
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
+    {"programs": programs, "disk": disk}[case](Tool(runner, tool), folder)
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
