@@ -1,9 +1,13 @@
 #include "tarnlib/configfilereader.h"
 
 #include <algorithm>
+#include <memory>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "config/configtext.h"
+#include "config/sectionindex.h"
 #include "diag/require.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/straceobj.h"
@@ -16,14 +20,14 @@ constexpr int kTraceLevel = 1;
 
 // The next section begins with the "[" behind this line feed.
 const char* FindSectionEnd(const char* at, const char* end) {
-    while (at < end) {
-        const auto* const found =
-            static_cast<const char*>(std::memchr(at, '\n', static_cast<std::size_t>(end - at)));
-        if (found == nullptr || found + 1 == end) return end;
-        if (found[1] == '[') return found;
-        at = found + 1;
+    for (at = FindByte(at, end, '\n'); at != end && at + 1 != end; at = FindByte(at + 1, end, '\n')) {
+        if (at[1] == '[') return at;
     }
     return end;
+}
+
+std::string_view ViewOf(const SAnsiString& text) {
+    return std::string_view(text.getString(), text.getLength());
 }
 
 }  // namespace
@@ -66,6 +70,7 @@ bool ConfigFileReader::initialize(const SAnsiString& path, FileEncoding encoding
 void ConfigFileReader::buildConfigData(const SAnsiString& text) {
     const mbchar::CodePage& page = mbchar::CodePage::Current();
     SIArray<CRefPtr<SectionData>> sections;
+    std::vector<SectionEntry> lines;
     const char* const end = text.end().getPtr();
     for (const char* at = text.getString(); at < end;) {
         const char* const open = configtext::Find(page, at, end, '[');
@@ -73,10 +78,12 @@ void ConfigFileReader::buildConfigData(const SAnsiString& text) {
         const char* const close = configtext::Find(page, name, end, ']');
         // A bracket that is the very last character makes no section, deliberately.
         if (close == end || close + 1 == end) break;
-        const char* const bodyEnd = FindSectionEnd(close + 1, end);
-        sections.Add(
-            new SectionData(text, name, static_cast<std::uint32_t>(close - name), close + 1, bodyEnd));
-        at = bodyEnd;
+        at = FindSectionEnd(close + 1, end);
+        auto index = std::make_unique<SectionData::Index>(text, close + 1, at, lines);
+        CRefPtr<SectionData> section(
+            new SectionData(SAnsiString(name, static_cast<std::uint32_t>(close - name)), index.get()));
+        index.release();
+        sections.Add(section);
     }
     sections_ = std::move(sections);
     buildNameIndex();
@@ -86,8 +93,9 @@ void ConfigFileReader::buildNameIndex() {
     byName_.SetSize(sections_.GetSize());
     for (std::uint32_t i = 0; i < byName_.GetSize(); ++i) byName_[i] = i;
     std::sort(byName_.Begin(), byName_.End(), [this](std::uint32_t a, std::uint32_t b) {
-        const int order = sections_[a]->getSectionName().compare(sections_[b]->getSectionName());
-        return order != 0 ? order < 0 : a < b;
+        const std::uint32_t hashA = sections_[a]->nameHash_;
+        const std::uint32_t hashB = sections_[b]->nameHash_;
+        return hashA != hashB ? hashA < hashB : a < b;
     });
 }
 
@@ -97,32 +105,29 @@ bool ConfigFileReader::requireInitialized() const {
     return Require(initialized_, kUnit, "m_initialized");
 }
 
-void ConfigFileReader::findSections(const SAnsiString& name, std::uint32_t& first,
-                                    std::uint32_t& last) const {
-    SAnsiString trimmed(name);
-    trimmed.trim();
-    const std::uint32_t* const begin = byName_.Data();
-    const std::uint32_t* const end = begin + byName_.GetSize();
-    const auto nameOf = [this](std::uint32_t i) -> const SAnsiString& {
-        return sections_[i]->getSectionName();
-    };
-    const auto* const lower = std::lower_bound(
-        begin, end, trimmed, [&](std::uint32_t i, const SAnsiString& n) { return nameOf(i).compare(n) < 0; });
-    const auto* const upper =
-        std::find_if(lower, end, [&](std::uint32_t i) { return nameOf(i).compare(trimmed) != 0; });
-    first = static_cast<std::uint32_t>(lower - begin);
-    last = static_cast<std::uint32_t>(upper - begin);
+template <class Use>
+void ConfigFileReader::forEachSection(const SAnsiString& name, Use use) const {
+    const char* first = name.getString();
+    const char* last = name.end().getPtr();
+    configtext::Trim(first, last);
+    const std::string_view wanted(first, static_cast<std::size_t>(last - first));
+    const std::uint32_t hash = HashText(first, static_cast<std::uint32_t>(wanted.size()));
+    const std::uint32_t* const end = byName_.Data() + byName_.GetSize();
+    const std::uint32_t* at =
+        std::lower_bound(byName_.Data(), end, hash,
+                         [this](std::uint32_t i, std::uint32_t h) { return sections_[i]->nameHash_ < h; });
+    for (; at != end && sections_[*at]->nameHash_ == hash; ++at) {
+        if (ViewOf(sections_[*at]->getSectionName()) == wanted) use(*sections_[*at]);
+    }
 }
 
 SAnsiString ConfigFileReader::getValue(const SAnsiString& section, const SAnsiString& key,
                                        const SAnsiString& defaultValue) const {
     if (!requireInitialized()) return defaultValue;
-    std::uint32_t first = 0;
-    std::uint32_t last = 0;
-    findSections(section, first, last);
+    const SectionData* last = nullptr;
+    forEachSection(section, [&](const SectionData& found) { last = &found; });
     SAnsiString value;
-    const bool isFound = first != last && sections_[byName_[last - 1]]->lookup(key, value);
-    return isFound ? value : defaultValue;
+    return last != nullptr && last->lookup(key, value) ? value : defaultValue;
 }
 
 bool ConfigFileReader::getSections(SIArray<SAnsiString>& names) const {
@@ -135,11 +140,12 @@ bool ConfigFileReader::getSections(SIArray<SAnsiString>& names) const {
 bool ConfigFileReader::enumerateSection(const SAnsiString& section, SIArray<SAnsiString>& keys) const {
     if (!requireInitialized()) return false;
     keys.RemoveAll();
-    std::uint32_t first = 0;
-    std::uint32_t last = 0;
-    findSections(section, first, last);
-    for (std::uint32_t i = first; i < last; ++i) sections_[byName_[i]]->getAllKeys(keys);
-    return first != last;
+    bool isFound = false;
+    forEachSection(section, [&](const SectionData& found) {
+        found.getAllKeys(keys);
+        isFound = true;
+    });
+    return isFound;
 }
 
 }  // namespace TarnLibA500

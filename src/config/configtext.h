@@ -1,7 +1,6 @@
 #pragma once
 
-#include <cstring>
-
+#include "strings/bytesearch.h"
 #include "strings/characterset.h"
 #include "strings/mbchar.h"
 #include "tarnlib/sstring.h"
@@ -12,11 +11,7 @@ namespace TarnLibA500::configtext {
 /// The first place of a range where a character of ASCII stands; the range's end when there is none. In a
 /// double-byte code page trail bytes may look like it.
 inline const char* Find(const mbchar::CodePage& page, const char* at, const char* end, char wanted) {
-    if (page.isSingleByte()) {
-        const auto* const found =
-            static_cast<const char*>(std::memchr(at, wanted, static_cast<std::size_t>(end - at)));
-        return found != nullptr ? found : end;
-    }
+    if (page.isSingleByte()) return FindByte(at, end, wanted);
     while (at < end && *at != wanted) at += CharacterBytes(page, at);
     return at < end ? at : end;
 }

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <vector>
 
 #include "config/configtext.h"
@@ -9,15 +8,17 @@ namespace TarnLibA500 {
 
 using SectionData = ConfigFileReader::SectionData;
 
-SectionData::SectionData(const SAnsiString& name, const SAnsiString& body)
-    : name_(name), index_(new Index(body, body.getString(), body.end().getPtr())) {}
+SectionData::SectionData(const SAnsiString& name, Index* index) : name_(name), index_(index) {
+    nameHash_ = HashText(name.getString(), name.getLength());
+}
 
-SectionData::SectionData(const SAnsiString& text, const char* name, std::uint32_t nameBytes, const char* body,
-                         const char* bodyEnd)
-    : name_(name, nameBytes), index_(new Index(text, body, bodyEnd)) {}
+SectionData::SectionData(const SAnsiString& name, const SAnsiString& body) : SectionData(name, nullptr) {
+    std::vector<SectionEntry> lines;
+    index_ = new Index(body, body.getString(), body.end().getPtr(), lines);
+}
 
 SectionData::SectionData(const SectionData& other)
-    : CRefCount(other), name_(other.name_), index_(new Index(*other.index_)) {}
+    : CRefCount(other), name_(other.name_), nameHash_(other.nameHash_), index_(new Index(*other.index_)) {}
 
 SectionData::~SectionData() {
     delete index_;
@@ -31,7 +32,7 @@ bool SectionData::lookup(const SAnsiString& key, SAnsiString& value) const {
 }
 
 void SectionData::getAllKeys(SIArray<SAnsiString>& keys) const {
-    for (const SectionEntry& entry : index_->entries()) keys.Add(SAnsiString(entry.key, entry.keyBytes));
+    for (const SectionEntry& entry : index_->byKey()) keys.Add(SAnsiString(entry.key, entry.keyBytes));
 }
 
 }  // namespace TarnLibA500

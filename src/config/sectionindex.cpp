@@ -11,29 +11,24 @@ namespace {
 using configtext::Find;
 using configtext::Trim;
 
-std::uint64_t StartOf(const char* key, std::uint32_t bytes) {
-    unsigned char start[8] = {};
-    std::memcpy(start, key, std::min<std::size_t>(bytes, sizeof start));
-    std::uint64_t number = 0;
-    for (const unsigned char byte : start) number = number << 8 | byte;
-    return number;
-}
-
 int CompareKeys(const SectionEntry& a, const SectionEntry& b) {
-    if (a.start != b.start) return a.start < b.start ? -1 : 1;
     const int order = std::memcmp(a.key, b.key, std::min(a.keyBytes, b.keyBytes));
-    if (order != 0) return order;
-    return (a.keyBytes > b.keyBytes) - (a.keyBytes < b.keyBytes);
+    return order != 0 ? order : (a.keyBytes > b.keyBytes) - (a.keyBytes < b.keyBytes);
 }
 
-// By key, and lines with the same key in their order.
+// By hash, and where those are equal by key.
+int CompareEntries(const SectionEntry& a, const SectionEntry& b) {
+    return a.hash != b.hash ? (a.hash < b.hash ? -1 : 1) : CompareKeys(a, b);
+}
+
+// Lines with the same key keep their order.
 bool ComesBefore(const SectionEntry& a, const SectionEntry& b) {
-    const int order = CompareKeys(a, b);
+    const int order = CompareEntries(a, b);
     return order != 0 ? order < 0 : a.key < b.key;
 }
 
 SectionEntry KeyEntry(const char* key, std::uint32_t bytes) {
-    return {key, bytes, false, StartOf(key, bytes), nullptr, 0};
+    return {HashText(key, bytes), key, bytes, nullptr, 0, false};
 }
 
 // False for a line without "=", which ends its section.
@@ -51,13 +46,11 @@ bool ReadLine(const mbchar::CodePage& page, const char* first, const char* last,
     return true;
 }
 
-std::vector<SectionEntry> ReadLines(const char* at, const char* end) {
+void ReadLines(const char* at, const char* end, std::vector<SectionEntry>& entries) {
     const mbchar::CodePage& page = mbchar::CodePage::Current();
-    std::vector<SectionEntry> entries;
+    entries.clear();
     while (at < end) {
-        const auto* const found =
-            static_cast<const char*>(std::memchr(at, '\n', static_cast<std::size_t>(end - at)));
-        const char* const next = found != nullptr ? found : end;
+        const char* const next = FindByte(at, end, '\n');
         const char* first = at;
         const char* last = next;
         Trim(first, last);
@@ -68,7 +61,6 @@ std::vector<SectionEntry> ReadLines(const char* at, const char* end) {
         }
         at = next + 1;
     }
-    return entries;
 }
 
 // The line that counts among those with the same key: the last one with white space before its "=", because a
@@ -86,7 +78,7 @@ void KeepWinners(std::vector<SectionEntry>& entries) {
     SectionEntry* kept = entries.data();
     for (const SectionEntry* first = entries.data(); first < end;) {
         const SectionEntry* last = first + 1;
-        while (last < end && CompareKeys(*first, *last) == 0) ++last;
+        while (last < end && CompareEntries(*first, *last) == 0) ++last;
         const SectionEntry winner = *Winner(first, last);
         *kept++ = winner;
         first = last;
@@ -96,18 +88,36 @@ void KeepWinners(std::vector<SectionEntry>& entries) {
 
 }  // namespace
 
-ConfigFileReader::SectionData::Index::Index(const SAnsiString& text, const char* body, const char* bodyEnd)
-    : text_(text), entries_(ReadLines(body, bodyEnd)) {
-    std::sort(entries_.begin(), entries_.end(), ComesBefore);
-    KeepWinners(entries_);
+// FNV-1a.
+std::uint32_t HashText(const char* text, std::uint32_t bytes) noexcept {
+    std::uint32_t hash = 0x811C9DC5;
+    for (std::uint32_t i = 0; i < bytes; ++i)
+        hash = (hash ^ static_cast<unsigned char>(text[i])) * 0x01000193;
+    return hash;
+}
+
+ConfigFileReader::SectionData::Index::Index(const SAnsiString& text, const char* body, const char* bodyEnd,
+                                            std::vector<SectionEntry>& lines)
+    : text_(text) {
+    ReadLines(body, bodyEnd, lines);
+    std::sort(lines.begin(), lines.end(), ComesBefore);
+    KeepWinners(lines);
+    entries_ = lines;
 }
 
 const SectionEntry* ConfigFileReader::SectionData::Index::find(const SAnsiString& key) const {
     const SectionEntry wanted = KeyEntry(key.getString(), key.getLength());
-    const auto found =
-        std::lower_bound(entries_.begin(), entries_.end(), wanted,
-                         [](const SectionEntry& a, const SectionEntry& b) { return CompareKeys(a, b) < 0; });
-    return found != entries_.end() && CompareKeys(*found, wanted) == 0 ? &*found : nullptr;
+    const auto found = std::lower_bound(
+        entries_.begin(), entries_.end(), wanted,
+        [](const SectionEntry& a, const SectionEntry& b) { return CompareEntries(a, b) < 0; });
+    return found != entries_.end() && CompareEntries(*found, wanted) == 0 ? &*found : nullptr;
+}
+
+std::vector<SectionEntry> ConfigFileReader::SectionData::Index::byKey() const {
+    std::vector<SectionEntry> sorted = entries_;
+    std::sort(sorted.begin(), sorted.end(),
+              [](const SectionEntry& a, const SectionEntry& b) { return CompareKeys(a, b) < 0; });
+    return sorted;
 }
 
 }  // namespace TarnLibA500

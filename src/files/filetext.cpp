@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "strings/bytesearch.h"
 #include "strings/mbchar.h"
 #include "tarnlib/UTFConverter.h"
 #include "tarnlib/mbcscodesetconverter.h"
@@ -22,17 +23,6 @@ constexpr std::uint32_t kMaxCodePageBytes = 2;
 
 }  // namespace
 
-std::uint32_t CountAscii(const char* bytes, std::uint32_t count) noexcept {
-    constexpr std::uint64_t kHighBits = 0x8080808080808080;
-    std::uint32_t at = 0;
-    for (std::uint64_t word = 0; count - at >= sizeof word; at += sizeof word) {
-        std::memcpy(&word, bytes + at, sizeof word);
-        if ((word & kHighBits) != 0) break;
-    }
-    while (at < count && static_cast<unsigned char>(bytes[at]) < kAsciiEnd) ++at;
-    return at;
-}
-
 TextDecoder::TextDecoder(SFile::FileEncoding encoding, std::uint32_t expectedBytes) : encoding_(encoding) {
     text_.setSize(expectedBytes);
 }
@@ -50,7 +40,8 @@ void TextDecoder::addUtf8(const unsigned char* at, const unsigned char* end) {
     if (pendingBytes_ != 0) completePending(at, end);
     while (isLegal_ && at != end) {
         const auto* const text = reinterpret_cast<const char*>(at);
-        const std::uint32_t ascii = CountAscii(text, static_cast<std::uint32_t>(end - at));
+        const auto ascii =
+            static_cast<std::uint32_t>(FindNonAscii(text, reinterpret_cast<const char*>(end)) - text);
         if (ascii >= kAsciiRunBytes || at + ascii == end) {
             text_.concat(text, ascii);
             at += ascii;
@@ -109,9 +100,12 @@ SAnsiString TextDecoder::finish() {
     return SAnsiString();
 }
 
+bool IsAsItIs(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding) noexcept {
+    return encoding == SFile::nativeCodePage || FindNonAscii(bytes, bytes + count) == bytes + count;
+}
+
 SAnsiString DecodeFileText(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding) {
-    const bool isAsItIs = encoding == SFile::nativeCodePage || CountAscii(bytes, count) == count;
-    if (isAsItIs) return SAnsiString(bytes, count);
+    if (IsAsItIs(bytes, count, encoding)) return SAnsiString(bytes, count);
     TextDecoder decoder(encoding, count);
     decoder.add(bytes, count);
     return decoder.finish();

@@ -8,9 +8,6 @@
 
 namespace TarnLibA500 {
 
-/// How many bytes at the start are ASCII: the same in every code page that there is.
-std::uint32_t CountAscii(const char* bytes, std::uint32_t count) noexcept;
-
 /// Makes text in the code page of the bytes of a file, which come in pieces of any size.
 class TextDecoder {
   public:
@@ -34,6 +31,9 @@ class TextDecoder {
     std::uint32_t pendingBytes_ = 0;  // the beginning of a character that a piece ended in
     unsigned char pending_[kMaxUtf8Bytes];
 };
+
+/// True when bytes are their own text in the code page.
+bool IsAsItIs(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding) noexcept;
 
 /// The text of some bytes, at once.
 SAnsiString DecodeFileText(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding);

@@ -4,12 +4,14 @@
 #include <cerrno>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "diag/require.h"
 #include "files/filetext.h"
 #include "files/osfiles.h"
 #include "files/sreadahead.h"
 #include "files/systempath.h"
+#include "strings/bytesearch.h"
 #include "tarnlib/sfilesys.h"
 #include "tarnlib/straceobj.h"
 
@@ -84,23 +86,23 @@ const char* DispositionName(DWORD disposition) {
     }
 }
 
-void AppendWithoutReturns(SAnsiString& line, const char* bytes, std::uint32_t count) {
-    const char* const end = bytes + count;
+void AppendWithoutReturns(SAnsiString& line, const char* bytes, const char* end) {
     while (bytes != end) {
-        const auto left = static_cast<std::size_t>(end - bytes);
-        const auto* const found = static_cast<const char*>(std::memchr(bytes, '\r', left));
-        const char* const stop = found != nullptr ? found : end;
+        const char* const stop = FindByte(bytes, end, '\r');
         line.concat(bytes, static_cast<std::uint32_t>(stop - bytes));
-        bytes = found != nullptr ? found + 1 : end;
+        bytes = stop != end ? stop + 1 : end;
     }
 }
 
-// A whole line, which usually has no carriage return but at its end.
-SAnsiString LineText(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding) {
-    if (count != 0 && bytes[count - 1] == '\r') --count;
-    if (std::memchr(bytes, '\r', count) == nullptr) return DecodeFileText(bytes, count, encoding);
+// A whole line, which usually is ASCII and has no carriage return but at its end.
+SAnsiString LineText(LineBlock& block, const char* bytes, const char* end, SFile::FileEncoding encoding) {
+    const char* const text = end != bytes && end[-1] == '\r' ? end - 1 : end;
+    const auto count = static_cast<std::uint32_t>(text - bytes);
+    if (FindByte(bytes, text, '\r') == text)
+        return IsAsItIs(bytes, count, encoding) ? block.assign(bytes, count)
+                                                : DecodeFileText(bytes, count, encoding);
     SAnsiString line;
-    AppendWithoutReturns(line, bytes, count);
+    AppendWithoutReturns(line, bytes, text);
     return DecodeFileText(line.getString(), line.getLength(), encoding);
 }
 
@@ -196,7 +198,7 @@ void SFile::close() {
     if (isOpenNow()) {
         osfiles::Close(handle_);
         handle_ = INVALID_HANDLE_VALUE;
-        if (ahead_ != nullptr) ahead_->drop();
+        delete std::exchange(ahead_, nullptr);
         if (!name_.isEmpty() && (mode_ & temporary) != 0) deleteTemporary();
     }
     isOpen_ = false;
@@ -336,12 +338,12 @@ SAnsiString SFile::readLine(FileEncoding encoding) try {
     bool isComplete = false;
     while (!isComplete && ((ahead_ != nullptr && ahead_->unread() != 0) || readMore(emptyReads))) {
         const char* const bytes = ahead_->bytes();
-        const auto* const end = static_cast<const char*>(std::memchr(bytes, '\n', ahead_->unread()));
-        isComplete = end != nullptr;
-        const std::uint32_t count = isComplete ? static_cast<std::uint32_t>(end - bytes) : ahead_->unread();
-        ahead_->consume(isComplete ? count + 1 : count);
-        if (isComplete && line.isEmpty()) return LineText(bytes, count, encoding);
-        AppendWithoutReturns(line, bytes, count);
+        const char* const blockEnd = bytes + ahead_->unread();
+        const char* const end = FindByte(bytes, blockEnd, '\n');
+        isComplete = end != blockEnd;
+        ahead_->consume(static_cast<std::uint32_t>(end - bytes) + (isComplete ? 1 : 0));
+        if (isComplete && line.isEmpty()) return LineText(ahead_->line(), bytes, end, encoding);
+        AppendWithoutReturns(line, bytes, end);
     }
     return DecodeFileText(line.getString(), line.getLength(), encoding);
 } catch (const std::bad_alloc&) {
@@ -374,7 +376,8 @@ SAnsiString SFile::readString(FileEncoding encoding) try {
 
 std::uint32_t SFile::writeString(const SAnsiString& text) {
     const char* const bytes = text.getString();
-    if (CountAscii(bytes, text.getLength()) == text.getLength()) {
+    const char* const end = text.end().getPtr();
+    if (FindNonAscii(bytes, end) == end) {
         writeAll(bytes, text.getLength());
         return text.getLength();
     }

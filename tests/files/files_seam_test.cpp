@@ -163,7 +163,7 @@ TEST_F(FileFaults, NothingIsHalfWritten) {
     }
 }
 
-TEST_F(FileFaults, LinesCostFewCallsAndOneAllocation) {
+TEST_F(FileFaults, LinesCostFewCallsAndNoAllocations) {
     constexpr int kLines = 20'000;
     std::string bytes;
     for (int i = 0; i < kLines; ++i) bytes += std::string(58, 'x') + "\r\n";
@@ -176,7 +176,7 @@ TEST_F(FileFaults, LinesCostFewCallsAndOneAllocation) {
     for (; !lines.eof(); ++count) lines.readLine();
     EXPECT_EQ(count, kLines);
     EXPECT_LT(osfiles::CallsSoFar() - before, kLines / 20U);
-    EXPECT_LT(allocations.Taken(), kLines * 101U / 100);
+    EXPECT_LT(allocations.Taken(), kLines / 100U);  // for lines that lie across two blocks
 }
 
 TEST_F(FileFaults, TenReadsMayComeBackEmpty) {

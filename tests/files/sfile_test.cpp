@@ -231,6 +231,9 @@ TEST_F(SFileText, ReadingAheadShowsNowhere) {
     EXPECT_EQ(file.readLine(), "one");
     EXPECT_EQ(file.readString(), "two\nthree\nFour");
     EXPECT_TRUE(file.eof());
+    file.seek(SFile::seekBegin, 0);
+    const SAnsiString kept = file.readLine();  // its memory does not serve the next line
+    EXPECT_EQ(file.readLine() + kept, "twoone");
 }
 
 TEST_F(SFileText, EncodingsAreConverted) {

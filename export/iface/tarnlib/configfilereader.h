@@ -58,10 +58,11 @@ class TARN_API ConfigFileReader {
       private:
         friend class ConfigFileReader;
         struct Index;
-        SectionData(const SAnsiString& text, const char* name, std::uint32_t nameBytes, const char* body,
-                    const char* bodyEnd);
+        /// Takes the index over.
+        SectionData(const SAnsiString& name, Index* index);
 
         SAnsiString name_;
+        std::uint32_t nameHash_;
         Index* index_;
     };
 
@@ -103,12 +104,13 @@ class TARN_API ConfigFileReader {
     void addService(const Landscape& landscape, const LandscapeService& service);
     static SAnsiString getValueFromNameValuePair(const SAnsiString& name, const SAnsiString& value);
     void buildNameIndex();
-    /// The sections of a name: a range of byName_.
-    void findSections(const SAnsiString& name, std::uint32_t& first, std::uint32_t& last) const;
+    /// Calls for each section of a name in the order of the file.
+    template <class Use>
+    void forEachSection(const SAnsiString& name, Use use) const;
 
     SIArray<CRefPtr<SectionData>> sections_;
     bool initialized_ = false;
-    SIArray<std::uint32_t> byName_;  ///< indexes of sections, by name and in the order of the file
+    SIArray<std::uint32_t> byName_;  ///< sections by the hash of their name, then in the order of the file
 };
 
 }  // namespace TarnLibA500
