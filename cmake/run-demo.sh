@@ -50,6 +50,9 @@ instant=2024-03-31T00:59:59.5Z
 central_europe=CET,-60,CEST,-120,M3.5.0/02:00,M10.5.0/03:00
 echo "date       $instant is $(tool date -parse $instant -zone $central_europe) in Berlin," \
     "a second later $(tool date -parse $instant -zone $central_europe -add 1s)"
+echo "config     $(tool config -file examples/config/mailer.ini -section server | paste -sd' ')," \
+    "Production is at $(tool config -file examples/config/landscape.xml -xml -section Production -key MSSrvName)"
+echo "files      $(tool files -size "$converted") bytes in $converted"
 
 echo
 echo "library    $dll ($(stat -c %s "$dll") bytes)"

@@ -1,10 +1,8 @@
 #include "tarnlib/configfilereader.h"
 
 #include <algorithm>
-#include <memory>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "config/configtext.h"
 #include "config/sectionindex.h"
@@ -17,6 +15,7 @@ namespace {
 
 constexpr const char* kUnit = "configfilereader";
 constexpr int kTraceLevel = 1;
+constexpr std::uint32_t kUsualLineBytes = 32;
 
 // The next section begins with the "[" behind this line feed.
 const char* FindSectionEnd(const char* at, const char* end) {
@@ -70,7 +69,8 @@ bool ConfigFileReader::initialize(const SAnsiString& path, FileEncoding encoding
 void ConfigFileReader::buildConfigData(const SAnsiString& text) {
     const mbchar::CodePage& page = mbchar::CodePage::Current();
     SIArray<CRefPtr<SectionData>> sections;
-    std::vector<SectionEntry> lines;
+    const CRefPtr<SectionData::Lines> lines(new SectionData::Lines(text));
+    lines->entries.reserve(text.getLength() / kUsualLineBytes);
     const char* const end = text.end().getPtr();
     for (const char* at = text.getString(); at < end;) {
         const char* const open = configtext::Find(page, at, end, '[');
@@ -79,11 +79,10 @@ void ConfigFileReader::buildConfigData(const SAnsiString& text) {
         // A bracket that is the very last character makes no section, deliberately.
         if (close == end || close + 1 == end) break;
         at = FindSectionEnd(close + 1, end);
-        auto index = std::make_unique<SectionData::Index>(text, close + 1, at, lines);
-        CRefPtr<SectionData> section(
-            new SectionData(SAnsiString(name, static_cast<std::uint32_t>(close - name)), index.get()));
-        index.release();
-        sections.Add(section);
+        const auto first = static_cast<std::uint32_t>(lines->entries.size());
+        const std::uint32_t count = lines->add(close + 1, at);
+        sections.Add(new SectionData(SAnsiString(name, static_cast<std::uint32_t>(close - name)), lines,
+                                     first, count));
     }
     sections_ = std::move(sections);
     buildNameIndex();

@@ -1,6 +1,3 @@
-#include <vector>
-
-#include "config/configtext.h"
 #include "config/sectionindex.h"
 #include "tarnlib/configfilereader.h"
 
@@ -8,31 +5,32 @@ namespace TarnLibA500 {
 
 using SectionData = ConfigFileReader::SectionData;
 
-SectionData::SectionData(const SAnsiString& name, Index* index) : name_(name), index_(index) {
-    nameHash_ = HashText(name.getString(), name.getLength());
+SectionData::SectionData(const SAnsiString& name, const CRefPtr<Lines>& lines, std::uint32_t first,
+                         std::uint32_t count)
+    : name_(name),
+      nameHash_(HashText(name.getString(), name.getLength())),
+      lines_(lines),
+      first_(first),
+      count_(count) {}
+
+SectionData::SectionData(const SAnsiString& name, const SAnsiString& body)
+    : SectionData(name, new Lines(body), 0, 0) {
+    count_ = lines_->add(lines_->text.getString(), lines_->text.end().getPtr());
 }
 
-SectionData::SectionData(const SAnsiString& name, const SAnsiString& body) : SectionData(name, nullptr) {
-    std::vector<SectionEntry> lines;
-    index_ = new Index(body, body.getString(), body.end().getPtr(), lines);
-}
-
-SectionData::SectionData(const SectionData& other)
-    : CRefCount(other), name_(other.name_), nameHash_(other.nameHash_), index_(new Index(*other.index_)) {}
-
-SectionData::~SectionData() {
-    delete index_;
-}
+SectionData::SectionData(const SectionData& other) = default;
+SectionData::~SectionData() = default;
 
 bool SectionData::lookup(const SAnsiString& key, SAnsiString& value) const {
-    const SectionEntry* const entry = index_->find(key);
+    const SectionEntry* const entry = FindEntry(lines_->entries.data() + first_, count_, key);
     if (entry == nullptr) return false;
     value = SAnsiString(entry->value, entry->valueBytes);
     return true;
 }
 
 void SectionData::getAllKeys(SIArray<SAnsiString>& keys) const {
-    for (const SectionEntry& entry : index_->byKey()) keys.Add(SAnsiString(entry.key, entry.keyBytes));
+    for (const SectionEntry& entry : EntriesByKey(lines_->entries.data() + first_, count_))
+        keys.Add(SAnsiString(entry.key, entry.keyBytes));
 }
 
 }  // namespace TarnLibA500

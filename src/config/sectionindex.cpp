@@ -1,7 +1,8 @@
 #include "config/sectionindex.h"
 
 #include <algorithm>
-#include <cstring>
+#include <string_view>
+#include <tuple>
 
 #include "config/configtext.h"
 
@@ -11,25 +12,17 @@ namespace {
 using configtext::Find;
 using configtext::Trim;
 
-int CompareKeys(const SectionEntry& a, const SectionEntry& b) {
-    const int order = std::memcmp(a.key, b.key, std::min(a.keyBytes, b.keyBytes));
-    return order != 0 ? order : (a.keyBytes > b.keyBytes) - (a.keyBytes < b.keyBytes);
+// So few lines are searched from end to end, which is faster than to sort them; more are sorted.
+constexpr std::uint32_t kMostUnsorted = 32;
+
+std::string_view KeyOf(const SectionEntry& entry) {
+    return std::string_view(entry.key, entry.keyBytes);
 }
 
-// By hash, and where those are equal by key.
-int CompareEntries(const SectionEntry& a, const SectionEntry& b) {
-    return a.hash != b.hash ? (a.hash < b.hash ? -1 : 1) : CompareKeys(a, b);
-}
-
-// Lines with the same key keep their order.
-bool ComesBefore(const SectionEntry& a, const SectionEntry& b) {
-    const int order = CompareEntries(a, b);
-    return order != 0 ? order < 0 : a.key < b.key;
-}
-
-SectionEntry KeyEntry(const char* key, std::uint32_t bytes) {
-    return {HashText(key, bytes), key, bytes, nullptr, 0, false};
-}
+struct HashOrder {
+    bool operator()(const SectionEntry& entry, std::uint32_t hash) const { return entry.hash < hash; }
+    bool operator()(std::uint32_t hash, const SectionEntry& entry) const { return hash < entry.hash; }
+};
 
 // False for a line without "=", which ends its section.
 bool ReadLine(const mbchar::CodePage& page, const char* first, const char* last, SectionEntry& entry) {
@@ -39,16 +32,14 @@ bool ReadLine(const mbchar::CodePage& page, const char* first, const char* last,
     Trim(first, keyEnd);
     const char* value = equals + 1;
     Trim(value, last);
-    entry = KeyEntry(first, static_cast<std::uint32_t>(keyEnd - first));
-    entry.isSpaced = keyEnd != equals;
-    entry.value = value;
-    entry.valueBytes = static_cast<std::uint32_t>(last - value);
+    const auto keyBytes = static_cast<std::uint32_t>(keyEnd - first);
+    const auto valueBytes = static_cast<std::uint32_t>(last - value);
+    entry = {HashText(first, keyBytes), first, keyBytes, value, valueBytes, keyEnd != equals};
     return true;
 }
 
 void ReadLines(const char* at, const char* end, std::vector<SectionEntry>& entries) {
     const mbchar::CodePage& page = mbchar::CodePage::Current();
-    entries.clear();
     while (at < end) {
         const char* const next = FindByte(at, end, '\n');
         const char* first = at;
@@ -63,29 +54,6 @@ void ReadLines(const char* at, const char* end, std::vector<SectionEntry>& entri
     }
 }
 
-// The line that counts among those with the same key: the last one with white space before its "=", because a
-// key is looked up with that white space and so not found; without such a line the first.
-const SectionEntry* Winner(const SectionEntry* first, const SectionEntry* last) {
-    const SectionEntry* winner = first;
-    for (const SectionEntry* entry = first + 1; entry < last; ++entry) {
-        if (entry->isSpaced) winner = entry;
-    }
-    return winner;
-}
-
-void KeepWinners(std::vector<SectionEntry>& entries) {
-    const SectionEntry* const end = entries.data() + entries.size();
-    SectionEntry* kept = entries.data();
-    for (const SectionEntry* first = entries.data(); first < end;) {
-        const SectionEntry* last = first + 1;
-        while (last < end && CompareEntries(*first, *last) == 0) ++last;
-        const SectionEntry winner = *Winner(first, last);
-        *kept++ = winner;
-        first = last;
-    }
-    entries.resize(static_cast<std::size_t>(kept - entries.data()));
-}
-
 }  // namespace
 
 // FNV-1a.
@@ -96,28 +64,43 @@ std::uint32_t HashText(const char* text, std::uint32_t bytes) noexcept {
     return hash;
 }
 
-ConfigFileReader::SectionData::Index::Index(const SAnsiString& text, const char* body, const char* bodyEnd,
-                                            std::vector<SectionEntry>& lines)
-    : text_(text) {
-    ReadLines(body, bodyEnd, lines);
-    std::sort(lines.begin(), lines.end(), ComesBefore);
-    KeepWinners(lines);
-    entries_ = lines;
+std::uint32_t ConfigFileReader::SectionData::Lines::add(const char* body, const char* bodyEnd) {
+    const std::size_t from = entries.size();
+    ReadLines(body, bodyEnd, entries);
+    const auto count = static_cast<std::uint32_t>(entries.size() - from);
+    if (count > kMostUnsorted) {
+        std::sort(entries.begin() + static_cast<std::ptrdiff_t>(from), entries.end(),
+                  [](const SectionEntry& a, const SectionEntry& b) {
+                      return a.hash != b.hash ? a.hash < b.hash : a.key < b.key;  // else in their order
+                  });
+    }
+    return count;
 }
 
-const SectionEntry* ConfigFileReader::SectionData::Index::find(const SAnsiString& key) const {
-    const SectionEntry wanted = KeyEntry(key.getString(), key.getLength());
-    const auto found = std::lower_bound(
-        entries_.begin(), entries_.end(), wanted,
-        [](const SectionEntry& a, const SectionEntry& b) { return CompareEntries(a, b) < 0; });
-    return found != entries_.end() && CompareEntries(*found, wanted) == 0 ? &*found : nullptr;
+// Of lines with the same key the first counts. But a key with white space before its "=" is looked up with
+// that white space when it comes, and so not found: its line takes the place of what was there.
+const SectionEntry* FindEntry(const SectionEntry* first, std::uint32_t count, const SAnsiString& key) {
+    const std::string_view wanted(key.getString(), key.getLength());
+    const std::uint32_t hash = HashText(wanted.data(), key.getLength());
+    const SectionEntry* end = first + count;
+    if (count > kMostUnsorted) std::tie(first, end) = std::equal_range(first, end, hash, HashOrder());
+    const SectionEntry* found = nullptr;
+    for (; first < end; ++first) {
+        const bool isSame = first->hash == hash && KeyOf(*first) == wanted;
+        if (isSame && (found == nullptr || first->isSpaced)) found = first;
+    }
+    return found;
 }
 
-std::vector<SectionEntry> ConfigFileReader::SectionData::Index::byKey() const {
-    std::vector<SectionEntry> sorted = entries_;
-    std::sort(sorted.begin(), sorted.end(),
-              [](const SectionEntry& a, const SectionEntry& b) { return CompareKeys(a, b) < 0; });
-    return sorted;
+std::vector<SectionEntry> EntriesByKey(const SectionEntry* first, std::uint32_t count) {
+    std::vector<SectionEntry> entries(first, first + count);
+    std::sort(entries.begin(), entries.end(),
+              [](const SectionEntry& a, const SectionEntry& b) { return KeyOf(a) < KeyOf(b); });
+    const auto end =
+        std::unique(entries.begin(), entries.end(),
+                    [](const SectionEntry& a, const SectionEntry& b) { return KeyOf(a) == KeyOf(b); });
+    entries.erase(end, entries.end());
+    return entries;
 }
 
 }  // namespace TarnLibA500

@@ -20,21 +20,21 @@ struct SectionEntry {
 /// A number for a text, so that most comparisons need no look at the text.
 std::uint32_t HashText(const char* text, std::uint32_t bytes) noexcept;
 
-/// The lines of a section. The text stays in one piece that all sections of a file share.
-struct ConfigFileReader::SectionData::Index {
-  public:
-    /// The body is a part of the text. "lines" is room that many sections may share, so that each allocates
-    /// once.
-    Index(const SAnsiString& text, const char* body, const char* bodyEnd, std::vector<SectionEntry>& lines);
+/// The lines of the sections of a text, which stays in one piece. One object serves all sections of a file.
+struct ConfigFileReader::SectionData::Lines : public CRefCount {
+    explicit Lines(const SAnsiString& whole) : text(whole) {}
 
-    /// Null when there is no such key.
-    const SectionEntry* find(const SAnsiString& key) const;
-    /// One for each key, in the order of their unsigned bytes.
-    std::vector<SectionEntry> byKey() const;
+    /// Adds a section's body, which is a part of the text. Returns how many lines it has.
+    std::uint32_t add(const char* body, const char* bodyEnd);
 
-  private:
-    SAnsiString text_;
-    std::vector<SectionEntry> entries_;  // one for each key, by hash
+    SAnsiString text;
+    std::vector<SectionEntry> entries;  ///< section by section; many lines of one are sorted by hash
 };
+
+/// The line that counts for a key among a section's; null when there is none.
+const SectionEntry* FindEntry(const SectionEntry* first, std::uint32_t count, const SAnsiString& key);
+
+/// One line for each key, in the order of their unsigned bytes.
+std::vector<SectionEntry> EntriesByKey(const SectionEntry* first, std::uint32_t count);
 
 }  // namespace TarnLibA500

@@ -58,32 +58,31 @@ class Element final : public XmlElement {
     const xml::Attributes& attributes_;
 };
 
-// What is wrong with a document, as we see it.
+SAnsiString Place(XMLFileLoc line, XMLFileLoc column) {
+    return "line " + SStringConv::ToString(line) + ", column " + SStringConv::ToString(column) + ": ";
+}
+
+// What is wrong with a document, as we see it, and where. The place is taken when it is thrown: when it is
+// caught, the parser has let go of the document.
 struct Refusal {
-    const char* why;
+    SAnsiString problem;
 };
 
 class Handler final : public xml::DefaultHandler {
   public:
     Handler(const XmlLimits& limits, XmlReceiver& receiver) : limits_(limits), receiver_(receiver) {}
 
-    SAnsiString place() const {
-        if (locator_ == nullptr) return SAnsiString();
-        return "line " + SStringConv::ToString(static_cast<unsigned>(locator_->getLineNumber())) +
-               ", column " + SStringConv::ToString(static_cast<unsigned>(locator_->getColumnNumber())) + ": ";
-    }
-
     void setDocumentLocator(const xml::Locator* locator) override { locator_ = locator; }
 
     void startDTD(const XMLCh* /*name*/, const XMLCh* /*publicId*/, const XMLCh* /*systemId*/) override {
-        throw Refusal{"a document type declaration is not allowed"};
+        refuse("a document type declaration is not allowed");
     }
 
     void startElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/, const XMLCh* name,
                       const xml::Attributes& attributes) override {
         items_ += 1 + attributes.getLength();
-        if (items_ > limits_.items) throw Refusal{"too many elements and attributes"};
-        if (++depth_ > limits_.depth) throw Refusal{"elements are nested too deeply"};
+        if (items_ > limits_.items) refuse("too many elements and attributes");
+        if (++depth_ > limits_.depth) refuse("elements are nested too deeply");
         receiver_.startElement(Element(name, attributes));
     }
 
@@ -95,6 +94,13 @@ class Handler final : public xml::DefaultHandler {
     void error(const xml::SAXParseException& problem) override { throw problem; }
 
   private:
+    [[noreturn]] void refuse(const char* why) const {
+        const bool isPlaced = locator_ != nullptr;
+        const SAnsiString place =
+            isPlaced ? Place(locator_->getLineNumber(), locator_->getColumnNumber()) : SAnsiString();
+        throw Refusal{place + why};
+    }
+
     const XmlLimits& limits_;
     XmlReceiver& receiver_;
     const xml::Locator* locator_ = nullptr;
@@ -127,11 +133,13 @@ SAnsiString ProblemOf(const SSimpleBuffer& bytes, Handler& handler) try {
     Parse(bytes, handler);
     return SAnsiString();
 } catch (const Refusal& refusal) {
-    return handler.place() + refusal.why;
+    return refusal.problem;
+} catch (const xml::SAXParseException& problem) {
+    return Place(problem.getLineNumber(), problem.getColumnNumber()) + FromXml(problem.getMessage());
 } catch (const xml::SAXException& problem) {
-    return handler.place() + FromXml(problem.getMessage());
+    return FromXml(problem.getMessage());
 } catch (const xml::XMLException& problem) {
-    return handler.place() + FromXml(problem.getMessage());
+    return FromXml(problem.getMessage());
 } catch (const xml::OutOfMemoryException&) {
     throw BadAllocation();
 }

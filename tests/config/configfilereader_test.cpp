@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "support/assert_recorder.h"
 #include "support/case_file.h"
 #include "support/file_bytes.h"
@@ -35,6 +37,23 @@ std::string Joined(const SIArray<SAnsiString>& texts) {
     return all;
 }
 
+/// Takes the trace texts of the reader.
+class ReaderTraces {
+  public:
+    ReaderTraces() {
+        sink_.shouldTrace = [](int, const char* unit) { return std::string(unit) == "configfilereader"; };
+        sink_.trace = [](int, const char*, const char* text) { text_ += text; };
+        before_ = InstallDiagnosticSink(&sink_);
+    }
+    ~ReaderTraces() { InstallDiagnosticSink(before_); }
+    static std::string take() { return std::exchange(text_, ""); }
+
+  private:
+    static inline std::string text_;
+    SDiagnosticSink sink_;
+    const SDiagnosticSink* before_;
+};
+
 // All sections as "[name] key=value ...".
 std::string Shown(const ConfigFileReader& reader) {
     SIArray<SAnsiString> names;
@@ -66,9 +85,10 @@ TEST_F(ConfigFiles, LookUpsByTheLetter) {
 TEST_F(ConfigFiles, SectionsAndKeysAreListed) {
     ConfigFileReader reader;
     ASSERT_TRUE(reader.initialize(
-        write("[b]\nz=1\n10=x\n\xC3\xBC=2\n9=y\nlonger_key_2=\nlonger_key_1=\n[a][c]\n[b]\nk=2\n"),
+        write("[b]\nz=1\nz=2\n10=x\n\xC3\xBC=2\n9=y\nlonger_key_2=\nlonger_key_1=\n[a][c]\n[b]\nk=2\n[d]"),
         ConfigFileReader::nativeCodePage));
     SIArray<SAnsiString> names;
+    names.Add("old");
     EXPECT_TRUE(reader.getSections(names));
     EXPECT_EQ(Joined(names), "b,a,b,");
     EXPECT_TRUE(reader.enumerateSection(" b", names));
@@ -85,9 +105,33 @@ TEST_F(ConfigFiles, SectionsAndKeysAreListed) {
     EXPECT_FALSE(reader.getSections(names) || reader.enumerateSection("b", names));
     EXPECT_EQ(recorder.count(), 2U);
     ConfigFileReader blank;
+    const ReaderTraces traces;
     EXPECT_FALSE(blank.initialize(Text(folder / "none")));
+    EXPECT_EQ(traces.take().find("ConfigFileReader::initialize() failed to open config file. Reason is: "),
+              0U);
     EXPECT_TRUE(blank.initialize(write(" \r\n\n")));
     EXPECT_TRUE(blank.getSections(names));
+}
+
+TEST_F(ConfigFiles, LargeSectionsFollowTheSameRules) {
+    std::string text = "[large]\n";
+    for (int round = 0; round < 3; ++round) {
+        for (int i = 0; i < 1000; ++i) {
+            const bool isSpaced = round == 1 && i % 3 == 0;
+            text +=
+                "key" + std::to_string(i * 7 % 1000) + (isSpaced ? " =" : "=") + std::to_string(round) + "\n";
+        }
+    }
+    ConfigFileReader reader;
+    ASSERT_TRUE(reader.initialize(write(text)));
+    for (int i = 0; i < 1000; ++i) {
+        const SAnsiString key = ("key" + std::to_string(i * 7 % 1000)).c_str();
+        EXPECT_EQ(reader.getValue("large", key, "-"), i % 3 == 0 ? "1" : "0") << i;
+    }
+    SIArray<SAnsiString> keys;
+    EXPECT_TRUE(reader.enumerateSection("large", keys));
+    EXPECT_EQ(keys.GetSize(), 1000U);
+    EXPECT_EQ(reader.getValue("large", "key1000", "-"), "-");
 }
 
 TEST_F(Cp932ConfigFiles, TrailBytesAreNoBracketsAndWideBlanksAreTrimmed) {
@@ -100,17 +144,21 @@ TEST_F(Cp932ConfigFiles, TrailBytesAreNoBracketsAndWideBlanksAreTrimmed) {
 }
 
 TEST_F(LandscapeFiles, ServicesBecomeSections) {
+    std::string nobody;  // more of them than levels are allowed
+    for (int i = 0; i < 100; ++i) nobody += "<Item name='nobody'/>";
     const std::string body =
-        "<Landscape><Workspaces><Item uuid='s2' name='Production'/></Workspaces><Services>"
-        "<Service type='mirelms' uuid='s1' name=' Direct ' server='host1:3200' systemid='AB1' routerid='r1'/>"
+        "<Landscape><Workspaces><Item uuid='s2' name='Production'/>" + nobody +
+        "</Workspaces><Service type='mirelms' name='loose'/><Services>"
+        "<Service type='mirelms' name=' Direct ' server='host1:3200' systemid='AB1' routerid='r1'/>"
         "<Service type='mirelms' uuid='s2' name='Group' server='PUBLIC' systemid='PR1' msid='m1' sncop='9' "
-        "sncname='p:CN=x&#10;Server=evil'/><Service type='other' name='skipped'/></Services>"
+        "routerid='r1' sncname='p:CN=x&#10;Server=evil'/><Service type='other' name='skipped'/></Services>"
         "<Messageservers><Messageserver uuid='m1' name='PR1' host='ms.example:3600'/></Messageservers>"
         "<Routers><Router uuid='r1' name='gate' router='/H/gate/S/3299'/></Routers></Landscape>";
     const char* const sections =
         "[Direct] Database=AB1 Description=Direct Origin=USEREDIT Server=/H/gate/S/3299/H/host1:3200 "
         "USEREDIT=1\n"
-        "[Group] Database=PR1 Description=Production MSSrvName=ms.example MSSrvPort=3600 MSSysName=PR1 "
+        "[Group] Database=PR1 Description=Production MSSrvName=/H/gate/S/3299/H/ms.example MSSrvPort=3600 "
+        "MSSysName=PR1 "
         "MS_SEL_GROUPS_SNC=1 Origin=MS_SEL_GROUPS_SNC Server=PUBLIC SncChoice=9 SncName=p:CN=x Server=evil\n";
     ConfigFileReader reader;
     ASSERT_TRUE(reader.initializeFromXML(write("<?xml version='1.0' encoding='utf-8'?>" + body)));
@@ -131,28 +179,40 @@ TEST_F(LandscapeFiles, HostileDocumentsAreRefused) {
             std::string("<!ENTITY a") + level + " '&a" + char(level - 1) + ";&a" + char(level - 1) + ";'>";
     std::string many = "<Landscape";
     for (int i = 0; i < 100'000; ++i) many += " a" + std::to_string(i) + "=''";
+    const std::string element = "<a" + many.substr(std::string("<Landscape").size(), 690) + "/>";
+    std::string longList = "<Landscape>";
+    for (int i = 0; i < 10'000; ++i) longList += element;  // with a hundred attributes each
     std::string nested = "<Landscape>";
     for (int i = 0; i < 100'000; ++i) nested += "<a>";
-    const std::string refused[] = {
-        bomb + "]><Landscape>&a9;</Landscape>",
-        "<!DOCTYPE Landscape [<!ENTITY x SYSTEM 'secret'>]><Landscape>&x;</Landscape>",
-        "<!DOCTYPE Landscape SYSTEM 'secret'><Landscape/>",
-        "<Landscape>&undefined;</Landscape>",
-        nested,
-        many.substr(0, many.size() - 4),
-        "<Landscape><Services></Landscape>",
-        "<Landscape/><Landscape/>",
-        "<Landscape><Services>",
-        "<Landscape name='\xFF\xFE'/>",
-        "<Landscape a='1' a='2'/>",
-        "<Other/>",
-        "text",
-        std::string("\0\0\0\0", 4),
-        " ",
-        ""};
-    for (const std::string& document : refused) {
+    const struct {
+        std::string document;
+        const char* traced;
+    } refused[] = {
+        {bomb + "]><Landscape>&a9;</Landscape>", "line 1, column 21: a document type declaration"},
+        {"<!DOCTYPE Landscape [<!ENTITY x SYSTEM 'secret'>]><Landscape>&x;</Landscape>",
+         "declaration is not"},
+        {"<!DOCTYPE Landscape SYSTEM 'secret'><Landscape/>", "a document type declaration is not allowed"},
+        {"<Landscape>\n&undefined;</Landscape>", "line 2, column 12: "},
+        {nested, "line 1, column 204: elements are nested too deeply"},
+        {longList, "too many elements and attributes"},
+        {many.substr(0, many.size() - 4), "line 1, column "},
+        {"<Landscape>\n\n<Services></Landscape>", "line 3, column "},
+        {"<Landscape/><Landscape/>", "line 1, column "},
+        {"<Landscape><Services>", "line 1, column "},
+        {"<Landscape name='\xFF\xFE'/>", "line 1, column "},
+        {"<Landscape a='1' a='2'/>", "line 1, column "},
+        {"<Other/>", "it is no landscape"},
+        {"text", "line 1, column "},
+        {std::string("\0\0\0\0", 4), "line 1, column "},
+        {" ", "line 1, column "},
+        {"", "the file is empty or cannot be read"}};
+    const ReaderTraces traces;
+    for (const auto& c : refused) {
         ConfigFileReader reader;
-        EXPECT_FALSE(reader.initializeFromXML(write(document))) << document.substr(0, 60);
+        EXPECT_FALSE(reader.initializeFromXML(write(c.document))) << c.document.substr(0, 60);
+        const std::string line = traces.take();
+        EXPECT_EQ(line.find("ConfigFileReader::initializeFromXML() failed to read "), 0U) << line;
+        EXPECT_NE(line.find(c.traced), line.npos) << line;
     }
     ConfigFileReader reader;
     EXPECT_FALSE(reader.initializeFromXML(Text(folder)));

@@ -56,7 +56,7 @@ void List(const SAnsiString& directory, const SAnsiString& pattern, bool recurse
     if (!recurse) return;
     SFileSys::listing(directory, "*", entries);
     for (const FileProp& entry : entries) {
-        if (!entry.isDirectory) continue;
+        if (!entry.isDirectory || entry.isLink) continue;
         List(MakePath(directory, entry.name), pattern, true, below + Utf8Text(entry.name) + "\\");
     }
 }

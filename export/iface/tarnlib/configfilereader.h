@@ -14,11 +14,9 @@
 ///   that begins with "[" in its first column. What stands before the first section is ignored.
 /// - White space around a line, a key and a value is dropped. Everything else is taken as it is: there are no
 ///   comments, no quotes and no escapes, and case matters.
-/// - The first line that is not empty and has no "=" ends its section, deliberately: nothing behind it
-/// counts.
+/// - The first line that is not empty and has no "=" ends its section, deliberately: what follows is lost.
 /// - Of lines with the same key the first counts. Where white space stands before their "=", the last of
-/// those
-///   lines does, deliberately.
+///   those lines does, deliberately.
 /// - Sections of the same name stay apart, and for a look-up the last of them decides alone.
 ///
 /// A reader is loaded once. From then on any number of threads may look up in it at the same time. Nothing
@@ -57,13 +55,16 @@ class TARN_API ConfigFileReader {
 
       private:
         friend class ConfigFileReader;
-        struct Index;
-        /// Takes the index over.
-        SectionData(const SAnsiString& name, Index* index);
+        struct Lines;
+        /// The entries of the section are these of the lines.
+        SectionData(const SAnsiString& name, const CRefPtr<Lines>& lines, std::uint32_t first,
+                    std::uint32_t count);
 
         SAnsiString name_;
         std::uint32_t nameHash_;
-        Index* index_;
+        CRefPtr<Lines> lines_;
+        std::uint32_t first_;
+        std::uint32_t count_;
     };
 
     /// Not initialized.

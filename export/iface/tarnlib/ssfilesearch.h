@@ -21,6 +21,8 @@ namespace TarnLibA500 {
 struct FileProp {
     SAnsiString name;  ///< without the directory; "?" for characters that the code page does not have
     bool isDirectory = false;
+    bool isLink =
+        false;  ///< a link or another reparse point; who descends into such directories may go in circles
     unsigned long long size = 0;  ///< bytes; 0 for a directory
     long long created = 0;
     long long modified = 0;
