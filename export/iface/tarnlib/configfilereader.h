@@ -80,10 +80,11 @@ class TARN_API ConfigFileReader {
     /// UTF-8. True at once, without a look at the file, when the reader is initialized already.
     bool initialize(const SAnsiString& path) { return initialize(path, utf8); }
     bool initialize(const SAnsiString& path, FileEncoding encoding);
-    /// Loads a landscape file, XML 1.0: a section for each service of type "mirelms", named by its "name".
-    /// docs/configuration.md lists elements and keys. False, with the place in the trace, for everything that
-    /// is not such a document; then the reader has no sections. A document type declaration is refused, and
-    /// nothing but the file itself is read. Limits: 16 MiB, 64 levels, 1,000,000 elements and attributes.
+    /// Loads a landscape file, XML 1.0 or 1.1: a section for each service of type "mirelms", named by its
+    /// "name". docs/configuration.md lists elements and keys. False, with the place in the trace, for
+    /// everything that is not such a document; then the reader has no sections. A document type declaration
+    /// is refused, and nothing but the file itself is read. Limits: 8 MiB, 64 levels, 1,000,000 elements and
+    /// attributes.
     bool initializeFromXML(const SAnsiString& path);
 
     /// The value of a key in the last section of that name, or the default where that section lacks it. White
