@@ -6,6 +6,7 @@ install(
   RUNTIME DESTINATION bin
   ARCHIVE DESTINATION lib)
 install(DIRECTORY export/iface/ DESTINATION include)
+install(FILES ${xerces_prefix}/LICENSE ${xerces_prefix}/NOTICE DESTINATION licenses/xerces-c) # it is inside the DLL
 foreach(dll IN LISTS TARN_RUNTIME_DLLS)
   install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${dll} DESTINATION bin)
 endforeach()

@@ -16,7 +16,8 @@ is_installed() {
 write_main_list() {
     local codename
     codename=$(. /etc/os-release && echo "$VERSION_CODENAME")
-    cat /etc/apt/sources.list /etc/apt/sources.list.d/*.list 2>/dev/null | one_line_entry "$codename" >"$1.list"
+    # Either may be missing.
+    { cat /etc/apt/sources.list /etc/apt/sources.list.d/*.list 2>/dev/null || true; } | one_line_entry "$codename" >"$1.list"
     if [ -s "$1.list" ]; then
         main_list=$1.list
         return

@@ -18,8 +18,7 @@ build() {
     mkdir -p "$work"
     cd "$work"
     use_main_suite
-    apt-get "${apt_main[@]}" -q source --download-only "benchmark=$version*" ||
-        apt-get "${apt_main[@]}" -q source --download-only benchmark
+    apt-get "${apt_main[@]}" -q source --download-only benchmark
     # The distribution's patches are for link-time optimisation and shared libraries: not needed.
     dpkg-source --no-check --skip-patches -x benchmark_*.dsc source
     cmake -G Ninja -S source -B build -DCMAKE_TOOLCHAIN_FILE="$here/../cmake/mingw-w64-i686.cmake" \
@@ -33,11 +32,18 @@ build() {
     rm -rf "$work"
 }
 
+mkdir -p "$tarn_cache"
+exec 8>"$tarn_cache/.benchmark.lock"
+flock 8 # one build for all checkouts
 if [ ! -e "$package" ]; then
-    mkdir -p "$tarn_cache"
     echo "building Google Benchmark $version" >&2
-    if ! (set -e; build) >"$log" 2>&1; then
-        echo "failed; the end of $log:" >&2
+    # Not as a condition: there the shell would go on after a step that failed.
+    set +e
+    (set -e; build) >"$log" 2>&1
+    status=$?
+    set -e
+    if [ $status -ne 0 ] || [ ! -e "$package" ]; then
+        echo "Google Benchmark could not be fetched or built; the end of $log:" >&2
         tail -n 40 "$log" >&2
         exit 1
     fi

@@ -33,13 +33,16 @@ std::string_view ViewOf(const SAnsiString& text) {
 
 ConfigFileReader::ConfigFileReader() = default;
 ConfigFileReader::ConfigFileReader(const ConfigFileReader& other) = default;
-ConfigFileReader& ConfigFileReader::operator=(const ConfigFileReader& other) = default;
 ConfigFileReader::~ConfigFileReader() = default;
 
 ConfigFileReader::ConfigFileReader(ConfigFileReader&& other) noexcept
     : sections_(std::move(other.sections_)),
       initialized_(std::exchange(other.initialized_, false)),
       byName_(std::move(other.byName_)) {}
+
+ConfigFileReader& ConfigFileReader::operator=(const ConfigFileReader& other) {
+    return *this = ConfigFileReader(other);
+}
 
 ConfigFileReader& ConfigFileReader::operator=(ConfigFileReader&& other) noexcept {
     sections_ = std::move(other.sections_);
@@ -138,9 +141,10 @@ bool ConfigFileReader::getSections(SIArray<SAnsiString>& names) const {
 
 bool ConfigFileReader::enumerateSection(const SAnsiString& section, SIArray<SAnsiString>& keys) const {
     if (!requireInitialized()) return false;
+    const SAnsiString wanted(section);  // it may be one of the keys
     keys.RemoveAll();
     bool isFound = false;
-    forEachSection(section, [&](const SectionData& found) {
+    forEachSection(wanted, [&](const SectionData& found) {
         found.getAllKeys(keys);
         isFound = true;
     });

@@ -5,17 +5,29 @@ namespace {
 
 constexpr const char* kServiceType = "mirelms";
 
-LandscapeService ServiceOf(const XmlElement& element) {
-    return {element.attribute("uuid"),     element.attribute("name"),   element.attribute("server"),
-            element.attribute("systemid"), element.attribute("msid"),   element.attribute("routerid"),
-            element.attribute("sncop"),    element.attribute("sncname")};
+// Without white space around it; control characters become blanks, so that no text can pretend to be two
+// lines.
+SAnsiString TextOf(const XmlElement& element, const char* name) {
+    constexpr unsigned char kFirstPrintable = 0x20;
+    SAnsiString value = element.attribute(name);
+    char* const text = value.isEmpty() ? nullptr : value.detach();
+    for (std::uint32_t i = 0; i < value.getLength(); ++i) {
+        if (static_cast<unsigned char>(text[i]) < kFirstPrintable) text[i] = ' ';
+    }
+    return value.trim();
 }
 
-// "host:port"; a port of its own counts where the host has none.
+LandscapeService ServiceOf(const XmlElement& element) {
+    return {TextOf(element, "uuid"),     TextOf(element, "name"),   TextOf(element, "server"),
+            TextOf(element, "systemid"), TextOf(element, "msid"),   TextOf(element, "routerid"),
+            TextOf(element, "sncop"),    TextOf(element, "sncname")};
+}
+
+// "host:port"; a port of its own counts where the host has none. More colons are those of an address.
 Landscape::Host HostOf(const XmlElement& element) {
-    const SAnsiString host = element.attribute("host");
-    const SAnsiString::iterator colon = host.findLast(':');
-    if (colon == host.end()) return {host, element.attribute("port")};
+    const SAnsiString host = TextOf(element, "host");
+    const SAnsiString::iterator colon = host.find(':');
+    if (colon == host.end() || host.findLast(':') != colon) return {host, TextOf(element, "port")};
     return {host.left(colon), host.mid(SAnsiString::iterator(colon.getPtr() + 1))};
 }
 
@@ -38,13 +50,13 @@ void Landscape::startElement(const XmlElement& element) {
     if (open_.empty()) {
         isLandscape_ = name == "Landscape";
     } else if (name == "Service" && parent() == "Services") {
-        if (element.attribute("type") == kServiceType) services_.push_back(ServiceOf(element));
+        if (TextOf(element, "type") == kServiceType) services_.push_back(ServiceOf(element));
     } else if (name == "Messageserver" && parent() == "Messageservers") {
-        messageServers_[element.attribute("uuid")] = HostOf(element);
+        messageServers_[TextOf(element, "uuid")] = HostOf(element);
     } else if (name == "Router" && parent() == "Routers") {
-        routes_[element.attribute("uuid")] = element.attribute("router");
+        routes_[TextOf(element, "uuid")] = TextOf(element, "router");
     } else if (name == "Item") {
-        itemNames_[element.attribute("uuid")] = element.attribute("name");
+        itemNames_[TextOf(element, "uuid")] = TextOf(element, "name");
     }
     open_.push_back(name);
 }

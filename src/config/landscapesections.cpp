@@ -1,9 +1,9 @@
+#include <utility>
+
 #include "config/landscape.h"
 #include "config/xmldocument.h"
 #include "tarnlib/configfilereader.h"
 #include "tarnlib/straceobj.h"
-
-#include <utility>
 
 // Sections from a landscape file.
 namespace TarnLibA500 {
@@ -12,7 +12,6 @@ namespace {
 constexpr const char* kUnit = "configfilereader";
 constexpr int kTraceLevel = 1;
 constexpr const char* kHostInRoute = "/H/";
-constexpr unsigned char kFirstPrintable = 0x20;
 constexpr const char* kYes = "1";
 
 // A host behind a router: the route, and the host as its last station.
@@ -31,13 +30,9 @@ const char* OriginOf(const LandscapeService& service) {
 
 }  // namespace
 
-// A line of a section. Control characters of the value become blanks, so that it stays one line.
+// A line of a section; none for a value that is empty.
 SAnsiString ConfigFileReader::getValueFromNameValuePair(const SAnsiString& name, const SAnsiString& value) {
-    if (value.isEmpty()) return SAnsiString();
-    SAnsiString line = name + "=";
-    for (const char* at = value.getString(); *at != '\0'; ++at)
-        line.concat(static_cast<unsigned char>(*at) < kFirstPrintable ? ' ' : *at);
-    return line.concat('\n');
+    return value.isEmpty() ? SAnsiString() : SAnsiString(name + "=" + value + "\n");
 }
 
 void ConfigFileReader::addService(const Landscape& landscape, const LandscapeService& service) {
@@ -59,8 +54,7 @@ void ConfigFileReader::addService(const Landscape& landscape, const LandscapeSer
     };
     SAnsiString body;
     for (const auto& [name, value] : values) body.concat(getValueFromNameValuePair(name, value));
-    SAnsiString name(service.name);
-    sections_.Add(new SectionData(name.trim(), body));
+    sections_.Add(new SectionData(service.name, body));
 }
 
 bool ConfigFileReader::buildConfigDataFromXML(const SAnsiString& path) {

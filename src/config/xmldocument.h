@@ -33,6 +33,9 @@ struct XmlLimits {
     std::uint32_t bytes = 8 * 1024 * 1024;  ///< the parser takes up to 25 times as much memory
     unsigned depth = 64;
     unsigned items = 1'000'000;  ///< elements and attributes
+    unsigned names = 1'000;      ///< different names of elements: the parser's table of them can be made slow
+    /// Of one tag, comment or the like, and not exactly: the parser has read it all before it tells of it.
+    std::uint32_t itemBytes = 64 * 1024;
 };
 
 /// Hands on the elements of an XML document in a file. False, with the reason and the place, when it

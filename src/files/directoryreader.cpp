@@ -15,7 +15,12 @@ bool IsDots(const wchar_t* name) {
 bool DirectoryReader::open(const SWCharString& directory) {
     close();
     error_ = ERROR_SUCCESS;
-    search_ = osfiles::FindFirst(LongForm(JoinSystemPath(directory, L"*")).getString(), entry_);
+    if (directory.isEmpty()) {  // which would be the current one
+        error_ = ERROR_PATH_NOT_FOUND;
+        return false;
+    }
+    const SWCharString pattern = JoinSystemPath(ExactForm(directory), L"*");
+    search_ = osfiles::FindFirst(pattern.getString(), entry_);
     isFirst_ = isOpen();
     if (isOpen()) return true;
     error_ = GetLastError();
@@ -50,7 +55,7 @@ void DirectoryReader::close() noexcept {
 }
 
 SWCharString TreeWalk::entryPath() const {
-    return LongForm(JoinSystemPath(directory(), entry().cFileName));
+    return JoinSystemPath(ExactForm(directory()), entry().cFileName);
 }
 
 TreeWalk::Step TreeWalk::fail() noexcept {
@@ -67,7 +72,7 @@ TreeWalk::Step TreeWalk::next() {
         if (!isReading_ && !reader_.open(directory())) return fail();
         isReading_ = true;
         if (reader_.next()) {
-            if (IsOwnDirectory(entry().dwFileAttributes)) directories_.push_back(entryPath());
+            if (IsOwnDirectory(entry())) directories_.push_back(entryPath());
             return Step::Entry;
         }
         if (error() != ERROR_SUCCESS) return fail();

@@ -39,9 +39,16 @@ class DirectoryReader {
 inline bool IsDirectory(DWORD attributes) {
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
+/// A reparse point that stands for something elsewhere. (Others are the thing itself, stored in another way.)
+inline bool IsLink(const WIN32_FIND_DATAW& entry) {
+    constexpr DWORD kNameSurrogate = 0x20000000;
+    const bool isReparsePoint = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    // Wine gives no tag for the links of the system below it.
+    return isReparsePoint && (entry.dwReserved0 == 0 || (entry.dwReserved0 & kNameSurrogate) != 0);
+}
 /// A directory that is one, not a link to one.
-inline bool IsOwnDirectory(DWORD attributes) {
-    return IsDirectory(attributes) && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+inline bool IsOwnDirectory(const WIN32_FIND_DATAW& entry) {
+    return IsDirectory(entry.dwFileAttributes) && !IsLink(entry);
 }
 inline unsigned long long SizeOf(const WIN32_FIND_DATAW& entry) {
     return static_cast<unsigned long long>(entry.nFileSizeHigh) << 32 | entry.nFileSizeLow;
@@ -52,6 +59,7 @@ class TreeWalk {
   public:
     enum class Step { Entry, Failed, End };
 
+    /// The root itself may be a link.
     explicit TreeWalk(const SWCharString& root) { directories_.push_back(root); }
     /// Goes to the next entry. Failed: the present directory cannot be read on; the walk may be continued.
     Step next();

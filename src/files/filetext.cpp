@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "strings/bytesearch.h"
 #include "strings/mbchar.h"

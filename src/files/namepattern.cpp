@@ -1,5 +1,8 @@
 #include "files/namepattern.h"
 
+#include <cstring>
+
+#include "strings/mbchar.h"
 #include "system/systemtext.h"
 
 #include <windows.h>
@@ -19,15 +22,30 @@ bool SameLetter(wchar_t a, wchar_t b) noexcept {
     return a == b || CompareStringOrdinal(&a, 1, &b, 1, TRUE) == CSTR_EQUAL;
 }
 
+// What is no character would become "?", which matches any.
+bool HasOnlyCharacters(const SAnsiString& text) {
+    const mbchar::CodePage& page = mbchar::CodePage::Current();
+    wchar_t unit = 0;
+    for (const char* at = text.getString(); *at != '\0';) {
+        const int bytes = page.toWide(unit, at);
+        if (bytes <= 0) return false;
+        at += bytes;
+    }
+    return true;
+}
+
 }  // namespace
 
 NamePattern::NamePattern(const SAnsiString& pattern)
-    : pattern_(ToSystem(pattern)), takesAll_(pattern.isEmpty() || pattern == "*" || pattern == "*.*") {}
+    : isText_(std::strlen(pattern.getString()) == pattern.getLength() && HasOnlyCharacters(pattern)),
+      pattern_(ToSystem(pattern)),
+      takesAll_(pattern.isEmpty() || pattern == "*" || pattern == "*.*") {}
 
 // A star takes nothing at first; where the rest does not match, the last one takes one more. No earlier star
 // needs another look, so the time is the product of the lengths at most.
 bool NamePattern::matches(const wchar_t* name) const noexcept {
     if (takesAll_) return true;
+    if (!isText_) return false;
     const wchar_t* pattern = pattern_.getString();
     const wchar_t* afterStar = nullptr;
     const wchar_t* starEnd = nullptr;

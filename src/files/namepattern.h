@@ -12,6 +12,7 @@ class NamePattern {
     bool matches(const wchar_t* name) const noexcept;
 
   private:
+    bool isText_;  // what is not matches nothing
     SWCharString pattern_;
     bool takesAll_;
 };

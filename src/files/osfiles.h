@@ -5,6 +5,8 @@
 /// The one way in which the library reaches files and directories. Test builds (TARN_TEST_SEAMS) count the
 /// calls and the open handles, and make the n-th call fail; otherwise these are direct calls. They fail as
 /// the system does: with false or an invalid handle, and the code in GetLastError.
+extern "C" LONG NTAPI RtlGetLastNtStatus();
+
 namespace TarnLibA500::osfiles {
 
 #ifdef TARN_TEST_SEAMS
@@ -85,6 +87,13 @@ inline bool Size(HANDLE file, long long& bytes) {
     if (MustFail() || !GetFileSizeEx(file, &size)) return false;
     bytes = size.QuadPart;
     return true;
+}
+
+/// True when the last call failed because of a file that is deleted and still open somewhere: its name is
+/// taken for as long. Its error code alone is that of a refused access.
+inline bool WasBeingDeleted() {
+    constexpr LONG kDeletePending = static_cast<LONG>(0xC0000056);
+    return GetLastError() == ERROR_ACCESS_DENIED && RtlGetLastNtStatus() == kDeletePending;
 }
 
 inline bool Attributes(const wchar_t* path, WIN32_FILE_ATTRIBUTE_DATA& data) {

@@ -12,6 +12,7 @@
 #include "files/sreadahead.h"
 #include "files/systempath.h"
 #include "strings/bytesearch.h"
+#include "system/systemtext.h"
 #include "tarnlib/sfilesys.h"
 #include "tarnlib/straceobj.h"
 
@@ -86,6 +87,18 @@ const char* DispositionName(DWORD disposition) {
     }
 }
 
+// The name with its directory, where the code page can spell that.
+SAnsiString AbsoluteName(const SWCharString& path, const SAnsiString& name) {
+    const SAnsiString absolute = FromSystem(path.getString());
+    return ToSystem(absolute) == path ? absolute : name;
+}
+
+void TraceFailure(const SFileException& failure) noexcept try {
+    TARN_TRACE_AT(kFailureTraceLevel, kUnit, "%1", failure.summary());
+} catch (const std::bad_alloc&) {
+    TraceText(kFailureTraceLevel, kUnit, "a file was not closed properly");
+}
+
 void AppendWithoutReturns(SAnsiString& line, const char* bytes, const char* end) {
     while (bytes != end) {
         const char* const stop = FindByte(bytes, end, '\r');
@@ -147,11 +160,10 @@ SFile::~SFile() {
     try {
         close();
     } catch (const SFileException& failure) {
-        TARN_TRACE_AT(kFailureTraceLevel, kUnit, "%1", failure.summary());
+        TraceFailure(failure);
     } catch (const std::bad_alloc&) {
         TraceText(kFailureTraceLevel, kUnit, "out of memory while closing a file");
     }
-    delete ahead_;
 }
 
 // The handle decides: after a failed deletion isOpen_ is still set.
@@ -160,7 +172,12 @@ bool SFile::isOpenNow() const noexcept {
 }
 
 void SFile::open(const SAnsiString& name, int mode, int permissions, int share) {
-    close();
+    try {
+        close();
+    } catch (const SFileException&) {
+        name_ = name;  // here as with every other failure
+        throw;
+    }
     name_ = name;
     open(mode, permissions, share);
 }
@@ -190,6 +207,7 @@ void SFile::openNamed(int mode, int share) {
     security.nLength = sizeof security;
     security.bInheritHandle = (mode & noInherit) == 0 ? TRUE : FALSE;
     const SWCharString path = LongSystemPath(name_);
+    if ((mode & temporary) != 0) temporaryPath_ = AbsoluteName(path, name_);
     handle_ = osfiles::Open(path.getString(), access, ShareOf(share), &security, disposition, FlagsOf(mode));
     if (!isOpenNow()) raiseSystemError(SFileException::openError, GetLastError());
 }
@@ -206,7 +224,7 @@ void SFile::close() {
 
 void SFile::deleteTemporary() {
     try {
-        SFileSys::remove(name_);
+        SFileSys::remove(temporaryPath_);
     } catch (const SFileSysException& failure) {
         raiseOwnError(SFileException::closeError, SFileException::otherError, failure.toString());
     }
@@ -231,6 +249,11 @@ std::uint32_t SFile::readBlock(void* bytes, std::uint32_t count) {
 
 int SFile::read(void* buffer, std::uint32_t count) {
     requireOpen(SFileException::readError);
+    if (ahead_ != nullptr && count <= ahead_->unread()) {
+        std::memcpy(buffer, ahead_->bytes(), count);
+        ahead_->consume(count);
+        return static_cast<int>(count);
+    }
     dropReadAhead(SFileException::readError);
     return static_cast<int>(readBlock(buffer, count));
 }
@@ -245,8 +268,8 @@ int SFile::write(const void* buffer, std::uint32_t count) {
 }
 
 // The system may take less than all at once, on a disk that is just getting full for instance.
-void SFile::writeAll(const void* bytes, std::uint32_t count) {
-    const auto* at = static_cast<const char*>(bytes);
+void SFile::writeAll(const void* buffer, std::uint32_t count) {
+    const auto* at = static_cast<const char*>(buffer);
     while (count != 0) {
         const auto done = static_cast<std::uint32_t>(write(at, count));
         if (done == 0) raiseSystemError(SFileException::writeError, ERROR_WRITE_FAULT);
@@ -322,11 +345,15 @@ bool SFile::eof() {
 bool SFile::readMore(int& emptyReads) {
     if (ahead_ == nullptr) ahead_ = new SReadAhead;
     while (emptyReads > 0) {
-        const std::uint32_t count = readBlock(ahead_->room(), SReadAhead::kBlockBytes);
+        DWORD count = 0;
+        const bool isRead = osfiles::Read(handle_, ahead_->room(), SReadAhead::kBlockBytes, count);
+        const DWORD error = GetLastError();
         ahead_->filled(count);
         if (count != 0) return true;
         --emptyReads;
+        // Where nothing is left, nothing had to be read, and it is no failure that it could not.
         if (position(SFileException::readError) >= sizeNow(SFileException::readError)) return false;
+        if (!isRead) raiseSystemError(SFileException::readError, error);
     }
     return false;
 }

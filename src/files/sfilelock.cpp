@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "files/filetimes.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
 #include "tarnlib/sassert.h"
@@ -17,8 +18,18 @@ constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELE
 
 using CreationTime = unsigned long long;  // 0: of no file
 
+enum class Deletion { Done, Gone, Anothers, Refused };
+
+bool IsExistence(DWORD error) {
+    return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
+}
+
+bool IsAbsence(DWORD error) {
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
 CreationTime ToNumber(const FILETIME& time) {
-    return static_cast<CreationTime>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+    return static_cast<CreationTime>(TicksOf(time));
 }
 
 bool ReadCreationTime(const wchar_t* path, CreationTime& created) {
@@ -42,15 +53,21 @@ bool CreateLockFile(const wchar_t* path, CreationTime& created) {
 
 /// Deletes the file that was looked at, and not one that another process has put in its place since: two
 /// waiters may find the same file stale, and the slower one would delete the lock of the faster one.
-bool DeleteLockFile(const wchar_t* path, CreationTime seen) {
+Deletion DeleteLockFile(const wchar_t* path, CreationTime seen) {
     const HANDLE file =
         osfiles::Open(path, DELETE | FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING, 0);
-    if (file == INVALID_HANDLE_VALUE) return false;
+    if (file == INVALID_HANDLE_VALUE) return IsAbsence(GetLastError()) ? Deletion::Gone : Deletion::Refused;
     FILETIME time;
-    const bool isDeleted =
-        osfiles::CreationTime(file, time) && ToNumber(time) == seen && osfiles::RemoveOnClose(file);
+    Deletion deletion = Deletion::Refused;
+    if (osfiles::CreationTime(file, time)) {
+        if (ToNumber(time) != seen) {
+            deletion = Deletion::Anothers;
+        } else if (osfiles::RemoveOnClose(file)) {
+            deletion = Deletion::Done;
+        }
+    }
     osfiles::Close(file);
-    return isDeleted;
+    return deletion;
 }
 
 /// What a waiter has seen of the lock file.
@@ -72,7 +89,7 @@ class Observation {
         if (!isThere || unchanged_ < staleLimit_) return false;
         unchanged_ = 0;
         TARN_TRACE_AT(kTraceLevel, kUnit, "SFileLock::lockFile: Timeout waiting for file lock");
-        return DeleteLockFile(path, created);
+        return DeleteLockFile(path, created) == Deletion::Done;
     }
 
   private:
@@ -80,14 +97,6 @@ class Observation {
     unsigned unchanged_ = 0;
     CreationTime lastSeen_ = 0;
 };
-
-bool IsExistence(DWORD error) {
-    return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
-}
-
-bool IsAbsence(DWORD error) {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-}
 
 }  // namespace
 
@@ -116,7 +125,7 @@ SFileLock::ErrorCodes SFileLock::lock() {
             released_ = false;
             return hasBrokenStale ? lockOkBrokeStale : lockOk;
         }
-        if (!IsExistence(GetLastError())) return lockCreateFailed;
+        if (!osfiles::WasBeingDeleted() && !IsExistence(GetLastError())) return lockCreateFailed;
         if (observation.breakStale(path.getString())) {
             hasBrokenStale = true;
         } else {
@@ -137,9 +146,10 @@ SFileLock::ErrorCodes SFileLock::unlock() {
     if (!ReadCreationTime(path.getString(), created))
         return IsAbsence(GetLastError()) ? lockNotOwned : unlockFailed;
     const bool isOwn = ownCreationTime_ == 0 || ownCreationTime_ == created;
-    if (isOwn && !DeleteLockFile(path.getString(), created)) return unlockFailed;
-    released_ = true;
-    return isOwn ? lockOk : lockNotOwned;
+    const Deletion deletion = isOwn ? DeleteLockFile(path.getString(), created) : Deletion::Anothers;
+    released_ = deletion == Deletion::Done || deletion == Deletion::Anothers;
+    if (released_) return deletion == Deletion::Done ? lockOk : lockNotOwned;
+    return deletion == Deletion::Gone ? lockNotOwned : unlockFailed;
 }
 
 }  // namespace TarnLibA500

@@ -25,8 +25,10 @@ bool FindAttributes(const SAnsiString& path, WIN32_FILE_ATTRIBUTE_DATA& data) {
 
 WIN32_FILE_ATTRIBUTE_DATA AttributesOf(const SAnsiString& path, Exception::ErrorCodes failure) {
     WIN32_FILE_ATTRIBUTE_DATA data;
-    if (!FindAttributes(path, data)) ThrowFileSys(failure, GetLastError(), path);
-    return data;
+    const SWCharString target = LongSystemPath(path);
+    if (osfiles::Attributes(target.getString(), data)) return data;
+    const DWORD error = GetLastError();
+    ThrowFileSys(failure, error, path);
 }
 
 // --- absolute paths ---
@@ -59,9 +61,11 @@ void RequireDriveFor(const SAnsiString& path) {
 
 SWCharString FullPathOf(const SAnsiString& path) {
     RequireDriveFor(path);
+    const SWCharString asGiven = ToSystem(path);
     SWCharString full;
-    if (!FullSystemPath(ToSystem(path), full)) ThrowFileSys(Exception::fsStatFailed, GetLastError(), path);
-    return full;
+    if (FullSystemPath(asGiven, full)) return full;
+    const DWORD error = GetLastError();
+    ThrowFileSys(Exception::fsStatFailed, error, path);
 }
 
 // --- making directories ---
@@ -75,6 +79,13 @@ bool IsDirectoryThere(const SWCharString& path) {
 SWCharString ParentOf(const SWCharString& path) {
     const SWCharString::iterator slash = path.findLast(L'\\');
     return slash != path.end() ? path.left(slash) : SWCharString();
+}
+
+SWCharString WithoutLastSlash(const SWCharString& path) {
+    const std::uint32_t length = path.getLength();
+    const wchar_t* const text = path.getString();
+    const bool isRoot = length < 2 || text[length - 2] == L':';
+    return isRoot || text[length - 1] != L'\\' ? path : SWCharString(text, length - 1);
 }
 
 // From the first missing level down. "error" is the system's when a level can be neither made nor found.
@@ -126,10 +137,9 @@ void GiveAccessBelow(const SWCharString& root) {
     TreeWalk walk(root);
     for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
         if (step == TreeWalk::Step::Failed)
-            ThrowFileSys(Exception::fsGetAttributesFailed, walk.error(),
-                         FromSystem(walk.directory().getString()));
+            ThrowFileSys(Exception::fsGetAttributesFailed, walk.error(), ShownPath(walk.directory()));
         const SWCharString path = walk.entryPath();
-        SetReadOnly(path, walk.entry().dwFileAttributes, false, FromSystem(path.getString()));
+        SetReadOnly(path, walk.entry().dwFileAttributes, false, ShownPath(path));
     }
 }
 
@@ -191,7 +201,8 @@ SAnsiString SFileSys::getFullPath(const SAnsiString& path) {
 }
 
 SAnsiString SFileSys::toLongPath(const SAnsiString& path) {
-    return FromSystem(LongForm(FullPathOf(path)).getString());
+    const SWCharString full = FullPathOf(path);
+    return FromSystem(LongPathsEnabled() ? full.getString() : LongForm(full).getString());
 }
 
 SAnsiString SFileSys::getCurrentDirectory() {
@@ -199,21 +210,25 @@ SAnsiString SFileSys::getCurrentDirectory() {
 }
 
 void SFileSys::setCurrentDirectory(const SAnsiString& path) {
-    if (!SetCurrentDirectoryW(ToSystem(path).getString()))
-        ThrowFileSys(Exception::fsSetCurrentDirFailed, GetLastError(), path);
+    const SWCharString target = ToSystem(path);
+    if (SetCurrentDirectoryW(target.getString())) return;
+    const DWORD error = GetLastError();
+    ThrowFileSys(Exception::fsSetCurrentDirFailed, error, path);
 }
 
 // ------------------------------------------------------------------------------------------------
 // directories
 
 void SFileSys::makeDirectory(const SAnsiString& path, int /*permissions*/) {
-    if (!osfiles::MakeDirectory(LongSystemPath(path, kShortDirectoryEnd).getString()))
-        ThrowFileSys(Exception::fsMakeDirFailed, GetLastError(), path);
+    const SWCharString target = LongSystemPath(path, kShortDirectoryEnd);
+    if (osfiles::MakeDirectory(target.getString())) return;
+    const DWORD error = GetLastError();
+    ThrowFileSys(Exception::fsMakeDirFailed, error, path);
 }
 
 void SFileSys::makeDirectories(const SAnsiString& path, int /*permissions*/) {
     DWORD error = ERROR_SUCCESS;
-    if (!MakeLevels(LongSystemPath(StripSlashOffDirEnd(path), kShortDirectoryEnd), error))
+    if (!MakeLevels(WithoutLastSlash(LongSystemPath(path, kShortDirectoryEnd)), error))
         ThrowFileSys(Exception::fsMakeDirFailed, error, path);
 }
 
@@ -268,12 +283,13 @@ std::uint32_t SFileSys::size(const SAnsiString& path) {
 
 unsigned long long SFileSys::rsizeEx(const SAnsiString& path) {
     const WIN32_FILE_ATTRIBUTE_DATA data = AttributesOf(path, Exception::fsSizeFailed);
-    if (!IsDirectory(data.dwFileAttributes)) return sizeEx(path);
-    unsigned long long total = 0;
+    unsigned long long total = static_cast<unsigned long long>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+    if (!IsDirectory(data.dwFileAttributes)) return total;
+    total = 0;
     TreeWalk walk(LongSystemPath(path));
     for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
         if (step == TreeWalk::Step::Failed)
-            ThrowFileSys(Exception::fsSizeFailed, walk.error(), FromSystem(walk.directory().getString()));
+            ThrowFileSys(Exception::fsSizeFailed, walk.error(), ShownPath(walk.directory()));
         if (!IsDirectory(walk.entry().dwFileAttributes)) total += SizeOf(walk.entry());
     }
     return total;
@@ -288,8 +304,12 @@ void SFileSys::diskUsageInfo(const SAnsiString& path, unsigned long long& total,
     ULARGE_INTEGER mine;
     ULARGE_INTEGER all;
     ULARGE_INTEGER unused;
-    if (!GetDiskFreeSpaceExW(LongSystemPath(path).getString(), &mine, &all, &unused))
-        ThrowFileSys(Exception::fsDiskStatsFailed, GetLastError(), path);
+    // With a slash at its end: the name of a share needs it.
+    const SWCharString directory = JoinSystemPath(LongSystemPath(path), L"");
+    if (!GetDiskFreeSpaceExW(directory.getString(), &mine, &all, &unused)) {
+        const DWORD error = GetLastError();
+        ThrowFileSys(Exception::fsDiskStatsFailed, error, path);
+    }
     total = all.QuadPart;
     free = unused.QuadPart;
     available = mine.QuadPart;
@@ -308,12 +328,13 @@ void SFileSys::setLastModifiedTime(const SAnsiString& path, const SDateTime& tim
     if (!FileTimeOf(time, written))
         ThrowFileSys(Exception::fsSetAttributesFailed, ERROR_INVALID_PARAMETER, path);
     // The flag makes directories open, too.
-    const HANDLE file = osfiles::Open(LongSystemPath(path).getString(), FILE_WRITE_ATTRIBUTES, kEveryShare,
-                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
-    if (file == INVALID_HANDLE_VALUE) ThrowFileSys(Exception::fsSetAttributesFailed, GetLastError(), path);
-    const bool isSet = osfiles::SetWriteTime(file, written);
-    osfiles::Close(file);
-    if (!isSet) ThrowFileSys(Exception::fsSetAttributesFailed, GetLastError(), path);
+    const SWCharString target = LongSystemPath(path);
+    const HANDLE file = osfiles::Open(target.getString(), FILE_WRITE_ATTRIBUTES, kEveryShare, nullptr,
+                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    const bool isSet = file != INVALID_HANDLE_VALUE && osfiles::SetWriteTime(file, written);
+    const DWORD error = GetLastError();
+    if (file != INVALID_HANDLE_VALUE) osfiles::Close(file);
+    if (!isSet) ThrowFileSys(Exception::fsSetAttributesFailed, error, path);
 }
 
 void SFileSys::giveAccess(const SAnsiString& path, int mode) {

@@ -1,10 +1,11 @@
+#include <cstdio>
+#include <cwchar>
+
 #include "files/filesysfailure.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
 #include "files/uniquename.h"
 #include "tarnlib/sfilesys.h"
-
-#include <cstdio>
 
 // Copying and renaming.
 namespace TarnLibA500 {
@@ -23,31 +24,57 @@ SWCharString NameBeside(const SWCharString& file) {
     return LongForm(JoinSystemPath(directory, name));
 }
 
-// Copies the file to a name beside its target; false with the system's error.
-bool CopyBeside(const SWCharString& from, const SWCharString& to, SWCharString& copy) {
+bool IsTaken(DWORD error) {
+    return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS || error == ERROR_ACCESS_DENIED;
+}
+
+void RemoveCopy(const SWCharString& copy) {
+    osfiles::SetAttributes(copy.getString(), FILE_ATTRIBUTE_NORMAL);  // it may be read-only, as its source
+    osfiles::Remove(copy.getString());
+}
+
+// Copies the file to a new name beside its target. The system's error code, 0 when it is done.
+DWORD CopyBeside(const SWCharString& from, const SWCharString& to, SWCharString& copy) {
+    DWORD error = ERROR_SUCCESS;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         copy = NameBeside(to);
-        if (osfiles::Copy(from.getString(), copy.getString(), false)) return true;
-        if (GetLastError() != ERROR_FILE_EXISTS) return false;
+        if (osfiles::Copy(from.getString(), copy.getString(), false)) return ERROR_SUCCESS;
+        error = GetLastError();
+        if (!IsTaken(error)) {
+            RemoveCopy(copy);  // what there is of it
+            return error;
+        }
+        if (error == ERROR_ACCESS_DENIED)
+            return error;  // to the source, to the directory, or a directory's name
     }
-    return false;
+    return error;
 }
 
 // The system's error code, 0 when it is done. Nobody sees half a file, and nothing is lost when it fails.
 DWORD CopyWhole(const SWCharString& from, const SWCharString& to, bool overwrite) {
     SWCharString copy;
-    if (CopyBeside(from, to, copy) &&
-        osfiles::Move(copy.getString(), to.getString(), overwrite ? MOVEFILE_REPLACE_EXISTING : 0))
+    DWORD error = CopyBeside(from, to, copy);
+    if (error != ERROR_SUCCESS) return error;
+    if (osfiles::Move(copy.getString(), to.getString(), overwrite ? MOVEFILE_REPLACE_EXISTING : 0))
         return ERROR_SUCCESS;
-    const DWORD error = GetLastError();
-    osfiles::SetAttributes(copy.getString(), FILE_ATTRIBUTE_NORMAL);  // it may be read-only, as its source
-    osfiles::Remove(copy.getString());
+    error = GetLastError();
+    RemoveCopy(copy);
     return error;
+}
+
+// Devices have nothing beside them, and nothing that could be lost.
+DWORD CopyToDevice(const SWCharString& from, const SWCharString& to) {
+    return osfiles::Copy(from.getString(), to.getString(), true) ? ERROR_SUCCESS : GetLastError();
+}
+
+bool IsDevice(const SWCharString& path) {
+    return std::wcsncmp(path.getString(), L"\\\\.\\", 4) == 0;
 }
 
 // Why what stands at the target may not be replaced; 0 when it may. Asked first, because not every system
 // refuses to rename over it.
 DWORD RefusalToReplace(const SWCharString& target, bool overwrite) {
+    if (IsDevice(target)) return ERROR_SUCCESS;
     WIN32_FILE_ATTRIBUTE_DATA data;
     if (!osfiles::Attributes(target.getString(), data)) {
         const DWORD error = GetLastError();
@@ -63,14 +90,18 @@ DWORD RefusalToReplace(const SWCharString& target, bool overwrite) {
 void SFileSys::copyFile(const SAnsiString& from, const SAnsiString& to, bool overwrite) {
     const SWCharString target = LongSystemPath(to);
     DWORD error = RefusalToReplace(target, overwrite);
-    if (error == ERROR_SUCCESS) error = CopyWhole(LongSystemPath(from), target, overwrite);
+    const SWCharString source = LongSystemPath(from);
+    if (error == ERROR_SUCCESS)
+        error = IsDevice(target) ? CopyToDevice(source, target) : CopyWhole(source, target, overwrite);
     if (error != ERROR_SUCCESS) ThrowFileSys(Exception::fsCopyFailed, error, from, to);
 }
 
 void SFileSys::renameFile(const SAnsiString& from, const SAnsiString& to) {
-    if (!osfiles::Move(LongSystemPath(from).getString(), LongSystemPath(to).getString(),
-                       MOVEFILE_COPY_ALLOWED))
-        ThrowFileSys(Exception::fsRenameFailed, GetLastError(), from, to);
+    const SWCharString source = LongSystemPath(from);
+    const SWCharString target = LongSystemPath(to);
+    if (osfiles::Move(source.getString(), target.getString(), MOVEFILE_COPY_ALLOWED)) return;
+    const DWORD error = GetLastError();
+    ThrowFileSys(Exception::fsRenameFailed, error, from, to);
 }
 
 }  // namespace TarnLibA500

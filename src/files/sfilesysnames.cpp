@@ -81,7 +81,8 @@ bool Take(const SWCharString& path, bool create, bool isDirectory) {
 
 // A directory at the name of a new file is "access denied".
 bool IsTaken(const SWCharString& path, DWORD error) {
-    if (error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS) return true;
+    if (error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS || osfiles::WasBeingDeleted())
+        return true;
     WIN32_FILE_ATTRIBUTE_DATA data;
     return error == ERROR_ACCESS_DENIED && osfiles::Attributes(path.getString(), data);
 }

@@ -1,12 +1,11 @@
+#include <algorithm>
+
 #include "files/directoryreader.h"
 #include "files/filesysfailure.h"
 #include "files/namepattern.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
-#include "system/systemtext.h"
 #include "tarnlib/sfilesys.h"
-
-#include <algorithm>
 
 // Removing, which goes on after a failure and throws the first one at the end.
 namespace TarnLibA500 {
@@ -23,9 +22,11 @@ Exception::ErrorCodes RemovalFailure(DWORD attributes) {
     return IsDirectory(attributes) ? Exception::fsRemoveDirFailed : Exception::fsRemoveFailed;
 }
 
-void RemoveNoting(const SWCharString& path, DWORD attributes, FileSysFailure& failure) {
-    if (!RemoveOne(path, attributes))
-        failure.note(RemovalFailure(attributes), GetLastError(), FromSystem(path.getString()));
+bool RemoveNoting(const SWCharString& path, DWORD attributes, FileSysFailure& failure) {
+    if (RemoveOne(path, attributes)) return true;
+    const DWORD error = GetLastError();
+    failure.note(RemovalFailure(attributes), error, ShownPath(path));
+    return false;
 }
 
 // All that is below: files on the way down, then the directories from the lowest up.
@@ -33,9 +34,8 @@ void RemoveBelow(const SWCharString& root, FileSysFailure& failure) {
     TreeWalk walk(root);
     for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
         if (step == TreeWalk::Step::Failed) {
-            failure.note(Exception::fsRemoveDirFailed, walk.error(),
-                         FromSystem(walk.directory().getString()));
-        } else if (!IsOwnDirectory(walk.entry().dwFileAttributes)) {
+            failure.note(Exception::fsRemoveDirFailed, walk.error(), ShownPath(walk.directory()));
+        } else if (!IsOwnDirectory(walk.entry())) {
             RemoveNoting(walk.entryPath(), walk.entry().dwFileAttributes, failure);
         }
     }
@@ -45,9 +45,9 @@ void RemoveBelow(const SWCharString& root, FileSysFailure& failure) {
 
 DWORD AttributesToRemove(const SWCharString& path, const SAnsiString& name) {
     WIN32_FILE_ATTRIBUTE_DATA data;
-    if (!osfiles::Attributes(path.getString(), data))
-        ThrowFileSys(Exception::fsRemoveFailed, GetLastError(), name);
-    return data.dwFileAttributes;
+    if (osfiles::Attributes(path.getString(), data)) return data.dwFileAttributes;
+    const DWORD error = GetLastError();
+    ThrowFileSys(Exception::fsRemoveFailed, error, name);
 }
 
 }  // namespace
@@ -55,14 +55,17 @@ DWORD AttributesToRemove(const SWCharString& path, const SAnsiString& name) {
 void SFileSys::remove(const SAnsiString& path) {
     const SWCharString target = LongSystemPath(path);
     const DWORD attributes = AttributesToRemove(target, path);
-    if (!RemoveOne(target, attributes)) ThrowFileSys(RemovalFailure(attributes), GetLastError(), path);
+    if (RemoveOne(target, attributes)) return;
+    const DWORD error = GetLastError();
+    ThrowFileSys(RemovalFailure(attributes), error, path);
 }
 
 void SFileSys::rremove(const SAnsiString& path) {
     const SWCharString target = LongSystemPath(path);
     const DWORD attributes = AttributesToRemove(target, path);
     FileSysFailure failure;
-    if (IsOwnDirectory(attributes)) RemoveBelow(target, failure);
+    const bool isLink = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    if (IsDirectory(attributes) && !isLink) RemoveBelow(target, failure);
     RemoveNoting(target, attributes, failure);
     failure.throwIfHappened();
 }
@@ -84,12 +87,8 @@ void SFileSys::removeContentEx(const SAnsiString& path, const SAnsiString& patte
     while (reader.next()) {
         const WIN32_FIND_DATAW& entry = reader.entry();
         if (IsDirectory(entry.dwFileAttributes) || !names.matches(entry.cFileName)) continue;
-        const SWCharString file = LongForm(JoinSystemPath(directory, entry.cFileName));
-        if (osfiles::Remove(file.getString())) {
-            freed += SizeOf(entry);
-        } else {
-            failure.note(Exception::fsRemoveFailed, GetLastError(), FromSystem(file.getString()));
-        }
+        const SWCharString file = JoinSystemPath(ExactForm(directory), entry.cFileName);
+        if (RemoveNoting(file, entry.dwFileAttributes, failure)) freed += SizeOf(entry);
     }
     if (reader.error() != ERROR_SUCCESS) failure.note(Exception::fsRemoveFailed, reader.error(), path);
     failure.throwIfHappened();

@@ -46,14 +46,6 @@ bool MapOpenFile(HANDLE file, std::uint32_t& bytes, HANDLE& mapping, void*& view
     return view != nullptr;
 }
 
-void WriteWhole(SFile& file, const unsigned char* bytes, std::uint32_t count) {
-    while (count != 0) {
-        const auto done = static_cast<std::uint32_t>(file.write(bytes, count));
-        bytes += done;
-        count -= done;
-    }
-}
-
 // What a failed save has left is neither the old file nor the new one.
 void RemoveTorn(const SAnsiString& path) {
     try {
@@ -75,8 +67,9 @@ bool SSimpleBuffer::SSimpleInternalBuffer::Map(const SAnsiString& file) {
     HANDLE made = nullptr;
     void* view = nullptr;
     if (!MapOpenFile(opened, size, made, view)) {
-        TraceSystemFailure("cannot map", file, GetLastError());
+        const DWORD error = GetLastError();
         osfiles::Close(opened);
+        TraceSystemFailure("cannot map", file, error);
         return false;
     }
     data = static_cast<unsigned char*>(view);
@@ -116,13 +109,11 @@ bool SSimpleBuffer::loadFromFileEx(const SAnsiString& path, bool map, bool seque
 }
 
 bool SSimpleBuffer::mapFrom(const SAnsiString& path) {
-    SSimpleInternalBuffer* const block = allocHeader();
-    if (block->Map(path)) {
-        adopt(block);
-        return true;
-    }
-    Release(block);
-    return false;
+    SSimpleBuffer mapped;
+    mapped.adopt(allocHeader());
+    if (!mapped.buffer_->Map(path)) return false;
+    *this = mapped;
+    return true;
 }
 
 bool SSimpleBuffer::readFrom(const SAnsiString& path, bool sequential, long long startByte,
@@ -147,17 +138,18 @@ bool SSimpleBuffer::readFrom(const SAnsiString& path, bool sequential, long long
     std::uint32_t done = 0;
     for (int count = -1; count != 0 && done < room; done += static_cast<std::uint32_t>(count))
         count = file.read(bytes + done, room - done);
+    if (done == 0) return false;
     loaded.releaseBuffer(done);
     *this = loaded;
-    return done != 0;
+    return true;
 }
 
 bool SSimpleBuffer::saveToFile(const SAnsiString& path, bool truncate) try {
     if (isEmpty()) return false;
     SFile file(path, truncate ? kSaveFromScratch : kSaveOver, SFile::readWriteMask, SFile::denyNothing);
     try {
-        WriteWhole(file, getBufferProtected(), getNBytes());
-    } catch (const SFileException&) {
+        file.writeAll(getBufferProtected(), getNBytes());
+    } catch (...) {
         file.close();
         if (truncate) RemoveTorn(path);
         throw;

@@ -17,7 +17,7 @@ FileProp PropOf(const WIN32_FIND_DATAW& entry) {
     FileProp prop;
     prop.name = FromSystem(entry.cFileName);
     prop.isDirectory = IsDirectory(entry.dwFileAttributes);
-    prop.isLink = (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    prop.isLink = IsLink(entry);
     prop.size = prop.isDirectory ? 0 : SizeOf(entry);
     prop.created = UnixSeconds(entry.ftCreationTime);
     prop.modified = UnixSeconds(entry.ftLastWriteTime);

@@ -1,5 +1,8 @@
 #include "files/systempath.h"
 
+#include <cstring>
+#include <cwchar>
+
 #include "strings/stringbuilder.h"
 #include "system/systemtext.h"
 
@@ -10,6 +13,8 @@ namespace {
 
 constexpr const wchar_t* kLongPrefix = L"\\\\?\\";
 constexpr const wchar_t* kLongNetworkPrefix = L"\\\\?\\UNC";
+constexpr std::size_t kLongUnits = 4;
+constexpr std::size_t kLongNetworkUnits = 7;
 constexpr const wchar_t* kSettingsKey = L"SYSTEM\\CurrentControlSet\\Control\\FileSystem";
 constexpr const wchar_t* kLongPathsValue = L"LongPathsEnabled";
 
@@ -25,12 +30,6 @@ bool ReadLongPathsEnabled() {
     return error == ERROR_SUCCESS && type == REG_DWORD && value != 0;
 }
 
-// The setting is read once: the system, too, looks at it when a process starts.
-bool LongPathsEnabled() {
-    static const bool isEnabled = ReadLongPathsEnabled();
-    return isEnabled;
-}
-
 bool IsNetworkPath(const wchar_t* path) {
     return path[0] == L'\\' && path[1] == L'\\';
 }
@@ -41,6 +40,12 @@ bool IsDevicePath(const wchar_t* path) {
 }
 
 }  // namespace
+
+// The setting is read once: the system, too, looks at it when a process starts.
+bool LongPathsEnabled() {
+    static const bool isEnabled = ReadLongPathsEnabled();
+    return isEnabled;
+}
 
 bool FullSystemPath(const SWCharString& path, SWCharString& full) {
     DWORD units = kShortPathEnd;
@@ -58,17 +63,30 @@ bool FullSystemPath(const SWCharString& path, SWCharString& full) {
 }
 
 SWCharString LongForm(const SWCharString& full, std::uint32_t shortEnd) {
+    return full.getLength() < shortEnd ? full : ExactForm(full);
+}
+
+SWCharString ExactForm(const SWCharString& full) {
     const wchar_t* const path = full.getString();
-    if (full.getLength() < shortEnd || IsDevicePath(path) || LongPathsEnabled()) return full;
+    if (full.isEmpty() || IsDevicePath(path)) return full;
     SWCharString longForm(IsNetworkPath(path) ? kLongNetworkPrefix : kLongPrefix);
     longForm.concat(IsNetworkPath(path) ? path + 1 : path);
     return longForm;
 }
 
 SWCharString LongSystemPath(const SAnsiString& path, std::uint32_t shortEnd) {
+    constexpr const wchar_t* kNoPath = L"?";
+    if (std::strlen(path.getString()) != path.getLength()) return kNoPath;
     const SWCharString asGiven = ToSystem(path);
     SWCharString full;
     return FullSystemPath(asGiven, full) ? LongForm(full, shortEnd) : asGiven;
+}
+
+SAnsiString ShownPath(const SWCharString& path) {
+    const wchar_t* const text = path.getString();
+    if (std::wcsncmp(text, kLongNetworkPrefix, kLongNetworkUnits) == 0)
+        return "\\" + FromSystem(text + kLongNetworkUnits);
+    return FromSystem(std::wcsncmp(text, kLongPrefix, kLongUnits) == 0 ? text + kLongUnits : text);
 }
 
 SWCharString JoinSystemPath(const SWCharString& directory, const wchar_t* name) {

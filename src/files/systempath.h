@@ -15,15 +15,26 @@ constexpr std::uint32_t kShortDirectoryEnd = 247;
 /// set, when there is none.
 bool FullSystemPath(const SWCharString& path, SWCharString& full);
 
-/// An absolute path behind "\\?\" (or "\\?\UNC\") when it has "shortEnd" characters or more, unless this
-/// machine takes long paths as they are. Device paths, and paths in the long form, stay as they are.
+/// An absolute path behind "\\?\" (or "\\?\UNC\") when it has "shortEnd" characters or more. Device paths,
+/// and paths in the long form, stay as they are.
 SWCharString LongForm(const SWCharString& full, std::uint32_t shortEnd = kShortPathEnd);
 
+/// True when the machine's setting for long paths is on. The system asks for more than that before it takes
+/// them as they are, so system calls do not count on it.
+bool LongPathsEnabled();
+
 /// What system calls get for a path in the code page. A text that has no absolute path goes as it is, so that
-/// the system says what is wrong with it.
+/// the system says what is wrong with it; one with a zero byte inside is no path at all.
 SWCharString LongSystemPath(const SAnsiString& path, std::uint32_t shortEnd = kShortPathEnd);
 
 /// A directory and a name in it, both as the system has them.
 SWCharString JoinSystemPath(const SWCharString& directory, const wchar_t* name);
+
+/// An absolute path behind "\\?\" whatever its length, so that what a listing gave is taken as it is: "a." is
+/// not "a" then, and "aux.c" no device.
+SWCharString ExactForm(const SWCharString& full);
+
+/// A path as people write it, in the code page.
+SAnsiString ShownPath(const SWCharString& path);
 
 }  // namespace TarnLibA500

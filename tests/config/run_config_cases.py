@@ -73,7 +73,9 @@ def check(reader, path, text):
     keys = 0
     for name in list({name for name, _ in sections if name.strip(SPACE) == name})[:MOST_SECTIONS]:
         named = [values for other, values in sections if other == name]
-        wanted = [f"{key}={named[-1].get(key, '')}" for values in named for key in sorted(values)]
+        # Keys are listed section by section; a look-up sees the last one only.
+        keys_listed = dict.fromkeys(key for values in named for key in sorted(values))
+        wanted = [f"{key}={named[-1][key]}" for key in keys_listed if key in named[-1]]
         if reader.lines(path, "-section", name) != wanted:
             sys.exit(f"{path}: [{name}] should be {wanted}")
         keys += len(wanted)

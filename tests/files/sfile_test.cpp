@@ -145,6 +145,8 @@ TEST_F(Files, BytesPositionsAndSizes) {
     file.open(SFile::readOnly, kRights, kShared);
     file.flush();  // nothing to do; the system would refuse it
     EXPECT_EQ(Failure([&] { file.write("x", 1); }), "2 0 5");
+    SFile empty(Text(write("empty", "")), SFile::writeOnly, kRights, kShared);
+    EXPECT_EQ(empty.readLine() + empty.readString(), "");  // nothing to read that could be refused
     SFile none(Text(folder / "bytes"), 3, kRights, kShared);
     EXPECT_EQ(none.sizeEx(), 10);
     EXPECT_EQ(Failure([&] { none.read(bytes, 1); }), "1 0 5");
@@ -187,7 +189,12 @@ TEST_F(Files, TemporaryFilesGoWithTheirObject) {
     const SFile other(Text(file), SFile::readOnly, kRights, kShared);
     EXPECT_EQ(Failure([&] { temporary.close(); }), "7 5 0");
     EXPECT_EQ(Failure([&] { temporary.close(); }), "");
-    temporary.open(mode, kRights, kShared);  // the destructor must not throw what it meets
+    temporary.open(mode, kRights, kShared);
+    const SAnsiString next = Text(folder / "next");
+    EXPECT_EQ(Failure([&] { temporary.open(next, mode, kRights, kShared); }), "7 5 0");
+    temporary.open(SFile::writeOnly | SFile::create, kRights, kShared);  // the new name is there all the same
+    EXPECT_TRUE(fs::exists(folder / "next"));
+    temporary.open(Text(file), mode, kRights, kShared);  // the destructor must not throw what it meets
 }
 
 TEST_F(SFileText, LinesAsCallersSeeThem) {

@@ -141,8 +141,11 @@ TEST_F(FileSys, DirectoriesAreMadeAndListed) {
     ASSERT_EQ(entries.GetSize(), 1U);
     EXPECT_EQ(entries[0].size, 3U);
     EXPECT_FALSE(entries[0].isDirectory);
+    const SDateTime when(2001, 2, 3, 4, 5, 6, 789, STimeZone::TZ_UTC());
+    SFileSys::setLastModifiedTime(path("one/file2.txt"), when);
+    SFileSys::listing(path("one"), "file2.txt", entries);
     const SDateTime modified(entries[0].modified, STimeZone::TZ_UTC());
-    EXPECT_LE((SFileSys::getLastModifiedTime(path("one/file2.txt")) - modified).GetTotalMilliseconds(), 999);
+    EXPECT_EQ((when - modified).GetTotalMilliseconds(), 789);
     EXPECT_EQ(Failure([&] { SFileSys::listing(path("none"), "*", entries); }), "6 1");
     EXPECT_EQ(Failure([&] { SFileSys::countAll(path("one/file")); }), "7 8");  // no directory
     SSFileSearch search;
@@ -185,6 +188,7 @@ TEST_F(FileSys, CopiesAreWholeOrNotThere) {
     EXPECT_EQ(ReadBytes(folder / "old"), "old");
     SFileSys::copyFile(path("from"), path("old"), true);
     SFileSys::copyFile(path("old"), path("old"), true);
+    SFileSys::copyFile(path("old"), "NUL", true);
     EXPECT_EQ(ReadBytes(folder / "old"), "new bytes");
     EXPECT_EQ(Failure([&] { SFileSys::copyFile(path("none"), path("to"), true); }), "5 1");
     EXPECT_EQ(Failure([&] { SFileSys::copyFile(path("from"), path("none/to"), true); }), "5 1");
@@ -224,6 +228,47 @@ TEST_F(FileSys, RemovingGoesOnAfterAFailure) {
     EXPECT_EQ(SFileSys::rsize(path("c")), 1U);
     EXPECT_EQ(Failure([&] { SFileSys::removeContent(path("none"), "*", freed); }), "4 1");
     EXPECT_EQ(freed, 0U);
+}
+
+// Names that only "\\\\?\\" can spell. What a listing gave must not be read as another name.
+TEST_F(FileSys, NamesThatWouldMeanAnotherAreThemselves) {
+    const std::wstring exact = L"\\\\?\\" + folder.wstring() + L"\\odd";
+    CreateDirectoryW(exact.c_str(), nullptr);
+    for (const wchar_t* name : {L"x", L"x.", L"y ", L"aux.c", L"sub. "}) {
+        const std::wstring path = exact + L"\\" + name;
+        if (path.back() == L' ' && path.find(L"sub") != path.npos) {
+            CreateDirectoryW(path.c_str(), nullptr);
+            continue;
+        }
+        CloseHandle(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+    }
+    std::uint32_t freed = 0;
+    SFileSys::removeContent(path("odd"), "x?", freed);
+    EXPECT_TRUE(SFileSys::isFile(path("odd/x")));
+    EXPECT_EQ(SFileSys::countAll(path("odd")), 4U);
+    SFileSys::rremove(path("odd"));
+    EXPECT_FALSE(SFileSys::exists(path("odd")));
+}
+
+TEST_F(FileSys, WhatIsNoPathIsNotTheCurrentDirectory) {
+    const SAnsiString before = SFileSys::getCurrentDirectory();
+    write("kept", "1");
+    SFileSys::setCurrentDirectory(Text(folder));
+    std::uint32_t freed = 0;
+    SIArray<SAnsiString> names;
+    EXPECT_EQ(Failure([] { SFileSys::rremoveContent(""); }), "8 1");
+    EXPECT_EQ(Failure([&] { SFileSys::removeContent("", "*", freed); }), "4 1");
+    EXPECT_EQ(Failure([&] { SFileSys::listDirectory("", names); }), "6 1");
+    EXPECT_EQ(Failure([] { SFileSys::rsize(""); }).substr(0, 2), "10");
+    EXPECT_EQ(Failure([] { SFileSys::remove(SAnsiString("kept\0.bak", 9)); }).substr(0, 1), "4");
+    const int temporary = SFile::writeOnly | SFile::create | SFile::temporary;
+    SFile file("t.tmp", temporary, 0, SFile::denyNothing);
+    write("other/t.tmp", "not this one");
+    SFileSys::setCurrentDirectory("other");
+    file.close();
+    SFileSys::setCurrentDirectory(before);
+    EXPECT_TRUE(SFileSys::exists(path("kept")) && SFileSys::exists(path("other/t.tmp")));
+    EXPECT_FALSE(SFileSys::exists(path("t.tmp")));
 }
 
 TEST_F(FileSys, RightsAndTimes) {
@@ -305,6 +350,10 @@ TEST_F(Cp932FileSys, NamesOfTheCodePage) {
     EXPECT_EQ(entries[0].name, "\x94\x5C.txt");
     SFileSys::rremove(directory);
     EXPECT_FALSE(SFileSys::exists(directory));
+    write("a.txt", "");
+    std::uint32_t freed = 0;
+    SFileSys::removeContent(Text(folder), "\x81.txt", freed);  // no character, and no wildcard
+    EXPECT_TRUE(fs::exists(folder / "a.txt"));
 }
 
 TEST(SFileSysException, TextsOfEveryCode) {

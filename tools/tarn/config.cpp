@@ -4,6 +4,8 @@
 #include "system.h"
 #include "tarnlib/configfilereader.h"
 
+#include <set>
+
 namespace tarn {
 namespace {
 
@@ -48,8 +50,13 @@ ExitStatus PrintSection(const ConfigFileReader& reader, const Options& options) 
     const SAnsiString section = CodePageText(options.value("section"), "-section");
     SIArray<SAnsiString> keys;
     if (!reader.enumerateSection(section, keys)) return kNo;
-    for (const SAnsiString& key : keys)
-        Print(Utf8Text(key) + "=" + Utf8Text(reader.getValue(section, key, "")) + "\n");
+    std::set<SAnsiString> shown;
+    for (const SAnsiString& key : keys) {
+        SAnsiString value;
+        // Sections of one name have keys that a look-up does not see.
+        if (!shown.insert(key).second || Find(reader, section, key, value) == nullptr) continue;
+        Print(Utf8Text(key) + "=" + Utf8Text(value) + "\n");
+    }
     return kYes;
 }
 
@@ -61,6 +68,7 @@ ExitStatus ShowConfig(const Words& arguments) {
                                       {"default", Kind::Value},
                                       {"native", Kind::Switch},
                                       {"xml", Kind::Switch}});
+    if (options.has("native") && options.has("xml")) throw Failure("an XML document names its own encoding");
     if (options.has("key") && !options.has("section")) throw Failure("-key needs -section");
     ConfigFileReader reader;
     Load(reader, options);

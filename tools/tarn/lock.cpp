@@ -61,7 +61,7 @@ unsigned long RunCommand(const std::string& command) {
 unsigned long RunUnder(SFileLock& lock, const std::string& command) {
     try {
         return RunCommand(command);
-    } catch (const Failure&) {
+    } catch (...) {
         lock.unlock();
         throw;
     }

@@ -101,9 +101,7 @@ std::string ReadFile(const std::string& name) try {
 void WriteFile(const std::string& name, const std::string& bytes) try {
     const TemporaryFile temporary;
     SFile file(temporary.name, SFile::writeOnly, SFile::readWriteMask, SFile::denyNothing);
-    for (std::size_t done = 0; done < bytes.size();)
-        done += static_cast<std::size_t>(
-            file.write(bytes.data() + done, static_cast<std::uint32_t>(bytes.size() - done)));
+    file.writeAll(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
     file.close();
     SFileSys::copyFile(temporary.name, FileName(name), true);
 } catch (const SFileException& failure) {

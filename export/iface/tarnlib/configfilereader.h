@@ -82,7 +82,7 @@ class TARN_API ConfigFileReader {
     bool initialize(const SAnsiString& path, FileEncoding encoding);
     /// Loads a landscape file, XML 1.0 or 1.1: a section for each service of type "mirelms", named by its
     /// "name". docs/configuration.md lists elements and keys. False, with the place in the trace, for
-    /// everything that is not such a document; then the reader has no sections. A document type declaration
+    /// everything that is not such a document; then the reader is as it was. A document type declaration
     /// is refused, and nothing but the file itself is read. Limits: 8 MiB, 64 levels, 1,000,000 elements and
     /// attributes.
     bool initializeFromXML(const SAnsiString& path);

@@ -37,7 +37,7 @@ class TARN_API SFile {
     static constexpr int append = 8;         ///< starts at the end of the file
     static constexpr int random = 0x10;      ///< hint: read here and there
     static constexpr int sequential = 0x20;  ///< hint: read from front to back; goes before random
-    static constexpr int temporary = 0x40;   ///< close deletes the file
+    static constexpr int temporary = 0x40;   ///< close deletes the file that was opened
     static constexpr int noInherit =
         0x80;                             ///< child processes do not inherit the handle, as they do otherwise
     static constexpr int create = 0x100;  ///< makes a missing file
@@ -115,12 +115,15 @@ class TARN_API SFile {
     int read(void* buffer, std::uint32_t count);
     /// Writes bytes at the position; returns how many the system took.
     int write(const void* buffer, std::uint32_t count);
+    /// Writes all of the bytes, in as many calls as the system wants.
+    void writeAll(const void* buffer, std::uint32_t count);
     /// Hands what the system holds back to the disk. Does nothing for a file opened only for reading.
     void flush();
 
     // --- position and size, in bytes ---
     /// Moves by an offset from the origin (1 the position, 2 the end, all others the beginning); returns the
-    /// new position. Beyond 4 GiB seek and size raise seekError: use the other two there.
+    /// new position. Beyond 4 GiB seek and size raise seekError (seek has moved then): use the other two
+    /// there.
     int seek(int origin, int offset);
     long long seekEx(int origin, long long offset);
     /// The size of the file; the position stays.
@@ -163,13 +166,13 @@ class TARN_API SFile {
     std::uint32_t readBlock(void* bytes, std::uint32_t count);
     bool readMore(int& emptyReads);
     std::uint32_t remainingBytes();
-    void writeAll(const void* bytes, std::uint32_t count);
 
     SAnsiString name_;
     int mode_;
     void* handle_;
     bool isOpen_;
     SReadAhead* ahead_;
+    SAnsiString temporaryPath_;  ///< absolute: the current directory may change until close
 };
 
 }  // namespace TarnLibA500

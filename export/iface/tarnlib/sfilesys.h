@@ -14,7 +14,8 @@
 /// the tests do not fail, they say no. Paths are in the process's code page, relative or absolute, and may be
 /// longer than 260 characters. As everywhere on this system, blanks and full stops at the end of a name are
 /// dropped and "nul.txt" is a device, unless the path begins with "\\?\". Links to directories are removed
-/// and counted, never entered.
+/// and counted, never entered, unless one is what the operation was given. getFullPath, toLongPath and
+/// getCurrentDirectory write "?" for characters that the code page does not have.
 ///
 ///     if (!SFileSys::isDir("C:\\data\\in")) SFileSys::makeDirectories("C:\\data\\in",
 ///     SFile::defaultPermissions); SIArray<FileProp> reports; SFileSys::listing("C:\\data\\in", "*.txt",
@@ -67,8 +68,9 @@ class TARN_API SFileSys {
 
     // --- copying, renaming, removing ---
     /// Copies one file with its time and attributes. The new file appears under its name when it is whole;
-    /// until then, and when something fails, what was there before stays. Without "overwrite" an existing one
-    /// is a failure.
+    /// until then, and when something fails, what was there before stays. It is a new file: rights and links
+    /// of the one it replaces are not taken over, and one that somebody has open cannot be replaced. Without
+    /// "overwrite" an existing one is a failure.
     static void copyFile(const SAnsiString& from, const SAnsiString& to, bool overwrite);
     /// Renames or moves a file, or within one volume a directory. An existing one is not replaced.
     static void renameFile(const SAnsiString& from, const SAnsiString& to);
@@ -116,7 +118,8 @@ class TARN_API SFileSys {
     static void setLastModifiedTime(const SAnsiString& path, const SDateTime& time);
     /// Sets the read-only attribute, or clears it when the mode has the owner's right to write (0200).
     static void giveAccess(const SAnsiString& path, int mode);
-    /// Clears the read-only attribute, also of all that is in a directory and below.
+    /// Clears the read-only attribute, also of all that is in a directory and below; ends at the first
+    /// failure.
     static void giveAllAccess(const SAnsiString& path, bool recursive);
     /// Nothing: files have no such owner here.
     static void setFileOwner(const SAnsiString& path, const SAnsiString& owner) noexcept;

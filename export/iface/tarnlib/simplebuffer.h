@@ -134,8 +134,8 @@ class TARN_API SSimpleBuffer {
     bool loadFromFileEx(const SAnsiString& path, bool map, bool sequential, long long startByte,
                         std::uint32_t bytesToRead);
     /// Writes the bytes into a file, which is made when it does not exist. Without truncate an old file that
-    /// is longer keeps its tail; with it, a file that could not be written to its end is removed. An empty
-    /// buffer writes no file, and false is the result.
+    /// is longer keeps its tail; with it, a file that could not be written to its end is removed: the old
+    /// bytes are gone then. An empty buffer writes no file, and false is the result.
     bool saveToFile(const SAnsiString& path, bool truncate = true);
 
     // --- memory of data blocks ---
