@@ -87,7 +87,7 @@ TEST_F(FileFaults, WhicheverCallOfAFileFailsIsReported) {
                            write.close();
                        },
                        {"F05", "F25", "F35", "F45"}),
-              6U);
+              4U);
     const int temporary = SFile::writeOnly | SFile::create | SFile::temporary;
     EXPECT_EQ(failEach(Nothing, [&] { SFile(file, temporary, 0, kShared).close(); }, {"F05", "F75"}), 3U);
 }

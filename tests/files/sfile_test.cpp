@@ -312,23 +312,11 @@ TEST_F(Cp932SFile, NamesWithATrailByteThatLooksLikeASeparator) {
 TEST(SFileException, TextsAndMappings) {
     using Exception = SFileException;
     const SAnsiString name("N%2");
-    const struct {
-        int code;
-        const char* text;
-    } texts[] = {
-        {0, "Failed to open the file N%2.  Reason: why"},
-        {1, "Fail to read file N%2.  Reason given: why"},
-        {2, "Fail to write file N%2.  Reason given: why"},
-        {3, "Fail to flush file N%2.  Reason given: why.  File may not be completely written to disk."},
-        {4, "Unknown error (exception).  "},
-        {5, "Unknown error (exception).  "},
-        {6, "Unknown error (exception).  "},
-        {7, "Unknown error (exception).  "}};
-    for (const auto& c : texts) {
-        const Exception e(static_cast<Exception::ErrorCodes>(c.code), 9, name, Exception::notFound, "why",
-                          "more");
-        EXPECT_EQ(e.toString(), c.text);
-        EXPECT_EQ(e.summary(), SAnsiString(c.text) + ":more");
+    for (const auto& c : tarntest::ReadCases("file_failures.txt")) {
+        const auto stage = static_cast<Exception::ErrorCodes>(std::stoi(c[0]));
+        const Exception e(stage, 9, name, Exception::notFound, "why", "more");
+        EXPECT_EQ(Bytes(e.toString()), c[1]);
+        EXPECT_EQ(Bytes(e.summary()), c[1] + ":more");
     }
     for (const auto& [code, detail] : {std::pair(5, 0),
                                        {19, 0},

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "support/assert_recorder.h"
+#include "support/case_file.h"
 #include "support/file_bytes.h"
 #include "support/locale_scope.h"
 #include "support/print_strings.h"
@@ -357,39 +358,10 @@ TEST_F(Cp932FileSys, NamesOfTheCodePage) {
 }
 
 TEST(SFileSysException, TextsOfEveryCode) {
-    const std::string refused =
-        "Failed to remove the file P1 in a file system operation. Please check access rights or for a "
-        "sharing "
-        "violation.  Reason: why";
-    const std::pair<int, std::string> texts[] = {
-        {0, "System is out of memory."},
-        {1, "Fail to create directory structure in file system operation on file P1.  Reason given: why"},
-        {2, "File not found"},
-        {3,
-         "Fail to get file attributes from operating system in file system operation on file P1.  Reason "
-         "given: why"},
-        {4, refused},
-        {5,
-         "Failed to copy the file P1 to P2 in file system operation. Please check access rights. Reason "
-         "given: why"},
-        {6, "The file P1 does not exist.  File system operation failed. Reason give: why"},
-        {7,
-         "Fail to get status of file from operating system in file system operation on file P1.  Reason "
-         "given: why"},
-        {8, refused},
-        {9, "Fail to set file attributes in file system operation on file P1.  Reason given: why"},
-        {10, "Failed to determine the size of the file P1 in file system operation. Reason: why"},
-        {11, "Failed to generate a unique filename in dir P1. Reason: why"},
-        {12, "Failed to retrieve disk statistics from P1. Reason: why"},
-        {13, "Failed to rename P1 to P2. Reason: why"},
-        {14, "Unknown error in file system operation on file P1. Reason: why"},
-        {15, "Failed to set current directory to P1.  Reason: why"},
-        {16, "Failed to change ownership to P1.  Reason: why"},
-        {17, "Unknown error in file system operation on file P1. Reason: why"}};
-    for (const auto& [code, text] : texts) {
-        const SFileSysException e(static_cast<SFileSysException::ErrorCodes>(code),
-                                  SFileSysException::reasonOther, "why", "P1", "P2", "extra");
-        EXPECT_EQ(Bytes(e.toString()), text);
-        EXPECT_EQ(Bytes(e.summary()), text + ":extra");
+    for (const auto& c : tarntest::ReadCases("filesys_failures.txt")) {
+        const auto code = static_cast<SFileSysException::ErrorCodes>(std::stoi(c[0]));
+        const SFileSysException e(code, SFileSysException::reasonOther, "why", "P1", "P2", "extra");
+        EXPECT_EQ(Bytes(e.toString()), c[1]);
+        EXPECT_EQ(Bytes(e.summary()), c[1] + ":extra");
     }
 }
