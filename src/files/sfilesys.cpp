@@ -150,7 +150,7 @@ std::uint32_t Size32(unsigned long long bytes, const SAnsiString& path) {
 
 }  // namespace
 
-// ------------------------------------------------------------------------------------------------ tests
+// ------------------------------------------------------------------------------------------ tests
 
 bool SFileSys::exists(const SAnsiString& path) {
     WIN32_FILE_ATTRIBUTE_DATA data;
@@ -194,7 +194,7 @@ bool SFileSys::HasOwnerWritePermission(const SAnsiString& path) {
     return hasOwnerPermissionHelper(path, SFile::ownerWMask);
 }
 
-// ------------------------------------------------------------------------------------------------ paths
+// ------------------------------------------------------------------------------------------ paths
 
 SAnsiString SFileSys::getFullPath(const SAnsiString& path) {
     return FromSystem(FullPathOf(path).getString());
@@ -216,8 +216,7 @@ void SFileSys::setCurrentDirectory(const SAnsiString& path) {
     ThrowFileSys(Exception::fsSetCurrentDirFailed, error, path);
 }
 
-// ------------------------------------------------------------------------------------------------
-// directories
+// ------------------------------------------------------------------------------------------ directories
 
 void SFileSys::makeDirectory(const SAnsiString& path, int /*permissions*/) {
     const SWCharString target = LongSystemPath(path, kShortDirectoryEnd);
@@ -270,7 +269,7 @@ unsigned SFileSys::countAll(const SAnsiString& path) {
     return CountEntries(path, true);
 }
 
-// ------------------------------------------------------------------------------------------------ sizes
+// ------------------------------------------------------------------------------------------ sizes
 
 unsigned long long SFileSys::sizeEx(const SAnsiString& path) {
     const WIN32_FILE_ATTRIBUTE_DATA data = AttributesOf(path, Exception::fsSizeFailed);
@@ -315,8 +314,7 @@ void SFileSys::diskUsageInfo(const SAnsiString& path, unsigned long long& total,
     available = mine.QuadPart;
 }
 
-// ------------------------------------------------------------------------------------------------ times,
-// rights
+// ---------------------------------------------------------------------------------------- times and rights
 
 SDateTime SFileSys::getLastModifiedTime(const SAnsiString& path) {
     return DateTimeOf(AttributesOf(path, Exception::fsStatFailed).ftLastWriteTime);

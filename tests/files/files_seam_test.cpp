@@ -3,6 +3,7 @@
 #include "files/filesysfailure.h"
 #include "files/osfiles.h"
 #include "support/alloc_hooks.h"
+#include "support/case_file.h"
 #include "support/file_bytes.h"
 #include "support/print_strings.h"
 #include "tarnlib/sfile.h"
@@ -218,23 +219,11 @@ TEST_F(FileFaults, UniqueNamesEndSomewhere) {
 }
 
 TEST(FileSysFailure, ReasonsOfEveryError) {
-    for (const auto& [error, reason] : {std::pair(1816, 0),
-                                        {2, 1},
-                                        {3, 1},
-                                        {15, 1},
-                                        {18, 1},
-                                        {53, 1},
-                                        {67, 1},
-                                        {161, 1},
-                                        {206, 1},
-                                        {5, 4},
-                                        {32, 4},
-                                        {112, 6},
-                                        {183, 8},
-                                        {80, 8},
-                                        {8, 8},
-                                        {0, 8}})
-        EXPECT_EQ(FileSysFailure::reasonOf(static_cast<DWORD>(error)), reason) << error;
+    for (const auto& c : tarntest::ReadCases("file_errors.txt")) {
+        const auto error = static_cast<DWORD>(std::stoul(c[0]));
+        EXPECT_EQ(SFileException::MapSystemError(error), std::stoi(c[1])) << error;
+        EXPECT_EQ(FileSysFailure::reasonOf(error), std::stoi(c[2])) << error;
+    }
     for (const auto& [error, reason] :
          {std::pair(12, 0), {2, 1}, {22, 2}, {38, 2}, {1, 4}, {13, 4}, {28, 6}, {17, 7}, {41, 8}})
         EXPECT_EQ(FileSysFailure::reasonOfErrno(error), reason) << error;

@@ -318,20 +318,6 @@ TEST(SFileException, TextsAndMappings) {
         EXPECT_EQ(Bytes(e.toString()), c[1]);
         EXPECT_EQ(Bytes(e.summary()), c[1] + ":more");
     }
-    for (const auto& [code, detail] : {std::pair(5, 0),
-                                       {19, 0},
-                                       {65, 0},
-                                       {2, 1},
-                                       {3, 1},
-                                       {15, 1},
-                                       {53, 1},
-                                       {8, 3},
-                                       {14, 3},
-                                       {50, 4},
-                                       {32, 5},
-                                       {112, 5},
-                                       {0, 5}})
-        EXPECT_EQ(Exception::MapSystemError(static_cast<unsigned long>(code)), detail) << code;
     for (const auto& [error, detail] : {std::pair(13, 0), {2, 1}, {12, 3}, {22, 5}})
         EXPECT_EQ(Exception::MapErrno(error), detail) << error;
     EXPECT_EQ(Exception::GetSystemMessage(0x20001234), "system error");

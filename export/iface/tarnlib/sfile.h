@@ -38,19 +38,17 @@ class TARN_API SFile {
     static constexpr int random = 0x10;      ///< hint: read here and there
     static constexpr int sequential = 0x20;  ///< hint: read from front to back; goes before random
     static constexpr int temporary = 0x40;   ///< close deletes the file that was opened
-    static constexpr int noInherit =
-        0x80;                             ///< child processes do not inherit the handle, as they do otherwise
-    static constexpr int create = 0x100;  ///< makes a missing file
+    static constexpr int noInherit = 0x80;   ///< child processes do not get the handle, as they do otherwise
+    static constexpr int create = 0x100;     ///< makes a missing file
     static constexpr int truncate = 0x200;   ///< makes a missing file and empties one that exists
     static constexpr int exclusive = 0x400;  ///< makes the file and fails when it exists; not so with create
 
-    // --- share: what others may do meanwhile. Any of the first three deliberately means nothing at all;
-    // nobody
-    //     may ever delete or rename the open file ---
+    // --- share: what others may do meanwhile; nobody may ever delete or rename the open file ---
+    static constexpr int denyNothing = 64;
+    // Each of these deliberately means nothing at all.
     static constexpr int denyReadAndWrite = 16;
     static constexpr int denyWrite = 32;
     static constexpr int denyRead = 48;
-    static constexpr int denyNothing = 64;
 
     // --- permissions: kept for callers that also run where they count; ignored here ---
     static constexpr int ownerRWXMask = 0700;

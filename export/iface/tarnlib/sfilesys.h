@@ -17,12 +17,14 @@
 /// and counted, never entered, unless one is what the operation was given. getFullPath, toLongPath and
 /// getCurrentDirectory write "?" for characters that the code page does not have.
 ///
-///     if (!SFileSys::isDir("C:\\data\\in")) SFileSys::makeDirectories("C:\\data\\in",
-///     SFile::defaultPermissions); SIArray<FileProp> reports; SFileSys::listing("C:\\data\\in", "*.txt",
-///     reports); for (const FileProp& report : reports) Print(report.name, report.size); SAnsiString work =
-///     SFileSys::getTempFilename("import-");       // exists, empty, ours
-///     SFileSys::copyFile("C:\\data\\in\\a.txt", work, true);
-///     SFileSys::rremove("C:\\data\\in");
+///     const SAnsiString inbox("C:\\data\\in");
+///     SFileSys::makeDirectories(inbox, SFile::defaultPermissions);   // where it is missing
+///     SIArray<FileProp> reports;
+///     SFileSys::listing(inbox, "*.txt", reports);
+///     for (const FileProp& report : reports) Print(report.name, report.size);
+///     SAnsiString work = SFileSys::getTempFilename("import-");       // exists, empty, ours
+///     SFileSys::copyFile(MakePath(inbox, "a.txt"), work, true);
+///     SFileSys::rremove(inbox);
 namespace TarnLibA500 {
 
 class TARN_API SFileSys {
