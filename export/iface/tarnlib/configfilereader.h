@@ -82,9 +82,9 @@ class TARN_API ConfigFileReader {
     bool initialize(const SAnsiString& path, FileEncoding encoding);
     /// Loads a landscape file, XML 1.0 or 1.1: a section for each service of type "mirelms", named by its
     /// "name". docs/configuration.md lists elements and keys. False, with the place in the trace, for
-    /// everything that is not such a document; then the reader is as it was. A document type declaration
-    /// is refused, and nothing but the file itself is read. Limits: 8 MiB, 64 levels, 1,000,000 elements and
-    /// attributes.
+    /// everything that is not such a document; then the reader is as it was. A document type declaration is
+    /// refused, and nothing but the file itself is read. Limits: 8 MiB, 64 levels, 1,000,000 elements and
+    /// attributes, 1,000 different names of elements, 64 KiB for one tag.
     bool initializeFromXML(const SAnsiString& path);
 
     /// The value of a key in the last section of that name, or the default where that section lacks it. White
