@@ -44,6 +44,8 @@ inline void Sleep(DWORD milliseconds) {
 }
 #endif
 
+constexpr DWORD kEveryShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
 inline HANDLE Open(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
                    DWORD disposition, DWORD flags) {
     if (MustFail()) return INVALID_HANDLE_VALUE;

@@ -12,7 +12,6 @@
 namespace TarnLibA500 {
 namespace {
 
-constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr DWORD kWatched = FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_DIR_NAME |
                            FILE_NOTIFY_CHANGE_ATTRIBUTES | FILE_NOTIFY_CHANGE_SIZE |
                            FILE_NOTIFY_CHANGE_LAST_WRITE | FILE_NOTIFY_CHANGE_CREATION;
@@ -95,8 +94,8 @@ struct SDirectoryChangeWatcher::Watch {
     bool open() {
         request.hEvent = osfiles::NewEvent();
         if (request.hEvent == nullptr) return false;
-        handle = osfiles::Open(path.getString(), FILE_LIST_DIRECTORY, kShareAll, nullptr, OPEN_EXISTING,
-                               FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OVERLAPPED);
+        handle = osfiles::Open(path.getString(), FILE_LIST_DIRECTORY, osfiles::kEveryShare, nullptr,
+                               OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OVERLAPPED);
         return handle != INVALID_HANDLE_VALUE && ask();
     }
 

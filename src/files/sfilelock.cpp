@@ -14,7 +14,6 @@ namespace {
 constexpr const char* kUnit = "sfilelock";
 constexpr int kTraceLevel = 2;
 constexpr DWORD kRoundMilliseconds = 100;
-constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 using CreationTime = unsigned long long;  // 0: of no file
 
@@ -42,8 +41,8 @@ bool ReadCreationTime(const wchar_t* path, CreationTime& created) {
 /// Creates the file unless it exists. The time is left alone when it cannot be read: that is no reason to
 /// have no lock.
 bool CreateLockFile(const wchar_t* path, CreationTime& created) {
-    const HANDLE file = osfiles::Open(path, GENERIC_READ | GENERIC_WRITE, kShareAll, nullptr, CREATE_NEW,
-                                      FILE_ATTRIBUTE_NORMAL);
+    const HANDLE file = osfiles::Open(path, GENERIC_READ | GENERIC_WRITE, osfiles::kEveryShare, nullptr,
+                                      CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
     if (file == INVALID_HANDLE_VALUE) return false;
     FILETIME time;
     if (osfiles::CreationTime(file, time)) created = ToNumber(time);
@@ -55,7 +54,7 @@ bool CreateLockFile(const wchar_t* path, CreationTime& created) {
 /// waiters may find the same file stale, and the slower one would delete the lock of the faster one.
 Deletion DeleteLockFile(const wchar_t* path, CreationTime seen) {
     const HANDLE file =
-        osfiles::Open(path, DELETE | FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING, 0);
+        osfiles::Open(path, DELETE | FILE_READ_ATTRIBUTES, osfiles::kEveryShare, nullptr, OPEN_EXISTING, 0);
     if (file == INVALID_HANDLE_VALUE) return IsAbsence(GetLastError()) ? Deletion::Gone : Deletion::Refused;
     FILETIME time;
     Deletion deletion = Deletion::Refused;

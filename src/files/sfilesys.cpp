@@ -321,14 +321,13 @@ SDateTime SFileSys::getLastModifiedTime(const SAnsiString& path) {
 }
 
 void SFileSys::setLastModifiedTime(const SAnsiString& path, const SDateTime& time) {
-    constexpr DWORD kEveryShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     FILETIME written;
     if (!FileTimeOf(time, written))
         ThrowFileSys(Exception::fsSetAttributesFailed, ERROR_INVALID_PARAMETER, path);
     // The flag makes directories open, too.
     const SWCharString target = LongSystemPath(path);
-    const HANDLE file = osfiles::Open(target.getString(), FILE_WRITE_ATTRIBUTES, kEveryShare, nullptr,
-                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    const HANDLE file = osfiles::Open(target.getString(), FILE_WRITE_ATTRIBUTES, osfiles::kEveryShare,
+                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
     const bool isSet = file != INVALID_HANDLE_VALUE && osfiles::SetWriteTime(file, written);
     const DWORD error = GetLastError();
     if (file != INVALID_HANDLE_VALUE) osfiles::Close(file);

@@ -10,7 +10,6 @@
 #include "tarnlib/sfilesys.h"
 #include "tarnlib/sstringconv.h"
 
-#include <atomic>
 #include <new>
 
 // Names for files that nobody has yet.
@@ -87,19 +86,7 @@ bool IsTaken(const SWCharString& path, DWORD error) {
     return error == ERROR_ACCESS_DENIED && osfiles::Attributes(path.getString(), data);
 }
 
-std::uint32_t FirstUniqueNumber() noexcept {
-    LARGE_INTEGER counter;
-    QueryPerformanceCounter(&counter);
-    return counter.LowPart ^ GetCurrentProcessId() << 16 ^ GetTickCount();
-}
-
 }  // namespace
-
-std::uint32_t NextUniqueNumber() noexcept {
-    constexpr std::uint32_t kOddStep = 0x9E3779B1;  // far from one to the next, and through all numbers
-    static std::atomic<std::uint32_t> last{FirstUniqueNumber()};
-    return last.fetch_add(kOddStep, std::memory_order_relaxed);
-}
 
 bool SFileSys::checkAndRemoveReservedDeviceName(SAnsiString& name) {
     if (!BeginsWithDevice(name)) return false;

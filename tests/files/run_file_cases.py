@@ -43,7 +43,12 @@ def programs(tool, folder):
     for path in folder.iterdir():
         if not any(line.split()[0] == str(path.stat().st_size) and line.endswith("  " + path.name) for line in listed):
             sys.exit(f"{path.name} of {path.stat().st_size} bytes is not in {listed}")
-    total = sum(path.stat().st_size for path in folder.iterdir())
+    (folder.parent / "linked").mkdir(exist_ok=True)
+    (folder.parent / "linked" / "elsewhere").write_text("not counted")
+    (folder / "link").symlink_to(folder.parent / "linked")
+    if "elsewhere" in tool.must("files", "-list", folder, "-recurse"):
+        sys.exit("a link was entered")
+    total = sum(path.stat().st_size for path in folder.iterdir() if path.is_file())
     if int(tool.must("files", "-size", folder)) != total:
         sys.exit("the sizes do not add up")
     print(f"{len(VARIANTS)} texts, {len(listed)} entries, {total} bytes")

@@ -12,6 +12,7 @@
 
 using namespace TarnLibA500;
 using tarntest::Bytes;
+using tarntest::Failure;
 using tarntest::ReadBytes;
 using tarntest::Text;
 using tarntest::WriteBytes;
@@ -21,18 +22,6 @@ namespace {
 
 constexpr int kRights = SFile::readWriteMask;
 constexpr int kShared = SFile::denyNothing;
-
-// "stage detail number" of what an action throws, empty for nothing.
-template <class Action>
-std::string Failure(Action action) {
-    try {
-        action();
-    } catch (const SFileException& failure) {
-        return std::to_string(failure.ErrCode()) + " " + std::to_string(failure.DetailCode()) + " " +
-               std::to_string(failure.getErrno());
-    }
-    return "";
-}
 
 class Files : public testing::Test {
   protected:
@@ -58,35 +47,37 @@ class BareFile : public SFile {
 }  // namespace
 
 TEST_F(Files, OpensByTheModeAlone) {
-    struct Case {
-        int mode;
-        const char* onMissing;   // what it throws, "" when it makes the file
-        const char* onExisting;  // what it throws, "kept" or "emptied"
-    };
-    const Case cases[] = {
-        {SFile::readOnly, "0 1 2", "kept"},
-        {SFile::readAndWrite, "0 1 2", "kept"},
-        {SFile::writeOnly | SFile::truncate, "", "emptied"},  // also makes a missing file
-        {SFile::writeOnly | SFile::create, "", "kept"},
-        {SFile::writeOnly | SFile::exclusive, "", "0 5 80"},
-        {1281, "", "kept"},    // create counts before exclusive
-        {769, "", "emptied"},  // truncate counts before create
-        {3, "0 1 2", "kept"},
-        {-1, "0 5 0", "0 5 0"},
-    };
-    for (const Case& c : cases) {
+    for (const auto& c : tarntest::ReadCases("file_modes.txt")) {
+        const int mode = std::stoi(c[0]);
         const fs::path file = folder / "file";
         fs::remove(file);
         SFile made;
-        EXPECT_EQ(Failure([&] { made.open(Text(file), c.mode, kRights, kShared); }), c.onMissing) << c.mode;
+        EXPECT_EQ(Failure([&] { made.open(Text(file), mode, kRights, kShared); }), c[1]) << mode;
         made.close();
-        EXPECT_EQ(fs::exists(file), c.onMissing[0] == '\0') << c.mode;
+        EXPECT_EQ(fs::exists(file), c[1].empty()) << mode;
         WriteBytes(file, "bytes");
-        const std::string failure = Failure([&] { made.open(c.mode, kRights, kShared); });  // by its name
+        const std::string failure = Failure([&] { made.open(mode, kRights, kShared); });  // by its name
         made.close();
         const std::string after = ReadBytes(file) == "bytes" ? "kept" : "emptied";
-        EXPECT_EQ(failure.empty() ? after : failure, c.onExisting) << c.mode;
+        EXPECT_EQ(failure.empty() ? after : failure, c[2]) << mode;
     }
+}
+
+TEST_F(Files, OpeningIsTraced) {
+    static std::string traced;
+    SDiagnosticSink sink;
+    sink.shouldTrace = [](int level, const char* unit) { return level == 2 && std::string(unit) == "sfile"; };
+    sink.trace = [](int, const char*, const char* text) { traced += text + std::string("|"); };
+    const SDiagnosticSink* const before = InstallDiagnosticSink(&sink);
+    for (const int mode : {0, 1281, 769 + 1, 1024 + 3}) Failure([&] { SFile("f", mode, kRights, kShared); });
+    InstallDiagnosticSink(before);
+    std::string expected;
+    for (const char* how :
+         {"r and creation disposition: OPEN_EXISTING", "w and creation disposition: OPEN_ALWAYS",
+          "rw and creation disposition: CREATE_ALWAYS", " and creation disposition: CREATE_NEW"})
+        expected += std::string("opening f with desired access: ") + how + "|";
+    EXPECT_EQ(traced, expected);
+    fs::remove("f");
 }
 
 TEST_F(Files, SharesByTheArgumentAlone) {
