@@ -10,7 +10,8 @@ constexpr const char* kServiceType = "mirelms";
 SAnsiString TextOf(const XmlElement& element, const char* name) {
     constexpr unsigned char kFirstPrintable = 0x20;
     SAnsiString value = element.attribute(name);
-    char* const text = value.isEmpty() ? nullptr : value.detach();
+    if (value.isEmpty()) return value;
+    char* const text = value.detach();
     for (std::uint32_t i = 0; i < value.getLength(); ++i) {
         if (static_cast<unsigned char>(text[i]) < kFirstPrintable) text[i] = ' ';
     }
