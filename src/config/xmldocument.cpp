@@ -51,7 +51,7 @@ bool IsProcessEnding() {
 }
 
 // The parser's own data: made for the first document, which takes a while, and kept until the library is
-// unloaded. Without this the parser would end the process when it cannot be set up.
+// unloaded. It is a panic handler, because without one the parser ends the process when it cannot be set up.
 class ParserData : private xml::PanicHandler {
   public:
     static void Require() { static const ParserData data; }

@@ -25,7 +25,7 @@ SWCharString NameBeside(const SWCharString& file) {
 }
 
 bool IsTaken(DWORD error) {
-    return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS || error == ERROR_ACCESS_DENIED;
+    return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
 }
 
 void RemoveCopy(const SWCharString& copy) {
@@ -40,13 +40,10 @@ DWORD CopyBeside(const SWCharString& from, const SWCharString& to, SWCharString&
         copy = NameBeside(to);
         if (osfiles::Copy(from.getString(), copy.getString(), false)) return ERROR_SUCCESS;
         error = GetLastError();
-        if (!IsTaken(error)) {
-            RemoveCopy(copy);  // what there is of it
-            return error;
-        }
-        if (error == ERROR_ACCESS_DENIED)
-            return error;  // to the source, to the directory, or a directory's name
+        if (!IsTaken(error)) break;
     }
+    // What there is of the copy goes. A taken name is not ours, nor is one that we were refused.
+    if (!IsTaken(error) && error != ERROR_ACCESS_DENIED) RemoveCopy(copy);
     return error;
 }
 

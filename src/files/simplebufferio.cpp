@@ -26,8 +26,9 @@ void TraceSystemFailure(const char* what, const SAnsiString& file, DWORD error) 
 
 HANDLE OpenToMap(const SAnsiString& file) {
     // Not inheritable: no security attributes say so.
-    return osfiles::Open(LongSystemPath(file).getString(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                         OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN);
+    const SWCharString path = LongSystemPath(file);
+    return osfiles::Open(path.getString(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                         FILE_FLAG_SEQUENTIAL_SCAN);
 }
 
 // The whole of an open file as a read-only view; false with the system's error.
