@@ -23,7 +23,7 @@ FLOORS = [
 FLOOR_OF = {area: number for number, areas in enumerate(FLOORS) for area in areas}
 
 # The folder diag holds three floors, told apart by the unit.
-SEAM_UNITS = {"tarnapi", "sassert", "require", "unlogged"}
+SEAM_UNITS = {"tarnapi", "sassert", "require", "unlogged", "levels"}
 TRACE_UNITS = {"straceparameter", "straceobj", "sscopetrace", "traceformat"}
 
 # Public headers without a unit of their name, templates for instance.
