@@ -34,7 +34,7 @@ bool DirectoryReader::advance() {
         isFirst_ = false;
         return true;
     }
-    if (osfiles::FindNext(search_, entry_)) return true;
+    if (osfiles::FindNext(search_.get(), entry_)) return true;
     error_ = GetLastError();
     if (error_ == ERROR_NO_MORE_FILES) error_ = ERROR_SUCCESS;
     return false;
@@ -47,11 +47,6 @@ bool DirectoryReader::next() {
     }
     close();
     return false;
-}
-
-void DirectoryReader::close() noexcept {
-    if (isOpen()) osfiles::FindClose(search_);
-    search_ = INVALID_HANDLE_VALUE;
 }
 
 SWCharString TreeWalk::entryPath() const {

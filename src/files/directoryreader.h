@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "files/osfiles.h"
 #include "tarnlib/sstring.h"
 
 #include <windows.h>
@@ -12,17 +13,12 @@ namespace TarnLibA500 {
 /// The entries of one directory, without "." and "..".
 class DirectoryReader {
   public:
-    DirectoryReader() noexcept = default;
-    ~DirectoryReader() { close(); }
-    DirectoryReader(const DirectoryReader&) = delete;
-    DirectoryReader& operator=(const DirectoryReader&) = delete;
-
     /// Stands before the first entry then. False, with error() set, when the directory cannot be read.
     bool open(const SWCharString& directory);
     /// Goes to the next entry. False behind the last, and, with error() set, when the system fails.
     bool next();
-    void close() noexcept;
-    bool isOpen() const noexcept { return search_ != INVALID_HANDLE_VALUE; }
+    void close() noexcept { search_.close(); }
+    bool isOpen() const noexcept { return static_cast<bool>(search_); }
     const WIN32_FIND_DATAW& entry() const noexcept { return entry_; }
     /// Why the last call was false: 0 at the end.
     DWORD error() const noexcept { return error_; }
@@ -30,7 +26,7 @@ class DirectoryReader {
   private:
     bool advance();
 
-    HANDLE search_ = INVALID_HANDLE_VALUE;
+    osfiles::Search search_;
     bool isFirst_ = false;  // the search came with an entry that was not given out yet
     DWORD error_ = ERROR_SUCCESS;
     WIN32_FIND_DATAW entry_;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include <windows.h>
 
 /// The one way in which the library reaches files and directories. Test builds (TARN_TEST_SEAMS) count the
@@ -45,12 +47,8 @@ inline void Sleep(DWORD milliseconds) {
 #endif
 
 constexpr DWORD kEveryShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
-inline HANDLE Open(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
-                   DWORD disposition, DWORD flags) {
-    if (MustFail()) return INVALID_HANDLE_VALUE;
-    return Opened(CreateFileW(path, access, share, security, disposition, flags, nullptr));
-}
+/// As long as the file is open, its name stays its own: nobody deletes or renames it.
+constexpr DWORD kShareButDelete = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
 /// Not a call that can be made to fail: nobody could do anything about it. The last error stays.
 inline void Close(HANDLE file) noexcept {
@@ -58,6 +56,51 @@ inline void Close(HANDLE file) noexcept {
     CloseHandle(file);
     Closed();
     SetLastError(error);
+}
+
+/// The same for a search.
+inline void CloseSearch(HANDLE search) noexcept {
+    const DWORD error = GetLastError();
+    FindClose(search);
+    Closed();
+    SetLastError(error);
+}
+
+/// Owns a handle from the line that opens it. Whichever value the system has for "none" is none here; the last
+/// error stays when one is closed.
+template <void (*CloseHandleOf)(HANDLE) noexcept>
+class Owned {
+  public:
+    Owned() noexcept = default;
+    explicit Owned(HANDLE handle) noexcept : handle_(handle != nullptr ? handle : INVALID_HANDLE_VALUE) {}
+    Owned(Owned&& other) noexcept : handle_(other.release()) {}
+    Owned& operator=(Owned&& other) noexcept {
+        Owned old(std::exchange(handle_, other.release()));
+        return *this;
+    }
+    ~Owned() { close(); }
+
+    explicit operator bool() const noexcept { return handle_ != INVALID_HANDLE_VALUE; }
+    HANDLE get() const noexcept { return handle_; }
+    /// Hands the handle to somebody who closes it; INVALID_HANDLE_VALUE when there is none.
+    HANDLE release() noexcept { return std::exchange(handle_, INVALID_HANDLE_VALUE); }
+    void close() noexcept {
+        if (*this) CloseHandleOf(release());
+    }
+
+  private:
+    HANDLE handle_ = INVALID_HANDLE_VALUE;
+};
+
+/// A file, a directory, a mapping or an event.
+using File = Owned<Close>;
+/// The reading of a directory.
+using Search = Owned<CloseSearch>;
+
+inline File Open(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                 DWORD disposition, DWORD flags) {
+    if (MustFail()) return File();
+    return File(Opened(CreateFileW(path, access, share, security, disposition, flags, nullptr)));
 }
 
 inline bool Read(HANDLE file, void* bytes, DWORD count, DWORD& done) {
@@ -110,6 +153,11 @@ inline bool CreationTime(HANDLE file, FILETIME& time) {
     return !MustFail() && GetFileTime(file, &time, nullptr, nullptr) != 0;
 }
 
+/// Both, because some systems have one time for the two.
+inline bool SetCreationTime(HANDLE file, const FILETIME& time) {
+    return !MustFail() && SetFileTime(file, &time, nullptr, &time) != 0;
+}
+
 inline bool SetWriteTime(HANDLE file, const FILETIME& time) {
     return !MustFail() && SetFileTime(file, nullptr, nullptr, &time) != 0;
 }
@@ -148,31 +196,24 @@ inline bool Move(const wchar_t* from, const wchar_t* to, DWORD flags) {
     return !MustFail() && MoveFileExW(from, to, flags) != 0;
 }
 
-inline HANDLE FindFirst(const wchar_t* pattern, WIN32_FIND_DATAW& entry) {
-    if (MustFail()) return INVALID_HANDLE_VALUE;
+inline Search FindFirst(const wchar_t* pattern, WIN32_FIND_DATAW& entry) {
+    if (MustFail()) return Search();
     // Without short names and with a large buffer: fewer calls below.
-    return Opened(FindFirstFileExW(pattern, FindExInfoBasic, &entry, FindExSearchNameMatch, nullptr,
-                                   FIND_FIRST_EX_LARGE_FETCH));
+    return Search(Opened(FindFirstFileExW(pattern, FindExInfoBasic, &entry, FindExSearchNameMatch, nullptr,
+                                          FIND_FIRST_EX_LARGE_FETCH)));
 }
 
 inline bool FindNext(HANDLE search, WIN32_FIND_DATAW& entry) {
     return !MustFail() && FindNextFileW(search, &entry) != 0;
 }
 
-inline void FindClose(HANDLE search) noexcept {
-    const DWORD error = GetLastError();
-    ::FindClose(search);
-    Closed();
-    SetLastError(error);
-}
-
 inline DWORD TempPath(DWORD units, wchar_t* path) {
     return MustFail() ? 0 : GetTempPathW(units, path);
 }
 
-inline HANDLE MapFile(HANDLE file) {
-    if (MustFail()) return nullptr;
-    return Opened(CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 0, nullptr));
+inline File MapFile(HANDLE file) {
+    if (MustFail()) return File();
+    return File(Opened(CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 0, nullptr)));
 }
 
 inline void* View(HANDLE mapping) {
@@ -180,10 +221,9 @@ inline void* View(HANDLE mapping) {
 }
 
 /// An event that stays set until it is reset.
-inline HANDLE NewEvent() {
-    if (MustFail()) return nullptr;
-    const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    return event != nullptr ? Opened(event) : nullptr;
+inline File NewEvent() {
+    if (MustFail()) return File();
+    return File(Opened(CreateEventW(nullptr, TRUE, FALSE, nullptr)));
 }
 
 /// Asks for changes of a directory; the request's event is set when there are some.

@@ -85,34 +85,31 @@ struct SDirectoryChangeWatcher::Watch {
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    ~Watch() {
-        cancel();
-        if (handle != INVALID_HANDLE_VALUE) osfiles::Close(handle);
-        if (request.hEvent != nullptr) osfiles::Close(request.hEvent);
-    }
+    ~Watch() { cancel(); }
 
     bool open() {
-        request.hEvent = osfiles::NewEvent();
-        if (request.hEvent == nullptr) return false;
-        handle = osfiles::Open(path.getString(), FILE_LIST_DIRECTORY, osfiles::kEveryShare, nullptr,
-                               OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OVERLAPPED);
-        return handle != INVALID_HANDLE_VALUE && ask();
+        event = osfiles::NewEvent();
+        if (!event) return false;
+        request.hEvent = event.get();
+        file = osfiles::Open(path.getString(), FILE_LIST_DIRECTORY, osfiles::kEveryShare, nullptr,
+                             OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OVERLAPPED);
+        return file && ask();
     }
 
     /// Makes sure that there is a request; true when there is.
     bool ask() {
         if (isAsked) return true;
         ResetEvent(request.hEvent);
-        isAsked = osfiles::RequestChanges(handle, records.get(), recordBytes, subtree, kWatched, request);
+        isAsked = osfiles::RequestChanges(file.get(), records.get(), recordBytes, subtree, kWatched, request);
         return isAsked;
     }
 
     /// The system writes into the records until the request has ended, so this waits for it.
     void cancel() {
         if (!isAsked) return;
-        CancelIoEx(handle, &request);
+        CancelIoEx(file.get(), &request);
         DWORD bytes = 0;
-        GetOverlappedResult(handle, &request, &bytes, TRUE);
+        GetOverlappedResult(file.get(), &request, &bytes, TRUE);
         isAsked = false;
     }
 
@@ -121,12 +118,17 @@ struct SDirectoryChangeWatcher::Watch {
     DWORD recordBytes;
     bool subtree;
     bool isAsked = false;
-    HANDLE handle = INVALID_HANDLE_VALUE;
+    osfiles::File event;
+    osfiles::File file;
     OVERLAPPED request = {};
 };
 
-SDirectoryChangeWatcher::SDirectoryChangeWatcher() noexcept : stopEvent_(osfiles::NewEvent()) {
-    if (stopEvent_ == nullptr) lastError_ = GetLastError();
+SDirectoryChangeWatcher::SDirectoryChangeWatcher() noexcept : stopEvent_(nullptr) {
+    osfiles::File event = osfiles::NewEvent();
+    if (event)
+        stopEvent_ = event.release();
+    else
+        lastError_ = GetLastError();
 }
 
 SDirectoryChangeWatcher::~SDirectoryChangeWatcher() {
@@ -191,7 +193,7 @@ SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::waitOnce(unsigned l
 /// next wait comes here again.
 SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::fetch(SIArray<SDirectoryChange>& changes) {
     DWORD bytes = 0;
-    const bool hasSucceeded = osfiles::RequestedChanges(watch_->handle, watch_->request, bytes);
+    const bool hasSucceeded = osfiles::RequestedChanges(watch_->file.get(), watch_->request, bytes);
     const DWORD error = hasSucceeded ? ERROR_SUCCESS : GetLastError();
     if (hasSucceeded && bytes != 0) ReadRecords(watch_->records.get(), changes);
     watch_->isAsked = false;

@@ -208,7 +208,8 @@ void SFile::openNamed(int mode, int share) {
     security.bInheritHandle = (mode & noInherit) == 0 ? TRUE : FALSE;
     const SWCharString path = LongSystemPath(name_);
     if ((mode & temporary) != 0) temporaryPath_ = AbsoluteName(path, name_);
-    handle_ = osfiles::Open(path.getString(), access, ShareOf(share), &security, disposition, FlagsOf(mode));
+    handle_ = osfiles::Open(path.getString(), access, ShareOf(share), &security, disposition, FlagsOf(mode))
+                  .release();
     if (!isOpenNow()) raiseSystemError(SFileException::openError, GetLastError());
 }
 

@@ -2,22 +2,24 @@
 
 #include <new>
 
+#include "diag/levels.h"
 #include "files/filetimes.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
+#include "files/uniquename.h"
 #include "tarnlib/sassert.h"
 #include "tarnlib/straceobj.h"
+#include "time/osclock.h"
 
 namespace TarnLibA500 {
 namespace {
 
 constexpr const char* kUnit = "sfilelock";
-constexpr int kTraceLevel = 2;
 constexpr DWORD kRoundMilliseconds = 100;
 
 using CreationTime = unsigned long long;  // 0: of no file
 
-enum class Deletion { Done, Gone, Anothers, Refused };
+enum class Deletion { Done, Gone, Anothers, InUse, Refused };
 
 bool IsExistence(DWORD error) {
     return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
@@ -38,41 +40,70 @@ bool ReadCreationTime(const wchar_t* path, CreationTime& created) {
     return true;
 }
 
-/// Creates the file unless it exists. The time is left alone when it cannot be read: that is no reason to
-/// have no lock.
-bool CreateLockFile(const wchar_t* path, CreationTime& created) {
-    const HANDLE file = osfiles::Open(path, GENERIC_READ | GENERIC_WRITE, osfiles::kEveryShare, nullptr,
-                                      CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
-    if (file == INVALID_HANDLE_VALUE) return false;
+/// A time that no other lock file has: now, with a low part (1.7 seconds) of this process's own. File systems
+/// that are less exact keep some of it.
+FILETIME TimeOfNewHolder() {
+    constexpr DWORD kOwnPart = 0xFFFFFF;
     FILETIME time;
-    if (osfiles::CreationTime(file, time)) created = ToNumber(time);
-    osfiles::Close(file);
+    osclock::SystemTime(time);
+    time.dwLowDateTime = (time.dwLowDateTime & ~kOwnPart) | (NextUniqueNumber() & kOwnPart);
+    return time;
+}
+
+/// Creates the file unless it exists, and gives it a time of its own: the system's may be that of the file which
+/// had the name before. Nobody can delete it before that is done. The time is left alone when it cannot be
+/// read: that is no reason to have no lock.
+bool CreateLockFile(const wchar_t* path, CreationTime& created) {
+    const osfiles::File file = osfiles::Open(path, GENERIC_READ | GENERIC_WRITE, osfiles::kShareButDelete,
+                                             nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
+    if (!file) return false;
+    osfiles::SetCreationTime(file.get(), TimeOfNewHolder());
+    FILETIME time;  // as the file system keeps it
+    if (osfiles::CreationTime(file.get(), time)) created = ToNumber(time);
     return true;
 }
 
 /// Deletes the file that was looked at, and not one that another process has put in its place since: two
-/// waiters may find the same file stale, and the slower one would delete the lock of the faster one.
+/// waiters may find the same file stale, and the slower one would delete the lock of the faster one. Only one at
+/// a time can have the file in hand, so that of those two one has deleted it, and the other knows that he has
+/// not: a second mark for deletion is no failure everywhere.
 Deletion DeleteLockFile(const wchar_t* path, CreationTime seen) {
-    const HANDLE file =
-        osfiles::Open(path, DELETE | FILE_READ_ATTRIBUTES, osfiles::kEveryShare, nullptr, OPEN_EXISTING, 0);
-    if (file == INVALID_HANDLE_VALUE) return IsAbsence(GetLastError()) ? Deletion::Gone : Deletion::Refused;
-    FILETIME time;
-    Deletion deletion = Deletion::Refused;
-    if (osfiles::CreationTime(file, time)) {
-        if (ToNumber(time) != seen) {
-            deletion = Deletion::Anothers;
-        } else if (osfiles::RemoveOnClose(file)) {
-            deletion = Deletion::Done;
-        }
+    const osfiles::File file = osfiles::Open(path, DELETE | FILE_READ_ATTRIBUTES, osfiles::kShareButDelete,
+                                             nullptr, OPEN_EXISTING, 0);
+    if (!file) {
+        const DWORD error = GetLastError();
+        if (IsAbsence(error) || osfiles::WasBeingDeleted()) return Deletion::Gone;
+        return error == ERROR_SHARING_VIOLATION ? Deletion::InUse : Deletion::Refused;
     }
-    osfiles::Close(file);
+    FILETIME time;
+    if (!osfiles::CreationTime(file.get(), time)) return Deletion::Refused;
+    if (ToNumber(time) != seen) return Deletion::Anothers;
+    return osfiles::RemoveOnClose(file.get()) ? Deletion::Done : Deletion::Refused;
+}
+
+/// The holder's deletion. A waiter who takes the file for stale, or a scanner, has it in hand for a moment.
+Deletion DeleteOwnLockFile(const wchar_t* path, CreationTime own) {
+    constexpr DWORD kMomentMilliseconds = 10;
+    constexpr int kMoments = 20;
+    Deletion deletion = DeleteLockFile(path, own);
+    for (int moment = 0; deletion == Deletion::InUse && moment < kMoments; ++moment) {
+        osfiles::Sleep(kMomentMilliseconds);
+        deletion = DeleteLockFile(path, own);
+    }
     return deletion;
+}
+
+/// Traces a failure with the system's error code, which stays what it was.
+void TraceFailure(int level, const char* what, const SAnsiString& path) {
+    const DWORD error = GetLastError();
+    TARN_TRACE_AT(level, kUnit, "%1 %2: error %3", what, path, error);
+    SetLastError(error);
 }
 
 /// What a waiter has seen of the lock file.
 class Observation {
   public:
-    explicit Observation(unsigned staleLimit) : staleLimit_(staleLimit) {}
+    Observation(const SAnsiString& path, unsigned staleLimit) : path_(path), staleLimit_(staleLimit) {}
 
     /// Looks at the file once more, and deletes it when it is stale; true when it did.
     bool breakStale(const wchar_t* path) {
@@ -87,11 +118,16 @@ class Observation {
         ++unchanged_;
         if (!isThere || unchanged_ < staleLimit_) return false;
         unchanged_ = 0;
-        TARN_TRACE_AT(kTraceLevel, kUnit, "SFileLock::lockFile: Timeout waiting for file lock");
-        return DeleteLockFile(path, created) == Deletion::Done;
+        TARN_TRACE_AT(levels::kLoss, kUnit, "SFileLock::lockFile: Timeout waiting for file lock");
+        const Deletion deletion = DeleteLockFile(path, created);
+        if (deletion == Deletion::Done)
+            TARN_TRACE_AT(levels::kLoss, kUnit, "%1 was left behind and has been deleted", path_);
+        if (deletion == Deletion::Refused) TraceFailure(levels::kFailure, "cannot delete the stale", path_);
+        return deletion == Deletion::Done;
     }
 
   private:
+    const SAnsiString& path_;
     unsigned staleLimit_;
     unsigned unchanged_ = 0;
     CreationTime lastSeen_ = 0;
@@ -111,27 +147,31 @@ SFileLock::~SFileLock() {
     try {
         unlock();
     } catch (const std::bad_alloc&) {
-        TraceText(kTraceLevel, kUnit, "SFileLock: out of memory, the lock file is left behind");
+        TraceText(levels::kLoss, kUnit, "SFileLock: out of memory, the lock file is left behind");
     }
 }
 
 SFileLock::ErrorCodes SFileLock::lock() {
     const SWCharString path = maxTries_ != 0 ? LongSystemPath(lockFilePath_) : SWCharString();
-    Observation observation(staleLimit_);
+    Observation observation(lockFilePath_, staleLimit_);
     bool hasBrokenStale = false;
     for (unsigned tries = 0; tries < maxTries_; ++tries) {
         if (CreateLockFile(path.getString(), ownCreationTime_)) {
             released_ = false;
             return hasBrokenStale ? lockOkBrokeStale : lockOk;
         }
-        if (!osfiles::WasBeingDeleted() && !IsExistence(GetLastError())) return lockCreateFailed;
+        if (!osfiles::WasBeingDeleted() && !IsExistence(GetLastError())) {
+            TraceFailure(levels::kFailure, "cannot create", lockFilePath_);
+            return lockCreateFailed;
+        }
         if (observation.breakStale(path.getString())) {
             hasBrokenStale = true;
         } else {
             osfiles::Sleep(kRoundMilliseconds);
         }
     }
-    TARN_TRACE_AT(kTraceLevel, kUnit, "SFileLock::lockFile: Giving up on waiting for file.");
+    TARN_TRACE_AT(levels::kFailure, kUnit, "SFileLock::lockFile: Giving up on waiting for file.");
+    TARN_TRACE_AT(levels::kFailure, kUnit, "%1 was not to be had in %2 rounds", lockFilePath_, maxTries_);
     return lockTimedOut;
 }
 
@@ -142,13 +182,21 @@ SFileLock::ErrorCodes SFileLock::unlock() {
     }
     const SWCharString path = LongSystemPath(lockFilePath_);
     CreationTime created = 0;
-    if (!ReadCreationTime(path.getString(), created))
-        return IsAbsence(GetLastError()) ? lockNotOwned : unlockFailed;
-    const bool isOwn = ownCreationTime_ == 0 || ownCreationTime_ == created;
-    const Deletion deletion = isOwn ? DeleteLockFile(path.getString(), created) : Deletion::Anothers;
+    Deletion deletion = Deletion::Anothers;
+    if (!ReadCreationTime(path.getString(), created)) {
+        const bool isGone = IsAbsence(GetLastError()) || osfiles::WasBeingDeleted();
+        deletion = isGone ? Deletion::Gone : Deletion::Refused;
+    } else if (ownCreationTime_ == 0 || ownCreationTime_ == created) {
+        deletion = DeleteOwnLockFile(path.getString(), created);
+    }
     released_ = deletion == Deletion::Done || deletion == Deletion::Anothers;
-    if (released_) return deletion == Deletion::Done ? lockOk : lockNotOwned;
-    return deletion == Deletion::Gone ? lockNotOwned : unlockFailed;
+    if (deletion == Deletion::Done) return lockOk;
+    if (deletion == Deletion::Gone || deletion == Deletion::Anothers) {
+        TARN_TRACE_AT(levels::kFailure, kUnit, "%1 was deleted while it was held", lockFilePath_);
+        return lockNotOwned;
+    }
+    TraceFailure(levels::kFailure, "cannot delete", lockFilePath_);
+    return unlockFailed;
 }
 
 }  // namespace TarnLibA500

@@ -326,12 +326,11 @@ void SFileSys::setLastModifiedTime(const SAnsiString& path, const SDateTime& tim
         ThrowFileSys(Exception::fsSetAttributesFailed, ERROR_INVALID_PARAMETER, path);
     // The flag makes directories open, too.
     const SWCharString target = LongSystemPath(path);
-    const HANDLE file = osfiles::Open(target.getString(), FILE_WRITE_ATTRIBUTES, osfiles::kEveryShare,
-                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
-    const bool isSet = file != INVALID_HANDLE_VALUE && osfiles::SetWriteTime(file, written);
+    const osfiles::File file = osfiles::Open(target.getString(), FILE_WRITE_ATTRIBUTES, osfiles::kEveryShare,
+                                             nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
+    if (file && osfiles::SetWriteTime(file.get(), written)) return;
     const DWORD error = GetLastError();
-    if (file != INVALID_HANDLE_VALUE) osfiles::Close(file);
-    if (!isSet) ThrowFileSys(Exception::fsSetAttributesFailed, error, path);
+    ThrowFileSys(Exception::fsSetAttributesFailed, error, path);
 }
 
 void SFileSys::giveAccess(const SAnsiString& path, int mode) {

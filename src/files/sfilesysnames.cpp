@@ -71,11 +71,8 @@ bool Take(const SWCharString& path, bool create, bool isDirectory) {
         return false;
     }
     if (isDirectory) return osfiles::MakeDirectory(path.getString());
-    const HANDLE file =
-        osfiles::Open(path.getString(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
-    if (file == INVALID_HANDLE_VALUE) return false;
-    osfiles::Close(file);
-    return true;
+    return static_cast<bool>(
+        osfiles::Open(path.getString(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL));
 }
 
 // A directory at the name of a new file is "access denied".

@@ -24,7 +24,7 @@ void TraceSystemFailure(const char* what, const SAnsiString& file, DWORD error) 
                   SFileException::GetSystemMessage(error));
 }
 
-HANDLE OpenToMap(const SAnsiString& file) {
+osfiles::File OpenToMap(const SAnsiString& file) {
     // Not inheritable: no security attributes say so.
     const SWCharString path = LongSystemPath(file);
     return osfiles::Open(path.getString(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
@@ -32,7 +32,7 @@ HANDLE OpenToMap(const SAnsiString& file) {
 }
 
 // The whole of an open file as a read-only view; false with the system's error.
-bool MapOpenFile(HANDLE file, std::uint32_t& bytes, HANDLE& mapping, void*& view) {
+bool MapOpenFile(HANDLE file, std::uint32_t& bytes, osfiles::File& mapping, void*& view) {
     long long size = 0;
     if (!osfiles::Size(file, size)) return false;
     if (size > kMaxBytes) {
@@ -41,9 +41,8 @@ bool MapOpenFile(HANDLE file, std::uint32_t& bytes, HANDLE& mapping, void*& view
     }
     bytes = static_cast<std::uint32_t>(size);
     mapping = osfiles::MapFile(file);
-    if (mapping == nullptr) return false;
-    view = osfiles::View(mapping);
-    if (view == nullptr) osfiles::Close(mapping);
+    if (!mapping) return false;
+    view = osfiles::View(mapping.get());
     return view != nullptr;
 }
 
@@ -59,26 +58,24 @@ void RemoveTorn(const SAnsiString& path) {
 }  // namespace
 
 bool SSimpleBuffer::SSimpleInternalBuffer::Map(const SAnsiString& file) {
-    const HANDLE opened = OpenToMap(file);
-    if (opened == INVALID_HANDLE_VALUE) {
+    osfiles::File opened = OpenToMap(file);
+    if (!opened) {
         TraceSystemFailure("cannot open", file, GetLastError());
         return false;
     }
     std::uint32_t size = 0;
-    HANDLE made = nullptr;
+    osfiles::File made;
     void* view = nullptr;
-    if (!MapOpenFile(opened, size, made, view)) {
-        const DWORD error = GetLastError();
-        osfiles::Close(opened);
-        TraceSystemFailure("cannot map", file, error);
+    if (!MapOpenFile(opened.get(), size, made, view)) {
+        TraceSystemFailure("cannot map", file, GetLastError());
         return false;
     }
     data = static_cast<unsigned char*>(view);
     bytesUsed = bytesAllocated = size;
     mapped = 1;
     fileName = file;
-    fileHandle = opened;
-    mappingHandle = made;
+    fileHandle = opened.release();
+    mappingHandle = made.release();
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "files/osfiles.h"
 #include "support/alloc_hooks.h"
@@ -28,9 +29,33 @@ void Forge() {
     CloseHandle(file);
 }
 
+FILETIME TimeOfFile() {
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    GetFileAttributesExA(kPath.c_str(), GetFileExInfoStandard, &data);
+    return data.ftCreationTime;
+}
+
+FILETIME remembered;
+
+/// As a file system does that gives a new file the times of the one which had its name a moment ago.
+void GiveRememberedTime() {
+    const HANDLE file = CreateFileA(kPath.c_str(), GENERIC_WRITE, 7, nullptr, OPEN_EXISTING, 0, nullptr);
+    SetFileTime(file, &remembered, nullptr, &remembered);
+    CloseHandle(file);
+}
+
+HANDLE inHand = INVALID_HANDLE_VALUE;
+std::string waiterSaw;
+
+void DeleteAsWaiter() {
+    waiterSaw = DeleteFileA(kPath.c_str()) ? "deleted" : "refused";
+}
+
 /// What others do to the file.
 void Disturb(char step) {
     if (step == 'F') Forge();
+    if (step == 'H') inHand = CreateFileA(kPath.c_str(), GENERIC_READ, 3, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (step == 'G') CloseHandle(std::exchange(inHand, INVALID_HANDLE_VALUE));
     if (step == 'X') Remove();
     if (step == 'P') SetFileAttributesA(kPath.c_str(), FILE_ATTRIBUTE_READONLY);
 }
@@ -38,7 +63,7 @@ void Disturb(char step) {
 std::string othersSteps;
 
 void SleepAmongOthers(DWORD milliseconds) {
-    EXPECT_EQ(milliseconds, 100U);
+    EXPECT_TRUE(milliseconds == 100 || inHand != INVALID_HANDLE_VALUE) << milliseconds;
     Disturb(othersSteps[0]);
     othersSteps.erase(0, 1);
 }
@@ -46,9 +71,17 @@ void SleepAmongOthers(DWORD milliseconds) {
 /// What a step of a case shows.
 std::string Play(char step, std::optional<SFileLock>& lock) {
     const bool isThere = GetFileAttributesA(kPath.c_str()) != INVALID_FILE_ATTRIBUTES;
-    if (step == 'L') return std::to_string(lock->lock());
+    const FILETIME created = TimeOfFile();
+    if (step == 'L') {
+        const std::string result = std::to_string(lock->lock());
+        return std::exchange(waiterSaw, "") + result;
+    }
     if (step == 'U') return std::to_string(lock->unlock());
     if (step == '?') return isThere ? "y" : "n";
+    if (step == '=') return CompareFileTime(&remembered, &created) == 0 ? "y" : "n";
+    if (step == 'R') remembered = created;
+    if (step == 't') osfiles::DoBeforeCall(2, GiveRememberedTime);
+    if (step == 'S') osfiles::DoBeforeCall(7, DeleteAsWaiter);
     if (step == 'E') lock.reset();
     if (step == 'K') lock.emplace(SFileLock(*lock));
     if (step == 'M') tarntest::FailAllocation(1);
