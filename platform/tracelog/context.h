@@ -38,16 +38,27 @@ struct OpenCall {
     bool madeActionId;  ///< for this call only
 };
 
-struct ThreadContext {
+/// A request that is worked on, and the outgoing calls that are open in it.
+struct RequestInWork {
     Request request;
-    std::string inLines;            ///< the request as it stands in lines
-    std::vector<Request> putAside;  ///< the requests around this one
-    std::vector<OpenCall> calls;
-    // Brackets beyond the deepest nesting do nothing, and their ends neither.
+    std::string inLines;          ///< the request as it stands in lines
+    std::vector<OpenCall> calls;  ///< the innermost last
+    // Brackets that found no memory at their beginning: their ends do nothing.
     unsigned skippedRequests = 0;
     unsigned skippedCalls = 0;
 
     void requestChanged() { inLines = request.toText(); }
+};
+
+/// What an incoming call interrupts.
+struct Interrupted {
+    RequestInWork work;
+    OpenCall incoming;
+};
+
+/// The request of a thread, and those around it.
+struct ThreadContext : RequestInWork {
+    std::vector<Interrupted> putAside;
 };
 
 /// The calling thread's, made when needed; freed when the thread ends.

@@ -268,7 +268,9 @@ struct Info {
 
 /// Brackets of calls between processes. The context travels as text, "name=value;name=value" with % before
 /// two hex digits for the bytes that would not be read back, 8 KiB at most; what is not such a text is
-/// ignored. Each bracket traces its beginning and end as an event of importance 1.
+/// ignored. Each bracket traces its beginning and end as an event of importance 1. Brackets may be left without
+/// their ends, by an exception for instance: the end of an incoming call drops the outgoing ones that are open
+/// in it, and of more than 256 the outermost is given up.
 struct Interceptors {
     /// Puts the thread's context aside and starts one from the caller's text. A call without "ActionID" gets
     /// a new one.
@@ -278,8 +280,9 @@ struct Interceptors {
     /// Hands out the context to send. A thread without "ActionID" gets a new one for as long as the call
     /// takes.
     TRACELOG_API static void before_outgoing_call(const Scope::Builder& call, TextTarget& context);
-    /// Takes the variables of the reply into the thread's context.
+    /// Takes the variables of the reply into the thread's context, all but "ActionID".
     TRACELOG_API static void after_outgoing_call(const char* context);
+    /// The same when there was no reply.
     TRACELOG_API static void after_outgoing_call_no_response();
 };
 

@@ -1,4 +1,6 @@
 // The front end's side of calls between processes and of the variables of a request.
+#include <new>
+
 #include "diag/tracetext.h"
 #include "tarnlib/slogger.h"
 
@@ -16,6 +18,17 @@ constexpr const char* kActionId = "ActionID";
 // What stands before the name of a call in the log.
 SAnsiString Labelled(const char* label, const SAnsiString& call) {
     return call.isEmpty() ? SAnsiString(label) : SAnsiString(label) + " " + call;
+}
+
+// A call for whose context the memory was missing ends here: its caller gets the exception, and ends nothing.
+template <class Action>
+void EndUnless(Action succeeds) {
+    try {
+        succeeds();
+    } catch (const std::bad_alloc&) {
+        Interceptors::after_outgoing_call_no_response();
+        throw;
+    }
 }
 
 }  // namespace
@@ -36,11 +49,11 @@ void BeforeOutgoingCall(const SAnsiString& call, SAnsiString& context) {
     const Utf8 label(Labelled("Outgoing:", call));
     CollectedText text;
     Interceptors::before_outgoing_call(Scope::Builder().label(label.text()), text);
-    context = text.text();
+    EndUnless([&] { context = text.text(); });
 }
 
 void AfterOutgoingCall(const SAnsiString& context) {
-    Interceptors::after_outgoing_call(Utf8(context).text());
+    EndUnless([&] { Interceptors::after_outgoing_call(Utf8(context).text()); });
 }
 
 void AfterOutgoingCallNoResponse() {
