@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "diag/levels.h"
 #include "tarnlib/straceobj.h"
 
 #include <windows.h>
@@ -9,8 +10,6 @@
 namespace TarnLibA500 {
 namespace {
 
-constexpr int kInstrumentLevel = 5;
-constexpr int kWorkflowLevel = 6;
 constexpr int kDeepestIndent = 20;  // scopes; deeper ones stand below each other
 
 thread_local int depth = 0;
@@ -84,12 +83,12 @@ InstrumentScopeTrace::InstrumentScopeTrace(int level, const char* file, const ch
     : SScopeTrace(true, level, file, line, name) {}
 
 InstrumentScopeTrace::InstrumentScopeTrace(const char* file, const char* name)
-    : SScopeTrace(true, kInstrumentLevel, file, 0, name) {}
+    : SScopeTrace(true, levels::kScope, file, 0, name) {}
 
 InstrumentScopeTrace::InstrumentScopeTrace(const char* name)
-    : SScopeTrace(true, kInstrumentLevel, nullptr, 0, name) {}
+    : SScopeTrace(true, levels::kScope, nullptr, 0, name) {}
 
 WorkflowScopeTrace::WorkflowScopeTrace(bool root, const char* a, const char* b, const char* c)
-    : SScopeTrace(true, kWorkflowLevel, nullptr, 0, root ? "Root:" : "Step:", a, b, c) {}
+    : SScopeTrace(true, levels::kStep, nullptr, 0, root ? "Root:" : "Step:", a, b, c) {}
 
 }  // namespace TarnLibA500

@@ -1,6 +1,8 @@
 #include "tarnlib/straceparameter.h"
 
+#include <algorithm>
 #include <cstring>
+#include <cwchar>
 
 #include "diag/traceformat.h"
 #include "strings/intconv.h"
@@ -10,6 +12,7 @@ namespace TarnLibA500 {
 namespace {
 
 constexpr const char* kNull = "(null)";
+constexpr wchar_t kAsciiEnd = 0x80;
 
 /// Where the next argument of a format goes.
 struct Place {
@@ -65,7 +68,7 @@ class TraceFormat {
             out_.append("%", 1);
             return 1;
         }
-        if (!isNumbered) ++nextByLetter_;
+        nextByLetter_ = std::max(nextByLetter_, place.index + 1);
         out_.append(parameters_[place.index].GetText(), parameters_[place.index].GetLength());
         return place.length;
     }
@@ -73,7 +76,7 @@ class TraceFormat {
     TraceTextBuffer& out_;
     const STraceParameter* parameters_;
     unsigned count_;
-    unsigned nextByLetter_ = 0;
+    unsigned nextByLetter_ = 0;  // behind the highest argument used
 };
 
 }  // namespace
@@ -95,10 +98,24 @@ void STraceParameter::takeInteger(Integer number) {
     take(digits, StringConvFromDecimal(digits, number));
 }
 
+STraceParameter::STraceParameter(char character) {
+    take(&character, 1);
+}
+STraceParameter::STraceParameter(wchar_t character) : STraceParameter(SString_t<wchar_t, 1>(&character, 1)) {}
 STraceParameter::STraceParameter(const SChar_t<char, 0>& character) {
     take(character.getUnits(), character.getLength());
 }
+STraceParameter::STraceParameter(const SChar_t<char, 1>& character) {
+    take(character.getUnits(), character.getLength());
+}
+STraceParameter::STraceParameter(const SChar_t<wchar_t, 1>& character)
+    : STraceParameter(SString_t<wchar_t, 1>(character)) {}
 STraceParameter::STraceParameter(const SString_t<char, 0>& text) : long_(text) {}
+STraceParameter::STraceParameter(const SString_t<char, 1>& text) {
+    take(text.getString(), text.getLength());
+}
+STraceParameter::STraceParameter(const SString_t<wchar_t, 1>& text)
+    : long_(NarrowTraceText(text.getString(), text.getLength())) {}
 STraceParameter::STraceParameter(int number) {
     takeInteger(number);
 }
@@ -124,6 +141,7 @@ STraceParameter::STraceParameter(const char* text) {
 }
 STraceParameter::STraceParameter(const wchar_t* text)
     : long_(text != nullptr ? NarrowTraceText(text) : SAnsiString(kNull)) {}
+STraceParameter::STraceParameter(std::nullptr_t) : STraceParameter(kNull) {}
 STraceParameter::STraceParameter(const void* address) : long_("0x" + SStringConv::ToString(address)) {}
 STraceParameter::STraceParameter(bool value) : STraceParameter(value ? "true" : "false") {}
 
@@ -131,19 +149,25 @@ SAnsiString STraceParameter::GetString() const {
     return isShort_ ? SAnsiString(short_, length_) : long_;
 }
 
-SAnsiString NarrowTraceText(const wchar_t* text) {
+SAnsiString NarrowTraceText(const wchar_t* text, std::uint32_t units) {
     SAnsiString narrow;
-    if (narrow.fromWChar(text)) return narrow;
+    if (std::wmemchr(text, L'\0', units) == nullptr && narrow.fromWChar(text, units)) return narrow;
     narrow.empty();
-    for (const wchar_t* unit = text; *unit != L'\0'; ++unit) {
+    for (std::uint32_t i = 0; i < units; ++i) {
         SChar_t<char, 0> character;
-        if (character.fromUChar(*unit)) {
+        if (text[i] < kAsciiEnd) {
+            narrow.concat(static_cast<char>(text[i]));
+        } else if (character.fromUChar(text[i])) {
             narrow.concat(character);
         } else {
             narrow.concat('?');
         }
     }
     return narrow;
+}
+
+SAnsiString NarrowTraceText(const wchar_t* text) {
+    return NarrowTraceText(text, static_cast<std::uint32_t>(std::wcslen(text)));
 }
 
 void FillTrace(TraceTextBuffer& out, const char* format, const STraceParameter* parameters, unsigned count) {

@@ -21,11 +21,9 @@ class TraceTextBuffer {
             appendLong(text, bytes);
         }
     }
-    /// The text with a terminator.
-    const char* text() {
-        usual_[length_] = '\0';
-        return long_.isEmpty() ? usual_ : long_.getString();
-    }
+    /// The text for a sink, which takes it up to a terminator: without the line end that the text of a failure
+    /// may bring along, and with "\x00" in place of a zero byte.
+    const char* text();
     SAnsiString string() const { return long_.isEmpty() ? SAnsiString(usual_, length_) : long_; }
 
   private:
@@ -47,7 +45,12 @@ class TraceTextBuffer {
 /// Fills a format in; null is an empty text.
 void FillTrace(TraceTextBuffer& out, const char* format, const STraceParameter* parameters, unsigned count);
 
+/// A text with "\x00" in place of each zero byte, which would end it for whoever takes it up to a terminator.
+SAnsiString VisibleZeros(const SAnsiString& text);
+
 /// The code page's spelling of a wide text, "?" for what it does not have.
 SAnsiString NarrowTraceText(const wchar_t* text);
+/// The same for so many units, zero units included.
+SAnsiString NarrowTraceText(const wchar_t* text, std::uint32_t units);
 
 }  // namespace TarnLibA500

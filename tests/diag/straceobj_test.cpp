@@ -52,6 +52,7 @@ std::string WithoutTimes(std::string line) {
 TEST(TraceTexts, PlacesAreFilledOnceAndNeverRescanned) {
     EXPECT_EQ(STraceHelper("%1-%2-%1", 7, "x"), "7-x-7");
     EXPECT_EQ(STraceHelper("%s %d %u %ld %lu %x %c", 1, 2, 3, 4, 5, 6, 7), "1 2 3 4 5 6 7");
+    EXPECT_EQ(STraceHelper("%1 of %2 bytes, %s %3 %d %9", 12, 80, "a", "b"), "12 of 80 bytes, a a b %9");
     EXPECT_EQ(STraceHelper("%12%1%10%11", 1, 2, 3, 4, 5, 6, 7, 8, 9, "ten", "eleven", "twelve"),
               "twelve1teneleven");
     EXPECT_EQ(STraceHelper("%13", 1, 2, 3), "13");   // %1 and a 3
@@ -65,40 +66,54 @@ TEST(TraceTexts, PlacesAreFilledOnceAndNeverRescanned) {
 }
 
 TEST(TraceTexts, ArgumentsOfEveryType) {
-    const STraceParameter parameters[] = {SChar_t<char, 0>('c'),
-                                          SAnsiString("text"),
-                                          SDateTime(2024, 2, 29, 23, 59, 58, 7, STimeZone::TZ_UTC()),
-                                          SDateTime(),
-                                          -1,
-                                          4294967295U,
-                                          -2L,
-                                          3UL,
-                                          -9223372036854775807LL - 1,
-                                          18446744073709551615ULL,
-                                          1.5,
-                                          static_cast<const char*>(nullptr),
-                                          static_cast<const wchar_t*>(nullptr),
-                                          reinterpret_cast<const void*>(0xABC),
-                                          true,
-                                          false};
-    const char* const expected[] = {"c",
-                                    "text",
-                                    "2024-02-29@23:59:58.007",
-                                    "invalid-date-time",
-                                    "-1",
-                                    "4294967295",
-                                    "-2",
-                                    "3",
-                                    "-9223372036854775808",
-                                    "18446744073709551615",
-                                    "1.500000",
-                                    "(null)",
-                                    "(null)",
-                                    "0x00000ABC",
-                                    "true",
-                                    "false"};
-    for (std::size_t i = 0; i < std::size(expected); ++i)
-        EXPECT_EQ(parameters[i].GetString(), expected[i]) << i;
+    enum class Color : unsigned char { Red = 200 };
+    enum Plain : long long { kLarge = 1LL << 40 };
+    const SChar_t<wchar_t, 1> wideCharacter(L'\x00E9');
+    const STimeSpan day(1, 2, 3, 4, 5);
+    const struct {
+        STraceParameter parameter;
+        const char* text;
+    } cases[] = {
+        {'x', "x"},
+        {L'\x00E9', "\xE9"},
+        {L'\x4E00', "?"},
+        {static_cast<unsigned char>(120), "120"},
+        {SChar_t<char, 0>('c'), "c"},
+        {SChar_t<char, 1>('c'), "c"},
+        {wideCharacter, "\xE9"},
+        {SAnsiString("text"), "text"},
+        {SAnsiStringCI("text"), "text"},
+        {SAsciiString("text"), "text"},
+        {SWCharString(L"t\x00E9\x4E00"), "t\xE9?"},
+        {SOCAString(L"t\x00E9"), "t\xE9"},
+        {SWCharStringCI(L"text"), "text"},
+        {SDateTime(2024, 2, 29, 23, 59, 58, 7, STimeZone::TZ_UTC()), "2024-02-29@23:59:58.007"},
+        {SDateTime(), "invalid-date-time"},
+        {SDate(2024, 2, 29), "2024-02-29"},
+        {SDate(), "invalid-date"},
+        {STime(23, 59, 58, 7, STimeZone::TZ_UTC()), "23:59:58.007"},
+        {STime(), "invalid-time"},
+        {STimeSpan(), "00:00:00.000"},
+        {day, "1d 02:03:04.005"},
+        {STimeSpan() - day, "-1d 02:03:04.005"},
+        {STimeSpan::FromMilliseconds(-9223372036854775807LL - 1), "-106751991167d 07:12:55.808"},
+        {-1, "-1"},
+        {4294967295U, "4294967295"},
+        {-2L, "-2"},
+        {3UL, "3"},
+        {-9223372036854775807LL - 1, "-9223372036854775808"},
+        {18446744073709551615ULL, "18446744073709551615"},
+        {Color::Red, "200"},
+        {kLarge, "1099511627776"},
+        {1.5, "1.500000"},
+        {static_cast<const char*>(nullptr), "(null)"},
+        {static_cast<const wchar_t*>(nullptr), "(null)"},
+        {nullptr, "(null)"},
+        {reinterpret_cast<const void*>(0xABC), "0x00000ABC"},
+        {true, "true"},
+        {false, "false"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.parameter.GetString(), c.text);
 }
 
 TEST(TracePoints, EvaluateTheirArgumentsOnlyWhenSwitchedOn) {
@@ -110,6 +125,17 @@ TEST(TracePoints, EvaluateTheirArgumentsOnlyWhenSwitchedOn) {
     TARN_TRACE_AT(6, "unit", "n=%1", ++evaluated);
     EXPECT_EQ(evaluated, 1);
     EXPECT_EQ(recorder.Lines(), std::vector<std::string>{"5 unit:line n=1"});
+}
+
+TEST(TracePoints, LoseNothingBehindAZeroByteAndDropLineEnds) {
+    const TraceRecorder recorder(5);
+    const SAnsiString zeros("a\0b\0", 4);
+    const std::string filling(600, 'x');  // more than has room without memory
+    TARN_TRACE_AT(5, "unit", "%1|%2", zeros, "Access denied.\r\n");
+    TARN_TRACE_AT(5, "unit", "%1%2|%3", filling.c_str(), SWCharString(L"a\0b\0", 4), "end\n");
+    const std::vector<std::string> expected = {"5 unit:line a\\x00b\\x00|Access denied.",
+                                               "5 unit:line " + filling + "a\\x00b\\x00|end"};
+    EXPECT_EQ(recorder.Lines(), expected);
 }
 
 TEST(TracePoints, ScopesHaveABeginningAndAnEndInOrder) {

@@ -24,6 +24,7 @@ class TARN_API SScopeTrace {
   public:
     /// Traces nothing when "on" is false or the trace point is switched off.
     SScopeTrace(bool on, int level, const char* file, int line, const char* name);
+    /// Traces the end, unless there is no memory for its text.
     ~SScopeTrace();
     SScopeTrace(const SScopeTrace&) = delete;
     SScopeTrace& operator=(const SScopeTrace&) = delete;
@@ -50,8 +51,11 @@ class TARN_API SScopeTrace {
 /// A scope of a function or block, of level 5 unless another is given.
 class TARN_API InstrumentScopeTrace : public SScopeTrace {
   public:
+    /// At a level, with the place.
     InstrumentScopeTrace(int level, const char* file, const char* name, int line);
+    /// At level 5, in a file.
     InstrumentScopeTrace(const char* file, const char* name);
+    /// At level 5, without a place.
     explicit InstrumentScopeTrace(const char* name);
 };
 
@@ -59,6 +63,7 @@ class TARN_API InstrumentScopeTrace : public SScopeTrace {
 /// words are left out.
 class TARN_API WorkflowScopeTrace : public SScopeTrace {
   public:
+    /// "root" says whether this begins the workflow; the words follow the label.
     WorkflowScopeTrace(bool root, const char* a, const char* b, const char* c);
 };
 

@@ -17,14 +17,15 @@
 ///     TARN_TRACE_AT(6, "csisocket", "connected after %1 ms", watch.GetElapsed());
 namespace TarnLibA500 {
 
-/// The level, file and line of one trace point. Calling it emits a text, whether the point is switched on or
+/// The level, file and line of one trace point. Calling it makes a text, whether the point is switched on or
 /// not: ask SLogger::ShouldTrace first, or use TARN_TRACE.
 class TARN_API STraceObj {
   public:
     /// The file is kept as a pointer; null is allowed.
     STraceObj(int level, const char* file, int line) noexcept : level_(level), file_(file), line_(line) {}
 
-    /// Emits the format (narrow or wide) filled in with 0 to 12 arguments.
+    /// Emits the format (narrow or wide) filled in with 0 to 12 arguments. A line end at the end of the text,
+    /// as the system's messages have it, is left out; a zero byte in it is written as \x00.
     template <class unit, class... Parameters>
     requires TraceParameters<Parameters...>
     void operator()(const unit* format, const Parameters&... parameters) const {
