@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 #include "diag/unlogged.h"
 
@@ -39,8 +40,7 @@ const char* OrNothing(const char* text) {
     return text != nullptr ? text : "";
 }
 
-void Deliver(const char* text) {
-    const SDiagnosticSink& sink = CurrentSink();
+void DeliverText(const SDiagnosticSink& sink, const char* text) {
     (sink.assertion != nullptr ? sink.assertion : &ReportUnlogged)(text);
 }
 
@@ -50,26 +50,59 @@ int Format(char* out, std::size_t size, const char* file, int line, const char* 
                          OrNothing(expression), message != nullptr ? message : kNoMessage);
 }
 
-void Report(const char* file, int line, const char* expression, const char* message) {
+using Bytes = std::unique_ptr<char, decltype(&std::free)>;
+
+// Null without memory: reports never throw.
+Bytes Allocate(int bytes) {
+    return Bytes(bytes > 0 ? static_cast<char*>(std::malloc(static_cast<std::size_t>(bytes))) : nullptr,
+                 &std::free);
+}
+
+template <class Deliver>
+void Report(const char* file, int line, const char* expression, const char* message, Deliver deliver) {
     char usual[kUsualTextBytes];
     const int length = Format(usual, sizeof usual, file, line, expression, message);
-    if (length < static_cast<int>(sizeof usual)) return Deliver(usual);
-    const std::size_t size = static_cast<std::size_t>(length) + 1;
-    char* whole = static_cast<char*>(std::malloc(size));
-    if (whole == nullptr) return Deliver(usual);  // cut, but reported
-    Format(whole, size, file, line, expression, message);
-    Deliver(whole);
-    std::free(whole);
+    if (length < static_cast<int>(sizeof usual)) return deliver(usual);
+    const Bytes whole = Allocate(length + 1);
+    if (whole == nullptr) return deliver(usual);  // cut, but reported
+    Format(whole.get(), static_cast<std::size_t>(length) + 1, file, line, expression, message);
+    deliver(whole.get());
+}
+
+/// A wide message in bytes, or as much of it as needs no memory when there is none.
+class NarrowMessage {
+  public:
+    NarrowMessage(const wchar_t* message, UINT codePage) {
+        if (convert(message, -1, codePage, usual_, sizeof usual_) != 0) return;
+        const int bytes = convert(message, -1, codePage, nullptr, 0);
+        whole_ = Allocate(bytes);
+        if (whole_ != nullptr) {
+            convert(message, -1, codePage, whole_.get(), bytes);
+        } else {
+            constexpr int kUnitsThatFit = sizeof usual_ / 3 - 1;  // a unit takes 3 bytes at most
+            usual_[convert(message, kUnitsThatFit, codePage, usual_, sizeof usual_)] = '\0';
+        }
+    }
+    const char* text() const { return whole_ != nullptr ? whole_.get() : usual_; }
+
+  private:
+    static int convert(const wchar_t* message, int units, UINT codePage, char* out, int room) {
+        return WideCharToMultiByte(codePage, 0, message, units, out, room, nullptr, nullptr);
+    }
+
+    char usual_[kUsualTextBytes];
+    Bytes whole_ = Allocate(0);
+};
+
+// One report at a time and thread, and only where they are wanted.
+template <class Action>
+void WhenWanted(Action report) {
+    if (reportingOnThisThread) return;
+    const ReportingMark mark;
+    if (SLogger::ShouldAssert()) report(CurrentSink());
 }
 
 }  // namespace
-
-void ReportUnlogged(const char* text) {
-    OutputDebugStringA(text);
-    OutputDebugStringA("\n");
-    std::fprintf(stderr, "%s\n", text);
-    std::fflush(stderr);
-}
 
 const SDiagnosticSink* InstallDiagnosticSink(const SDiagnosticSink* sink) {
     const SDiagnosticSink* const before = installedSink.exchange(sink, std::memory_order_acq_rel);
@@ -99,9 +132,9 @@ bool ShouldAssert() {
 }  // namespace SLogger
 
 void SAssert(const char* file, int line, const char* expression, const char* message) {
-    if (reportingOnThisThread) return;
-    const ReportingMark mark;
-    if (SLogger::ShouldAssert()) Report(file, line, expression, message);
+    WhenWanted([&](const SDiagnosticSink& sink) {
+        Report(file, line, expression, message, [&](const char* text) { DeliverText(sink, text); });
+    });
 }
 
 void SAssert(const char* file, int line, const char* expression) {
@@ -109,15 +142,15 @@ void SAssert(const char* file, int line, const char* expression) {
 }
 
 void SAssert(const char* file, int line, const char* expression, const wchar_t* message) {
-    char narrow[kUsualTextBytes] = "";
-    if (message != nullptr) {
-        // Bytes 0 to size - 2 only, so that a message that is too long is cut and still terminated.
-        const int units = static_cast<int>(wcsnlen(message, sizeof narrow / 2 - 1));
-        const int bytes =
-            WideCharToMultiByte(CP_ACP, 0, message, units, narrow, sizeof narrow - 1, "?", nullptr);
-        narrow[bytes > 0 ? bytes : 0] = '\0';
-    }
-    SAssert(file, line, expression, message != nullptr ? narrow : nullptr);
+    if (message == nullptr) return SAssert(file, line, expression);
+    WhenWanted([&](const SDiagnosticSink& sink) {
+        const bool isUtf8 = sink.assertionUtf8 != nullptr;
+        const NarrowMessage narrow(message, isUtf8 ? CP_UTF8 : CP_ACP);
+        Report(file, line, expression, narrow.text(), [&](const char* text) {
+            if (isUtf8) return sink.assertionUtf8(text);
+            DeliverText(sink, text);
+        });
+    });
 }
 
 bool ShouldTraceText(int level, const char* unit) {

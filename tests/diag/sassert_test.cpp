@@ -55,12 +55,20 @@ TEST_F(Assertions, LongTextsAreWholeAndASinkCanSwitchThemOff) {
     SAssert("unit", 1, "e", message.c_str());
     ASSERT_EQ(seen.size(), 1U);
     EXPECT_EQ(seen[0], "assert failure: (unit:1). (e : " + message + ").");
-    SAssert("unit", 1, "e", std::wstring(5000, L'w').c_str());  // cut, not lost
-    EXPECT_EQ(seen.size(), 2U);
+    SAssert("unit", 1, "e", std::wstring(5000, L'm').c_str());
+    ASSERT_EQ(seen.size(), 2U);
+    EXPECT_EQ(seen[1], seen[0]);
+    sink_.assertionUtf8 = &Remember;  // then nothing becomes "?"
+    const std::wstring wide(5000, L'\x20AC');
+    SAssert("unit", 1, "e", wide.c_str());
+    std::string utf8;
+    for (std::size_t i = 0; i < wide.size(); ++i) utf8 += "\xE2\x82\xAC";
+    ASSERT_EQ(seen.size(), 3U);
+    EXPECT_EQ(seen[2], "assert failure: (unit:1). (e : " + utf8 + ").");
     wanted = false;
     SAssert("unit", 1, "e");
     EXPECT_FALSE(SLogger::ShouldAssert());
-    EXPECT_EQ(seen.size(), 2U);
+    EXPECT_EQ(seen.size(), 3U);
 }
 
 TEST_F(Assertions, TracesReachTheSinkWhenItWantsThem) {
@@ -70,11 +78,13 @@ TEST_F(Assertions, TracesReachTheSinkWhenItWantsThem) {
     EXPECT_EQ(seen, std::vector<std::string>{"one"});
 }
 
-TEST(AssertionsBuiltIn, GoToStandardErrorAndAreOn) {
+TEST(AssertionsBuiltIn, GoToStandardErrorAsOneLineAndAreOn) {
+    const std::string filling(2000, 'x');
     testing::internal::CaptureStderr();
-    SAssert("unit", 3, "loaded");
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("assert failure: (unit:3). (loaded : no message)."),
-              std::string::npos);
+    SAssert("unit", 3, "loaded", ("a\r\nassert failure: (forged:1)." + filling + "\x1B\t").c_str());
+    EXPECT_EQ(
+        testing::internal::GetCapturedStderr(),
+        "assert failure: (unit:3). (loaded : a\\r\\nassert failure: (forged:1)." + filling + "\\x1B\t).\n");
     EXPECT_TRUE(SLogger::ShouldAssert());
     EXPECT_FALSE(ShouldTraceText(0, "unit"));
 }
