@@ -22,7 +22,8 @@ FLOORS = [
 ]
 FLOOR_OF = {area: number for number, areas in enumerate(FLOORS) for area in areas}
 
-# The folder diag holds three floors, told apart by the unit.
+# The folder diag holds three floors, told apart by the unit. All others there are the logger's, also sdescribeexception,
+# which knows the exceptions of every area and so stands above them.
 SEAM_UNITS = {"tarnapi", "sassert", "require", "unlogged", "levels"}
 TRACE_UNITS = {"straceparameter", "straceobj", "sscopetrace", "traceformat"}
 
@@ -117,6 +118,7 @@ def self_test():
         ({"src/time/a.cpp": '#include "system/b.h"\n', "src/system/b.h": ""}, 0),
         ({"src/time/a.h": '#include "system/b.h"\n', "src/system/b.h": '#include "time/a.h"\n'}, 1),
         ({"src/attic/a.cpp": ""}, 1),
+        ({"src/files/a.cpp": '#include "tarnlib/sdescribeexception.h"\n', "src/diag/sdescribeexception.cpp": ""}, 1),
         ({"src/files/a.cpp": '#include "tarnlib/siarray.h"\n'}, 0),
         ({"src/files/a.cpp": '#include "tarnlib/nowhere.h"\n'}, 1),
     ]
