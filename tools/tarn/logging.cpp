@@ -13,8 +13,8 @@ using TarnLibA500::SAnsiStringCI;
 constexpr const char* kSwitches[] = {"warningTrace", "reqTrace",   "sdkTrace",      "noassert",
                                      "alwaysclose",  "notraceini", "notracethread", "verbose",
                                      "nevertrace",   "stackdump",  "nativeassert",  "nonativeassert"};
-constexpr const char* kWithValue[] = {"trace",        "keep",         "maxLogFileSize",
-                                      "loggingPath",  "logFile",      "fileLogFilter",
+constexpr const char* kWithValue[] = {"trace",        "keep",         "maxLogFileSize",  "maxLogFiles",
+                                      "maxLogDays",   "loggingPath",  "logFile",         "fileLogFilter",
                                       "traceinipath", "tracecmpname", "loggingPluginDir"};
 
 bool IsOption(const std::string& word) {

@@ -4,14 +4,17 @@
 #include "system.h"
 #include "tarnlib/slogger.h"
 #include "tarnlib/straceobj.h"
+#include "tracelog/tracelog.h"
 
 #include <windows.h>
 
 namespace tarn {
 namespace {
 
+using TarnLibA500::CParamLineArgs;
 using TarnLibA500::SAnsiString;
 using TarnLibA500::STraceObj;
+using TraceLog400::EvalConfig;
 namespace SLogger = TarnLibA500::SLogger;
 
 constexpr const char* kUnit = "tarn";
@@ -23,7 +26,16 @@ constexpr const char* kHelp =
     "Emits a trace point of the level (0 to 18) with the text, once or N times with MS milliseconds\n"
     "between them, and says whether the logging options let it through, and where the log is. The\n"
     "options (-trace MASK, -loggingPath DIR, ...) are those of every command.\n"
-    "Exit status: 0; 1 when the trace point is switched off.\n";
+    "Exit status: 0; 1 when the trace point is switched off; 2 for a wrong mask.\n";
+
+// The log says it too, but here it is what was asked about.
+void RequireMask() {
+    SAnsiString letters;
+    const bool isGiven = CParamLineArgs(SLogger::GetCmdLine()).Lookup("trace", letters);
+    if (isGiven && !EvalConfig().assign_mask(letters.getString()))
+        throw Failure(std::string("-trace must be letters of ") + EvalConfig::known_letters() +
+                      ", and is \"" + Utf8Text(letters) + "\"");
+}
 
 ExitStatus Trace(const Words& arguments) {
     const Options options(arguments, {{"level", Options::Kind::RequiredValue},
@@ -34,6 +46,7 @@ ExitStatus Trace(const Words& arguments) {
     const int repeats = options.has("repeat") ? options.number("repeat", 1, kMaxRepeats) : 1;
     const int pause = options.has("pause") ? options.number("pause", 0, kMaxPause) : 0;
     const SAnsiString text = CodePageText(options.value("text"), "-text");
+    RequireMask();
     if (!SLogger::ShouldTrace(level, kUnit, __LINE__)) {
         Print("level " + std::to_string(level) + " is switched off\n");
         return kNo;
