@@ -34,6 +34,12 @@ bool FindJournal(const char* options, char* path, std::size_t room) {
     return true;
 }
 
+// An argument with line ends in it would look like several entries.
+void WriteArgument(const char* text) {
+    std::fputc(' ', journal);
+    for (; *text != '\0'; ++text) std::fputc(*text == '\r' || *text == '\n' ? ' ' : *text, journal);
+}
+
 }  // namespace
 
 extern "C" {
@@ -52,7 +58,7 @@ __declspec(dllexport) int Initialize(const char* options) {
 __declspec(dllexport) void Trace(int level, int category, unsigned long message, const char*,
                                  const char* const* arguments, unsigned count) {
     std::fprintf(journal, "%d/%d/%lu", level, category, message);
-    for (unsigned i = 0; i < count; ++i) std::fprintf(journal, " %s", arguments[i]);
+    for (unsigned i = 0; i < count; ++i) WriteArgument(arguments[i]);
     std::fputc('\n', journal);
     std::fflush(journal);
 }

@@ -1,7 +1,9 @@
 #include "diag/activelogger.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <utility>
 
 #include "diag/logdirectory.h"
 #include "diag/loggeroptions.h"
@@ -18,9 +20,31 @@ namespace {
 constexpr long kStopMilliseconds = 10'000;
 constexpr const char* kIniName = "trace.ini";
 
+// What the ini file cannot do: change where the log is or what was started, open dialogs, or silence the
+// process.
+constexpr const char* kNotFromIni[] = {"loggingPath",   "tracecmpname", "loggingPluginDir",
+                                       "notracethread", "traceinipath", "notraceini",
+                                       "nativeassert",  "noassert",     "nevertrace"};
+
 void PrintToStandardOutput(const SAnsiString& text) {
     std::fwrite(text.getString(), 1, text.getLength(), stdout);
     std::fflush(stdout);
+}
+
+// Its two lines one by one: a report is one line, whatever stands in the path.
+void ReportDirectoryFailure(const SAnsiString& directory) {
+    const SAnsiString text = LogDirectoryFailure(directory);
+    const auto lineEnd = text.find("\n");
+    TraceBridge::UnloadedAssert(text.left(lineEnd).getString());
+    TraceBridge::UnloadedAssert(lineEnd.getPtr() + 1);
+}
+
+SIArray<OptionNotice> WithoutKnown(const SIArray<OptionNotice>& notices, const SIArray<OptionNotice>& known) {
+    SIArray<OptionNotice> news;
+    for (const OptionNotice& notice : notices) {
+        if (std::find(known.begin(), known.end(), notice) == known.end()) news.Add(notice);
+    }
+    return news;
 }
 
 SAnsiString DescribeEngine() {
@@ -46,64 +70,85 @@ void ReleaseModule() {
 
 ActiveLogger::ActiveLogger(const CParamLineArgs& commandLine) : options_(MergedLoggerOptions(commandLine)) {
     TraceOptions options = readOptions();
-    directory_ = options.directory.isEmpty() ? DefaultLogDirectory() : options.directory;
-    if (!options.noIni)
-        ini_ = TraceIni(options.iniPath.isEmpty() ? MakePath(directory_, kIniName) : options.iniPath);
+    const LogDirectory directory = FindLogDirectory(options.directory);
+    directory_ = directory.path;
+    findIni(options, directory.isConfigured);
     if (ini_.update()) options = readOptions();
+    notices_ = options.notices;
     openLog(options);
-    loadPlugins(options.pluginDirectory);
+    try {
+        start(options);
+    } catch (...) {
+        stop();
+        throw;
+    }
+}
+
+// Anybody could put one beside the default directory for logs.
+void ActiveLogger::findIni(const TraceOptions& options, bool isDirectoryConfigured) {
+    if (options.noIni) return;
+    if (!options.iniPath.isEmpty()) {
+        ini_ = TraceIni(AbsolutePath(options.iniPath));
+    } else if (isDirectoryConfigured) {
+        ini_ = TraceIni(MakePath(directory_, kIniName));
+    }
+}
+
+void ActiveLogger::start(TraceOptions& options) {
+    plugins_.load(options.pluginDirectory, PluginOptions(options_));
     if (!options.noThread) startUpdater(options);
 }
 
-void ActiveLogger::stop() {
+void ActiveLogger::stop() noexcept {
     isStopped_ = true;
     stopUpdater();
-    {
-        const JTCSynchronized lock(pluginLock_);
-        hasPlugins_ = false;
-        plugins_.unload();
-    }
+    plugins_.unload();
     TraceBridge::Terminate();
 }
 
-// The ini file changes neither where the log is nor what was started.
 TraceOptions ActiveLogger::readOptions() {
     CParamLineArgs changes(ini_.options());
-    for (const char* name :
-         {"loggingPath", "tracecmpname", "loggingPluginDir", "notracethread", "traceinipath", "notraceini"})
-        changes.RemoveArg(name);
+    SIArray<OptionNotice> refusals;
+    for (const char* name : kNotFromIni) {
+        if (changes.RemoveArg(name))
+            refusals.Add({OptionNotice::Loss,
+                          SAnsiString("trace ini file: the option ") + name + " is not taken from there"});
+    }
+    if (!ini_.problem().isEmpty()) refusals.Add({OptionNotice::Loss, ini_.problem()});
     CParamLineArgs inEffect(options_);
     inEffect.MergeArgs(changes);
-    tracker_ = CParamLineTracker(inEffect);
-    return ReadTraceOptions(tracker_);
+    CParamLineTracker tracker(inEffect);
+    TraceOptions options = ReadTraceOptions(tracker);
+    options.notices.Append(refusals);
+    tracker_ = std::move(tracker);
+    return options;
 }
 
 void ActiveLogger::openLog(const TraceOptions& options) {
     if (options.verbose)
         PrintToStandardOutput("Admin before TraceBridge::Initialize: " + DescribeEngine() + "\n");
-    if (!MakeLogDirectory(directory_))
-        TraceBridge::UnloadedAssert(LogDirectoryFailure(directory_).getString());
+    if (!MakeLogDirectory(directory_)) ReportDirectoryFailure(directory_);
     TraceBridge::Initialize(options, directory_);
     if (options.verbose) PrintToStandardOutput("TraceLog state:\n" + DescribeEngine() + "\n");
 }
 
-void ActiveLogger::loadPlugins(const SAnsiString& directory) {
-    const JTCSynchronized lock(pluginLock_);
-    if (!directory.isEmpty()) plugins_.load(directory, PluginOptions(options_));
-    hasPlugins_ = !plugins_.isEmpty();
-}
-
+// What was said before is not said again.
 void ActiveLogger::refresh() {
-    if (!ini_.update()) return;
-    const TraceOptions options = readOptions();
+    isIniPending_ |= ini_.update();
+    if (!isIniPending_) return;
+    TraceOptions options = readOptions();
+    SIArray<OptionNotice> all(options.notices);
+    options.notices = WithoutKnown(all, notices_);
     if (!isStopped_) TraceBridge::Reconfigure(options);
+    std::swap(notices_, all);
+    isIniPending_ = false;
 }
 
 // Without a thread logging goes on; then every line is written at once.
 void ActiveLogger::startUpdater(TraceOptions& options) {
     HoldModule();
-    updater_ = new TraceStateUpdaterThread([this] { refresh(); });
     try {
+        updater_ = new TraceStateUpdaterThread([this] { refresh(); });
         updater_->start();
     } catch (const std::exception& failure) {
         delete updater_;
@@ -111,8 +156,7 @@ void ActiveLogger::startUpdater(TraceOptions& options) {
         ReleaseModule();
         options.noThread = true;
         options.notices.RemoveAll();
-        options.notices.Add(
-            {TraceLog400::Logger::Warning, SAnsiString("no trace state updater: ") + failure.what()});
+        options.notices.Add({OptionNotice::Loss, SAnsiString("no trace state updater: ") + failure.what()});
         TraceBridge::Reconfigure(options);
     }
 }
@@ -134,12 +178,6 @@ SAnsiString ActiveLogger::getCmdLine() const {
     CParamLineArgs options(options_);
     options.SetArg("loggingPath", directory_);
     return options.GetCmdLine();
-}
-
-void ActiveLogger::logToPlugins(int level, int category, unsigned long message, const SAnsiString& text,
-                                const SIArray<SAnsiString>& arguments) const {
-    const JTCSynchronized lock(pluginLock_);
-    plugins_.log(level, category, message, text, arguments);
 }
 
 }  // namespace TarnLibA500

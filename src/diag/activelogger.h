@@ -16,18 +16,17 @@ class TraceStateUpdaterThread;
 /// in it when it is stopped.
 class ActiveLogger : public CRefCount {
   public:
-    /// Reads the options, opens the log, loads plug-ins and starts the refresh thread.
+    /// Reads the options, opens the log, loads plug-ins and starts the refresh thread. When it throws, nothing
+    /// of that is left.
     explicit ActiveLogger(const CParamLineArgs& commandLine);
     ActiveLogger(const ActiveLogger&) = delete;
     ActiveLogger& operator=(const ActiveLogger&) = delete;
 
-    /// Stops and closes everything. Plug-ins are ended once nobody is in them any more.
-    void stop();
+    /// Stops and closes everything, without memory. Plug-ins are ended once nobody is in them any more.
+    void stop() noexcept;
 
     SAnsiString getCmdLine() const;
-    bool hasPlugins() const { return hasPlugins_; }
-    void logToPlugins(int level, int category, unsigned long message, const SAnsiString& text,
-                      const SIArray<SAnsiString>& arguments) const;
+    LoggingDLL& plugins() { return plugins_; }
 
     /// Takes up a changed trace ini file.
     void refresh();
@@ -37,8 +36,9 @@ class ActiveLogger : public CRefCount {
 
   private:
     TraceOptions readOptions();
+    void findIni(const TraceOptions& options, bool isDirectoryConfigured);
     void openLog(const TraceOptions& options);
-    void loadPlugins(const SAnsiString& directory);
+    void start(TraceOptions& options);
     void startUpdater(TraceOptions& options);
     void stopUpdater();
 
@@ -46,9 +46,9 @@ class ActiveLogger : public CRefCount {
     CParamLineTracker tracker_;  ///< the options in effect, those of the ini file too
     SAnsiString directory_;
     TraceIni ini_;
-    mutable JTCMonitor pluginLock_;
+    bool isIniPending_ = false;      ///< the ini file has changed, and that is not in effect yet
+    SIArray<OptionNotice> notices_;  ///< what the last reading of the options brought up
     LoggingDLL plugins_;
-    std::atomic<bool> hasPlugins_{false};
     std::atomic<bool> isStopped_{false};
     TraceStateUpdaterThread* updater_ = nullptr;
 };

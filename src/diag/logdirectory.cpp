@@ -19,10 +19,18 @@ SAnsiString TempDirectory() try { return SFileSys::getTempDirname(); } catch (co
 
 }  // namespace
 
-SAnsiString DefaultLogDirectory() {
-    const SAnsiString configured =
-        Registry(kSettingsRoot, "Logging", HKEY_LOCAL_MACHINE, false).ReadValue("loggingPath");
-    return configured.isEmpty() ? MakePath(TempDirectory(), kDirectoryInTemp) : configured;
+SAnsiString AbsolutePath(const SAnsiString& path) try {
+    return SFileSys::isFullPath(path) ? path : SFileSys::getFullPath(path);
+} catch (const SFileSysException&) {
+    return path;  // whoever opens it says what is wrong
+}
+
+LogDirectory FindLogDirectory(const SAnsiString& given) {
+    SAnsiString path = given;
+    if (path.isEmpty())
+        path = Registry(kSettingsRoot, "Logging", HKEY_LOCAL_MACHINE, false).ReadValue("loggingPath");
+    if (!path.isEmpty()) return {AbsolutePath(path), true};
+    return {AbsolutePath(MakePath(TempDirectory(), kDirectoryInTemp)), false};
 }
 
 bool MakeLogDirectory(const SAnsiString& directory) try {

@@ -5,9 +5,19 @@
 /// Where log files go when the options do not say it, and making that directory.
 namespace TarnLibA500 {
 
-/// The value "loggingPath" of the registry key "Logging" under the settings root; without one velmora\logging
-/// in the directory for temporary files. Nothing is written to the registry.
-SAnsiString DefaultLogDirectory();
+struct LogDirectory {
+    SAnsiString path;  ///< absolute
+    /// False for the default below the directory for temporary files, which another user may have made.
+    bool isConfigured;
+};
+
+/// The directory of the options; without one the value "loggingPath" of the registry key "Logging" under the
+/// settings root, and without that velmora\logging in the directory for temporary files. Nothing is written to
+/// the registry.
+LogDirectory FindLogDirectory(const SAnsiString& given);
+
+/// A path as it is from now on, whatever becomes the current directory.
+SAnsiString AbsolutePath(const SAnsiString& path);
 
 /// Makes the directory and those above it. False when it is not there in the end.
 bool MakeLogDirectory(const SAnsiString& directory);

@@ -1,9 +1,14 @@
 #include "diag/loggerimpl.h"
 
 #include <climits>
+#include <new>
 
+#include "diag/levels.h"
 #include "diag/require.h"
+#include "diag/traceformat.h"
+#include "tarnlib/sdescribeexception.h"
 #include "tarnlib/sstringconv.h"
+#include "tarnlib/straceobj.h"
 
 namespace TarnLibA500 {
 namespace {
@@ -20,9 +25,35 @@ Function Optional(const CSharedLibrary& module, const char* name) {
     return reinterpret_cast<Function>(module.TryResolve(name));
 }
 
+// Always the one type that is caught: a sum of texts is of their base's.
+[[noreturn]] void Refuse(const SAnsiString& why) {
+    throw why;
+}
+
+// Calls a function of a plug-in. An exception of the plug-in's ends here, and a text is thrown in its place.
+template <class Call>
+auto Guarded(const char* function, Call call) {
+    SAnsiString why;
+    try {
+        return call();
+    } catch (...) {
+        why = SDescribeException();
+    }
+    Refuse(SAnsiString("its function ") + function + " threw: " + why);
+}
+
+// Ends go on without memory for a text.
+void TraceEnd(const SAnsiString& path, const SAnsiString& why) noexcept {
+    try {
+        TARN_TRACE_AT(levels::kLoss, kUnit, "the logging plug-in %1 threw at its end: %2", path, why);
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+}
+
 }  // namespace
 
-SLoggerImpl::SLoggerImpl(const SAnsiString& path, const SAnsiString& options) {
+SLoggerImpl::SLoggerImpl(const SAnsiString& path, const SAnsiString& options) : path_(path) {
     module_.LoadAbsolute(path);
     resolve();
     start(options);
@@ -38,14 +69,17 @@ void SLoggerImpl::resolve() {
 }
 
 void SLoggerImpl::start(const SAnsiString& options) {
-    const int version = Needed<LoggingPlugin::GetDLLVersionFunction>(module_, "GetDLLVersion")();
+    const int version =
+        Guarded("GetDLLVersion", Needed<LoggingPlugin::GetDLLVersionFunction>(module_, "GetDLLVersion"));
     if (version != LoggingPlugin::kInterfaceVersion)
-        throw SAnsiString("it was built for version ") + SStringConv::ToString(version) + " of the interface";
-    if (initialize_(options.getString()) == 0) throw SAnsiString("it refused to start");
+        Refuse(SAnsiString("it was built for version ") + SStringConv::ToString(version) +
+               " of the interface");
+    if (Guarded("Initialize", [&] { return initialize_(options.getString()); }) == 0)
+        Refuse("it refused to start");
     try {
-        categories_ = askForCategories();
+        categories_ = Guarded("GetParam", [this] { return askForCategories(); });
     } catch (...) {
-        terminate_();  // it has started
+        terminate();  // it has started
         throw;
     }
 }
@@ -55,7 +89,12 @@ int SLoggerImpl::askForCategories() const {
     if (getParam_ == nullptr || freeString_ == nullptr) return categories;
     char* const text = getParam_("numcategories");
     if (text == nullptr) return categories;
-    if (!SStringConv::FromString(SAnsiString(text), categories)) categories = INT_MAX;
+    try {
+        if (!SStringConv::FromString(SAnsiString(text), categories)) categories = INT_MAX;
+    } catch (...) {
+        freeString_(text);
+        throw;
+    }
     freeString_(text);
     return categories;
 }
@@ -63,14 +102,25 @@ int SLoggerImpl::askForCategories() const {
 void SLoggerImpl::log(int level, int category, unsigned long message, const SAnsiString& text,
                       const SIArray<SAnsiString>& arguments) const {
     if (category >= categories_) return;
+    SIArray<SAnsiString> visible;
+    for (const SAnsiString& argument : arguments) visible.Add(VisibleZeros(argument));
     SIArray<const char*> pointers;
-    for (const SAnsiString& argument : arguments) pointers.Add(argument.getString());
-    trace_(level, category, message, text.getString(), pointers.Data(), pointers.GetSize());
+    for (const SAnsiString& argument : visible) pointers.Add(argument.getString());
+    Guarded("Trace",
+            [&] { trace_(level, category, message, text.getString(), pointers.Data(), pointers.GetSize()); });
+}
+
+void SLoggerImpl::terminate() const noexcept {
+    try {
+        terminate_();
+    } catch (...) {
+        TraceEnd(path_, SDescribeException());
+    }
 }
 
 SLoggerImpl::~SLoggerImpl() {
     Require(GetRefCount() == 0, kUnit, "GetRefCount() == 0");
-    terminate_();
+    terminate();
 }
 
 }  // namespace TarnLibA500

@@ -11,4 +11,8 @@ CParamLineArgs ParseLoggerOptions(const SAnsiString& text);
 /// The options of the environment variable, overridden by those of the process's command line.
 CParamLineArgs MergedLoggerOptions(const CParamLineArgs& commandLine);
 
+/// The options for others' eyes: "****" stands in place of the value of every option whose name contains
+/// "pass", "pwd", "secret", "token" or "key", in any case.
+CParamLineArgs WithoutSecrets(const CParamLineArgs& options);
+
 }  // namespace TarnLibA500

@@ -1,9 +1,13 @@
 #include "diag/loggingdll.h"
 
+#include <utility>
+
+#include "diag/levels.h"
 #include "diag/loggeroptions.h"
-#include "system/systemtext.h"
+#include "strings/lineend.h"
 #include "tarnlib/pathparts.h"
 #include "tarnlib/registry.h"
+#include "tarnlib/ssfilesearch.h"
 #include "tarnlib/straceobj.h"
 
 #include <windows.h>
@@ -12,32 +16,8 @@ namespace TarnLibA500 {
 namespace {
 
 constexpr const char* kUnit = "loggingdll";
-constexpr int kFailureLevel = 7;
 constexpr const char* kPattern = "log_xn_*.dll";
 constexpr const char* kSystemPlugin = "log_xn_system";
-
-// Closes a search of the system's.
-class FileSearch {
-  public:
-    explicit FileSearch(const SAnsiString& pattern) {
-        search_ = FindFirstFileW(ToSystem(pattern).getString(), &found_);
-        isValid_ = search_ != INVALID_HANDLE_VALUE;
-    }
-    ~FileSearch() {
-        if (search_ != INVALID_HANDLE_VALUE) FindClose(search_);
-    }
-    FileSearch(const FileSearch&) = delete;
-    FileSearch& operator=(const FileSearch&) = delete;
-
-    bool isValid() const { return isValid_; }
-    SAnsiString name() const { return FromSystem(found_.cFileName); }
-    void next() { isValid_ = FindNextFileW(search_, &found_) != 0; }
-
-  private:
-    WIN32_FIND_DATAW found_;
-    HANDLE search_;
-    bool isValid_;
-};
 
 SAnsiString Stem(const SAnsiString& fileName) {
     SAnsiString directory, name, extension;
@@ -48,8 +28,9 @@ SAnsiString Stem(const SAnsiString& fileName) {
 // The system plug-in first, then in the order of the directory.
 SIArray<SAnsiString> FindModules(const SAnsiString& directory) {
     SIArray<SAnsiString> first, others;
-    for (FileSearch search(MakePath(directory, kPattern)); search.isValid(); search.next()) {
-        const SAnsiString name = search.name();
+    SSFileSearch search;
+    for (bool found = search.FindFirst(directory, kPattern); found; found = search.FindNext()) {
+        const SAnsiString name = search.GetEntry().name;
         (Stem(name).compareNoCase(kSystemPlugin) == 0 ? first : others).Add(name);
     }
     first.Append(others);
@@ -57,7 +38,7 @@ SIArray<SAnsiString> FindModules(const SAnsiString& directory) {
 }
 
 void TraceFailure(const SAnsiString& path, const SAnsiString& why) {
-    TARN_TRACE_AT(kFailureLevel, kUnit, "the logging plug-in %1 is not used: %2", path, why);
+    TARN_TRACE_AT(levels::kLoss, kUnit, "the logging plug-in %1 is not used: %2", path, WithoutLineEnd(why));
 }
 
 }  // namespace
@@ -65,8 +46,14 @@ void TraceFailure(const SAnsiString& path, const SAnsiString& why) {
 void LoggingDLL::load(const SAnsiString& directory, const SAnsiString& options) {
     if (directory.isEmpty()) return;
     if (!IsAbsolutePath(directory)) return TraceFailure(directory, "the directory is not an absolute path");
-    for (const SAnsiString& name : FindModules(directory))
-        loadOne(MakePath(directory, name), Stem(name), options);
+    const PluginTurn turn(turns_);
+    try {
+        for (const SAnsiString& name : FindModules(directory))
+            loadOne(MakePath(directory, name), Stem(name), options);
+    } catch (const SFileSysException& failure) {
+        TraceFailure(MakePath(directory, kPattern), failure.toString());
+    }
+    isEmpty_ = loggers_.IsEmpty();
 }
 
 void LoggingDLL::loadOne(const SAnsiString& path, const SAnsiString& name, const SAnsiString& options) {
@@ -79,13 +66,37 @@ void LoggingDLL::loadOne(const SAnsiString& path, const SAnsiString& name, const
     }
 }
 
+// They end when nobody waits for a turn any more: a plug-in may be waiting for a thread that logs.
 void LoggingDLL::unload() {
-    loggers_.RemoveAll();
+    Loggers ending;
+    const PluginTurn turn(turns_);
+    isEmpty_ = true;
+    if (turn.outcome() == PluginTurns::Mine) std::swap(ending, loggers_);
 }
 
 void LoggingDLL::log(int level, int category, unsigned long message, const SAnsiString& text,
-                     const SIArray<SAnsiString>& arguments) const {
-    for (const auto& [name, logger] : loggers_) logger->log(level, category, message, text, arguments);
+                     const SIArray<SAnsiString>& arguments) {
+    SIArray<CRefPtr<SLoggerImpl>> failed;  // they end after the turn
+    const PluginTurn turn(turns_);
+    if (turn.outcome() == PluginTurns::Stuck) traceStuck();
+    if (turn.outcome() != PluginTurns::Mine) return;
+    for (auto at = loggers_.GetFirst(); at != loggers_.End();) {
+        const auto [name, logger] = *at++;
+        try {
+            logger->log(level, category, message, text, arguments);
+        } catch (const SAnsiString& why) {
+            TraceFailure(logger->path(), why);
+            failed.Add(logger);
+            loggers_.RemoveKey(name);
+        }
+    }
+    isEmpty_ = loggers_.IsEmpty();
+}
+
+void LoggingDLL::traceStuck() {
+    if (turns_.isNews())
+        TARN_TRACE_AT(levels::kLoss, kUnit,
+                      "a logging plug-in does not return: entries are not handed over until it does");
 }
 
 SAnsiString PluginOptions(const CParamLineArgs& given) {
@@ -93,7 +104,7 @@ SAnsiString PluginOptions(const CParamLineArgs& given) {
         Registry("SOFTWARE\\velmora", "velmora", HKEY_LOCAL_MACHINE, false).ReadValue("CmdLine");
     CParamLineArgs options = ParseLoggerOptions(kept);
     options.MergeArgs(given);
-    return options.GetCmdLine();
+    return WithoutSecrets(options).GetCmdLine();
 }
 
 }  // namespace TarnLibA500

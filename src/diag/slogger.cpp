@@ -1,8 +1,10 @@
 #include "tarnlib/slogger.h"
 
 #include "diag/activelogger.h"
+#include "diag/levels.h"
 #include "diag/require.h"
 #include "diag/tracebridge.h"
+#include "diag/traceformat.h"
 #include "diag/tracetext.h"
 #include "jtc/jtc.h"
 #include "tarnlib/straceobj.h"
@@ -11,13 +13,13 @@ namespace TarnLibA500 {
 namespace {
 
 constexpr const char* kUnit = "slogger";
-constexpr int kLogLevel = 0;
 
 /// What the process has of logging. It is never destroyed: trace points outlive static objects.
 struct LoggerState {
     JTCMonitor startAndStop;  ///< held while logging starts or stops, and by nobody else
     JTCMonitor lock;          ///< guards the pointer, and is never held while anything else is called
     int initializations = 0;
+    bool isChanging = false;  ///< a plug-in is called then, and must not start or stop logging itself
     CRefPtr<ActiveLogger> active;
 };
 
@@ -37,6 +39,18 @@ void SetActive(const CRefPtr<ActiveLogger>& active) {
     State().active = active;
 }
 
+/// Marks that logging is being started or stopped.
+class Change {
+  public:
+    explicit Change(LoggerState& state) : state_(state) { state_.isChanging = true; }
+    ~Change() { state_.isChanging = false; }
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+
+  private:
+    LoggerState& state_;
+};
+
 SAnsiString LogLine(loglevel level, logcategory category, unsigned long message,
                     const SIArray<SAnsiString>& arguments) {
     SAnsiString line = STraceHelper("Log: level=%1 cat=%2 msg=%3", static_cast<int>(level),
@@ -52,7 +66,11 @@ namespace SLogger {
 bool Initialize(const CParamLineArgs& args) {
     LoggerState& state = State();
     const JTCSynchronized lock(state.startAndStop);
-    if (state.initializations == 0) SetActive(new ActiveLogger(args));
+    if (!Require(!state.isChanging, kUnit, "!isChanging")) return false;
+    if (state.initializations == 0) {
+        const Change change(state);
+        SetActive(new ActiveLogger(args));
+    }
     ++state.initializations;
     return true;
 }
@@ -64,21 +82,23 @@ bool Initialize() {
 void Terminate() {
     LoggerState& state = State();
     const JTCSynchronized lock(state.startAndStop);
+    if (!Require(!state.isChanging, kUnit, "!isChanging")) return;
     if (!Require(state.initializations > 0, kUnit, "initializations > 0")) return;
     if (--state.initializations != 0) return;
+    const Change change(state);
     const CRefPtr<ActiveLogger> last = Active();
     SetActive(nullptr);
     last->stop();
 }
 
 void Log(loglevel level, logcategory category, unsigned long message, const SIArray<SAnsiString>& arguments) {
-    const bool isTraced = MayTrace(kLogLevel) && ShouldTrace(kLogLevel, kUnit);
+    const bool isTraced = MayTrace(levels::kEntry) && ShouldTrace(levels::kEntry, kUnit);
     const CRefPtr<ActiveLogger> active = Active();
-    const bool hasPlugins = active != nullptr && active->hasPlugins();
+    const bool hasPlugins = active != nullptr && !active->plugins().isEmpty();
     if (!isTraced && !hasPlugins) return;
-    const SAnsiString line = LogLine(level, category, message, arguments);
-    if (isTraced) EmitTraceText(kLogLevel, kUnit, 0, line.getString());
-    if (hasPlugins) active->logToPlugins(level, category, message, line, arguments);
+    const SAnsiString line = VisibleZeros(LogLine(level, category, message, arguments));
+    if (isTraced) EmitTraceText(levels::kEntry, kUnit, 0, line.getString());
+    if (hasPlugins) active->plugins().log(level, category, message, line, arguments);
 }
 
 SAnsiString GetCmdLine() {

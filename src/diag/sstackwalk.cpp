@@ -6,8 +6,10 @@
 #include <cstdint>
 
 #include "diag/exportedname.h"
+#include "diag/levels.h"
 #include "system/systemtext.h"
 #include "tarnlib/sstringconv.h"
+#include "tarnlib/straceobj.h"
 
 #include <windows.h>
 
@@ -62,7 +64,9 @@ SAnsiString FrameLine(std::size_t number, const void* address) {
 
 bool AppendFrames(SAnsiString& text, const Frames& frames, std::size_t skip) {
     if (frames.count == 0) {
-        text += "Could not generate the stack dump because of an error: " + SystemErrorText(GetLastError());
+        const SAnsiString why = SystemErrorText(GetLastError());
+        TARN_TRACE_AT(levels::kFailure, "sstackwalk", "the stack cannot be walked: %1", why);
+        text += "Could not generate the stack dump because of an error: " + why;
         return false;
     }
     for (std::size_t i = skip; i < frames.count; ++i) text += FrameLine(i - skip, frames.addresses[i]);

@@ -1,7 +1,9 @@
 #include "diag/tracebridge.h"
 
 #include <atomic>
+#include <new>
 
+#include "diag/levels.h"
 #include "diag/nativeassert.h"
 #include "diag/tracelevels.h"
 #include "diag/tracetext.h"
@@ -21,6 +23,7 @@ using TraceLog400::Logger;
 
 constexpr const char* kRequestDevice = "request";
 constexpr const char* kSdkDevice = "sdk";
+constexpr const char* kOptionsUnit = "traceoptions";
 
 // The switches that are asked at trace points and assertions, from any thread.
 struct Switches {
@@ -56,15 +59,22 @@ void OpenLevels(const TraceLog400::EvalConfig& eval) {
     SLogger::openTraceLevels.store(open, std::memory_order_release);
 }
 
+// Devices are made first, because that can fail.
 void TakeSwitches(const TraceOptions& options) {
+    if (options.requestChannel) DeviceAdmin::get().create(DeviceInfo(kRequestDevice));
+    if (options.sdkChannel) DeviceAdmin::get().create(DeviceInfo(kSdkDevice));
     switches.requestChannel = options.requestChannel;
     switches.sdkChannel = options.sdkChannel;
     switches.never = options.never;
     switches.noAssert = options.noAssert;
     switches.stackDump = options.stackDump;
     switches.nativeAssert = options.nativeAssert;
-    if (options.requestChannel) DeviceAdmin::get().create(DeviceInfo(kRequestDevice));
-    if (options.sdkChannel) DeviceAdmin::get().create(DeviceInfo(kSdkDevice));
+}
+
+void ClearSwitches() {
+    for (std::atomic<bool>* const one : {&switches.requestChannel, &switches.sdkChannel, &switches.never,
+                                         &switches.noAssert, &switches.stackDump, &switches.nativeAssert})
+        *one = false;
 }
 
 void ConfigureEngine(const TraceOptions& options, const char* directory) {
@@ -83,23 +93,73 @@ void ConfigureEngine(const TraceOptions& options, const char* directory) {
     activation.apply();
 }
 
-void WriteNotices(const TraceOptions& options) {
-    for (const OptionNotice& notice : options.notices) Logger(notice.kind) << Utf8(notice.text).text();
+void WriteNotice(const OptionNotice& notice) {
+    const Utf8 text(notice.text);
+    switch (notice.kind) {
+        case OptionNotice::Information:
+            Logger(Logger::M) << text.text();
+            break;
+        case OptionNotice::Deprecated:
+            Logger(Logger::Warning) << text.text();
+            break;
+        case OptionNotice::Abandoned:
+            Logger(Logger::Assert) << text.text();
+            break;
+        case OptionNotice::Loss:  // whatever the mask is: it may be what was refused
+            Logger(Logger::M, MakeEvent(FindTraceLevel(levels::kLoss), kOptionsUnit, 0)) << text.text();
+            break;
+    }
 }
 
-void OnAssertion(const char* text) {
-    SAnsiString report(text);
-    if (switches.stackDump) {
-        constexpr int kOwnFrames = 4;  // this one and the way here through the seam
-        report.concat("\nStack Dump:\n");
-        SStackWalk::StackWalkAll(report, kOwnFrames);
+// Where nothing is written, what went wrong is still said.
+void WriteNotices(const TraceOptions& options) {
+    for (const OptionNotice& notice : options.notices) {
+        if (!options.never) {
+            WriteNotice(notice);
+        } else if (notice.kind != OptionNotice::Information) {
+            TraceBridge::UnloadedAssert(notice.text.getString());
+        }
     }
+}
+
+// An assertion's line in UTF-8, with the stack behind it when that is wanted.
+SAnsiString WithStack(const char* utf8) {
+    SAnsiString report(utf8);
+    if (!switches.stackDump) return report;
+    constexpr int kOwnFrames = 4;  // this one and the way here through the seam
+    SAnsiString stack;
+    SStackWalk::StackWalkAll(stack, kOwnFrames);
+    report.concat("\nStack Dump:\n").concat(Utf8(stack).text());
+    return report;
+}
+
+void ReportAssertion(const char* utf8) {
+    const SAnsiString report = WithStack(utf8);
     if (switches.never) {
-        TraceBridge::UnloadedAssert(report.getString());
+        CollectedText text;
+        text.append(report.getString(), report.getLength());
+        TraceBridge::UnloadedAssert(text.text().getString());
     } else {
-        Complain(report);
+        Logger(Logger::Assert) << report.getString();
     }
     if (switches.nativeAssert) ShowNativeAssert(report.getString());
+}
+
+// Without memory for more the line alone is reported: an assertion never throws.
+void OnAssertion(const char* text) {
+    try {
+        ReportAssertion(Utf8(text).text());
+    } catch (const std::bad_alloc&) {
+        TraceBridge::UnloadedAssert(text);
+    }
+}
+
+void OnUtf8Assertion(const char* text) {
+    try {
+        ReportAssertion(text);
+    } catch (const std::bad_alloc&) {
+        TraceBridge::UnloadedAssert(text);
+    }
 }
 
 bool WantsAssertions() {
@@ -113,6 +173,7 @@ void OnTrace(int level, const char* file, int line, const char* text) {
 SDiagnosticSink MakeSink() {
     SDiagnosticSink sink;
     sink.assertion = &OnAssertion;
+    sink.assertionUtf8 = &OnUtf8Assertion;
     sink.shouldAssert = &WantsAssertions;
     sink.shouldTraceAt = &TraceBridge::ShouldTrace;
     sink.traceAt = &OnTrace;
@@ -128,20 +189,39 @@ SAnsiString& DirectoryInEffect() {
     return directory;
 }
 
+void CloseEngine() noexcept {
+    ClearSwitches();
+    try {
+        DeviceAdmin::get().close_all();
+    } catch (const std::bad_alloc&) {
+        // Nothing is written any more, and the files are closed; the mask is set anew by the next start.
+    }
+    DirectoryInEffect().empty();
+}
+
 void WriteToChannel(const char* device, const EventInfo& event, const char* prefix, const char* text) {
     Logger(Logger::M, event, DeviceAdmin::get().device(device)) << prefix << Utf8(text).text();
 }
 
 }  // namespace
 
+// What can fail comes before trace points and assertions are taken over.
 bool TraceBridge::Initialize(const TraceOptions& options, const SAnsiString& directory) {
+    try {
+        ConfigureEngine(options, Utf8(directory).text());
+        if (!ValidateMapping()) {
+            CloseEngine();
+            return false;
+        }
+        TakeSwitches(options);
+        WriteNotices(options);
+    } catch (...) {
+        CloseEngine();
+        throw;
+    }
     DirectoryInEffect() = directory;
-    ConfigureEngine(options, Utf8(directory).text());
-    if (!ValidateMapping()) return false;
-    TakeSwitches(options);
     sinkBefore = InstallDiagnosticSink(&bridgeSink);
     OpenLevels(options.eval);
-    WriteNotices(options);
     return true;
 }
 
@@ -152,11 +232,9 @@ void TraceBridge::Reconfigure(const TraceOptions& options) {
     WriteNotices(options);
 }
 
-void TraceBridge::Terminate() {
+void TraceBridge::Terminate() noexcept {
     InstallDiagnosticSink(sinkBefore);
-    TakeSwitches(TraceOptions());
-    DeviceAdmin::get().close_all();
-    DirectoryInEffect().empty();
+    CloseEngine();
 }
 
 bool TraceBridge::ShouldTrace(int level, const char* file, int line) {
@@ -183,6 +261,8 @@ bool TraceBridge::Trace(int level, const char* text, const char* file, int line,
     const TraceLevel& row = FindTraceLevel(level);
     EventInfo event = MakeEvent(row, file, line);
     event.marker = flags & kMark;
+    const bool isRequest = level == kRequestLevel || level == kSdkRequestLevel;
+    if (isRequest && !ShouldTrace(level, file, line)) return true;  // events ask the engine themselves
     if (row.isRequest == 0) {
         Logger(Logger::S, event) << Utf8(text).text();
     } else if (level == kRequestLevel) {

@@ -15,16 +15,16 @@ class TraceBridge {
     };
 
     /// Opens the engine in a directory with these options, and takes over assertions and trace points. False
-    /// only when the mapping of the levels is broken.
+    /// only when the mapping of the levels is broken. When it throws, the engine is closed again.
     static bool Initialize(const TraceOptions& options, const SAnsiString& directory);
     /// Puts changed options into effect: all but the directory and the component's name.
     static void Reconfigure(const TraceOptions& options);
     /// Gives back assertions and trace points, writes what is waiting and closes the files.
-    static void Terminate();
+    static void Terminate() noexcept;
 
     /// Whether a trace point is switched on. A number that is no level is reported and false.
     static bool ShouldTrace(int level, const char* file, int line);
-    /// Writes a text of a level; false for a number that is no level.
+    /// Writes a text of a level when that is switched on; false for a number that is no level.
     static bool Trace(int level, const char* text, const char* file, int line, unsigned flags);
 
     /// Reports a text while the engine is not open: to a debugger and on standard error.

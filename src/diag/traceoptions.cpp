@@ -10,16 +10,15 @@ namespace {
 
 using TraceLog400::ByFileLine;
 using TraceLog400::EvalConfig;
-using TraceLog400::Logger;
 
 constexpr const char* kDefaultMask = "cw";
 
-void Notify(TraceOptions& options, Logger::Kind kind, const SAnsiString& text) {
+void Notify(TraceOptions& options, OptionNotice::Kind kind, const SAnsiString& text) {
     options.notices.Add({kind, text});
 }
 
 void Refuse(TraceOptions& options, const char* name, const SAnsiString& value, const SAnsiString& wanted) {
-    Notify(options, Logger::Assert,
+    Notify(options, OptionNotice::Loss,
            "TraceBridge::Initialize: Invalid argument " + value + " provided to " + name + " - must be " +
                wanted);
 }
@@ -36,7 +35,7 @@ void ReadMask(CParamLineTracker& given, TraceOptions& options) {
     } else {
         options.eval.assign_mask("w");
     }
-    Notify(options, Logger::Warning,
+    Notify(options, OptionNotice::Deprecated,
            "TraceBridge::Initialize: Deprecated option -warningTrace used: use -trace w instead");
 }
 
@@ -101,14 +100,14 @@ void ReadFilter(CParamLineTracker& given, TraceOptions& options) {
     const SIArray<SAnsiString> entries = Entries(value);
     if (entries.GetSize() == 0) {
         options.eval.assign_filter(ByFileLine());
-        return Notify(options, Logger::Assert,
+        return Notify(options, OptionNotice::Loss,
                       "Empty argument passed to fileLogFilter - comma delimited list of filenames required");
     }
     const ByFileLine filter = MakeFilter(entries);
     options.eval.assign_filter(filter);
     CollectedText files;
     filter.print(files);
-    Notify(options, Logger::M, "Using ByFileLine predicate:\n" + files.text());
+    Notify(options, OptionNotice::Information, "Using ByFileLine predicate:\n" + files.text());
 }
 
 void ReadSwitches(CParamLineTracker& given, TraceOptions& options) {
@@ -130,8 +129,10 @@ void ReadTexts(CParamLineTracker& given, TraceOptions& options) {
     given.take("tracecmpname", options.component);
     given.take("loggingPluginDir", options.pluginDirectory);
     if (given.take("traceinipath", options.iniPath))
-        Notify(options, Logger::M, "TraceBridge::Initialize: pullable set to " + options.iniPath);
-    if (given.take("logFile")) Notify(options, Logger::Assert, "The logFile argument is no longer accepted.");
+        Notify(options, OptionNotice::Information,
+               "TraceBridge::Initialize: pullable set to " + options.iniPath);
+    if (given.take("logFile"))
+        Notify(options, OptionNotice::Abandoned, "The logFile argument is no longer accepted.");
 }
 
 }  // namespace

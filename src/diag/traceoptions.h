@@ -9,8 +9,15 @@ namespace TarnLibA500 {
 
 /// Something that reading the options brought up, to be written once the log is open.
 struct OptionNotice {
-    TraceLog400::Logger::Kind kind = TraceLog400::Logger::M;
+    enum Kind {
+        Information,  ///< what is in effect
+        Deprecated,   ///< an option that has a successor
+        Abandoned,    ///< an option that is no more
+        Loss          ///< a value that is not taken, or what does not work as asked
+    };
+    Kind kind = Information;
     SAnsiString text;
+    bool operator==(const OptionNotice& other) const { return kind == other.kind && text == other.text; }
 };
 
 struct TraceOptions {

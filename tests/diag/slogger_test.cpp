@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/assert_recorder.h"
@@ -29,11 +30,30 @@ class Logging : public testing::Test {
     void TearDown() override {
         for (; started_ > 0; --started_) SLogger::Terminate();
         SEnvironment::Remove("ZQE_LOGGER_ENVIRONMENT");
+        SEnvironment::Remove("TARN_HOSTILE");
     }
     void start(const std::string& options) {
-        const std::string line = "prog.exe " + options + " -loggingPath \"" + folder_.string() + "\"";
+        startWith("prog.exe " + options + " -loggingPath \"" + folder_.string() + "\"");
+    }
+    void startWith(const std::string& line) {
         EXPECT_TRUE(SLogger::Initialize(CParamLineArgs(line.c_str())));
         ++started_;
+    }
+    /// The options that load a plug-in of the tests' or of the examples'.
+    std::string plugin(const std::string& name) const {
+        fs::create_directories(folder_);
+        fs::copy_file(fs::path(TARN_TEST_PLUGINS) / name, folder_ / name,
+                      fs::copy_options::overwrite_existing);
+        return " -loggingPluginDir \"" + folder_.string() + "\"";
+    }
+    /// Stops and returns the log.
+    std::string stopAndRead() {
+        const std::string path = SLogger::GetLogFile().getString();
+        stop();
+        std::string log;
+        for (const std::string& line : Lines(path)) log += line + "\n";
+        fs::remove(path);
+        return log;
     }
     void stop() {
         SLogger::Terminate();
@@ -120,42 +140,137 @@ TEST_F(Logging, CarriesTheContextOfARequest) {
 }
 
 TEST_F(Logging, StructuredEntriesReachTheLogAndThePlugIns) {
-    const fs::path plugins = fs::path(TARN_TEST_PLUGINS);
     const fs::path journal = folder_.parent_path() / "journal.txt";
-    fs::create_directories(folder_);
     write("log_xn_broken.dll", "not a module");
-    fs::copy_file(plugins / "log_xn_sample.dll", folder_ / "log_xn_sample.dll");
-    start("-trace m -sampleJournal \"" + journal.string() + "\" -loggingPluginDir \"" + folder_.string() +
-          "\"");
-    SLog(loglevel_warning, logcategory_network, 4711, "a", nullptr, "b c");
+    start("-trace m -sampleJournal \"" + journal.string() + "\"" + plugin("log_xn_sample.dll"));
+    SLog(loglevel_warning, logcategory_network, 4711, "a", nullptr, "b\nc");
     SLog(loglevel_error, static_cast<logcategory>(32), 1, "beyond the plug-in's categories");
     const std::string path = SLogger::GetLogFile().getString();
     stop();
     const std::vector<std::string> lines = Lines(path);
     ASSERT_EQ(lines.size(), 4U);  // the failure, what follows from it, and two entries
     EXPECT_NE(lines[1].find("log_xn_broken.dll is not used: "), std::string::npos) << lines[1];
-    EXPECT_NE(lines[2].find(" slogger Log: level=1 cat=2 msg=4711 p=a p=b c"), std::string::npos) << lines[1];
+    EXPECT_NE(lines[2].find(" slogger Log: level=1 cat=2 msg=4711 p=a p=b\\nc"), std::string::npos)
+        << lines[1];
     EXPECT_EQ(Lines(journal), std::vector<std::string>{"1/2/4711 a b c"});
 }
 
+#ifndef TARN_STATIC
+namespace {
+
+template <class Function>
+Function InHostile(const char* name) {
+    const HMODULE module = GetModuleHandleW(L"log_xn_hostile.dll");
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+}  // namespace
+
+TEST_F(Logging, SurvivesHostilePlugIns) {
+    const struct {
+        const char* behaviour;
+        const char* inLog;
+    } cases[] = {
+        {"of-another-time", "is not used: it was built for version 2 of the interface\n"},
+        {"throws-at-start", "log_xn_hostile.dll is not used: its function Initialize threw: not today\n"},
+        {"throws-when-asked",
+         "log_xn_hostile.dll is not used: its function GetParam threw: std::bad_alloc\n"},
+        {"throws", "log_xn_hostile.dll is not used: its function Trace threw: broken\n"},
+        {"throws-at-end", "log_xn_hostile.dll threw at its end: an exception of an unknown type\n"},
+        {"logs", "p=from within\n"},
+        {"waits-at-end", "p=entry\n"},
+        {"restarts", "(!isChanging : no message)."},
+    };
+    for (const auto& c : cases) {
+        SEnvironment::Set("TARN_HOSTILE", c.behaviour);
+        start("-trace m" + plugin("log_xn_hostile.dll"));
+        for (int i = 0; i < 3; ++i) SLog(loglevel_error, logcategory_general, 1, "entry");
+        const std::string log = stopAndRead();
+        EXPECT_NE(log.find(c.inLog), log.npos) << c.behaviour << "\n" << log;
+        EXPECT_EQ(log.find(c.inLog) == log.rfind(c.inLog), std::string(c.inLog).find("p=") != 0)
+            << c.behaviour;
+        EXPECT_EQ(GetModuleHandleW(L"log_xn_hostile.dll"), nullptr) << c.behaviour;
+    }
+}
+
+TEST_F(Logging, OneThreadAtATimeIsInThePlugIns) {
+    constexpr int kThreads = 4;
+    constexpr int kEntries = 1000;
+    start("-trace c -Password hunter2 -theKeyFile c:\\k.pem -passive -hostile no" +
+          plugin("log_xn_hostile.dll"));
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([] {
+            for (int i = 0; i < kEntries; ++i) SLog(loglevel_error, logcategory_general, 1, "entry");
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(InHostile<int (*)()>("Overlaps")(), 0);
+    EXPECT_EQ(InHostile<int (*)()>("Calls")(), kThreads * kEntries);
+    const std::string options = InHostile<const char* (*)()>("Options")();
+    EXPECT_NE(options.find(" -Password **** -theKeyFile **** -passive "), options.npos) << options;
+    const SAnsiString own = SLogger::GetCmdLine();
+    EXPECT_NE(own.find("hunter2"), own.end());
+}
+#endif
+
 TEST_F(Logging, TakesUpAChangedIniFile) {
-    write("trace.ini", "# at the start\n trace = s \n");
-    start("-trace c");
+    write("trace.ini", "\xEF\xBB\xBFtrace = s \n# at the start\n");
+    start("-trace c -keep perhaps");
     EXPECT_TRUE(SLogger::ShouldTrace(2, "f.cpp"));
     EXPECT_FALSE(SLogger::ShouldTrace(8, "f.cpp"));
     const SAnsiString file = SLogger::GetLogFile();
-    write("trace.ini", "trace=d\nfileLogFilter=f.cpp\nkeep=perhaps\ntracecmpname=other");
+    write("trace.ini",
+          "trace=d\nfileLogFilter=f.cpp\nmaxLogFileSize=x\ntracecmpname="
+          "other\nNoAssert\nneverTrace\nnativeassert");
     EXPECT_TRUE(WaitFor(10, [] { return SLogger::ShouldTrace(4, "f.cpp"); }));
     EXPECT_FALSE(SLogger::ShouldTrace(4, "g.cpp"));
+    EXPECT_TRUE(SLogger::ShouldAssert());
+    EXPECT_FALSE(SLogger::IsNativeAssert());
     EXPECT_EQ(SLogger::GetLogFile(), file);  // the name cannot be changed under way
     fs::remove(folder_ / "trace.ini");
     EXPECT_TRUE(WaitFor(10, [] { return !SLogger::ShouldTrace(4, "f.cpp"); }));
     EXPECT_TRUE(SLogger::ShouldTrace(8, "g.cpp"));
     const std::string path = SLogger::GetLogFile().getString();
     stop();
-    ASSERT_EQ(Lines(path).size(), 2U);  // said once, about the one change
-    EXPECT_NE(Lines(path)[0].find("Using ByFileLine predicate:\\n  f.cpp"), std::string::npos);
-    EXPECT_NE(Lines(path)[1].find("Invalid argument perhaps provided to keep"), std::string::npos);
+    const char* const expected[] = {
+        // each said once
+        "Invalid argument perhaps provided to keep",       "Using ByFileLine predicate:\\n  f.cpp",
+        "Invalid argument x provided to maxLogFileSize",   "the option tracecmpname is not taken from there",
+        "the option nativeassert is not taken from there", "the option noassert is not taken from there",
+        "the option nevertrace is not taken from there"};
+    const std::vector<std::string> lines = Lines(path);
+    ASSERT_EQ(lines.size(), std::size(expected)) << testing::PrintToString(lines);
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        EXPECT_NE(lines[i].find(expected[i]), std::string::npos) << lines[i];
+}
+
+TEST_F(Logging, TrustsNoIniFileInTheTemporaryDirectory) {
+    const fs::path temp = folder_.parent_path();
+    fs::create_directories(temp / "velmora" / "logging");
+    std::ofstream(temp / "velmora" / "logging" / "trace.ini") << "trace=*";
+    SAnsiString before;
+    SEnvironment::Get("TMP", before);
+    SEnvironment::Set("TMP", temp.string().c_str());
+    startWith("prog.exe");
+    EXPECT_NE(SLogger::GetLogFile().find("velmora\\logging\\tarn"), SLogger::GetLogFile().end());
+    EXPECT_FALSE(SLogger::ShouldTrace(4, "f.cpp"));
+    stop();
+    startWith("prog.exe -traceinipath \"" + (temp / "velmora" / "logging" / "trace.ini").string() + "\"");
+    EXPECT_TRUE(SLogger::ShouldTrace(4, "f.cpp"));
+    SEnvironment::Set("TMP", before);
+}
+
+TEST_F(Logging, StaysWhereItWasWhenTheCurrentDirectoryChanges) {
+    const fs::path before = fs::current_path();
+    fs::current_path(folder_.parent_path());
+    write("trace.ini", "trace=s");
+    startWith("prog.exe -loggingPath \"log files\"");
+    fs::current_path(before);
+    EXPECT_TRUE(SLogger::ShouldTrace(2, "f.cpp"));
+    EXPECT_EQ(SLogger::GetCmdLine(), ("prog.exe -loggingPath \"" + folder_.string() + "\"").c_str());
+    SAssert("unit", 1, "e");
+    EXPECT_TRUE(fs::exists(SLogger::GetLogFile().getString()));
 }
 
 TEST_F(Logging, GoesOnWithoutItsDirectory) {

@@ -5,11 +5,14 @@
 /// GetDLLVersion, Initialize, Trace and Terminate must be there.
 ///
 /// Texts are in the process's code page. The functions are called by one thread at a time, between Initialize
-/// and Terminate; none may throw.
+/// and Terminate. None should throw: a plug-in that does is traced and left out. A plug-in may use the library
+/// and log itself; such entries are traced, but not handed to the plug-ins. It must not start or stop logging.
+/// While its Trace does not return, entries of other threads wait for up to 10 seconds and are then handed
+/// over no more until it does.
 ///
 ///     extern "C" __declspec(dllexport) void Trace(int level, int category, unsigned long message,
-///                                                 const char* text, const char* const* arguments, unsigned
-///                                                 count) {
+///                                                 const char* text, const char* const* arguments,
+///                                                 unsigned count) {
 ///         std::fprintf(journal, "%d %lu %s\n", level, message, text);
 ///     }
 namespace TarnLibA500::LoggingPlugin {
@@ -20,7 +23,8 @@ inline constexpr int kInterfaceVersion = 1;
 /// "GetDLLVersion": the interface version that the plug-in was built for. Others than kInterfaceVersion are
 /// not loaded.
 using GetDLLVersionFunction = int (*)();
-/// "Initialize": the options in effect as a command line. 0 when the plug-in cannot work; it is unloaded
+/// "Initialize": the options in effect as a command line, with "****" in place of the value of each option
+/// whose name contains "pass", "pwd", "secret", "token" or "key". 0 when the plug-in cannot work; it is unloaded
 /// then.
 using InitializeFunction = int (*)(const char* options);
 /// "Trace": one structured entry, with its numbers, as one line of text, and as its arguments.

@@ -16,6 +16,7 @@ struct _EXCEPTION_POINTERS;
 ///     //  0 tarnlib-5-0.dll TarnLibA500::SFile::open(...)+0x4f (0x6f44131f)
 namespace TarnLibA500 {
 
+/// Walks the stack.
 class TARN_API SStackWalk {
   public:
     /// Appends the caller's stack, without its innermost "skip" frames, and returns true. When the stack
