@@ -1,39 +1,71 @@
 #pragma once
 
+#include <utility>
+
 #include <windows.h>
 
 /// The one way in which the library reaches the registry. Test builds (TARN_TEST_SEAMS) count the calls and
-/// make the n-th one fail; otherwise these are direct calls. Results are the system's error codes.
+/// the open keys, and make the n-th call fail; otherwise these are direct calls. Results are the system's
+/// error codes.
 namespace TarnLibA500::osregistry {
 
 #ifdef TARN_TEST_SEAMS
 /// Counts a call; an error code when it is to fail, otherwise 0.
 LONG Before(bool opens = false);
+/// Count a key that the system opened, and one that is closed.
+void CountOpened();
+void CountClosed();
 /// Makes the n-th call from now fail, once; 0: none.
 void FailCall(unsigned long nth, LONG error);
 unsigned long CallsSoFar();
 unsigned long OpensSoFar();
+/// Keys that are open now.
+long OpenKeys();
 #else
 inline LONG Before(bool = false) {
     return ERROR_SUCCESS;
 }
+inline void CountOpened() {}
+inline void CountClosed() {}
 #endif
 
+/// Takes a key that the system gave, if it did; what it leaves in its place on a failure is not said.
+inline LONG Take(LONG error, HKEY opened, HKEY& key) {
+    if (error == ERROR_SUCCESS) {
+        key = opened;
+        CountOpened();
+    }
+    return error;
+}
+
 inline LONG Open(HKEY root, const wchar_t* path, REGSAM access, HKEY& key) {
-    const LONG error = Before(true);
-    return error != ERROR_SUCCESS ? error : RegOpenKeyExW(root, path, 0, access, &key);
+    LONG error = Before(true);
+    HKEY opened = nullptr;
+    if (error == ERROR_SUCCESS) error = RegOpenKeyExW(root, path, 0, access, &opened);
+    return Take(error, opened, key);
 }
 
 inline LONG Create(HKEY root, const wchar_t* path, REGSAM access, HKEY& key) {
-    const LONG error = Before(true);
-    return error != ERROR_SUCCESS ? error
-                                  : RegCreateKeyExW(root, path, 0, nullptr, REG_OPTION_NON_VOLATILE, access,
-                                                    nullptr, &key, nullptr);
+    LONG error = Before(true);
+    HKEY opened = nullptr;
+    if (error == ERROR_SUCCESS)
+        error = RegCreateKeyExW(root, path, 0, nullptr, REG_OPTION_NON_VOLATILE, access, nullptr, &opened,
+                                nullptr);
+    return Take(error, opened, key);
 }
 
 inline LONG Connect(const wchar_t* machine, HKEY root, HKEY& remote) {
-    const LONG error = Before();
-    return error != ERROR_SUCCESS ? error : RegConnectRegistryW(machine, root, &remote);
+    LONG error = Before();
+    HKEY opened = nullptr;
+    if (error == ERROR_SUCCESS) error = RegConnectRegistryW(machine, root, &opened);
+    return Take(error, opened, remote);
+}
+
+/// The key that HKEY_CURRENT_USER stands for, under a handle of its own.
+inline LONG OpenCurrentUser(HKEY& key) {
+    HKEY opened = nullptr;
+    const LONG error = RegOpenCurrentUser(KEY_QUERY_VALUE, &opened);
+    return Take(error, opened, key);
 }
 
 inline LONG Query(HKEY key, const wchar_t* name, DWORD& type, BYTE* data, DWORD& bytes) {
@@ -71,7 +103,37 @@ inline LONG EnumValue(HKEY key, DWORD index, wchar_t* name, DWORD& units) {
 }
 
 inline void Close(HKEY key) noexcept {
+    CountClosed();
     RegCloseKey(key);
 }
+
+/// A key that is open for as long as the object lives.
+class Key {
+  public:
+    Key() noexcept = default;
+    Key(Key&& other) noexcept : key_(other.release()) {}
+    Key& operator=(Key&& other) noexcept {
+        Key taken(std::move(other));
+        std::swap(key_, taken.key_);
+        return *this;
+    }
+    ~Key() { close(); }
+
+    HKEY get() const noexcept { return key_; }
+    /// Where one of the functions above puts the key that it opens; what was open before is closed.
+    HKEY& room() noexcept {
+        close();
+        return key_;
+    }
+    void close() noexcept {
+        if (key_ != nullptr) Close(key_);
+        key_ = nullptr;
+    }
+    /// The key, which is the caller's to close from now on.
+    [[nodiscard]] HKEY release() noexcept { return std::exchange(key_, nullptr); }
+
+  private:
+    HKEY key_ = nullptr;
+};
 
 }  // namespace TarnLibA500::osregistry

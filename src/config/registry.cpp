@@ -2,13 +2,15 @@
 
 #include <utility>
 
+#include "config/registrypath.h"
 #include "config/registryvalue.h"
-#include "diag/require.h"
-#include "system/systemtext.h"
+#include "tarnlib/sassert.h"
 #include "tarnlib/sstringconv.h"
 
 namespace TarnLibA500 {
 namespace {
+
+using registrypath::IsMissing;
 
 constexpr const char* kUnit = "registry";
 constexpr REGSAM kWriteAccess = KEY_SET_VALUE | KEY_QUERY_VALUE;
@@ -36,20 +38,25 @@ Registry::Registry(const Registry& other)
       create_(other.create_) {}
 
 Registry& Registry::operator=(const Registry& other) {
-    if (&other == this) return *this;
-    disconnect();
-    subKey_ = other.subKey_;
-    root_ = other.root_;
-    name_ = other.name_;
-    machine_ = other.machine_;
-    remoteRoot_ = other.ownsRemoteRoot_ ? nullptr : other.remoteRoot_;
-    isRemote_ = other.isRemote_;
-    create_ = other.create_;
+    Registry copy(other);
+    swap(copy);
     return *this;
 }
 
 Registry::~Registry() {
     disconnect();
+}
+
+void Registry::swap(Registry& other) noexcept {
+    std::swap(subKey_, other.subKey_);
+    std::swap(root_, other.root_);
+    std::swap(name_, other.name_);
+    std::swap(machine_, other.machine_);
+    std::swap(remoteRoot_, other.remoteRoot_);
+    std::swap(isRemote_, other.isRemote_);
+    std::swap(ownsRemoteRoot_, other.ownsRemoteRoot_);
+    std::swap(key_, other.key_);
+    std::swap(create_, other.create_);
 }
 
 void Registry::close() noexcept {
@@ -76,6 +83,20 @@ void Registry::SetRemoteKeyHandle(HKEY root) {
     isRemote_ = root != nullptr;
 }
 
+// The key, or one of its values, as a trace names it.
+SAnsiString Registry::place(const SAnsiStringCI* value) const {
+    const SWCharString path = ToSystem(subKey_);
+    const SWCharString name = value != nullptr ? ToSystem(*value) : SWCharString();
+    const SAnsiString key =
+        registrypath::Describe(root_, path.getString(), value != nullptr ? name.getString() : nullptr);
+    if (machine_.isEmpty()) return key;
+    return "\\\\" + machineName() + "\\" + key;
+}
+
+void Registry::trace(const char* doing, const SAnsiStringCI* value, long error) const {
+    registrypath::TraceFailure(doing, error, [&] { return place(value); });
+}
+
 // --- opening ---
 
 bool Registry::isPathUsable() const {
@@ -85,51 +106,56 @@ bool Registry::isPathUsable() const {
     return false;
 }
 
-// Null when another machine cannot be reached.
-HKEY Registry::rootInUse() {
-    if (!isRemote_) return root_;
-    if (remoteRoot_ != nullptr) return remoteRoot_;
-    const bool isPrefixed = machine_.getString()[0] == '\\';
-    const SWCharString machine = ToSystem(isPrefixed ? machine_ : SAnsiString("\\\\") + machine_);
-    ownsRemoteRoot_ = osregistry::Connect(machine.getString(), root_, remoteRoot_) == ERROR_SUCCESS;
-    return ownsRemoteRoot_ ? remoteRoot_ : nullptr;
+// Of a machine's name, which comes with and without backslashes.
+SAnsiString Registry::machineName() const {
+    const char* name = machine_.getString();
+    while (*name == '\\') ++name;
+    return name;
 }
 
-long Registry::open() {
+// Connects to another machine if that is not done yet.
+long Registry::rootInUse(HKEY& root) {
+    if (isRemote_ && remoteRoot_ == nullptr) {
+        const SWCharString machine = ToSystem("\\\\" + machineName());
+        const LONG error = osregistry::Connect(machine.getString(), root_, remoteRoot_);
+        if (error != ERROR_SUCCESS) return error;
+        ownsRemoteRoot_ = true;
+    }
+    root = isRemote_ ? remoteRoot_ : root_;
+    return ERROR_SUCCESS;
+}
+
+long Registry::open(bool mayCreate) {
     if (key_ != nullptr) return ERROR_SUCCESS;
-    const HKEY root = isPathUsable() ? rootInUse() : nullptr;
-    if (root == nullptr) return ERROR_FILE_NOT_FOUND;
+    if (!isPathUsable()) return ERROR_BAD_PATHNAME;
     const SWCharString path = ToSystem(subKey_);
-    LONG error = osregistry::Open(root, path.getString(), KEY_READ, key_);
-    if (error == ERROR_FILE_NOT_FOUND && create_)
+    HKEY root = nullptr;
+    LONG error = rootInUse(root);
+    if (error == ERROR_SUCCESS) error = osregistry::Open(root, path.getString(), KEY_READ, key_);
+    if (error == ERROR_FILE_NOT_FOUND && mayCreate && create_)
         error = osregistry::Create(root, path.getString(), KEY_READ, key_);
-    if (error != ERROR_SUCCESS) key_ = nullptr;
+    if (error != ERROR_SUCCESS && !IsMissing(error)) trace("open", nullptr, error);
     return error;
 }
 
-long Registry::openReported() {
-    const LONG error = open();
+long Registry::openReported(bool mayCreate) {
+    const LONG error = open(mayCreate);
     if (error == ERROR_ACCESS_DENIED) ReportFailure("RegOpenKeyEx", subKey_, error);
     return error;
 }
 
-bool Registry::openForRead() {
-    return openReported() == ERROR_SUCCESS;
-}
-
-// A handle of its own, for the caller to close; null, and reported, when it cannot be had.
-HKEY Registry::openForWrite() {
-    const HKEY root = isPathUsable() ? rootInUse() : nullptr;
-    if (root == nullptr) return nullptr;
-    HKEY key = nullptr;
-    const LONG error = osregistry::Create(root, ToSystem(subKey_).getString(), kWriteAccess, key);
-    if (error == ERROR_SUCCESS) return key;
-    ReportFailure("RegOpenKeyEx", subKey_, error);
-    return nullptr;
+// A handle of its own.
+long Registry::openForWrite(bool mayCreate, HKEY& key) {
+    const SWCharString path = ToSystem(subKey_);
+    HKEY root = nullptr;
+    const LONG error = rootInUse(root);
+    if (error != ERROR_SUCCESS) return error;
+    return mayCreate ? osregistry::Create(root, path.getString(), kWriteAccess, key)
+                     : osregistry::Open(root, path.getString(), kWriteAccess, key);
 }
 
 bool Registry::KeyExists() {
-    const LONG error = open();
+    const LONG error = open(false);
     if (error == ERROR_ACCESS_DENIED) Report("false", "KeyExists failed. Access Denied");
     return error == ERROR_SUCCESS;
 }
@@ -139,26 +165,39 @@ bool Registry::KeyExists() {
 SAnsiString Registry::ReadValue(const SAnsiStringCI& name, HKEY& key, unsigned long& type) {
     registryvalue::Raw value;
     type = REG_NONE;
-    if (registryvalue::Read(key, ToSystem(name).getString(), value) != ERROR_SUCCESS) return SAnsiString();
+    const SWCharString wideName = ToSystem(name);
+    const LONG error = registryvalue::Read(key, wideName.getString(), value);
+    if (error != ERROR_SUCCESS) {
+        if (!IsMissing(error))
+            registrypath::TraceFailure(
+                "read", error, [&] { return registrypath::Describe(key, L"", wideName.getString()); });
+        return SAnsiString();
+    }
     type = value.type;
     return registryvalue::TextOf(value);
 }
 
 // Asks the open key. One that was deleted and made again meanwhile is opened anew.
 template <class Query>
-long Registry::query(Query call) {
-    LONG error = openReported();
-    if (error == ERROR_SUCCESS) error = call();
-    if (error != ERROR_KEY_DELETED) return error;
-    close();
-    error = open();
-    return error == ERROR_SUCCESS ? call() : error;
+long Registry::query(bool mayCreate, const SAnsiStringCI* value, Query call) {
+    LONG error = openReported(mayCreate);
+    if (error != ERROR_SUCCESS) return error;
+    error = call();
+    if (error == ERROR_KEY_DELETED) {
+        close();
+        error = openReported(mayCreate);
+        if (error != ERROR_SUCCESS) return error;
+        error = call();
+    }
+    if (error != ERROR_SUCCESS && !IsMissing(error)) trace("read", value, error);
+    return error;
 }
 
 SAnsiString Registry::ReadValue(const SAnsiStringCI& name) {
     registryvalue::Raw value;
     const SWCharString wideName = ToSystem(name);
-    const LONG error = query([&] { return registryvalue::Read(key_, wideName.getString(), value); });
+    const LONG error =
+        query(true, &name, [&] { return registryvalue::Read(key_, wideName.getString(), value); });
     return error == ERROR_SUCCESS ? registryvalue::TextOf(value) : SAnsiString();
 }
 
@@ -173,41 +212,47 @@ SAnsiString Registry::readBack(const SAnsiStringCI& name, const SAnsiString& exp
 
 SAnsiString Registry::ReadValue(const SAnsiStringCI& name, const SAnsiString& defaultValue) {
     unsigned long type = REG_NONE;
-    if (look(name, type) != ERROR_FILE_NOT_FOUND) return ReadValue(name);
+    if (look(true, name, type) != ERROR_FILE_NOT_FOUND) return ReadValue(name);
     WriteValue(name, defaultValue);
     return readBack(name, defaultValue, "defaultValue == retval");
 }
 
 SAnsiString Registry::ReadValue(const SAnsiStringCI& name, unsigned long defaultValue) {
     unsigned long type = REG_NONE;
-    if (look(name, type) != ERROR_FILE_NOT_FOUND) return ReadValue(name);
+    if (look(true, name, type) != ERROR_FILE_NOT_FOUND) return ReadValue(name);
     WriteValue(name, defaultValue);
     return readBack(name, SStringConv::ToString(defaultValue),
                     "retval == SStringConv::ToString(defaultValue)");
 }
 
-long Registry::look(const SAnsiStringCI& name, unsigned long& type) {
+long Registry::look(bool mayCreate, const SAnsiStringCI& name, unsigned long& type) {
     DWORD found = REG_NONE;
     const SWCharString wideName = ToSystem(name);
-    const LONG error = query([&] {
+    const LONG error = query(mayCreate, &name, [&] {
         DWORD bytes = 0;
-        return osregistry::Query(key_, wideName.getString(), found, nullptr, bytes);
+        const LONG told = osregistry::Query(key_, wideName.getString(), found, nullptr, bytes);
+        return told == ERROR_MORE_DATA ? ERROR_SUCCESS : told;
     });
-    const bool isThere = error == ERROR_SUCCESS || error == ERROR_MORE_DATA;
-    if (isThere) type = found;
-    return isThere ? ERROR_SUCCESS : error;
+    if (error == ERROR_SUCCESS) type = found;
+    return error;
 }
 
 bool Registry::GetType(const SAnsiStringCI& name, unsigned long& type) {
-    return look(name, type) == ERROR_SUCCESS;
+    return look(false, name, type) == ERROR_SUCCESS;
+}
+
+bool Registry::isWritten(const SAnsiStringCI& name, long error) const {
+    if (error == ERROR_SUCCESS) return true;
+    trace("write", &name, error);
+    ReportFailure("RegSetValueEx", name, error);
+    return false;
 }
 
 bool Registry::write(const SAnsiStringCI& name, unsigned long type, const void* data, unsigned long bytes,
                      HKEY key) {
-    const LONG error =
-        osregistry::Set(key, ToSystem(name).getString(), type, static_cast<const BYTE*>(data), bytes);
-    if (error != ERROR_SUCCESS) ReportFailure("RegSetValueEx", name, error);
-    return error == ERROR_SUCCESS;
+    const SWCharString wideName = ToSystem(name);
+    return isWritten(name,
+                     osregistry::Set(key, wideName.getString(), type, static_cast<const BYTE*>(data), bytes));
 }
 
 bool Registry::WriteValue(const SAnsiStringCI& name, const SAnsiString& value, HKEY& key) {
@@ -220,41 +265,49 @@ bool Registry::WriteValue(const SAnsiStringCI& name, unsigned long value, HKEY& 
 }
 
 bool Registry::WriteValue(const SAnsiStringCI& name, const SAnsiString& value) {
-    HKEY key = openForWrite();
-    if (key == nullptr) return false;
-    const bool isWritten = WriteValue(name, value, key);
-    osregistry::Close(key);
-    return isWritten;
+    return writeOpening(name, value);
 }
 
 bool Registry::WriteValue(const SAnsiStringCI& name, unsigned long value) {
-    HKEY key = openForWrite();
-    if (key == nullptr) return false;
-    const bool isWritten = WriteValue(name, value, key);
-    osregistry::Close(key);
-    return isWritten;
+    return writeOpening(name, value);
+}
+
+template <class Value>
+bool Registry::writeOpening(const SAnsiStringCI& name, const Value& value) {
+    if (!isPathUsable()) return false;
+    osregistry::Key key;
+    const LONG error = openForWrite(true, key.room());
+    HKEY raw = key.get();
+    return isWritten(name, error) && WriteValue(name, value, raw);
 }
 
 bool Registry::DeleteValue(const SAnsiStringCI& name) {
     unsigned long type = REG_NONE;
     if (!GetType(name, type)) return false;
-    const HKEY key = openForWrite();
-    if (key == nullptr) return false;
-    const LONG error = osregistry::DeleteValue(key, ToSystem(name).getString());
-    osregistry::Close(key);
+    const SWCharString wideName = ToSystem(name);
+    osregistry::Key key;
+    LONG error = openForWrite(false, key.room());
+    if (error != ERROR_SUCCESS)
+        ReportFailure("RegOpenKeyEx", subKey_, error);
+    else
+        error = osregistry::DeleteValue(key.get(), wideName.getString());
+    if (error != ERROR_SUCCESS) trace("delete", &name, error);
     return error == ERROR_SUCCESS;
 }
 
+// A handle of its own for an iterator; none when the key cannot be read.
+HKEY Registry::openForIterator() {
+    osregistry::Key key;
+    query(false, nullptr, [&] { return osregistry::Open(key_, L"", KEY_READ, key.room()); });
+    return key.release();
+}
+
 Registry::KeyIterator Registry::EnumSubKeys() {
-    HKEY key = nullptr;
-    if (!openForRead() || osregistry::Open(key_, L"", KEY_READ, key) != ERROR_SUCCESS) return KeyIterator();
-    return KeyIterator(key);
+    return KeyIterator(openForIterator());
 }
 
 Registry::ValueIterator Registry::EnumValues() {
-    HKEY key = nullptr;
-    if (!openForRead() || osregistry::Open(key_, L"", KEY_READ, key) != ERROR_SUCCESS) return ValueIterator();
-    return ValueIterator(key);
+    return ValueIterator(openForIterator());
 }
 
 }  // namespace TarnLibA500

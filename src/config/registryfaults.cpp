@@ -7,6 +7,7 @@ namespace {
 unsigned long calls = 0;
 unsigned long opens = 0;
 unsigned long failing = 0;
+long openKeys = 0;
 LONG errorToGive = ERROR_SUCCESS;
 
 }  // namespace
@@ -14,6 +15,14 @@ LONG errorToGive = ERROR_SUCCESS;
 LONG Before(bool isOpen) {
     if (isOpen) ++opens;
     return ++calls == failing ? errorToGive : ERROR_SUCCESS;
+}
+
+void CountOpened() {
+    ++openKeys;
+}
+
+void CountClosed() {
+    --openKeys;
 }
 
 void FailCall(unsigned long nth, LONG error) {
@@ -27,6 +36,10 @@ unsigned long CallsSoFar() {
 
 unsigned long OpensSoFar() {
     return opens;
+}
+
+long OpenKeys() {
+    return openKeys;
 }
 
 }  // namespace TarnLibA500::osregistry

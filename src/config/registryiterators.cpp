@@ -1,10 +1,24 @@
 #include <utility>
 
+#include "config/registrypath.h"
 #include "config/registryvalue.h"
-#include "system/systemtext.h"
 #include "tarnlib/registry.h"
 
 namespace TarnLibA500 {
+namespace {
+
+// The caller cannot see that entries are missing.
+void TraceLoss(const char* doing, LONG error, HKEY key, const wchar_t* value = nullptr) {
+    registrypath::TraceFailure(
+        doing, error, [&] { return registrypath::Describe(key, L"", value); }, levels::kLoss);
+}
+
+bool IsOnEntry(LONG error, HKEY key) {
+    if (error != ERROR_SUCCESS && error != ERROR_NO_MORE_ITEMS) TraceLoss("go on listing", error, key);
+    return error == ERROR_SUCCESS;
+}
+
+}  // namespace
 
 Registry::Iterator::~Iterator() {
     if (key_ != nullptr) osregistry::Close(key_);
@@ -33,8 +47,10 @@ Registry::KeyIterator::KeyIterator(HKEY key) : Iterator(key) {
 
 bool Registry::KeyIterator::NextKey() {
     std::wstring name;
-    isOnEntry_ = key_ != nullptr && registryvalue::KeyName(key_, next_++, name) == ERROR_SUCCESS;
+    const bool isThere = key_ != nullptr && IsOnEntry(registryvalue::KeyName(key_, next_, name), key_);
     name_ = FromSystem(name.c_str());
+    ++next_;
+    isOnEntry_ = isThere;
     return isOnEntry_;
 }
 
@@ -45,10 +61,16 @@ Registry::ValueIterator::ValueIterator(HKEY key) : Iterator(key) {
 bool Registry::ValueIterator::NextValue() {
     std::wstring name;
     registryvalue::Raw value;
-    isOnEntry_ = key_ != nullptr && registryvalue::ValueName(key_, next_++, name) == ERROR_SUCCESS;
-    if (isOnEntry_) registryvalue::Read(key_, name.c_str(), value);
+    const bool isThere = key_ != nullptr && IsOnEntry(registryvalue::ValueName(key_, next_, name), key_);
+    if (isThere) {
+        const LONG error = registryvalue::Read(key_, name.c_str(), value);
+        if (error != ERROR_SUCCESS) TraceLoss("read", error, key_, name.c_str());
+    }
+    SAnsiString text = registryvalue::TextOf(value);
     name_ = FromSystem(name.c_str());
-    value_ = registryvalue::TextOf(value);
+    value_ = std::move(text);
+    ++next_;
+    isOnEntry_ = isThere;
     return isOnEntry_;
 }
 

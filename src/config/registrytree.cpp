@@ -2,51 +2,42 @@
 #include <string>
 #include <vector>
 
+#include "config/registrypath.h"
 #include "config/registryvalue.h"
-#include "system/systemtext.h"
 #include "tarnlib/registry.h"
 #include "tarnlib/sassert.h"
 
 namespace TarnLibA500 {
 namespace {
 
+using osregistry::Key;
+using registrypath::Describe;
+
 constexpr const char* kUnit = "registry";
 constexpr int kMaxDepth = 512;  // the system's own limit
 
-/// A key that is open for as long as the object lives.
-class OpenKey {
-  public:
-    OpenKey() = default;
-    ~OpenKey() {
-        if (key_ != nullptr) osregistry::Close(key_);
-    }
-    OpenKey(const OpenKey&) = delete;
-    OpenKey& operator=(const OpenKey&) = delete;
-
-    bool open(HKEY root, const wchar_t* path) {
-        return osregistry::Open(root, path, KEY_READ, key_) == ERROR_SUCCESS;
-    }
-    bool create(HKEY root, const wchar_t* path) {
-        return osregistry::Create(root, path, KEY_WRITE, key_) == ERROR_SUCCESS;
-    }
-    HKEY get() const { return key_; }
-
-  private:
-    HKEY key_ = nullptr;
-};
+// Whether a step was done; when not, what could not be done is traced, with the key or value below an open
+// key.
+bool IsDone(LONG error, const char* doing, HKEY key, const wchar_t* below = L"",
+            const wchar_t* value = nullptr) {
+    if (error == ERROR_SUCCESS) return true;
+    registrypath::TraceFailure(doing, error, [&] { return Describe(key, below, value); });
+    return false;
+}
 
 bool DeleteBelow(HKEY key, int depth) {
     std::wstring name;
     LONG error = ERROR_SUCCESS;
     while ((error = registryvalue::KeyName(key, 0, name)) == ERROR_SUCCESS) {
-        {
-            OpenKey child;
-            if (depth == kMaxDepth || !child.open(key, name.c_str()) || !DeleteBelow(child.get(), depth + 1))
-                return false;
-        }
-        if (osregistry::DeleteKey(key, name.c_str()) != ERROR_SUCCESS) return false;
+        const wchar_t* const below = name.c_str();
+        Key child;
+        error =
+            depth == kMaxDepth ? ERROR_TOO_MANY_NAMES : osregistry::Open(key, below, KEY_READ, child.room());
+        if (!IsDone(error, "open", key, below) || !DeleteBelow(child.get(), depth + 1)) return false;
+        child.close();
+        if (!IsDone(osregistry::DeleteKey(key, below), "delete", key, below)) return false;
     }
-    return error == ERROR_NO_MORE_ITEMS;
+    return error == ERROR_NO_MORE_ITEMS || IsDone(error, "list the keys of", key);
 }
 
 using NameAt = LONG (*)(HKEY, DWORD, std::wstring&);
@@ -57,19 +48,21 @@ bool ListNames(HKEY key, NameAt nameAt, std::vector<std::wstring>& names) {
     LONG error = ERROR_SUCCESS;
     while ((error = nameAt(key, static_cast<DWORD>(names.size()), name)) == ERROR_SUCCESS)
         names.push_back(name);
-    return error == ERROR_NO_MORE_ITEMS;
+    return error == ERROR_NO_MORE_ITEMS || IsDone(error, "list the names in", key);
 }
 
 bool CopyRaw(HKEY from, const wchar_t* name, HKEY to) {
     registryvalue::Raw value;
-    if (registryvalue::Read(from, name, value) != ERROR_SUCCESS) return false;
+    if (!IsDone(registryvalue::Read(from, name, value), "read", from, L"", name)) return false;
     const auto bytes = static_cast<DWORD>(value.bytes.size());
     // The system looks at the unit behind a text without terminator, and adds it to the text when it is zero.
     value.bytes.insert(value.bytes.end(), {0xFF, 0xFF});
-    return osregistry::Set(to, name, value.type, value.bytes.data(), bytes) == ERROR_SUCCESS;
+    return IsDone(osregistry::Set(to, name, value.type, value.bytes.data(), bytes), "write", to, L"", name);
 }
 
-bool CopyBelow(HKEY from, HKEY to, int depth) {
+// "top" is the system's name of the target, which is not copied in its turn where a link or a merged view
+// leads to it.
+bool CopyBelow(HKEY from, HKEY to, const std::wstring& top, int depth) {
     std::vector<std::wstring> values, keys;
     if (!ListNames(from, &registryvalue::ValueName, values) ||
         !ListNames(from, &registryvalue::KeyName, keys))
@@ -78,18 +71,39 @@ bool CopyBelow(HKEY from, HKEY to, int depth) {
         if (!CopyRaw(from, name.c_str(), to)) return false;
     }
     for (const std::wstring& name : keys) {
-        OpenKey source, target;
-        if (depth == kMaxDepth || !source.open(from, name.c_str()) || !target.create(to, name.c_str()) ||
-            !CopyBelow(source.get(), target.get(), depth + 1))
+        const wchar_t* const below = name.c_str();
+        Key source, target;
+        LONG error = depth == kMaxDepth ? ERROR_TOO_MANY_NAMES
+                                        : osregistry::Open(from, below, KEY_READ, source.room());
+        if (error == ERROR_SUCCESS && !top.empty() && registrypath::SystemName(source.get()) == top)
+            error = ERROR_INVALID_PARAMETER;
+        if (!IsDone(error, "copy", from, below) ||
+            !IsDone(osregistry::Create(to, below, KEY_WRITE, target.room()), "create", to, below) ||
+            !CopyBelow(source.get(), target.get(), top, depth + 1))
             return false;
     }
     return true;
 }
 
-bool IsSameOrBelow(const SAnsiStringCI& path, const SAnsiStringCI& top) {
-    const SAnsiStringCI start = SAnsiStringCI(path.left(top.getNChars()));
-    const SAnsiString rest = path.mid(top.getNChars());
-    return start == top && (rest.isEmpty() || rest.getString()[0] == '\\' || top.isEmpty());
+// Opens the key, or the next one above it that is there.
+LONG OpenNearest(HKEY root, std::wstring path, Key& key) {
+    for (;;) {
+        const LONG error = osregistry::Open(root, path.c_str(), KEY_QUERY_VALUE, key.room());
+        if (path.empty() || !registrypath::IsMissing(error)) return error;
+        const std::size_t last = path.find_last_of(L'\\');
+        path.resize(last != path.npos ? last : 0);
+    }
+}
+
+// Refuses a target that lies in an open source, in whatever words the two are named: a user's keys have two
+// names, classes even three.
+LONG RefuseTarget(HKEY source, HKEY targetRoot, const wchar_t* target) {
+    Key nearest;
+    const LONG error = OpenNearest(targetRoot, target, nearest);
+    const std::wstring name = registrypath::SystemName(source);
+    const bool isWithin =
+        !name.empty() && registrypath::IsSameOrBelow(registrypath::SystemName(nearest.get()), name);
+    return isWithin ? ERROR_INVALID_PARAMETER : error;
 }
 
 }  // namespace
@@ -97,38 +111,66 @@ bool IsSameOrBelow(const SAnsiStringCI& path, const SAnsiStringCI& top) {
 bool Registry::DeleteKey() {
     close();  // the key may have been deleted and made again since it was opened
     std::wstring name;
-    if (subKey_.isEmpty() || !openForRead()) return false;
-    if (registryvalue::KeyName(key_, 0, name) == ERROR_SUCCESS) {
+    if (subKey_.isEmpty()) return isDeleted(ERROR_INVALID_PARAMETER);
+    if (openReported(false) != ERROR_SUCCESS) return false;
+    const LONG error = registryvalue::KeyName(key_, 0, name);
+    if (error == ERROR_SUCCESS) {
         SAssert(kUnit, __LINE__, "false",
                 (SAnsiString("DeleteKey: There is subkey inside key ") + subKey_).getString());
         return false;
     }
+    if (error != ERROR_NO_MORE_ITEMS) return isDeleted(error);
     close();
-    return osregistry::DeleteKey(rootInUse(), ToSystem(subKey_).getString()) == ERROR_SUCCESS;
+    const SWCharString path = ToSystem(subKey_);
+    HKEY root = nullptr;
+    const LONG unreachable = rootInUse(root);
+    return isDeleted(unreachable != ERROR_SUCCESS ? unreachable
+                                                  : osregistry::DeleteKey(root, path.getString()));
+}
+
+bool Registry::isDeleted(long error) const {
+    if (error != ERROR_SUCCESS) trace("delete", nullptr, error);
+    return error == ERROR_SUCCESS;
 }
 
 bool Registry::DeleteKeyRecursive(bool self) {
     close();
-    if (subKey_.isEmpty() || !openForRead() || !DeleteBelow(key_, 0)) return false;
+    if (subKey_.isEmpty()) return isDeleted(ERROR_INVALID_PARAMETER);
+    if (openReported(false) != ERROR_SUCCESS || !DeleteBelow(key_, 0)) return false;
     return !self || DeleteKey();
 }
 
 bool Registry::CopyKey(HKEY sourceRoot, const SAnsiStringCI& source, HKEY targetRoot,
                        const SAnsiStringCI& target) {
-    if (sourceRoot == targetRoot && IsSameOrBelow(target, source)) return false;
-    OpenKey from, to;
-    return from.open(sourceRoot, ToSystem(source).getString()) &&
-           to.create(targetRoot, ToSystem(target).getString()) && CopyBelow(from.get(), to.get(), 0);
+    const SWCharString fromPath = ToSystem(source);
+    const SWCharString toPath = ToSystem(target);
+    Key from, to;
+    if (!IsDone(osregistry::Open(sourceRoot, fromPath.getString(), KEY_READ, from.room()), "open", sourceRoot,
+                fromPath.getString()))
+        return false;
+    const bool isSameText =
+        sourceRoot == targetRoot && registrypath::IsSameOrBelow(toPath.getString(), fromPath.getString());
+    const LONG refusal =
+        isSameText ? ERROR_INVALID_PARAMETER : RefuseTarget(from.get(), targetRoot, toPath.getString());
+    return IsDone(refusal, "copy a key that is above to", targetRoot, toPath.getString()) &&
+           IsDone(osregistry::Create(targetRoot, toPath.getString(), KEY_WRITE, to.room()), "create",
+                  targetRoot, toPath.getString()) &&
+           CopyBelow(from.get(), to.get(), registrypath::SystemName(to.get()), 0);
 }
 
 bool Registry::CopyValue(HKEY sourceRoot, const SAnsiStringCI& source, const SAnsiStringCI& name,
                          HKEY targetRoot, const SAnsiStringCI& target) {
     const SWCharString wideName = ToSystem(name);
-    OpenKey from, to;
+    const SWCharString fromPath = ToSystem(source);
+    const SWCharString toPath = ToSystem(target);
+    Key from, to;
     DWORD type = REG_NONE, bytes = 0;
-    return from.open(sourceRoot, ToSystem(source).getString()) &&
-           osregistry::Query(from.get(), wideName.getString(), type, nullptr, bytes) == ERROR_SUCCESS &&
-           to.create(targetRoot, ToSystem(target).getString()) &&
+    return IsDone(osregistry::Open(sourceRoot, fromPath.getString(), KEY_READ, from.room()), "open",
+                  sourceRoot, fromPath.getString()) &&
+           IsDone(osregistry::Query(from.get(), wideName.getString(), type, nullptr, bytes), "read",
+                  sourceRoot, fromPath.getString(), wideName.getString()) &&
+           IsDone(osregistry::Create(targetRoot, toPath.getString(), KEY_WRITE, to.room()), "create",
+                  targetRoot, toPath.getString()) &&
            CopyRaw(from.get(), wideName.getString(), to.get());
 }
 

@@ -7,9 +7,11 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/assert_recorder.h"
+#include "support/locale_scope.h"
 #include "support/print_strings.h"
 #include "support/scratch_folder.h"
 #include "tarnlib/senvironment.h"
@@ -21,6 +23,29 @@
 using namespace TarnLibA500;
 
 namespace {
+
+/// Takes what the registry reports, by assertion and by trace.
+class Reports {
+  public:
+    Reports() {
+        take();
+        sink_.assertion = [](const char* text) { text_ += std::string(text) + "\n"; };
+        sink_.shouldTrace = [](int level, const char* unit) {
+            return level == 7 && std::string(unit) == "registry";
+        };
+        sink_.trace = [](int, const char*, const char* text) {
+            text_ += std::string("trace: ") + text + "\n";
+        };
+        before_ = InstallDiagnosticSink(&sink_);
+    }
+    ~Reports() { InstallDiagnosticSink(before_); }
+    static std::string take() { return std::exchange(text_, ""); }
+
+  private:
+    static inline std::string text_;
+    SDiagnosticSink sink_;
+    const SDiagnosticSink* before_;
+};
 
 /// A key of the test's own, gone at its end.
 class RegistryKeys : public testing::Test {
@@ -188,6 +213,67 @@ TEST_F(RegistryKeys, CopiesAreExact) {
     EXPECT_TRUE(Registry(copy.getString(), "", HKEY_CURRENT_USER, false).DeleteKeyRecursive());
 }
 
+TEST_F(RegistryKeys, NoKeyIsCopiedIntoItself) {
+    const tarntest::LocaleScope locale(tarntest::kLocale1252);
+    const SAnsiString classes = "tarnlib-test-" + SAnsiString(std::to_string(GetCurrentProcessId()).c_str());
+    const SAnsiString machineClasses = "Software\\Classes\\" + classes;
+    key("\\\xC4").WriteValue("v", 1UL);
+    Registry(machineClasses.getString(), "", HKEY_LOCAL_MACHINE, false).WriteValue("v", 1UL);
+    SAnsiString user;  // the hive that this user's keys are in
+    Registry users("", "", HKEY_USERS, false);
+    for (Registry::KeyIterator hive = users.EnumSubKeys(); hive; ++hive) {
+        const SAnsiString path = hive.GetKey() + "\\" + top_;
+        if (Registry(path.getString(), "", HKEY_USERS, false).KeyExists()) user = path;
+    }
+    ASSERT_FALSE(user.isEmpty());
+    const struct {
+        HKEY sourceRoot;
+        SAnsiString source;
+        HKEY targetRoot;
+        SAnsiString target;
+    } refused[] = {
+        {HKEY_CURRENT_USER, top_, HKEY_CURRENT_USER, top_},
+        {HKEY_CURRENT_USER, top_, HKEY_CURRENT_USER, top_ + "\\x"},
+        {HKEY_CURRENT_USER, top_ + "\\", HKEY_CURRENT_USER, top_ + "\\x\\y"},
+        {HKEY_CURRENT_USER, top_ + "\\", HKEY_CURRENT_USER, top_},
+        {HKEY_CURRENT_USER, top_ + "\\\xC4", HKEY_CURRENT_USER, top_ + "\\\xE4\\x"},
+        {HKEY_CURRENT_USER, top_, HKEY_USERS, user + "\\x"},
+        {HKEY_USERS, user, HKEY_CURRENT_USER, top_ + "\\x"},
+        {HKEY_USERS, user.left(user.find('\\')), HKEY_CURRENT_USER, "tarnlib-test-not-there"},
+        {HKEY_CLASSES_ROOT, classes, HKEY_LOCAL_MACHINE, machineClasses + "\\x"},
+        {HKEY_LOCAL_MACHINE, machineClasses, HKEY_CLASSES_ROOT, classes + "\\x"},
+        {HKEY_LOCAL_MACHINE, "Software\\Classes", HKEY_CLASSES_ROOT, "tarnlib-test-not-there"},
+    };
+    for (const auto& c : refused) {
+        EXPECT_FALSE(
+            Registry::CopyKey(c.sourceRoot, c.source.getString(), c.targetRoot, c.target.getString()))
+            << c.source.getString() << " " << c.target.getString();
+        const SAnsiString last = c.target.right(1);
+        EXPECT_FALSE(last == "x" && Registry(c.target.getString(), "", c.targetRoot, false).KeyExists())
+            << c.source.getString() << " " << c.target.getString();
+    }
+    EXPECT_TRUE(Registry::CopyKey(HKEY_CURRENT_USER, (top_ + "\\\xC4").getString(), HKEY_CURRENT_USER,
+                                  (top_ + "\\\xC4\xC4").getString()));
+    EXPECT_TRUE(Registry(machineClasses.getString(), "", HKEY_LOCAL_MACHINE, false).DeleteKeyRecursive());
+}
+
+TEST_F(RegistryKeys, OnlyReadingAndWritingMakeAMissingKey) {
+    const auto made = [this](auto use) {
+        Registry settings((top_ + "\\made").getString(), "name", HKEY_CURRENT_USER, true);
+        use(settings);
+        return key("\\made").DeleteKey();
+    };
+    unsigned long type = 0;
+    EXPECT_FALSE(made([](Registry& at) { at.KeyExists(); }));
+    EXPECT_FALSE(made([&](Registry& at) { at.GetType("v", type); }));
+    EXPECT_FALSE(made([](Registry& at) { at.EnumSubKeys(); }));
+    EXPECT_FALSE(made([](Registry& at) { at.EnumValues(); }));
+    EXPECT_FALSE(made([](Registry& at) { at.DeleteValue("v"); }));
+    EXPECT_FALSE(made([](Registry& at) { at.DeleteKeyRecursive(false); }));
+    EXPECT_TRUE(made([](Registry& at) { at.ReadValue("v"); }));
+    EXPECT_TRUE(made([](Registry& at) { at.WriteValue("v", 1UL); }));
+}
+
 TEST_F(RegistryKeys, ARefusedAccessIsReported) {
     key("\\denied").WriteValue("v", SAnsiString("secret"));
     HKEY raw = nullptr;
@@ -198,14 +284,25 @@ TEST_F(RegistryKeys, ARefusedAccessIsReported) {
     InitializeSecurityDescriptor(&nobody, SECURITY_DESCRIPTOR_REVISION);
     SetSecurityDescriptorDacl(&nobody, TRUE, &empty, FALSE);
     ASSERT_EQ(RegSetKeySecurity(raw, DACL_SECURITY_INFORMATION, &nobody), ERROR_SUCCESS);
+    const std::string denied = top_.getString() + std::string("\\denied");
+    const std::string reason = "HKEY_CURRENT_USER\\" + denied;
     {
-        tarntest::AssertRecorder recorder;
+        const Reports reports;
+        const auto saw = [](const std::string& report, const std::string& trace) {
+            const std::string text = Reports::take();
+            EXPECT_NE(text.find(" : " + report + ")."), text.npos) << text;
+            EXPECT_NE(text.find("trace: cannot " + trace), text.npos) << text;
+            EXPECT_NE(text.find("(5)\n"), text.npos) << text;
+        };
         EXPECT_FALSE(key("\\denied").KeyExists());
-        EXPECT_TRUE(recorder.sawLast("registry", "false"));
+        saw("KeyExists failed. Access Denied", "open " + reason + ": ");
         EXPECT_EQ(key("\\denied").ReadValue("v"), "");
-        EXPECT_TRUE(recorder.sawLast("registry", "false"));
+        saw("RegOpenKeyEx(" + denied + ") failed. Error code: 5", "open " + reason + ": ");
         EXPECT_FALSE(key("\\denied").WriteValue("v", 1UL));
-        EXPECT_TRUE(recorder.sawLast("registry", "false"));
+        saw("RegSetValueEx(v) failed. Error code: 5", "write " + reason + ", value \"v\": ");
+        EXPECT_EQ(key("\\missing").ReadValue("v"), "");
+        EXPECT_FALSE(key("\\missing").KeyExists() || key("\\missing").DeleteKey());
+        EXPECT_EQ(Reports::take(), "");  // an answer, no failure
     }
     SetSecurityDescriptorDacl(&nobody, TRUE, nullptr, FALSE);
     RegSetKeySecurity(raw, DACL_SECURITY_INFORMATION, &nobody);
