@@ -1,11 +1,20 @@
 #include "tarnlib/cparamlineargs.h"
 
 #include <algorithm>
+#include <atomic>
+#include <charconv>
+#include <clocale>
 #include <istream>
 #include <string>
+#include <utility>
 
+#include "diag/levels.h"
 #include "diag/require.h"
+#include "tarnlib/straceobj.h"
 #include "tarnlib/stringhelper.h"
+
+extern "C" __declspec(dllimport) unsigned long* __cdecl ___lc_handle_func(void);
+extern "C" __declspec(dllimport) unsigned __cdecl ___lc_codepage_func(void);
 
 namespace TarnLibA500 {
 namespace {
@@ -33,6 +42,20 @@ SAnsiString Quoted(const SAnsiString& text) {
     return SAnsiString("\"") + text + "\"";
 }
 
+// So few names are searched from end to end, which is faster than to keep them in order.
+constexpr std::uint32_t kMostUnordered = 32;
+
+// What the order of names depends on. A program may change its locale while options are there.
+std::uint64_t CollationNow() {
+    return std::uint64_t{___lc_codepage_func()} << 32 | ___lc_handle_func()[LC_COLLATE];
+}
+
+bool ReadWhole(const SAnsiString& text, long long& number) {
+    const char* const end = text.getString() + text.getLength();
+    const auto [last, error] = std::from_chars(text.getString(), end, number);
+    return error == std::errc() && last == end;
+}
+
 SAnsiString AsItIs(const SAnsiString& text) {
     return text;
 }
@@ -42,7 +65,9 @@ SAnsiString AsItIs(const SAnsiString& text) {
 CParamLineArgs::CParamLineArgs() = default;
 CParamLineArgs::CParamLineArgs(const CParamLineArgs& other) = default;
 CParamLineArgs::CParamLineArgs(CParamLineArgs&& other) noexcept = default;
-CParamLineArgs& CParamLineArgs::operator=(const CParamLineArgs& other) = default;
+CParamLineArgs& CParamLineArgs::operator=(const CParamLineArgs& other) {
+    return *this = CParamLineArgs(other);
+}
 CParamLineArgs& CParamLineArgs::operator=(CParamLineArgs&& other) noexcept = default;
 CParamLineArgs::~CParamLineArgs() = default;
 
@@ -66,40 +91,41 @@ void CParamLineArgs::SetArgs(const SAnsiString& line, const SChar_t<char, 0>& qu
     if (line.isEmpty()) return;
     SIArray<SAnsiString> words;
     SStringHelper::makeWords(line, words, quote, kSeparators, true, false);
-    takeWords(words);
+    takeWords(words, words.GetSize() != 0 ? words[0] : m_programName);
 }
 
 void CParamLineArgs::SetArgs(int, char* const* arguments) {
     SIArray<SAnsiString> words;
     for (; arguments != nullptr && *arguments != nullptr; ++arguments) words.Add(*arguments);
-    if (words.GetSize() == 0) m_programName.empty();
-    takeWords(words);
+    takeWords(words, words.GetSize() != 0 ? words[0] : SAnsiString());
 }
 
 void CParamLineArgs::SetArgs(const CParamLineArgs& other) {
     *this = other;
 }
 
-void CParamLineArgs::takeWords(const SIArray<SAnsiString>& words) {
-    DeleteAll();
+void CParamLineArgs::takeWords(const SIArray<SAnsiString>& words, const SAnsiString& program) {
+    Require(!program.isEmpty(), kUnit, kProgramNameMissing);
+    CParamLineArgs taken(*this);
+    taken.DeleteAll();
+    taken.m_programName = program;
     const std::uint32_t count = words.GetSize();
-    if (count != 0) m_programName = words[0];
-    Require(!m_programName.isEmpty(), kUnit, kProgramNameMissing);
     for (std::uint32_t i = 1; i < count; ++i) {
         if (!IsOption(words[i])) continue;
         const SAnsiString name = WithoutDashes(words[i]);
         const bool hasValue = i + 1 < count && !words[i + 1].isEmpty() && !IsOption(words[i + 1]);
-        SetArg(name, hasValue ? words[++i] : SAnsiString());
+        taken.SetArg(name, hasValue ? words[++i] : SAnsiString());
     }
+    *this = std::move(taken);
 }
 
 void CParamLineArgs::SetArg(const SAnsiString& name, const SAnsiString& value) {
     // Copies: the texts may be this object's own.
     const SAnsiString keptName(name);
     const SAnsiString keptValue(value);
-    RemoveArg(keptName);
-    m_names.Add(keptName);
-    m_values.Add(keptValue);
+    const std::uint32_t before = findIndex(keptName);
+    append(keptName, keptValue);
+    if (before != kNotFound) removeAt(before);
 }
 
 void CParamLineArgs::SetArg(const char* name, const char* value) {
@@ -110,39 +136,135 @@ void CParamLineArgs::SetArg(const char* name, const SAnsiString& value) {
     SetArg(SAnsiString(name), value);
 }
 
-std::uint32_t CParamLineArgs::findIndex(const SAnsiString& name) const {
-    for (std::uint32_t i = 0; i < m_names.GetSize(); ++i) {
-        if (m_names[i].compareNoCase(name) == 0) return i;
+// ---------------------------------------------------------------------------------------------- positions
+
+bool CParamLineArgs::isOrdered() const {
+    return m_order.GetSize() == GetCount() && m_orderedUnder == CollationNow();
+}
+
+// Puts the positions in the order of their names; those of equal names in their own.
+void CParamLineArgs::order() {
+    if (isOrdered()) return;
+    const std::uint64_t collation = CollationNow();
+    SIArray<std::uint32_t> order;
+    order.SetSize(GetCount());
+    for (std::uint32_t i = 0; i < order.GetSize(); ++i) order[i] = i;
+    std::sort(order.Begin(), order.End(), [this](std::uint32_t a, std::uint32_t b) {
+        const int difference = m_names[a].compareNoCase(m_names[b]);
+        return difference != 0 ? difference < 0 : a < b;
+    });
+    m_order = std::move(order);
+    m_orderedUnder = collation;
+}
+
+// The option goes to the end, whether its name is there or not.
+void CParamLineArgs::append(const SAnsiString& name, const SAnsiString& value) {
+    const std::uint32_t count = GetCount();
+    if (count >= kMostUnordered)
+        order();
+    else
+        m_order.RemoveAll();
+    const auto place = std::upper_bound(
+        m_order.Begin(), m_order.End(), name,
+        [this](const SAnsiString& wanted, std::uint32_t i) { return wanted.compareNoCase(m_names[i]) < 0; });
+    const auto rank = place - m_order.Begin();
+    try {
+        m_names.Add(name);
+        m_values.Add(value);
+        m_isAsked.Add(0);
+        if (count >= kMostUnordered) m_order.Add(count);
+    } catch (...) {
+        m_names.SetSize(count);
+        m_values.SetSize(count);
+        m_isAsked.SetSize(count);
+        throw;
     }
-    return kNotFound;
+    if (m_order.GetSize() != 0) std::rotate(m_order.Begin() + rank, m_order.End() - 1, m_order.End());
 }
 
-bool CParamLineArgs::Lookup(const SAnsiString& name, SAnsiString& value) const {
-    const std::uint32_t position = findIndex(name);
-    if (position == kNotFound) return false;
-    value = m_values[position];
-    return true;
-}
-
-bool CParamLineArgs::RemoveArg(const SAnsiString& name) {
-    const std::uint32_t position = findIndex(name);
-    if (position == kNotFound) return false;
+void CParamLineArgs::removeAt(std::uint32_t position) {
     m_names.RemoveAt(position);
     m_values.RemoveAt(position);
-    return true;
+    m_isAsked.RemoveAt(position);
+    std::uint32_t kept = 0;
+    for (const std::uint32_t i : m_order) {
+        if (i != position) m_order[kept++] = i > position ? i - 1 : i;
+    }
+    m_order.SetSize(kept);
 }
 
 void CParamLineArgs::DeleteAll() {
     m_names.RemoveAll();
     m_values.RemoveAll();
+    m_isAsked.RemoveAll();
+    m_order.RemoveAll();
+}
+
+// The first of that name.
+std::uint32_t CParamLineArgs::findIndex(const SAnsiString& name) const {
+    const std::uint32_t count = GetCount();
+    if (count > kMostUnordered && isOrdered()) {
+        const auto found = std::lower_bound(m_order.Begin(), m_order.End(), name,
+                                            [this](std::uint32_t i, const SAnsiString& wanted) {
+                                                return m_names[i].compareNoCase(wanted) < 0;
+                                            });
+        return found != m_order.End() && m_names[*found].compareNoCase(name) == 0 ? *found : kNotFound;
+    }
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (m_names[i].compareNoCase(name) == 0) return i;
+    }
+    return kNotFound;
+}
+
+// ------------------------------------------------------------------------------------------------ look-up
+
+bool CParamLineArgs::Lookup(const SAnsiString& name, SAnsiString& value) const {
+    const std::uint32_t position = findIndex(name);
+    if (position == kNotFound) return false;
+    // Threads may look up at the same time in an object that none of them changes.
+    std::atomic_ref<unsigned char>(m_isAsked[position]).store(1, std::memory_order_relaxed);
+    value = m_values[position];
+    return true;
+}
+
+bool CParamLineArgs::lookupNumber(const SAnsiString& name, long long& value, long long least,
+                                  long long most) const {
+    SAnsiString text;
+    if (!Require(least <= most, kUnit, "least <= most") || !Lookup(name, text)) return false;
+    long long number = 0;
+    const bool isUsable = ReadWhole(text, number) && number >= least && number <= most;
+    if (isUsable) {
+        value = number;
+    } else {
+        TARN_TRACE_AT(levels::kLoss, kUnit, "-%1 must be a number from %2 to %3; what was given is not used",
+                      name, least, most);
+    }
+    return isUsable;
+}
+
+SIArray<SAnsiString> CParamLineArgs::GetUnused() const {
+    SIArray<SAnsiString> unused;
+    for (std::uint32_t i = 0; i < GetCount(); ++i) {
+        if (std::atomic_ref<unsigned char>(m_isAsked[i]).load(std::memory_order_relaxed) == 0)
+            unused.Add(m_names[i]);
+    }
+    return unused;
+}
+
+bool CParamLineArgs::RemoveArg(const SAnsiString& name) {
+    const std::uint32_t position = findIndex(name);
+    if (position != kNotFound) removeAt(position);
+    return position != kNotFound;
 }
 
 void CParamLineArgs::MergeArgs(const CParamLineArgs& args) {
     Require(args.m_names.GetSize() == args.m_values.GetSize(), kUnit,
             "args.m_names.GetSize() == args.m_values.GetSize()");
     if (&args == this) return;
-    if (!args.m_programName.isEmpty()) m_programName = args.m_programName;
-    for (std::uint32_t i = 0; i < args.GetCount(); ++i) SetArg(args.m_names[i], args.m_values[i]);
+    CParamLineArgs merged(*this);
+    if (!args.m_programName.isEmpty()) merged.m_programName = args.m_programName;
+    for (std::uint32_t i = 0; i < args.GetCount(); ++i) merged.SetArg(args.m_names[i], args.m_values[i]);
+    *this = std::move(merged);
 }
 
 void CParamLineArgs::SetProgramName(const SAnsiString& name) {
@@ -163,11 +285,13 @@ void CParamLineArgs::appendWords(SIArray<SAnsiString>& args,
                                  SAnsiString (*written)(const SAnsiString&)) const {
     Require(args.GetSize() == 0, kUnit, "args.GetSize() == 0");
     Require(!m_programName.isEmpty(), kUnit, kProgramNameMissing);
-    args.Add(written(m_programName));
+    SIArray<SAnsiString> words;
+    words.Add(written(m_programName));
     for (std::uint32_t i = 0; i < GetCount(); ++i) {
-        args.Add(SAnsiString("-") + m_names[i]);
-        if (!m_values[i].isEmpty()) args.Add(written(m_values[i]));
+        words.Add(SAnsiString("-") + m_names[i]);
+        if (!m_values[i].isEmpty()) words.Add(written(m_values[i]));
     }
+    args.Append(words);
 }
 
 void CParamLineArgs::GetArgs(SIArray<SAnsiString>& args) const {
@@ -183,12 +307,14 @@ void CParamLineArgs::ReadArgsAsProperties(std::istream& in, unsigned int longest
     longestLine = std::min(longestLine, kLongestPossible);
     // One byte more than the longest line: istream's getline counts its terminator, and fails beyond that.
     std::string buffer(std::size_t{longestLine} + 1, '\0');
+    CParamLineArgs read(*this);
     while (in.getline(buffer.data(), static_cast<std::streamsize>(buffer.size())) && !in.eof()) {
         SAnsiString line(buffer.c_str());
         line.trimRight();
         const auto equals = line.find("=");
-        if (!equals.isAtEnd()) SetArg(line.left(equals), SAnsiString(equals.getPtr() + 1));
+        if (!equals.isAtEnd()) read.SetArg(line.left(equals), SAnsiString(equals.getPtr() + 1));
     }
+    *this = std::move(read);
 }
 
 }  // namespace TarnLibA500

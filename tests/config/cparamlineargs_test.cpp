@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <random>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 #include "support/assert_recorder.h"
 #include "support/case_file.h"
@@ -86,6 +90,86 @@ TEST(CommandLines, OptionsAreSetFoundMergedAndRemoved) {
     const tarntest::LocaleScope german(tarntest::kLocale1252);
     args.SetArg("\xC4rger", "1");
     EXPECT_TRUE(args.Lookup("\xE4RGER", value));
+}
+
+TEST(CommandLines, NumbersAreWholeAndWithinTheirLimits) {
+    const struct {
+        const char* value;
+        bool isTaken;
+        int number;
+    } cases[] = {
+        {"0", true, 0},    {"-5", true, -5},    {"007", true, 7},         {"100", true, 100},
+        {"101", false, 0}, {"-6", false, 0},    {"", false, 0},           {"-", false, 0},
+        {"1.5", false, 0}, {"7x", false, 0},    {" 7", false, 0},         {"7 ", false, 0},
+        {"0x7", false, 0}, {"1,000", false, 0}, {"4294967301", false, 0}, {"18446744073709551621", false, 0}};
+    for (const auto& c : cases) {
+        CParamLineArgs args("prog");
+        args.SetArg("Days", c.value);
+        int number = 77;
+        EXPECT_EQ(args.LookupNumber("days", number, -5, 100), c.isTaken) << c.value;
+        EXPECT_EQ(number, c.isTaken ? c.number : 77) << c.value;
+    }
+    const CParamLineArgs args("prog -days -3 -large 9223372036854775807 -byte 255");
+    long long large = 0;
+    unsigned char byte = 0;
+    int days = 30;
+    tarntest::AssertRecorder recorder;
+    EXPECT_FALSE(args.LookupNumber("days", days, 1, 365) || args.LookupNumber("none", days, 1, 365));
+    EXPECT_TRUE(args.LookupNumber("large", large, 0, LLONG_MAX));
+    EXPECT_EQ(large, LLONG_MAX);
+    EXPECT_TRUE(args.LookupNumber("byte", byte, 0, 255));
+    EXPECT_EQ(byte, 255);
+    EXPECT_EQ(recorder.count(), 0U);
+    EXPECT_FALSE(args.LookupNumber("byte", days, 2, 1));
+    EXPECT_TRUE(recorder.sawLast("cparamlineargs", "least <= most"));
+    EXPECT_EQ(Joined(args.GetUnused()), "[3]");
+}
+
+TEST(CommandLines, OptionsThatNobodyAskedForAreKnown) {
+    CParamLineArgs args("prog -a 1 -b 2 -c 3 -d");
+    SAnsiString value;
+    args.Lookup("B", value);
+    args.Lookup("none", value);
+    const CParamLineArgs copy(args);
+    args.Lookup("d", value);
+    args.RemoveArg("a");
+    EXPECT_EQ(Joined(args.GetUnused()), "[c]");
+    EXPECT_EQ(Joined(copy.GetUnused()), "[a][c][d]");
+    args.SetArg("b", "4");
+    EXPECT_EQ(Joined(args.GetUnused()), "[c][b]");
+}
+
+// Against a list that is searched from end to end, under locales that change.
+TEST(CommandLines, ManyOptionsAreFoundAsFewAre) {
+    const auto spelled = [](unsigned number) {  // a hundred names in several spellings
+        static const char* const marks[] = {"", "-", "_", "\xE4", "\xC4", "a", "A", "\xDF", "ss", "9"};
+        return std::string(marks[number / 10 % 10]) + (number >= 100 ? "N" : "n") + marks[number % 10];
+    };
+    std::mt19937 random(7);
+    for (const char* locale : {"C", tarntest::kLocale1252}) {
+        CParamLineArgs args;
+        std::vector<std::pair<SAnsiString, SAnsiString>> model;
+        for (int step = 0; step < 4000; ++step) {
+            // The order that was kept does not hold under another locale.
+            const tarntest::LocaleScope scope(step / 50 % 4 == 3 ? "C" : locale);
+            const SAnsiString name(spelled(random() % 200).c_str());
+            const SAnsiString number(std::to_string(step).c_str());
+            auto found = model.begin();
+            while (found != model.end() && found->first.compareNoCase(name) != 0) ++found;
+            SAnsiString value("-");
+            ASSERT_EQ(args.Lookup(name, value), found != model.end()) << step;
+            ASSERT_EQ(value, found != model.end() ? found->second : "-") << step;
+            if (found != model.end()) model.erase(found);
+            if (random() % 3 == 0) {
+                args.RemoveArg(name);
+            } else {
+                args.SetArg(name, number);
+                model.emplace_back(name, number);
+            }
+            ASSERT_EQ(args.GetCount(), model.size()) << step;
+        }
+        for (std::uint32_t i = 0; i < args.GetCount(); ++i) EXPECT_EQ(args.GetName(i), model[i].first);
+    }
 }
 
 TEST(CommandLines, MisuseIsReportedAndGoesOn) {
