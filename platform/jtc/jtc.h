@@ -26,6 +26,10 @@
 ///
 /// Threads must not be started or joined in a DLL's entry point or a static destructor: the loader's lock is
 /// held there.
+///
+/// While the process ends, its other threads are gone wherever they were, and nothing here waits for them: a
+/// lock that one of them held goes to whoever asks for it, the threads are no longer alive, and joining
+/// returns at once.
 #if defined(JTC_STATIC)
 #define JTC_API
 #elif defined(jtc_EXPORTS)
@@ -34,10 +38,15 @@
 #define JTC_API __declspec(dllimport)
 #endif
 
-/// wait or notify without holding the lock.
+/// wait or notify without holding the lock, or a wait that could have no end.
 class JTC_API JTCIllegalMonitorState : public std::exception {
   public:
+    /// The text must outlive the exception.
+    explicit JTCIllegalMonitorState(const char* text = "the monitor's lock is not held") noexcept;
     const char* what() const noexcept override;
+
+  private:
+    const char* text_;
 };
 
 /// start of a thread that was started before.
@@ -73,9 +82,9 @@ class JTC_API JTCMonitor {
 
     /// Gives the lock up, however often it was taken, waits for a notification, and takes it again. It may
     /// also return without one: wait in a loop over what is waited for. Throws JTCIllegalMonitorState without
-    /// the lock.
+    /// the lock, and while the process ends.
     void wait();
-    /// The same, for so long at most; nothing at all when that is not positive.
+    /// The same, for so long at most, also while the process ends; nothing at all when that is not positive.
     void wait(long milliseconds);
     /// Wakes one waiting thread, or all of them. Throw JTCIllegalMonitorState without the lock.
     void notify();

@@ -1,19 +1,18 @@
-#include <mutex>
-
 #include "jtc/jtc.h"
-#include "jtc/waiting.h"
+#include "waiting/waiting.h"
 
-using Guard = std::lock_guard<jtc::Lock>;
+using waiting::Guard;
 
 struct JTCMonitor::State {
-    jtc::Lock mutex;  ///< guards the rest
-    jtc::Condition freed;
-    jtc::Condition notified;
+    waiting::Lock mutex;  ///< guards the rest
+    waiting::Condition freed;
+    waiting::Condition notified;
     DWORD holder = 0;  ///< a thread's number
     int depth = 0;     ///< how often the holder has taken the lock
 
+    // While the process ends, any other holder is gone.
     void take(int times) {
-        while (depth != 0) freed.wait(mutex);
+        while (depth != 0 && !waiting::ProcessIsEnding()) freed.wait(mutex);
         holder = GetCurrentThreadId();
         depth = times;
     }
@@ -30,8 +29,10 @@ struct JTCMonitor::State {
     }
 };
 
+JTCIllegalMonitorState::JTCIllegalMonitorState(const char* text) noexcept : text_(text) {}
+
 const char* JTCIllegalMonitorState::what() const noexcept {
-    return "the monitor's lock is not held";
+    return text_;
 }
 
 JTCMonitor::JTCMonitor() : state_(new State) {}
@@ -59,9 +60,12 @@ void JTCMonitor::unlock() const {
     }
 }
 
+// To return at once would turn a loop around this into one without end.
 void JTCMonitor::wait() {
     const Guard guard(state_->mutex);
     state_->requireHolder();
+    if (waiting::ProcessIsEnding())
+        throw JTCIllegalMonitorState("the process ends, and no thread is left to notify this one");
     const int times = state_->giveUp();
     state_->notified.wait(state_->mutex);
     state_->take(times);
@@ -71,7 +75,8 @@ void JTCMonitor::wait(long milliseconds) {
     const Guard guard(state_->mutex);
     state_->requireHolder();
     if (milliseconds <= 0) return;
-    const ULONGLONG deadline = jtc::DeadlineIn(milliseconds);
+    if (waiting::ProcessIsEnding()) return Sleep(static_cast<DWORD>(milliseconds));
+    const ULONGLONG deadline = waiting::DeadlineIn(milliseconds);
     const int times = state_->giveUp();
     state_->notified.waitUntil(state_->mutex, deadline);
     state_->take(times);

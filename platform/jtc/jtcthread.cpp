@@ -1,13 +1,12 @@
 #include <cstdio>
-#include <mutex>
 #include <string>
 #include <system_error>
 #include <thread>
 
 #include "jtc/jtc.h"
-#include "jtc/waiting.h"
+#include "waiting/waiting.h"
 
-using Guard = std::lock_guard<jtc::Lock>;
+using waiting::Guard;
 
 namespace {
 
@@ -16,21 +15,17 @@ constexpr long kLongestWaitForThreads = 30'000;
 // A pointer only: objects of a thread with destructors are gone too early on this platform.
 thread_local JTCThread* current = nullptr;
 
-/// Who uses the module, and the threads that run. Never destroyed: a thread may end after static objects.
+/// Who uses the module, and the threads that run. Needs no construction and no destruction: a thread may end
+/// after static objects.
 struct Module {
-    jtc::Lock mutex;
-    jtc::Condition threadEnded;
+    waiting::Lock mutex;
+    waiting::Condition threadEnded;
     int users = 0;
     int running = 0;
 };
-
-Module& TheModule() {
-    static Module& module = *new Module;
-    return module;
-}
+constinit Module module;
 
 void CountRunning(int change) {
-    Module& module = TheModule();
     const Guard guard(module.mutex);
     module.running += change;
     module.threadEnded.notifyAll();
@@ -47,14 +42,18 @@ int SystemPriority(JTCThread::Priority priority) {
 
 struct JTCThread::State {
     std::string name;
-    mutable jtc::Lock mutex;  ///< guards the rest
-    jtc::Condition ended;
+    mutable waiting::Lock mutex;  ///< guards the rest
+    waiting::Condition ended;
     std::thread thread;
     HANDLE handle = nullptr;  ///< of the running thread, for its priority
     Priority priority = kNormal;
     bool isStarted = false;
     bool isAlive = false;
 
+    // While the process ends, all threads but the one that asks have ended.
+    bool runs(const JTCThread* object) const {
+        return isAlive && (current == object || !waiting::ProcessIsEnding());
+    }
     void applyPriority() const {
         if (handle != nullptr) SetThreadPriority(handle, SystemPriority(priority));
     }
@@ -110,7 +109,10 @@ JTCThread::JTCThread(const char* name) : thread_(new State) {
     thread_->name = name != nullptr ? name : "";
 }
 
+// While the process ends, the threads library may have lost a lock with an ended thread: it is not called,
+// and what it knows of the thread is left behind.
 JTCThread::~JTCThread() {
+    if (waiting::ProcessIsEnding()) return;
     if (!isAlive()) join();
     delete thread_;
 }
@@ -120,6 +122,7 @@ void JTCThread::run() {}
 void JTCThread::start() {
     const Guard guard(thread_->mutex);
     if (thread_->isStarted) throw JTCIllegalThreadStateException();
+    if (waiting::ProcessIsEnding()) throw JTCOutOfResources();
     CountRunning(1);
     try {
         thread_->thread = std::thread(&JTCRunner::run, this);
@@ -135,13 +138,15 @@ void JTCThread::start() {
 
 void JTCThread::join() {
     const Guard guard(thread_->mutex);
+    if (waiting::ProcessIsEnding()) return;
     while (thread_->isAlive) thread_->ended.wait(thread_->mutex);
     if (thread_->thread.joinable()) thread_->thread.join();
 }
 
 void JTCThread::join(long milliseconds) {
-    const ULONGLONG deadline = jtc::DeadlineIn(milliseconds);
+    const ULONGLONG deadline = waiting::DeadlineIn(milliseconds);
     const Guard guard(thread_->mutex);
+    if (waiting::ProcessIsEnding()) return;
     while (thread_->isAlive) {
         if (!thread_->ended.waitUntil(thread_->mutex, deadline)) return;
     }
@@ -150,7 +155,7 @@ void JTCThread::join(long milliseconds) {
 
 bool JTCThread::isAlive() const {
     const Guard guard(thread_->mutex);
-    return thread_->isAlive;
+    return thread_->runs(this);
 }
 
 const char* JTCThread::getName() const {
@@ -188,16 +193,15 @@ JTCAdoptCurrentThread::~JTCAdoptCurrentThread() {
 }
 
 JTCInitialize::JTCInitialize() {
-    const Guard guard(TheModule().mutex);
-    ++TheModule().users;
+    const Guard guard(module.mutex);
+    ++module.users;
 }
 
 JTCInitialize::JTCInitialize(int&, char**) : JTCInitialize() {}
 
 JTCInitialize::~JTCInitialize() {
-    Module& module = TheModule();
-    const ULONGLONG deadline = jtc::DeadlineIn(kLongestWaitForThreads);
+    const ULONGLONG deadline = waiting::DeadlineIn(kLongestWaitForThreads);
     const Guard guard(module.mutex);
-    if (--module.users != 0) return;
+    if (--module.users != 0 || waiting::ProcessIsEnding()) return;
     while (module.running != 0 && module.threadEnded.waitUntil(module.mutex, deadline)) continue;
 }

@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include "strings/memory.h"
+#include "waiting/waiting.h"
 
 extern "C" __declspec(dllimport) unsigned int __cdecl ___lc_codepage_func(void);
 
@@ -17,15 +18,9 @@ constexpr unsigned kByteValues = 256;
 
 std::atomic<const CodePage*> lastUsed{nullptr};
 std::atomic<CodePage*> known{nullptr};
-SRWLOCK fillLock = SRWLOCK_INIT;  // a table is made, and a row filled, by one thread at a time
-
-class FillGuard {
-  public:
-    FillGuard() { AcquireSRWLockExclusive(&fillLock); }
-    ~FillGuard() { ReleaseSRWLockExclusive(&fillLock); }
-    FillGuard(const FillGuard&) = delete;
-    FillGuard& operator=(const FillGuard&) = delete;
-};
+// A table is made, and a row filled, by one thread at a time. A table that an ended thread left unfinished is
+// not known yet, and its row is filled anew: whether the lock is held does not matter then.
+constinit waiting::Lock fillLock;
 
 bool IsReady(volatile long& flag) noexcept {
     return __atomic_load_n(&flag, __ATOMIC_ACQUIRE) != 0;
@@ -60,7 +55,7 @@ const CodePage& CodePage::Of(unsigned number) {
     for (const CodePage* page = known.load(std::memory_order_acquire); page != nullptr; page = page->next_) {
         if (page->number_ == number) return *page;
     }
-    const FillGuard guard;
+    const waiting::Guard guard(fillLock);
     CodePage* first = known.load(std::memory_order_acquire);
     for (const CodePage* page = first; page != nullptr; page = page->next_) {
         if (page->number_ == number) return *page;
@@ -119,7 +114,7 @@ void CodePage::fillFolds() {
 }
 
 void CodePage::fillPairRow(unsigned char lead) const noexcept {
-    const FillGuard guard;
+    const waiting::Guard guard(fillLock);
     if (IsReady(pairReady_[lead])) return;
     for (unsigned trail = 1; trail < kByteValues; ++trail) {
         const char pair[2] = {static_cast<char>(lead), static_cast<char>(trail)};
@@ -161,7 +156,7 @@ std::uint16_t CodePage::encodeOne(wchar_t unit) const noexcept {
 }
 
 void CodePage::fillEncodeRow(unsigned high) const noexcept {
-    const FillGuard guard;
+    const waiting::Guard guard(fillLock);
     if (IsReady(encodeReady_[high])) return;
     for (unsigned low = 0; low < kByteValues; ++low) {
         encode_[high].entry[low] = encodeOne(static_cast<wchar_t>(high << 8 | low));
