@@ -22,6 +22,8 @@ namespace {
 
 constexpr int kRights = SFile::readWriteMask;
 constexpr int kShared = SFile::denyNothing;
+constexpr int kNew = SFile::writeOnly | SFile::create | SFile::truncate;
+constexpr int kNewToReadToo = SFile::readAndWrite | SFile::create | SFile::truncate;
 
 class Files : public testing::Test {
   protected:
@@ -69,7 +71,9 @@ TEST_F(Files, OpeningIsTraced) {
     sink.shouldTrace = [](int level, const char* unit) { return level == 2 && std::string(unit) == "sfile"; };
     sink.trace = [](int, const char*, const char* text) { traced += text + std::string("|"); };
     const SDiagnosticSink* const before = InstallDiagnosticSink(&sink);
-    for (const int mode : {0, 1281, 769 + 1, 1024 + 3}) Failure([&] { SFile("f", mode, kRights, kShared); });
+    for (const int mode :
+         {0, SFile::writeOnly | SFile::create | SFile::exclusive, kNewToReadToo, 3 | SFile::exclusive})
+        Failure([&] { SFile("f", mode, kRights, kShared); });
     InstallDiagnosticSink(before);
     std::string expected;
     for (const char* how :
@@ -108,16 +112,16 @@ TEST_F(Files, SaysWhatIsWrongWithAName) {
 TEST_F(Files, LongNamesAndOnesThatEndOddly) {
     const fs::path deep = folder / std::string(200, 'd') / std::string(200, 'e');
     fs::create_directories(L"\\\\?\\" + deep.wstring());
-    SFile(Text(deep / "file"), 769, kRights, kShared).writeString("deep");
+    SFile(Text(deep / "file"), kNew, kRights, kShared).writeString("deep");
     EXPECT_EQ(ReadBytes(L"\\\\?\\" + (deep / "file").wstring()), "deep");
-    SFile(Text(folder / "blank. ."), 769, kRights, kShared).writeString("cut");
+    SFile(Text(folder / "blank. ."), kNew, kRights, kShared).writeString("cut");
     EXPECT_EQ(ReadBytes(folder / "blank"), "cut");
 }
 
 TEST_F(Files, BytesPositionsAndSizes) {
-    SFile file(Text(folder / "bytes"), 769 | SFile::readAndWrite, kRights, kShared);
+    SFile file(Text(folder / "bytes"), kNew | SFile::readAndWrite, kRights, kShared);
     char bytes[8] = {};
-    EXPECT_EQ(Failure([&] { file.open(769 - 1 + 2, kRights, kShared); }), "");
+    EXPECT_EQ(Failure([&] { file.open(kNewToReadToo, kRights, kShared); }), "");
     EXPECT_EQ(file.write("0123456789", 10), 10);
     EXPECT_EQ(file.size(), 10U);
     EXPECT_EQ(file.seek(SFile::seekCurrent, 0), 10);
@@ -295,9 +299,9 @@ TEST_F(SFileText, IllegalUtf8IsEmpty) {
 TEST_F(Cp932SFile, NamesWithATrailByteThatLooksLikeASeparator) {
     const tarntest::LocaleScope locale(tarntest::kLocale932);
     const SAnsiString name = Text(folder) + "\\\x95\x5C\x83\x5C.txt";
-    SFile(name, 769, kRights, kShared).writeString("\x95\x5C");
+    SFile(name, kNew, kRights, kShared).writeString("\x95\x5C");
     EXPECT_EQ(ReadBytes(folder / L"\x8868\x30BD.txt"), "\xE8\xA1\xA8");
-    EXPECT_EQ(Failure([&] { SFile(Text(folder) + "\\\x95", 769, kRights, kShared); }).substr(0, 1), "0");
+    EXPECT_EQ(Failure([&] { SFile(Text(folder) + "\\\x95", kNew, kRights, kShared); }).substr(0, 1), "0");
 }
 
 TEST(SFileException, TextsAndMappings) {

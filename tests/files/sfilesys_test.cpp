@@ -21,6 +21,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kRights = SFile::defaultPermissions;
+constexpr int kNew = SFile::writeOnly | SFile::create | SFile::truncate;
 
 class FileSys : public testing::Test {
   protected:
@@ -260,7 +261,7 @@ TEST_F(FileSys, RightsAndTimes) {
 
 TEST_F(FileSys, SizesAndDisks) {
     EXPECT_EQ(Failure([&] { SFileSys::size(path("none")); }), "10 1");
-    SFile large(path("large"), 769, 0, SFile::denyNothing);
+    SFile large(path("large"), kNew, 0, SFile::denyNothing);
     large.seekEx(SFile::seekBegin, 0x100000000);
     large.write("x", 1);  // a file with a hole
     large.close();
@@ -311,7 +312,7 @@ TEST_F(Cp932FileSys, NamesOfTheCodePage) {
     const tarntest::LocaleScope locale(tarntest::kLocale932);
     const SAnsiString directory = Text(folder) + "\\\x95\x5C";
     SFileSys::makeDirectories(directory + "\\\x83\x5C", kRights);
-    SFile(directory + "\\\x83\x5C\\\x94\x5C.txt", 769, 0, 0).writeString("x");
+    SFile(directory + "\\\x83\x5C\\\x94\x5C.txt", kNew, 0, 0).writeString("x");
     EXPECT_TRUE(fs::exists(folder / L"\x8868" / L"\x30BD" / L"\x80FD.txt"));
     SIArray<FileProp> entries;
     SFileSys::listing(directory + "\\\x83\x5C", "\x94\x5C.*", entries);
