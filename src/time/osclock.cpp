@@ -1,5 +1,7 @@
 #include "time/osclock.h"
 
+#include <atomic>
+
 namespace TarnLibA500::osclock {
 namespace {
 
@@ -16,7 +18,11 @@ ReadYear FindReadYear() noexcept {
 }  // namespace
 
 bool ReadSystemZone(unsigned short year, TIME_ZONE_INFORMATION& zone) noexcept {
-    static const ReadYear readYear = FindReadYear();
+    // Not a static that waits for its construction: a thread that asks the loader is ended in there when the
+    // process ends, and nothing would construct it any more.
+    static constinit std::atomic<ReadYear> known{nullptr};
+    ReadYear readYear = known.load(std::memory_order_relaxed);
+    if (readYear == nullptr) known.store(readYear = FindReadYear(), std::memory_order_relaxed);
     if (readYear != nullptr && readYear(year, nullptr, &zone)) return true;
     return GetTimeZoneInformation(&zone) != TIME_ZONE_ID_INVALID;
 }

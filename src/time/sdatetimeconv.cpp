@@ -50,8 +50,8 @@ struct tm sicSDateTimeToTm(const SDateTime* value, const STimeZone& zone) {
 
 long long sicSDateTimeToTime_t(const SDateTime* value, const STimeZone& zone) {
     if (!RequireValue(value, kTmUnit)) return 0;
+    // With the flag as it is: left to itself the runtime takes today's rules of its zone for all years.
     struct tm parts = sicSDateTimeToTm(value, zone);
-    parts.tm_isdst = -1;  // the runtime looks for itself, in its own zone
     return _mktime64(&parts);
 }
 

@@ -17,13 +17,20 @@ std::int64_t InstantOfSwitch(const SYSTEMTIME& date, std::int32_t year) noexcept
     return calendar::Instant({DayOfSwitch(date, year), milliseconds});
 }
 
+// A date with a year happens once, one without it every year.
+bool IsOfYear(const SYSTEMTIME& date, std::int32_t year) noexcept {
+    return date.wYear == 0 || date.wYear == year;
+}
+
 ZoneYear Make(const TIME_ZONE_INFORMATION& zone, std::int32_t year) noexcept {
     ZoneYear made;
     made.standard = static_cast<std::int32_t>(zone.Bias) * kMillisecondsPerMinute;
     // A zone without daylight saving may have a DaylightBias all the same; the dates tell.
     if (zone.StandardDate.wMonth == 0 || zone.DaylightDate.wMonth == 0) return made;
-    made.daylight = made.standard + static_cast<std::int32_t>(zone.DaylightBias) * kMillisecondsPerMinute;
+    const std::int32_t bias = made.standard;
     made.standard += static_cast<std::int32_t>(zone.StandardBias) * kMillisecondsPerMinute;
+    if (!IsOfYear(zone.DaylightDate, year) || !IsOfYear(zone.StandardDate, year)) return made;
+    made.daylight = bias + static_cast<std::int32_t>(zone.DaylightBias) * kMillisecondsPerMinute;
     made.start = InstantOfSwitch(zone.DaylightDate, year) + made.standard;
     made.end = InstantOfSwitch(zone.StandardDate, year) + made.daylight;
     return made;
@@ -64,7 +71,7 @@ bool Read(std::int32_t year, TIME_ZONE_INFORMATION& zone) noexcept {
 
 std::int32_t DayOfSwitch(const SYSTEMTIME& date, std::int32_t year) noexcept {
     const std::int32_t month = std::clamp<std::int32_t>(date.wMonth, 1, calendar::kMonthsPerYear);
-    if (date.wYear != 0) return calendar::DayNumber(date.wYear, month, date.wDay);
+    if (date.wYear != 0) return calendar::DayNumber(year, month, date.wDay);
     return DayOfRule(year, month, std::clamp<std::int32_t>(date.wDay, 1, 5), date.wDayOfWeek);
 }
 

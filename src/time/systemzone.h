@@ -13,7 +13,7 @@ bool Read(std::int32_t year, TIME_ZONE_INFORMATION& zone) noexcept;
 /// system has none.
 ZoneYear OfYear(std::int32_t year) noexcept;
 
-/// The day of a switch; the date must have a month.
+/// The day of a switch in a year; the date must have a month, and that year if it has one.
 std::int32_t DayOfSwitch(const SYSTEMTIME& date, std::int32_t year) noexcept;
 
 }  // namespace TarnLibA500::systemzone

@@ -104,15 +104,17 @@ TEST(ZoneLocal, AgreesWithTheSystemForEveryHour) {
 
 TEST(ZoneLocal, GivesSecondsByTheRuntime) {
     _putenv("TZ=");  // the runtime would misread the name of a zone
-    for (SDateTime value = Read("2010-01-01", utc); value.GetYear(utc) < 2030;
-         value += STimeSpan(1, 5, 0, 0, 0)) {
-        const SDateTime back(value.GetTimeT(local), local);
-        const SDateTime later = value + STimeSpan(0, 1, 0, 0, 0);
-        const bool twice = later.Format("HH:mm", local) == value.Format("HH:mm", local);
-        ASSERT_EQ(back, twice ? later : value) << value.Format("yyyy-MM-dd HH:mm", utc).getString();
+    _tzset();
+    for (SDateTime value = Read("2000-01-01", utc); value.GetYear(utc) < 2030;
+         value += STimeSpan(0, 5, 0, 0, 0)) {
+        if (_daylight == 0 && local.InDST(value)) continue;  // of a zone that has given it up since
+        ASSERT_EQ(SDateTime(value.GetTimeT(local), local), value)
+            << value.Format("yyyy-MM-dd HH:mm", utc).getString();
     }
     EXPECT_EQ(Read("1960-01-01", utc).GetTimeT(local), -1);
-    const SDateTime noon = Read("2024-01-15T12:00", utc);  // universal parts are taken for local ones
+    // Universal parts are taken for local ones, in standard time.
+    const SDateTime noon = Read("2024-01-15T12:00", utc);
+    const SDateTime standard = local.InDST(noon) ? Read("2024-07-15T12:00", utc) : noon;
     EXPECT_EQ(sicSDateTimeToTime_t(&noon, utc) - noon.GetTimeT(local),
-              local.UTCOffset(noon).GetTotalSeconds());
+              local.UTCOffset(standard).GetTotalSeconds());
 }
