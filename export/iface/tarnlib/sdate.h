@@ -8,6 +8,10 @@
 #include "tarnlib/stimespan.h"
 #include "tarnlib/tarnapi.h"
 
+namespace TarnLibA500 {
+
+class STimeZone;
+
 /// A calendar date: one signed 32-bit day number.
 ///
 /// The number is the astronomical Julian day number minus one, so 2000-01-01 is 2451544. Dates up to
@@ -22,10 +26,6 @@
 ///     due.GetDayOfWeek();                                // 6, Saturday
 ///     SAnsiString text = due.Format("d MMM yyyy");       // "30 Mar 2024"
 ///     long days = (due - SDate::GetCurrentDate(STimeZone::TZ_Local())).GetDays();
-namespace TarnLibA500 {
-
-class STimeZone;
-
 class SDate {
   public:
     /// The day number of the invalid date.
@@ -50,15 +50,18 @@ class SDate {
     /// Constructs the date anew; false when it is the invalid one now.
     TARN_API bool Set(short year, unsigned char month, unsigned char day) noexcept;
 
+    /// False for the invalid date.
     constexpr bool IsValid() const noexcept { return day_ != InvalidDate; }
     /// The day number; InvalidDate for the invalid date, without a report.
     constexpr std::int32_t GetDayNumber() const noexcept { return day_; }
 
-    /// The parts: years up to 32767 (arithmetic can lead beyond, the year is then cut to 16 bits), months 1
-    /// to 12, days 1 to 31.
+    /// The year, up to 32767; arithmetic can lead beyond, and the year is then cut to 16 bits.
     TARN_API short GetYear() const;
+    /// The month, 1 to 12.
     TARN_API unsigned char GetMonth() const;
+    /// The day of the month, 1 to 31.
     TARN_API unsigned char GetDay() const;
+    /// Year, month and day at once; three zeros for the invalid date.
     TARN_API void GetYearMonthDay(short& year, unsigned char& month, unsigned char& day) const;
     /// 0 is Sunday, 6 Saturday.
     TARN_API unsigned char GetDayOfWeek() const;
@@ -75,8 +78,11 @@ class SDate {
     /// A span counts by its whole days, truncated towards zero. An invalid date stays invalid, and a sum that
     /// 32 bits do not hold becomes it.
     TARN_API SDate& operator+=(const STimeSpan& span) noexcept;
+    /// The same backwards.
     TARN_API SDate& operator-=(const STimeSpan& span) noexcept;
+    /// The date a span later, as += makes it.
     SDate operator+(const STimeSpan& span) const noexcept { return SDate(*this) += span; }
+    /// The date a span earlier, as -= makes it.
     SDate operator-(const STimeSpan& span) const noexcept { return SDate(*this) -= span; }
     /// The days from the other date to this one; no time, reported by assertion, when one is invalid.
     TARN_API STimeSpan operator-(const SDate& other) const;

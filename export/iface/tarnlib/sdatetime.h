@@ -12,7 +12,10 @@
 
 struct tm;
 struct _SYSTEMTIME;  // NOLINT(bugprone-reserved-identifier): the system's name
+/// The system's date and time in parts, as <windows.h> declares it, too.
 typedef struct _SYSTEMTIME SYSTEMTIME;
+
+namespace TarnLibA500 {
 
 /// A date and a time of day in universal time.
 ///
@@ -26,11 +29,10 @@ typedef struct _SYSTEMTIME SYSTEMTIME;
 ///     const STimeZone& here = STimeZone::TZ_Local();
 ///     SDateTime start(2024, 3, 31, 0, 30, 0, 0, here);
 ///     SDateTime end = start + STimeSpan(0, 36, 0, 0, 0);
-///     SAnsiString text = end.Format("yyyy-MM-dd@HH:mm:ss.SS", here);   // "2024-04-01@13:30:00.000" in
-///     Berlin SDateTime back; if (StringToDate(text, back, here) && back == end) ... if
-///     (SDateTime::GetCurrentDateTime() > end) ...
-namespace TarnLibA500 {
-
+///     SAnsiString text = end.Format("yyyy-MM-dd@HH:mm:ss.SS", here);   // "2024-04-01@13:30:00.000"
+///     SDateTime back;
+///     if (StringToDate(text, back, here) && back == end) ...
+///     if (SDateTime::GetCurrentDateTime() > end) ...
 class SDateTime {
   public:
     /// The invalid date-time.
@@ -49,32 +51,44 @@ class SDateTime {
     /// day the fraction is the time of day all the same: -1.25 is 1899-12-29 06:00. A literal 0 must be
     /// written 0.0.
     TARN_API SDateTime(double oleDate, const STimeZone& zone);
-    /// From local parts in the system's or the runtime's form; the day of the week and tm_isdst are not
-    /// looked at. Null is reported by assertion.
+    /// From local parts in the system's form; the day of the week is not looked at. Null is reported by
+    /// assertion.
     TARN_API SDateTime(const SYSTEMTIME* parts, const STimeZone& zone);
+    /// From local parts in the runtime's form; tm_wday, tm_yday and tm_isdst are not looked at. Null is
+    /// reported by assertion.
     TARN_API SDateTime(const struct tm* parts, const STimeZone& zone);
 
+    /// True when both the date and the time of day are valid.
     constexpr bool IsValid() const noexcept { return date_.IsValid() && time_.IsValid(); }
 
-    /// The date in the zone; the time of day in universal time.
+    /// The date in the zone.
     TARN_API SDate GetDate(const STimeZone& zone) const;
+    /// The time of day in universal time.
     TARN_API STime GetTime() const;
-    /// The parts as a calendar and a clock in the zone show them.
+    /// All parts at once, as a calendar and a clock in the zone show them.
     TARN_API void GetDateTime(short& year, unsigned char& month, unsigned char& day, unsigned char& hour,
                               unsigned char& minute, unsigned char& second, unsigned short& millisecond,
                               const STimeZone& zone) const;
+    /// The year in the zone, cut to 16 bits.
     TARN_API short GetYear(const STimeZone& zone) const;
+    /// The month in the zone, 1 to 12.
     TARN_API unsigned char GetMonth(const STimeZone& zone) const;
+    /// The day of the month in the zone, 1 to 31.
     TARN_API unsigned char GetDay(const STimeZone& zone) const;
-    /// 0 is Sunday, 6 Saturday.
+    /// The day of the week in the zone: 0 is Sunday, 6 Saturday.
     TARN_API unsigned char GetDayOfWeek(const STimeZone& zone) const;
+    /// The hour in the zone, 0 to 23.
     TARN_API unsigned char GetHour(const STimeZone& zone) const;
+    /// The minute in the zone, 0 to 59.
     TARN_API unsigned char GetMinute(const STimeZone& zone) const;
+    /// The second, 0 to 59, the same in all zones.
     TARN_API unsigned char GetSecond() const;
+    /// The millisecond, 0 to 999, the same in all zones.
     TARN_API unsigned short GetMillisecond() const;
 
     /// Seconds since 1970 by way of the runtime's mktime, which knows the local zone only: any other zone is
-    /// reported by assertion and gives 0. -1 where mktime has no answer (before 1970, after 3000).
+    /// reported by assertion and gives 0. mktime gets the parts of sicSDateTimeToTm as they are. -1 where it
+    /// has no answer (before 1970, after 3000).
     TARN_API long long GetTimeT(const STimeZone& zone) const;
     /// The local time as an OLE automation date.
     TARN_API double GetOleDate(const STimeZone& zone) const;
@@ -104,13 +118,17 @@ class SDateTime {
 
     /// An invalid value stays invalid, and a sum beyond what a date holds becomes it.
     TARN_API SDateTime& operator+=(const STimeSpan& span) noexcept;
+    /// The same backwards.
     TARN_API SDateTime& operator-=(const STimeSpan& span) noexcept;
+    /// The moment a span later, as += makes it.
     SDateTime operator+(const STimeSpan& span) const noexcept { return SDateTime(*this) += span; }
+    /// The moment a span earlier, as -= makes it.
     SDateTime operator-(const STimeSpan& span) const noexcept { return SDateTime(*this) -= span; }
     /// The time from the other value to this one; none, reported by assertion, when one is invalid.
     TARN_API STimeSpan operator-(const SDateTime& other) const;
     /// Values compare by instant; invalid ones come before all others.
     constexpr bool operator==(const SDateTime&) const noexcept = default;
+    /// The earlier instant is the lesser one.
     constexpr std::strong_ordering operator<=>(const SDateTime& other) const noexcept {
         if (date_ != other.date_) return date_ <=> other.date_;
         return time_.milliseconds_ <=> other.time_.milliseconds_;

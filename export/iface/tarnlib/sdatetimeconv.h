@@ -19,23 +19,27 @@
 namespace TarnLibA500 {
 
 /// Seconds since 1970: the parts in the zone, handed to the runtime's mktime. That takes them for local time
-/// whatever the zone is, deliberately; only the local zone gives true seconds. -1 where mktime has no answer.
+/// whatever the zone is, deliberately, and gets tm_isdst as it is in that zone; only the local zone gives true
+/// seconds. -1 where mktime has no answer.
 TARN_API long long sicSDateTimeToTime_t(const SDateTime* value, const STimeZone& zone);
 /// See SDateTime's constructor.
 TARN_API SDateTime sicTime_tToSDateTime(long long time, const STimeZone& zone);
 
-/// The parts in universal time or in the zone, with tm_wday, tm_yday and tm_isdst.
+/// The parts in universal time, with tm_wday, tm_yday and tm_isdst.
 TARN_API struct tm sicSDateTimeToTm(const SDateTime* value);
+/// The parts in the zone, with tm_wday, tm_yday and tm_isdst.
 TARN_API struct tm sicSDateTimeToTm(const SDateTime* value, const STimeZone& zone);
 /// See SDateTime's constructor.
 TARN_API SDateTime sicTmToSDateTime(const struct tm* parts, const STimeZone& zone);
 
-/// The local time as an OLE automation date, and back.
+/// The local time as an OLE automation date.
 TARN_API double sicSDateTimeToDATE(const SDateTime* value, const STimeZone& zone);
+/// See SDateTime's constructor.
 TARN_API SDateTime sicDATEToSDateTime(double oleDate, const STimeZone& zone);
 
-/// The local parts in the system's form, and back. A year before 1 gives a structure full of zeros.
+/// The local parts in the system's form. A year before 1 gives a structure full of zeros.
 TARN_API SYSTEMTIME sicSDateTimeToSYSTEMTIME(const SDateTime* value, const STimeZone& zone);
+/// See SDateTime's constructor.
 TARN_API SDateTime sicSYSTEMTIMEToSDateTime(const SYSTEMTIME* parts, const STimeZone& zone);
 
 /// Reads a whole text: yyyy-MM-dd, yyyy/MM/dd or yyyyMMdd; then, if at all, "T", "@" or a blank and

@@ -4,6 +4,8 @@
 #include "tarnlib/sstring.h"
 #include "tarnlib/tarnapi.h"
 
+namespace TarnLibA500 {
+
 /// The names of months, days, halves of the day and eras in the calling thread's locale.
 ///
 /// The names come from the system, in the code page of the C locale; a character that this does not have
@@ -14,18 +16,19 @@
 ///     SAnsiString month = SDateTimeString::GetLongMonth(3);     // "März"
 ///     SAnsiString day = SDateTimeString::GetShortDay(0);        // "So"
 ///     SAnsiString half = SDateTimeString::GetLongAM(false);     // the marker of the afternoon
-namespace TarnLibA500 {
-
 class SDateTimeString {
   public:
-    /// Months are 1 to 12.
+    /// The name of a month, 1 to 12.
     TARN_API static SAnsiString GetLongMonth(int month);
+    /// The short name of a month, 1 to 12.
     TARN_API static SAnsiString GetShortMonth(int month);
-    /// Days are 0 (Sunday) to 6.
+    /// The name of a day of the week, 0 (Sunday) to 6.
     TARN_API static SAnsiString GetLongDay(int day);
+    /// The short name of a day of the week, 0 (Sunday) to 6.
     TARN_API static SAnsiString GetShortDay(int day);
     /// The marker of the morning, or with "false" of the afternoon. Empty in locales that have none.
     TARN_API static SAnsiString GetLongAM(bool morning);
+    /// The short form of that marker.
     TARN_API static SAnsiString GetShortAM(bool morning);
     /// The era of a date. The system has no name for years before 1: empty.
     TARN_API static SAnsiString GetEra(const SDate& date);

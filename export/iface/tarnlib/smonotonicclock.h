@@ -2,6 +2,8 @@
 
 #include "tarnlib/tarnapi.h"
 
+namespace TarnLibA500 {
+
 /// A clock that only goes forward, whatever happens to the system's time.
 ///
 /// It counts milliseconds since the system was started, in the system's steps of 10 to 16 ms. It may be
@@ -12,8 +14,6 @@
 ///         if (SMonotonicClock::GetMilliseconds() > deadline) return false;
 ///         Sleep(20);
 ///     }
-namespace TarnLibA500 {
-
 class SMonotonicClock {
   public:
     /// Milliseconds since the system was started.

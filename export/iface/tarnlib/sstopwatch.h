@@ -2,6 +2,8 @@
 
 #include "tarnlib/tarnapi.h"
 
+namespace TarnLibA500 {
+
 /// A stop watch over SMonotonicClock: adds up the time between its starts and stops.
 ///
 /// A plain value, owned and used by one thread at a time.
@@ -14,8 +16,6 @@
 ///     watch.Start();
 ///     Save();
 ///     unsigned long long used = watch.GetElapsedMilliseconds();     // so far; it still runs
-namespace TarnLibA500 {
-
 class SStopWatch {
   public:
     /// Stopped at 0.
@@ -26,6 +26,7 @@ class SStopWatch {
     TARN_API void Stop() noexcept;
     /// Shows 0; a running watch runs on from there.
     TARN_API void Reset() noexcept;
+    /// True between Start and Stop.
     constexpr bool IsRunning() const noexcept { return running_; }
     /// Milliseconds that it has run since it was made or reset.
     TARN_API unsigned long long GetElapsedMilliseconds() const noexcept;

@@ -10,6 +10,10 @@
 // A macro of <windows.h>, which would give the member another name.
 #undef GetCurrentTime
 
+namespace TarnLibA500 {
+
+class STimeZone;
+
 /// A time of day: one signed 32-bit count of milliseconds since midnight, universal time.
 ///
 /// Without a date there is no daylight saving: a zone counts with its standard offset, the local zone with
@@ -24,10 +28,6 @@
 ///     closing.GetHour(here);                                            // 17
 ///     if (STimeComparison(STime::GetCurrentTime(), opening, here) < 0) ...   // earlier in the day, here
 ///     SAnsiString sign = opening.Format("h:mm tt", here);               // "8:30 AM"
-namespace TarnLibA500 {
-
-class STimeZone;
-
 class STime {
   public:
     /// The count of the invalid time.
@@ -48,13 +48,18 @@ class STime {
     TARN_API bool Set(unsigned char hour, unsigned char minute, unsigned char second,
                       unsigned short millisecond, const STimeZone& zone);
 
+    /// False for the invalid time.
     constexpr bool IsValid() const noexcept { return milliseconds_ != InvalidTime; }
 
-    /// What a clock in the zone shows. Zones differ by whole minutes, so that seconds need none.
+    /// The hour that a clock in the zone shows, 0 to 23.
     TARN_API unsigned char GetHour(const STimeZone& zone) const;
+    /// The minute that a clock in the zone shows, 0 to 59.
     TARN_API unsigned char GetMinute(const STimeZone& zone) const;
+    /// The second, 0 to 59: zones differ by whole minutes, so that it needs none.
     TARN_API unsigned char GetSecond() const;
+    /// The millisecond, 0 to 999.
     TARN_API unsigned short GetMillisecond() const;
+    /// Hour, minute and second at once; three zeros for the invalid time.
     TARN_API void GetHourMinuteSecond(unsigned char& hour, unsigned char& minute, unsigned char& second,
                                       const STimeZone& zone) const;
     /// Milliseconds since midnight in universal time, 0 to 86,399,999.
@@ -67,10 +72,13 @@ class STime {
     /// What the macro makes of that name where <windows.h> comes after this header.
     static STime GetTickCount() { return GetCurrentTime(); }
 
-    /// Arithmetic wraps at midnight; an invalid time stays invalid.
+    /// Moves the time on, past midnight to the beginning of the day; an invalid time stays invalid.
     TARN_API STime& operator+=(const STimeSpan& span) noexcept;
+    /// The same backwards.
     TARN_API STime& operator-=(const STimeSpan& span) noexcept;
+    /// The time a span later, as += makes it.
     STime operator+(const STimeSpan& span) const noexcept { return STime(*this) += span; }
+    /// The time a span earlier, as -= makes it.
     STime operator-(const STimeSpan& span) const noexcept { return STime(*this) -= span; }
     /// True for the same moment of the day; which one comes first depends on the zone (STimeComparison).
     constexpr bool operator==(const STime&) const noexcept = default;

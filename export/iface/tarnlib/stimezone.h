@@ -6,6 +6,10 @@
 #include "tarnlib/stimespan.h"
 #include "tarnlib/tarnapi.h"
 
+namespace TarnLibA500 {
+
+class SDateTime;
+
 /// A time zone: a standard offset and, where there is one, a rule of daylight saving.
 ///
 /// Offsets are universal time minus local time: a zone east of Greenwich has a negative one. TZ_UTC and
@@ -20,10 +24,6 @@
 ///     SAnsiString there = now.Format("HH:mm", berlin);
 ///     if (berlin.InDST(now)) ...
 ///     berlin.UTCOffset(now).GetTotalMinutes();             // -60 or -120
-namespace TarnLibA500 {
-
-class SDateTime;
-
 class STimeZone {
   public:
     /// From the text
