@@ -1,6 +1,7 @@
 #include <cstring>
 
 #include "tracelog/effective.h"
+#include "tracelog/logline.h"
 
 #include <windows.h>
 
@@ -33,9 +34,12 @@ std::wstring FileNameOf(std::wstring component) {
 
 // In lines blanks part the fields.
 std::string LineNameOf(const std::string& component) {
-    std::string name(component);
-    for (char& c : name) {
-        if (static_cast<unsigned char>(c) <= ' ') c = '_';
+    std::string name;
+    for (std::size_t at = 0; at < component.size();) {
+        const std::size_t control = ControlBytes(component.data() + at, component.size() - at);
+        const bool isUnfit = control != 0 || component[at] == ' ' || component[at] == '\t';
+        name += isUnfit ? '_' : component[at];
+        at += control != 0 ? control : 1;
     }
     return name;
 }
@@ -44,19 +48,11 @@ Identity MakeIdentity(const std::string& given) {
     const std::string process = std::to_string(GetCurrentProcessId());
     std::string component = given.empty() ? ToUtf8(ProgramStem()) : given;
     component.resize(WholeCharacters(component.c_str(), std::min(component.size(), kMaxComponent)));
-    const std::wstring stem = FileNameOf(ToWide(component)) + L"_" + ToWide(process);
-    return {component, stem, " " + LineNameOf(component) + " " + process + " "};
+    return {component, FileNameOf(ToWide(component)), " " + LineNameOf(component) + " " + process + " "};
 }
 
-struct Place {
-    Published<Identity> identity;
-    Published<std::wstring> directory;
-};
-
-Place& ThePlace() {
-    static Place& place = *new Place;  // outlives every client
-    return place;
-}
+constinit Published<Identity> identityInEffect;
+constinit Published<std::wstring> directoryInEffect;
 
 // Absolute, in the form that may be longer than 260 characters, with a slash at its end.
 std::wstring LongForm(const std::wstring& directory) {
@@ -78,13 +74,18 @@ std::size_t WholeCharacters(const char* text, std::size_t bytes) {
 }
 
 const Identity& CurrentIdentity() {
-    if (ThePlace().identity.get() == nullptr) ThePlace().identity.publish(MakeIdentity(std::string()));
-    return *ThePlace().identity.get();
+    if (identityInEffect.get() == nullptr) identityInEffect.publish(MakeIdentity(std::string()));
+    return *identityInEffect.get();
 }
 
 std::wstring CurrentDirectoryOfLogs() {
-    const std::wstring* const directory = ThePlace().directory.get();
+    const std::wstring* const directory = directoryInEffect.get();
     return directory != nullptr ? *directory : std::wstring();
+}
+
+std::wstring PathOfLog(const std::wstring& device) {
+    return CurrentDirectoryOfLogs() + CurrentIdentity().fileStem + L"_" +
+           std::to_wstring(GetCurrentProcessId()) + (device.empty() ? L"" : L"." + device) + L".log";
 }
 
 std::wstring ToWide(const std::string& utf8) {
@@ -108,16 +109,17 @@ std::string ToUtf8(const std::wstring& text) {
 
 void LogFileConfig::apply() const {
     detail::fileSettings.sizeLimit = size;
+    detail::fileSettings.countLimit = files;
+    detail::fileSettings.dayLimit = days;
     const std::wstring wide = directory != nullptr && *directory != '\0'
                                   ? detail::LongForm(detail::ToWide(directory))
                                   : std::wstring();
-    if (wide != detail::CurrentDirectoryOfLogs()) detail::ThePlace().directory.publish(wide);
+    if (wide != detail::CurrentDirectoryOfLogs()) detail::directoryInEffect.publish(wide);
 }
 
 void ActivationConfig::apply() const {
     const detail::Identity identity = detail::MakeIdentity(component != nullptr ? component : "");
-    if (identity.component != detail::CurrentIdentity().component)
-        detail::ThePlace().identity.publish(identity);
+    detail::identityInEffect.publish(identity);
     detail::fileSettings.alwaysClose = always_close;
     detail::fileSettings.keep = keep;
     detail::fileSettings.buffered = buffered;

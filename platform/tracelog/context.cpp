@@ -5,8 +5,7 @@
 
 #include "tracelog/effective.h"
 #include "tracelog/logline.h"
-
-#include <windows.h>
+#include "waiting/waiting.h"
 
 namespace TraceLog400 {
 namespace detail {
@@ -26,7 +25,10 @@ void WINAPI FreeContext(void* context) {
 class Slot {
   public:
     Slot() : index_(FlsAlloc(&FreeContext)) {}
-    ~Slot() { FlsFree(index_); }
+    // While the process ends, the contexts of threads that were ended go with it.
+    ~Slot() {
+        if (!waiting::ProcessIsEnding()) FlsFree(index_);
+    }
     bool isUsable() const { return index_ != FLS_OUT_OF_INDEXES; }
     ThreadContext* get() const { return static_cast<ThreadContext*>(FlsGetValue(index_)); }
     void set(ThreadContext* context) const { FlsSetValue(index_, context); }
@@ -41,12 +43,18 @@ bool NeedsEscape(char c) {
     return static_cast<unsigned char>(c) < ' ' || c == '\x7F' || std::strchr("%;=[]", c) != nullptr;
 }
 
+// Line separators beyond ASCII are escaped, too, because the text stands in lines; a reader takes them both
+// ways.
 void AppendEscaped(std::string& out, const std::string& text) {
-    for (const char c : text) {
-        if (!NeedsEscape(c)) {
+    std::size_t control = 0;  // bytes left of such a character
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (control == 0) control = ControlBytes(text.data() + i, text.size() - i);
+        if (control == 0 && !NeedsEscape(c)) {
             out += c;
             continue;
         }
+        if (control != 0) --control;
         out += '%';
         out += kHex[static_cast<unsigned char>(c) >> 4];
         out += kHex[c & 0xF];

@@ -26,27 +26,45 @@ FileDevice::FileDevice(const char* name) : name_(name), file_(FileNamePart(name_
 }
 
 void FileDevice::write(const char* line, std::size_t bytes) {
-    const std::lock_guard<std::mutex> guard(mutex_);
+    const waiting::Guard guard(lock_);
     if (!isWriting.load(std::memory_order_relaxed))
         return;  // asked under the lock: after close nothing comes
+    if (!guard.holds()) return writeAside(line, bytes);
+    add(line, bytes);
+    if (!fileSettings.buffered.load(std::memory_order_relaxed)) drain();
+    if (toStandardOutput) std::printf("%.*s\n", static_cast<int>(bytes), line);
+}
+
+void FileDevice::add(const char* line, std::size_t bytes) {
     if (waiting_.size() + bytes + kLineEndBytes > kBufferBytes) drain();
     try {
         waiting_.append(line, bytes).append(kLineEnd, kLineEndBytes);
     } catch (const std::bad_alloc&) {
         file_.countLost("\n", 1);  // a line beyond the buffer's size, and no memory for it
     }
-    if (!fileSettings.buffered.load(std::memory_order_relaxed)) drain();
-    if (toStandardOutput) std::printf("%.*s\n", static_cast<int>(bytes), line);
+}
+
+// A thread was ended while it was at the file and at the lines that wait: they are left as they are.
+void FileDevice::writeAside(const char* line, std::size_t bytes) const {
+    try {
+        LogFile file(FileNamePart(name_));
+        const std::string whole = std::string(line, bytes).append(kLineEnd, kLineEndBytes);
+        file.append(whole.data(), whole.size());
+    } catch (const std::bad_alloc&) {
+        return;
+    }
 }
 
 void FileDevice::flush() {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    drain();
+    const waiting::Guard guard(lock_);
+    if (guard.holds()) drain();
 }
 
-void FileDevice::flushIfFree() {
-    const std::unique_lock<std::mutex> guard(mutex_, std::try_to_lock);
-    if (guard.owns_lock()) drain();
+void FileDevice::finishIfFree() {
+    if (!lock_.takeIfFree()) return;
+    drain();
+    if (isWriting) file_.tellLoss();
+    lock_.giveBack();
 }
 
 void FileDevice::drain() {
@@ -60,67 +78,74 @@ void FileDevice::drain() {
 
 std::string FileDevice::pathText() const {
     constexpr const char* kLongPath = "\\\\?\\";
-    const std::lock_guard<std::mutex> guard(mutex_);
-    std::string text = ToUtf8(file_.path());
+    std::string text = ToUtf8(PathOfLog(FileNamePart(name_)));
     if (text.rfind(kLongPath, 0) == 0) text.erase(0, std::strlen(kLongPath));
     return text;
 }
 
-// The lock is not held while a target takes the text: it may log itself.
 void FileDevice::path(TextTarget& out) const {
     const std::string text = pathText();
     out.append(text.data(), text.size());
 }
 
 void FileDevice::close() {
-    const std::lock_guard<std::mutex> guard(mutex_);
+    const waiting::Guard guard(lock_);
+    if (!guard.holds()) return;
     drain();
     file_.finish(!fileSettings.keep);
 }
 
 std::string FileDevice::description() const {
     const std::string path = pathText();
-    const std::lock_guard<std::mutex> guard(mutex_);
+    const waiting::Guard guard(lock_);
     return "device " + name_ + ": " + path + ", " + std::to_string(file_.linesLost()) + " lines lost\n";
 }
 
 namespace {
 
-/// All devices. The main one is made with the list. Those that are forgotten stay, because somebody may hold
-/// them.
+/// All devices. Those that are forgotten stay, because somebody may hold them. Where an ended thread holds
+/// the list, only the main device is left.
 class Devices {
   public:
-    Devices() { make(kMainDevice); }
-    /// The end of the process, or of the module: what waits is written if that can be done without waiting.
-    ~Devices() {
-        for (const Entry& entry : all_) entry.device->flushIfFree();
-    }
+    FileDevice& main() { return main_; }
     FileDevice* find(const std::string& name) {
-        const std::lock_guard<std::mutex> guard(mutex_);
-        const Entry* const entry = findEntry(name);
+        if (name == kMainDevice) return &main_;
+        const waiting::Guard guard(lock_);
+        const Entry* const entry = guard.holds() ? findEntry(name) : nullptr;
         return entry != nullptr && entry->isKnown ? entry->device.get() : nullptr;
     }
     FileDevice* make(const std::string& name) {
-        const std::lock_guard<std::mutex> guard(mutex_);
+        const waiting::Guard guard(lock_);
+        if (name == kMainDevice || !guard.holds()) return &main_;
         Entry* entry = findEntry(name);
         if (entry == nullptr)
-            entry = &all_.emplace_back(Entry{std::make_unique<FileDevice>(name.c_str()), true});
+            entry = &others_.emplace_back(Entry{std::make_unique<FileDevice>(name.c_str()), true});
         entry->isKnown = true;
         return entry->device.get();
     }
     void closeAndForget() {
-        const std::lock_guard<std::mutex> guard(mutex_);
-        for (Entry& entry : all_) {
+        const waiting::Guard guard(lock_);
+        main_.close();
+        if (!guard.holds()) return;
+        for (Entry& entry : others_) {
             entry.device->close();
-            entry.isKnown = entry.device->name() == kMainDevice;
+            entry.isKnown = false;
         }
     }
     template <class Action>
     void forEach(Action action) {
-        const std::lock_guard<std::mutex> guard(mutex_);
-        for (const Entry& entry : all_) {
+        const waiting::Guard guard(lock_);
+        action(main_);
+        if (!guard.holds()) return;
+        for (const Entry& entry : others_) {
             if (entry.isKnown) action(*entry.device);
         }
+    }
+    void finishIfFree() {
+        main_.finishIfFree();
+        if (!lock_.takeIfFree()) return;
+        for (const Entry& entry : others_) entry.device->finishIfFree();
+        lock_.giveBack();
     }
 
   private:
@@ -129,32 +154,49 @@ class Devices {
         bool isKnown;
     };
     Entry* findEntry(const std::string& name) {
-        for (Entry& entry : all_) {
+        for (Entry& entry : others_) {
             if (entry.device->name() == name) return &entry;
         }
         return nullptr;
     }
 
-    std::mutex mutex_;
-    std::vector<Entry> all_;
+    FileDevice main_{kMainDevice};
+    waiting::Lock lock_;  ///< guards the rest
+    std::vector<Entry> others_;
 };
 
-Devices devices;
+/// The devices outlive the static objects of all who log, and are freed only where nobody is left to do so:
+/// when the module is unloaded from a process that goes on.
+class DevicesOfProcess {
+  public:
+    ~DevicesOfProcess() {
+        devices_->finishIfFree();
+        if (!waiting::ProcessIsEnding()) delete devices_;
+    }
+    Devices& operator*() const { return *devices_; }
+
+  private:
+    Devices* devices_ = new Devices;
+};
+const DevicesOfProcess devicesOfProcess;
+
+Devices& TheDevices() {
+    return *devicesOfProcess;
+}
 
 }  // namespace
 
 Device& MainDevice() {
-    static Device& main = *devices.find(kMainDevice);
-    return main;
+    return TheDevices().main();
 }
 
 void FlushDevices() {
-    devices.forEach([](FileDevice& device) { device.flush(); });
+    TheDevices().forEach([](FileDevice& device) { device.flush(); });
 }
 
 void PrintDevices(TextTarget& out) {
     std::string text;
-    devices.forEach([&text](FileDevice& device) { text += device.description(); });
+    TheDevices().forEach([&text](FileDevice& device) { text += device.description(); });
     out.append(text.data(), text.size());
 }
 
@@ -166,17 +208,17 @@ DeviceAdmin& DeviceAdmin::get() {
 }
 
 Device* DeviceAdmin::device(const char* name) {
-    return name != nullptr ? detail::devices.find(name) : nullptr;
+    return name != nullptr ? detail::TheDevices().find(name) : nullptr;
 }
 
 Device* DeviceAdmin::create(const DeviceInfo& info) {
-    return info.name != nullptr ? detail::devices.make(info.name) : nullptr;
+    return info.name != nullptr ? detail::TheDevices().make(info.name) : nullptr;
 }
 
 void DeviceAdmin::close_all() {
     detail::isWriting = false;
     detail::toStandardOutput = false;
-    detail::devices.closeAndForget();
+    detail::TheDevices().closeAndForget();
     EvalConfig masks;
     masks.assign_mask("cw");
     masks.assign_filter(ByFileLine());

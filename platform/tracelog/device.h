@@ -1,10 +1,10 @@
 #pragma once
 
-#include <mutex>
 #include <string>
 
 #include "tracelog/logfile.h"
 #include "tracelog/tracelog.h"
+#include "waiting/waiting.h"
 
 namespace TraceLog400::detail {
 
@@ -20,18 +20,20 @@ class FileDevice final : public Device {
     const std::string& name() const { return name_; }
     /// Gives the file back; deletes it unless files are kept.
     void close();
-    /// Writes what is waiting if no other thread is at it: for the end of the process, when threads may have
-    /// been stopped anywhere.
-    void flushIfFree();
+    /// Writes what is waiting, and how much was lost, if no other thread is at it: for the end of the process
+    /// or of the module, when threads may have been ended anywhere.
+    void finishIfFree();
     /// A line for people.
     std::string description() const;
 
   private:
     std::string pathText() const;
+    void add(const char* line, std::size_t bytes);
     void drain();
+    void writeAside(const char* line, std::size_t bytes) const;
 
     std::string name_;
-    mutable std::mutex mutex_;  ///< guards the rest
+    mutable waiting::Lock lock_;  ///< guards the rest
     LogFile file_;
     std::string waiting_;
 };

@@ -10,6 +10,8 @@ std::atomic<unsigned long> calls{0};
 std::atomic<unsigned long> failing{0};  // the number of the call
 std::atomic<bool> alsoLater{false};
 std::atomic<DWORD> errorToSet{0};
+std::atomic<long> mostBytes{-1};
+std::atomic<ULONGLONG> timePassed{0};
 
 }  // namespace
 
@@ -29,6 +31,22 @@ void FailCall(unsigned long nth, DWORD error, bool onwards) {
 
 unsigned long CallsSoFar() {
     return calls;
+}
+
+void ShortenWrites(long bytes) {
+    mostBytes = bytes;
+}
+
+long MostBytesOfWrite() {
+    return mostBytes;
+}
+
+void PassTime(ULONGLONG milliseconds) {
+    timePassed += milliseconds;
+}
+
+ULONGLONG TimePassed() {
+    return timePassed;
 }
 
 }  // namespace TraceLog400::osfile

@@ -49,13 +49,13 @@ bool IsIn(const std::string& directory, const std::string& wanted) {
     return directory.size() == wanted.size() || directory[directory.size() - wanted.size() - 1] == '/';
 }
 
-detail::Published<ByFileLine>& FilterInEffect() {
-    static detail::Published<ByFileLine>& filter =
-        *new detail::Published<ByFileLine>;  // outlives every client
-    return filter;
+}  // namespace
+
+static bool operator==(const ByFileLine& a, const ByFileLine& b) {
+    return a.isSameAs(b);
 }
 
-}  // namespace
+static constinit detail::Published<ByFileLine> filterInEffect;
 
 ByFileLine::ByFileLine() : files_(new Files) {}
 ByFileLine::~ByFileLine() {
@@ -105,7 +105,7 @@ void ByFileLine::print(TextTarget& out) const {
 
 // A filter costs a text or two a trace point that the mask lets through; without one it costs nothing.
 bool detail::PassesFilter(const char* file, int line) {
-    const ByFileLine* const filter = FilterInEffect().get();
+    const ByFileLine* const filter = filterInEffect.get();
     if (filter == nullptr) return true;
     try {
         return filter->predicate(file, line);
@@ -115,13 +115,15 @@ bool detail::PassesFilter(const char* file, int line) {
 }
 
 void detail::PublishFilter(const ByFileLine& filter) {
-    const ByFileLine* const before = FilterInEffect().get();
-    const bool isNews = before != nullptr ? !filter.isSameAs(*before) : !filter.isSameAs(ByFileLine());
-    if (isNews) FilterInEffect().publish(filter);  // every version is kept
+    if (filter == ByFileLine()) {
+        filterInEffect.publishNothing();
+    } else {
+        filterInEffect.publish(filter);
+    }
 }
 
 void detail::PrintFilter(TextTarget& out) {
-    const ByFileLine* const filter = FilterInEffect().get();
+    const ByFileLine* const filter = filterInEffect.get();
     (filter != nullptr ? *filter : ByFileLine()).print(out);
 }
 

@@ -5,13 +5,16 @@
 
 #include "tracelog/effective.h"
 #include "tracelog/logline.h"
+#include "tracelog/oldlogs.h"
 #include "tracelog/osfile.h"
 
 namespace TraceLog400::detail {
 namespace {
 
 constexpr ULONGLONG kRetryMilliseconds = 1000;
+constexpr ULONGLONG kSweepMilliseconds = 3'600'000;
 constexpr unsigned kLastNumber = 999'999;
+constexpr int kMostTakenNumbers = 1000;  // are stepped over at a time
 
 std::size_t LinesIn(const char* lines, std::size_t bytes) {
     return static_cast<std::size_t>(std::count(lines, lines + bytes, '\n'));
@@ -30,44 +33,40 @@ std::wstring NumberedPath(const std::wstring& path, unsigned number) {
     return std::wstring(path).insert(path.size() - kExtension, inserted);
 }
 
-// The system's text, as far as it is there.
-std::string ErrorText(unsigned long error) {
+// The system's text, as far as it is there, and the number.
+std::string ErrorText(DWORD error) {
     constexpr DWORD kMaxText = 256;
     wchar_t text[kMaxText];
     DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
                                   0, text, kMaxText, nullptr);
     while (length > 0 && text[length - 1] <= L' ') --length;
-    return ToUtf8(std::wstring(text, length));
+    return ToUtf8(std::wstring(text, length)) + " (" + std::to_string(error) + ")";
 }
 
-void Complain(const std::wstring& path, unsigned long error) {
-    const std::string text = "cannot write the log " + ToUtf8(path) + ": " + ErrorText(error) + " (" +
-                             std::to_string(error) + "); lines are lost until this works again\n";
-    std::fputs(text.c_str(), stderr);
+// Where no log can take it.
+void Say(const std::string& text) {
+    const std::string line = text + "\n";
+    std::fputs(line.c_str(), stderr);
     std::fflush(stderr);
-    OutputDebugStringW(ToWide(text).c_str());
+    OutputDebugStringW(ToWide(line).c_str());
 }
 
 }  // namespace
 
-std::wstring LogFile::path() const {
-    return CurrentDirectoryOfLogs() + CurrentIdentity().fileStem + (device_.empty() ? L"" : L"." + device_) +
-           L".log";
-}
-
 void LogFile::append(const char* lines, std::size_t bytes) {
-    if (!isReady()) return fail(ERROR_SUCCESS, lines, bytes);
+    if (!isReady()) return countLost(lines, bytes);
     while (bytes > 0) {
         const std::size_t part = fitting(lines, bytes);
         if (part == 0) {
             rotate();
-            if (file_ == INVALID_HANDLE_VALUE && !open()) return fail(GetLastError(), lines, bytes);
+            if (!isReady()) return countLost(lines, bytes);
             continue;
         }
-        if (!writeAll(lines, part)) return fail(ERROR_SUCCESS, lines + part, bytes - part);
+        if (!writeAll(lines, part)) return countLost(lines + part, bytes - part);
         lines += part;
         bytes -= part;
     }
+    removeOld();
     if (fileSettings.alwaysClose) close();
 }
 
@@ -75,7 +74,7 @@ void LogFile::append(const char* lines, std::size_t bytes) {
 // present.
 std::size_t LogFile::fitting(const char* lines, std::size_t bytes) const {
     const std::uint64_t limit = fileSettings.sizeLimit;
-    if (limit == 0 || size_ + bytes <= limit || GetTickCount64() < nextRotation_) return bytes;
+    if (limit == 0 || size_ + bytes <= limit || osfile::Ticks() < nextRotation_) return bytes;
     const std::size_t part = size_ < limit ? WholeLines(lines, static_cast<std::size_t>(limit - size_)) : 0;
     if (part != 0 || size_ != 0) return part;
     return static_cast<std::size_t>(std::find(lines, lines + bytes, '\n') - lines) + 1;
@@ -84,35 +83,35 @@ std::size_t LogFile::fitting(const char* lines, std::size_t bytes) const {
 bool LogFile::isReady() {
     if (file_ != INVALID_HANDLE_VALUE) lookWhetherItIsThere();
     if (file_ != INVALID_HANDLE_VALUE) return true;
-    if (GetTickCount64() < nextTry_) return false;
-    if (open()) return true;
-    fail(GetLastError(), nullptr, 0);
-    return false;
+    if (osfile::Ticks() < nextTry_) return false;
+    const DWORD error = open();
+    if (error != ERROR_SUCCESS) fail(error);
+    return error == ERROR_SUCCESS;
 }
 
 // A file that somebody deleted would go on taking lines that nobody sees.
 void LogFile::lookWhetherItIsThere() {
-    const ULONGLONG now = GetTickCount64();
+    const ULONGLONG now = osfile::Ticks();
     if (now - lastLook_ < kRetryMilliseconds) return;
     lastLook_ = now;
-    const bool hasMoved = openPath_ != path();
+    const bool hasMoved = openPath_ != PathOfLog(device_);
     if (hasMoved || !osfile::Exists(openPath_.c_str())) close();
     if (hasMoved && !fileSettings.keep) removeWritten();
 }
 
-bool LogFile::open() {
-    openPath_ = path();
+DWORD LogFile::open() {
+    openPath_ = PathOfLog(device_);
     file_ = osfile::OpenForAppending(openPath_.c_str());
     if (file_ == INVALID_HANDLE_VALUE && GetLastError() == ERROR_PATH_NOT_FOUND) {
         makeDirectory();
         file_ = osfile::OpenForAppending(openPath_.c_str());
     }
-    if (file_ == INVALID_HANDLE_VALUE) return false;
+    if (file_ == INVALID_HANDLE_VALUE) return GetLastError();
     if (!osfile::Size(file_, size_)) size_ = 0;
-    lastLook_ = GetTickCount64();
+    lastLook_ = osfile::Ticks();
     if (isTorn_) endTornLine();
     if (lost_ != 0) reportLoss();
-    return true;
+    return ERROR_SUCCESS;
 }
 
 void LogFile::makeDirectory() const {
@@ -122,21 +121,18 @@ void LogFile::makeDirectory() const {
         osfile::MakeDirectory(directory.substr(0, slash).c_str());
 }
 
-// Writes lines and returns how many bytes of them are in the file, always whole lines; the error is kept.
-std::size_t LogFile::writeLines(const char* lines, std::size_t bytes) {
+// Writes lines and says how many bytes of them are in the file, always whole lines. A write that succeeds and
+// is too short is a full disk; the system has no error to tell then.
+DWORD LogFile::writeLines(const char* lines, std::size_t bytes, std::size_t& kept) {
     DWORD written = 0;
-    if (osfile::Write(file_, lines, static_cast<DWORD>(bytes), written) && written == bytes) {
-        size_ += bytes;
-        return bytes;
-    }
-    const DWORD error = GetLastError();
-    const std::size_t kept = WholeLines(lines, written);
+    const bool isWritten = osfile::Write(file_, lines, static_cast<DWORD>(bytes), written);
+    const DWORD error = isWritten ? ERROR_DISK_FULL : GetLastError();
+    kept = WholeLines(lines, written);
     std::uint64_t end = size_ + written;
     if (kept != written && osfile::Size(file_, end))
         isTorn_ = !osfile::Cut(openPath_.c_str(), end - (written - kept));
     size_ += kept;
-    SetLastError(error != ERROR_SUCCESS ? error : ERROR_DISK_FULL);
-    return kept;
+    return isWritten && written == bytes ? ERROR_SUCCESS : error;
 }
 
 // What stands in the file without an end gets one, so that the next line is whole.
@@ -146,22 +142,22 @@ void LogFile::endTornLine() {
 }
 
 bool LogFile::writeAll(const char* lines, std::size_t bytes) {
-    const std::size_t kept = writeLines(lines, bytes);
-    if (kept != bytes) {
-        fail(GetLastError(), lines + kept, bytes - kept);
-        return false;
-    }
-    isFailing_ = false;
-    return true;
+    std::size_t kept = 0;
+    const DWORD error = writeLines(lines, bytes, kept);
+    isFailing_ = isFailing_ && error != ERROR_SUCCESS;
+    if (error == ERROR_SUCCESS) return true;
+    fail(error);
+    countLost(lines + kept, bytes - kept);
+    return false;
 }
 
-// Counts lines as lost; an error is said once, until something was written again.
-void LogFile::fail(unsigned long error, const char* lines, std::size_t bytes) {
-    countLost(lines, bytes);
-    if (error == ERROR_SUCCESS) return;
-    nextTry_ = GetTickCount64() + kRetryMilliseconds;
+// An error is said once, until something was written again.
+void LogFile::fail(DWORD error) {
+    nextTry_ = osfile::Ticks() + kRetryMilliseconds;
     close();
-    if (!isFailing_) Complain(openPath_, error);
+    if (!isFailing_)
+        Say("cannot write the log " + ToUtf8(openPath_) + ": " + ErrorText(error) +
+            "; lines are lost until this works again");
     isFailing_ = true;
 }
 
@@ -169,20 +165,55 @@ void LogFile::countLost(const char* lines, std::size_t bytes) {
     if (bytes != 0) lost_ += LinesIn(lines, bytes);
 }
 
+std::string LogFile::textOfLoss() const {
+    return std::to_string(lost_) + " lines were lost";
+}
+
+// A line of the log's own.
+bool LogFile::writeWarning(const std::string& text) {
+    const std::string line = MakeLine('w', text.data(), text.size());
+    std::size_t kept = 0;
+    return writeLines(line.data(), line.size(), kept) == ERROR_SUCCESS;
+}
+
 void LogFile::reportLoss() {
-    char text[64];
-    const int length = std::snprintf(text, sizeof text, "%llu lines were lost", lost_);
-    const std::string line = MakeLine('w', text, static_cast<std::size_t>(length));
-    if (writeLines(line.data(), line.size()) == line.size()) lost_ = 0;
+    if (writeWarning(textOfLoss())) lost_ = 0;
+}
+
+void LogFile::tellLoss() {
+    if (lost_ == 0) return;
+    if (file_ != INVALID_HANDLE_VALUE) {
+        reportLoss();
+    } else {
+        open();
+    }
+    if (lost_ != 0) Say(textOfLoss() + " of the log " + ToUtf8(openPath_));
+}
+
+// Other processes' files grow old while this one writes, so it looks now and then, and after each full file.
+void LogFile::removeOld() {
+    const OldLogLimits limits{fileSettings.countLimit, fileSettings.dayLimit};
+    if ((limits.files == 0 && limits.days == 0) || osfile::Ticks() < nextSweep_) return;
+    nextSweep_ = osfile::Ticks() + kSweepMilliseconds;
+    try {
+        const OldLogFailure failure = RemoveOldLogs(limits, device_);
+        if (failure.error != ERROR_SUCCESS && !hasOldThatStay_)
+            writeWarning("cannot remove the old log " + ToUtf8(failure.path) + ": " +
+                         ErrorText(failure.error));
+        hasOldThatStay_ = failure.error != ERROR_SUCCESS;
+    } catch (const std::bad_alloc&) {
+        return;  // until the next look
+    }
 }
 
 void LogFile::rotate() {
     nextRotation_ = 0;
     close();
     if (!renameToFree()) {
-        nextRotation_ = GetTickCount64() + kRetryMilliseconds;
+        nextRotation_ = osfile::Ticks() + kRetryMilliseconds;
         return;
     }
+    nextSweep_ = 0;
     if (fileSettings.keep) return;
     // Only the newest full file stays; the one before goes now that the renaming has worked.
     if (!newestFull_.empty()) osfile::Remove(newestFull_.c_str());
@@ -190,16 +221,15 @@ void LogFile::rotate() {
 }
 
 bool LogFile::renameToFree() {
-    while (lastNumber_ < kLastNumber) {
-        if (osfile::Rename(openPath_.c_str(), NumberedPath(openPath_, lastNumber_ + 1).c_str())) {
-            ++lastNumber_;
-            return true;
-        }
-        const DWORD error = GetLastError();
-        if (error != ERROR_ALREADY_EXISTS && error != ERROR_FILE_EXISTS) return false;
-        ++lastNumber_;
+    for (int taken = 0; taken < kMostTakenNumbers; ++taken) {
+        const unsigned number = lastNumber_ % kLastNumber + 1;
+        const bool isRenamed = osfile::Rename(openPath_.c_str(), NumberedPath(openPath_, number).c_str());
+        const DWORD error = isRenamed ? ERROR_SUCCESS : GetLastError();
+        if (!isRenamed && error != ERROR_ALREADY_EXISTS && error != ERROR_FILE_EXISTS) return false;
+        lastNumber_ = number;
+        if (isRenamed) return true;
     }
-    return false;
+    return false;  // the next try goes on from here
 }
 
 void LogFile::close() {
@@ -214,14 +244,14 @@ void LogFile::removeWritten() {
 }
 
 void LogFile::finish(bool discard) {
+    tellLoss();
     close();
     if (discard) removeWritten();
     newestFull_.clear();
     openPath_.clear();
-    nextTry_ = nextRotation_ = 0;
+    nextTry_ = nextRotation_ = nextSweep_ = 0;
     lastNumber_ = 0;
-    isFailing_ = false;
-    lost_ = 0;
+    isFailing_ = hasOldThatStay_ = false;
 }
 
 }  // namespace TraceLog400::detail

@@ -10,6 +10,7 @@ namespace {
 constexpr std::size_t kMaxText = 64 * 1024;
 constexpr std::size_t kMaxLongText = 1024 * 1024;
 constexpr int kUrgentImportance = 3;
+constexpr int kWarningAttribute = 2;
 constexpr char kCut[] = "...";
 
 char LetterOf(Logger::Kind kind, const EventInfo& event) {
@@ -33,7 +34,8 @@ bool IsOn(Logger::Kind kind, const EventInfo& event) {
 }
 
 bool IsUrgent(Logger::Kind kind, const EventInfo& event) {
-    return kind == Logger::Assert || kind == Logger::Warning || event.importance >= kUrgentImportance;
+    return kind == Logger::Assert || kind == Logger::Warning || event.importance >= kUrgentImportance ||
+           event.attribute == kWarningAttribute;
 }
 
 }  // namespace

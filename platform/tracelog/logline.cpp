@@ -105,23 +105,50 @@ char* WritePlace(char* out, const EventInfo& event) {
     return out;
 }
 
-bool IsControl(char c) {
-    return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == '\x7F';
+// What ControlBytes tells of a character that is not plain ASCII, which it asks first.
+std::size_t RareControlBytes(const unsigned char* text, std::size_t bytes) {
+    const bool isC1 = text[0] == 0xC2 && bytes > 1 && text[1] >= 0x80 && text[1] <= 0x9F;
+    if (isC1) return 2;
+    const bool isSeparator = text[0] == 0xE2 && bytes > 2 && text[1] == 0x80 && (text[2] | 1) == 0xA9;
+    return isSeparator ? 3 : 0;
 }
 
-char* WriteControl(char* out, char c) {
+std::size_t EscapeBytes(char c, std::size_t bytes) {
+    constexpr std::size_t kLetter = 2;  // \n
+    constexpr std::size_t kByte = 4;    // \x1B
+    constexpr std::size_t kUnit = 6;    // \u2028
+    if (bytes > 1) return kUnit;
+    return c == '\r' || c == '\n' ? kLetter : kByte;
+}
+
+char* WriteHex(char* out, unsigned value, int digits) {
+    for (int i = digits - 1; i >= 0; --i, value >>= 4) out[i] = kHex[value & 0xF];
+    return out + digits;
+}
+
+char* WriteControl(char* out, const char* text, std::size_t bytes) {
+    const auto* const at = reinterpret_cast<const unsigned char*>(text);
     *out++ = '\\';
-    if (c == '\r' || c == '\n') {
-        *out++ = c == '\r' ? 'r' : 'n';
+    if (bytes > 1) {
+        *out++ = 'u';
+        return WriteHex(out, bytes == 2 ? at[1] : 0x2000U | (at[2] & 0x3FU), 4);
+    }
+    if (*text == '\r' || *text == '\n') {
+        *out++ = *text == '\r' ? 'r' : 'n';
         return out;
     }
     *out++ = 'x';
-    *out++ = kHex[static_cast<unsigned char>(c) >> 4];
-    *out++ = kHex[c & 0xF];
-    return out;
+    return WriteHex(out, *at, 2);
 }
 
 }  // namespace
+
+std::size_t ControlBytes(const char* text, std::size_t bytes) {
+    const auto first = static_cast<unsigned char>(*text);
+    if (first < ' ') return first != '\t' ? 1 : 0;
+    if (first < 0x7F) return 0;
+    return first == 0x7F ? 1 : RareControlBytes(reinterpret_cast<const unsigned char*>(text), bytes);
+}
 
 std::size_t WritePrefix(char* out, char letter, const EventInfo& event) {
     FILETIME now;
@@ -148,18 +175,23 @@ std::size_t WritePrefix(char* out, char letter, const EventInfo& event) {
 std::size_t EscapedBytes(const char* text, std::size_t bytes) {
     std::size_t escaped = bytes;
     for (std::size_t i = 0; i < bytes; ++i) {
-        if (IsControl(text[i])) escaped += text[i] == '\r' || text[i] == '\n' ? 1 : 3;
+        const std::size_t control = ControlBytes(text + i, bytes - i);
+        if (control == 0) continue;
+        escaped += EscapeBytes(text[i], control) - control;
+        i += control - 1;
     }
     return escaped;
 }
 
 char* WriteEscaped(char* out, const char* text, std::size_t bytes) {
     for (std::size_t i = 0; i < bytes; ++i) {
-        if (IsControl(text[i])) {
-            out = WriteControl(out, text[i]);
-        } else {
+        const std::size_t control = ControlBytes(text + i, bytes - i);
+        if (control == 0) {
             *out++ = text[i];
+            continue;
         }
+        out = WriteControl(out, text + i, control);
+        i += control - 1;
     }
     return out;
 }

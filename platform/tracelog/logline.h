@@ -14,8 +14,12 @@ inline constexpr std::size_t kMaxPrefix = 480;
 /// Writes "date letter component process thread [context] file(line) " and returns its bytes.
 std::size_t WritePrefix(char* out, char letter, const EventInfo& event);
 
-/// Bytes that a text takes in a line, where control characters other than the tab are written as \r, \n,
-/// \xNN.
+/// The bytes of the character at the beginning of a text when it may not stand in a line as it is, because
+/// some reader would end the line there or do something else with it than show it: a control character other
+/// than the tab, or a line or paragraph separator. 0 for all others. The text has at least one byte.
+std::size_t ControlBytes(const char* text, std::size_t bytes);
+
+/// Bytes that a text takes in a line, where such characters are written as \r, \n, \xNN, \uNNNN.
 std::size_t EscapedBytes(const char* text, std::size_t bytes);
 /// Writes it so and returns the end.
 char* WriteEscaped(char* out, const char* text, std::size_t bytes);

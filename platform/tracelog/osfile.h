@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include <windows.h>
 
-/// The one way in which the engine reaches files. Test builds (TARN_TEST_SEAMS) count the calls and make the
-/// n-th one fail; otherwise these are direct calls.
+/// The one way in which the engine reaches files, and the clocks that say when to look at them again. Test
+/// builds (TARN_TEST_SEAMS) count the calls and make the n-th one fail, cut writes and turn the clocks on;
+/// otherwise these are direct calls.
 namespace TraceLog400::osfile {
 
 #ifdef TARN_TEST_SEAMS
@@ -14,11 +16,37 @@ bool MustFail();
 /// Makes the n-th call from now fail with an error, once or until told otherwise; 0: none.
 void FailCall(unsigned long nth, DWORD error, bool onwards = false);
 unsigned long CallsSoFar();
+/// Makes writes succeed with so many bytes at most, as on a disk that is nearly full; -1: with all.
+void ShortenWrites(long bytes);
+long MostBytesOfWrite();
+/// Turns the clocks on.
+void PassTime(ULONGLONG milliseconds);
+ULONGLONG TimePassed();
 #else
 inline bool MustFail() {
     return false;
 }
+inline long MostBytesOfWrite() {
+    return -1;
+}
+inline ULONGLONG TimePassed() {
+    return 0;
+}
 #endif
+
+/// Milliseconds since the system was started.
+inline ULONGLONG Ticks() {
+    return GetTickCount64() + TimePassed();
+}
+
+/// Units of 100 ns since 1601.
+inline std::uint64_t Now() {
+    constexpr std::uint64_t kPerMillisecond = 10'000;
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    return (static_cast<std::uint64_t>(now.dwHighDateTime) << 32 | now.dwLowDateTime) +
+           TimePassed() * kPerMillisecond;
+}
 
 /// Opens a file for appending, making it when it is missing. Others may read, write, rename and delete it; it
 /// is not inherited by child processes.
@@ -31,6 +59,8 @@ inline HANDLE OpenForAppending(const wchar_t* path) {
 
 inline bool Write(HANDLE file, const char* bytes, DWORD count, DWORD& written) {
     written = 0;
+    const long most = MostBytesOfWrite();
+    if (most >= 0 && static_cast<DWORD>(most) < count) count = static_cast<DWORD>(most);
     return !MustFail() && WriteFile(file, bytes, count, &written, nullptr) != 0;
 }
 
@@ -66,6 +96,52 @@ inline bool Rename(const wchar_t* from, const wchar_t* to) {
 
 inline bool Remove(const wchar_t* path) {
     return !MustFail() && DeleteFileW(path) != 0;
+}
+
+/// Removes a file that nobody has open; otherwise fails with ERROR_SHARING_VIOLATION.
+inline bool RemoveUnused(const wchar_t* path) {
+    if (MustFail()) return false;
+    const HANDLE file =
+        CreateFileW(path, DELETE, 0, nullptr, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    FILE_DISPOSITION_INFO removal{};
+    removal.DeleteFile = TRUE;
+    const bool isRemoved =
+        SetFileInformationByHandle(file, FileDispositionInfo, &removal, sizeof removal) != 0;
+    const DWORD error = GetLastError();
+    CloseHandle(file);
+    SetLastError(error);
+    return isRemoved;
+}
+
+/// Calls for each plain file that the pattern finds, until the system has no more of them or fails.
+template <class Action>
+void ForEachFile(const wchar_t* pattern, Action action) {
+    constexpr DWORD kNotPlain = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+    struct Search {
+        explicit Search(HANDLE opened) : handle(opened) {}
+        ~Search() { FindClose(handle); }
+        Search(const Search&) = delete;
+        Search& operator=(const Search&) = delete;
+        HANDLE handle;
+    };
+    WIN32_FIND_DATAW found;
+    if (MustFail()) return;
+    const HANDLE opened = FindFirstFileW(pattern, &found);
+    if (opened == INVALID_HANDLE_VALUE) return;
+    const Search search(opened);
+    do {
+        if ((found.dwFileAttributes & kNotPlain) == 0) action(std::as_const(found));
+    } while (FindNextFileW(search.handle, &found) != 0);
+}
+
+/// False only when the system says that no such process exists, or that it has ended.
+inline bool IsAlive(DWORD process) {
+    const HANDLE opened = OpenProcess(SYNCHRONIZE, FALSE, process);
+    if (opened == nullptr) return GetLastError() != ERROR_INVALID_PARAMETER;
+    const bool hasEnded = WaitForSingleObject(opened, 0) == WAIT_OBJECT_0;
+    CloseHandle(opened);
+    return !hasEnded;
 }
 
 inline bool MakeDirectory(const wchar_t* path) {

@@ -125,10 +125,15 @@ class EvalConfig {
     bool filterIsSet_ = false;
 };
 
-/// Where log files are and how large they grow.
+/// Where log files are, how large they grow and how many stay. The component's files in the directory are
+/// looked at when a file is begun and once an hour: those beyond the limits go, the oldest first. Never touched
+/// are files with names of another making, those of other processes that live, and those that somebody has
+/// open; other living processes' files do not count either.
 struct LogFileConfig {
     const char* directory = nullptr;  ///< must exist by the time of the first line; null: the current one
     std::uint64_t size = 0;           ///< bytes after which a new file is begun; 0: no limit
+    unsigned files = 0;               ///< how many of the component's files stay; 0: no limit
+    unsigned days = 0;                ///< after which a file that is not written any more goes; 0: never
     TRACELOG_API void apply() const;
 };
 
@@ -137,7 +142,7 @@ struct ActivationConfig {
     bool never = false;               ///< write nothing, not even assertions
     bool always_close = false;        ///< open and close the file around every line
     bool keep = true;                 ///< false: files are deleted by close_all
-    bool buffered = false;            ///< lines below importance 3 may wait for State::tick
+    bool buffered = false;            ///< lines may wait for State::tick, except those that matter most
     const char* component = nullptr;  ///< in lines and file names; null or empty: the program's file name
     TRACELOG_API void apply() const;
 };
@@ -155,13 +160,21 @@ struct DeviceInfo {
 };
 
 /// A log file that is opened by its first line. It is named component_process.log; another device than "main"
-/// is named component_process.device.log. Control characters that would break the line become \r, \n, \xNN.
+/// is named component_process.device.log. Control characters and line separators in texts become \r, \n,
+/// \xNN, \uNNNN.
+///
+/// Lines of importance 3 and above, those with the second attribute 2, warnings and assertions are handed to
+/// the system at once, also while lines may wait.
 ///
 /// A file that reaches the size limit is renamed to component_process.001.log and so on (the first free
 /// number) and a new one is begun; when the renaming fails, the old file goes on growing and it is tried
 /// again later. When a line cannot be written, one line on standard error and to the debugger says why; the
 /// device goes on, tries again at most once a second (making the directory anew where it is gone), and then
-/// says in the log how many lines were lost.
+/// says in the log how many lines were lost. What is lost when all files are closed is told then, on standard
+/// error if it must be, and stands in the next log as well.
+///
+/// While the process ends, a line of a device that an ended thread was writing to goes into the file by
+/// itself; what waited there is lost.
 class Device {
   public:
     /// Writes a whole line, without its end.

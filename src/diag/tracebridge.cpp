@@ -81,6 +81,8 @@ void ConfigureEngine(const TraceOptions& options, const char* directory) {
     TraceLog400::LogFileConfig files;
     files.directory = directory;
     files.size = options.maxFileSize;
+    files.files = options.maxFiles;
+    files.days = options.maxDays;
     files.apply();
     options.eval.apply();
     const Utf8 component(options.component);

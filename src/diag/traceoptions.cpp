@@ -59,11 +59,20 @@ bool IsInteger(const SAnsiString& text) {
     return !text.isEmpty();
 }
 
-void ReadFileSize(CParamLineTracker& given, TraceOptions& options) {
+template <class Number>
+void ReadLimit(CParamLineTracker& given, TraceOptions& options, const char* name, Number& limit) {
     SAnsiString value;
-    if (!given.take("maxLogFileSize", value)) return;
-    if (!IsInteger(value) || !SStringConv::FromString(value, options.maxFileSize))
-        Refuse(options, "maxLogFileSize", value, "an integer");
+    Number number = 0;
+    if (!given.take(name, value)) return;
+    if (!IsInteger(value) || !SStringConv::FromString(value, number))
+        return Refuse(options, name, value, "an integer");
+    limit = number;
+}
+
+void ReadLimits(CParamLineTracker& given, TraceOptions& options) {
+    ReadLimit(given, options, "maxLogFileSize", options.maxFileSize);
+    ReadLimit(given, options, "maxLogFiles", options.maxFiles);
+    ReadLimit(given, options, "maxLogDays", options.maxDays);
 }
 
 void AddToFilter(const SAnsiString& entry, ByFileLine& filter) {
@@ -142,7 +151,7 @@ TraceOptions ReadTraceOptions(CParamLineTracker& given) {
     ReadMask(given, options);
     ReadFilter(given, options);
     ReadKeep(given, options);
-    ReadFileSize(given, options);
+    ReadLimits(given, options);
     ReadSwitches(given, options);
     ReadTexts(given, options);
     return options;

@@ -23,6 +23,8 @@ struct OptionNotice {
 struct TraceOptions {
     TraceLog400::EvalConfig eval;        ///< mask and file filter
     unsigned long long maxFileSize = 0;  ///< bytes, 0: no limit
+    unsigned maxFiles = 0;               ///< files of the component that stay, 0: no limit
+    unsigned maxDays = 0;                ///< since a file was last written, 0: no limit
     bool keep = true;
     bool never = false;
     bool alwaysClose = false;

@@ -6,10 +6,12 @@
 #include <fstream>
 #include <map>
 #include <regex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "support/alloc_hooks.h"
 #include "support/scratch_folder.h"
 #include "tracelog/osfile.h"
 
@@ -33,14 +35,18 @@ class TraceLogs : public testing::Test {
     void SetUp() override { folder_ = tarntest::MakeScratchFolder("tracelog"); }
     void TearDown() override {
         osfile::FailCall(0, 0);
+        osfile::ShortenWrites(-1);
         DeviceAdmin::get().close_all();
     }
-    void open(std::uint64_t size = 0, bool keep = true, bool buffered = false) const {
+    void open(std::uint64_t size = 0, bool keep = true, bool buffered = false, unsigned files = 0,
+              unsigned days = 0) const {
         const std::string folder = folder_.string();
-        LogFileConfig files;
-        files.directory = folder.c_str();
-        files.size = size;
-        files.apply();
+        LogFileConfig config;
+        config.directory = folder.c_str();
+        config.size = size;
+        config.files = files;
+        config.days = days;
+        config.apply();
         ActivationConfig activation;
         activation.component = "unit";
         activation.keep = keep;
@@ -58,6 +64,25 @@ class TraceLogs : public testing::Test {
             contents[name.substr(name.find('.'))].assign(std::istreambuf_iterator<char>(file), {});
         }
         return contents;
+    }
+    std::set<std::string> names() const {
+        std::set<std::string> found;
+        for (const auto& entry : fs::directory_iterator(folder_))
+            found.insert(entry.path().filename().string());
+        return found;
+    }
+    static std::string Own(std::string name) {
+        const std::size_t at = name.find('#');
+        return at != name.npos ? name.replace(at, 1, std::to_string(GetCurrentProcessId())) : name;
+    }
+    static PROCESS_INFORMATION StartSuspended() {
+        wchar_t command[] = L"cmd.exe /c exit";
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        PROCESS_INFORMATION process{};
+        EXPECT_TRUE(CreateProcessW(nullptr, command, nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr,
+                                   nullptr, &startup, &process));
+        return process;
     }
     static void Write(const char* text) { Logger(Logger::S, Event()) << text; }
     static EventInfo Event() {
@@ -90,13 +115,21 @@ class TraceLogs : public testing::Test {
 
 TEST_F(TraceLogs, ARecordIsOneLineWhateverItsText) {
     open();
+    Context::Updater::set("name", "a\xC2\x85");
     Logger(Logger::S, Event()).write("a\r\nb\0c\x1B\x7F\td", 10) << " " << -9223372036854775807LL - 1;
+    Context::Updater::clear();
+    Logger(Logger::S, Event())
+        << "\xC2\x80|\xC2\x9F|\xE2\x80\xA8|\xE2\x80\xA9|\xC2\xA0|\xE2\x80\xA7|\xE2\x80\xAA";
     Logger(Logger::S, Event()) << std::string(70'000, 'x').c_str() << "not any more";
     Logger(Logger::XL, Event()) << (std::string(70'000, 'x') + "\xC3\xBC").c_str();
     const std::string text = files()[".log"];
-    EXPECT_EQ(CountWhole(text), 3U);
+    EXPECT_EQ(CountWhole(text), 4U);
     EXPECT_NE(text.find(" m unit "), text.npos);
-    EXPECT_NE(text.find("] unit.cpp(12) a\\r\\nb\\x00c\\x1B\\x7F\td -9223372036854775808\r\n"), text.npos)
+    EXPECT_NE(
+        text.find("] unit.cpp(12) \\u0080|\\u009F|\\u2028|\\u2029|\xC2\xA0|\xE2\x80\xA7|\xE2\x80\xAA\r\n"),
+        text.npos);
+    EXPECT_NE(text.find("[name=a%C2%85] unit.cpp(12) a\\r\\nb\\x00c\\x1B\\x7F\td -9223372036854775808\r\n"),
+              text.npos)
         << text.substr(0, 200);
     EXPECT_NE(text.find("xxx...\r\n"), text.npos);
     EXPECT_NE(text.find("xxx\xC3\xBC\r\n"), text.npos);
@@ -115,6 +148,118 @@ TEST_F(TraceLogs, AFullFileIsRenamedAndNothingIsLost) {
     EXPECT_EQ(lines, 50U);
     EXPECT_EQ(files().count(".002.log"), 1U);
     EXPECT_GE(files().size(), 3U);
+}
+
+TEST_F(TraceLogs, AFileIsFullWhenTheNextLineDoesNotFit) {
+    open();
+    Write("a line");
+    const std::size_t lineBytes = files()[".log"].size();
+    open(3 * lineBytes);
+    for (int i = 0; i < 2; ++i) Write("a line");
+    EXPECT_EQ(files().size(), 1U);
+    Write("a line");
+    EXPECT_EQ(CountWhole(files()[".001.log"]), 3U);
+    EXPECT_EQ(CountWhole(files()[".log"]), 1U);
+}
+
+TEST_F(TraceLogs, ALineThatComesAfterTheCloseIsNotWritten) {
+    open();
+    {
+        Logger late(Logger::S, Event());
+        DeviceAdmin::get().close_all();
+        late << "too late";
+    }
+    EXPECT_TRUE(files().empty());
+}
+
+// What stands in the directory before, what is left when a line was written; "#" is this process.
+TEST_F(TraceLogs, OldFilesGoWhereLimitsSaySo) {
+    PROCESS_INFORMATION living = StartSuspended();
+    const std::string alive = std::to_string(living.dwProcessId);
+    struct {
+        unsigned files, days;
+        std::vector<std::string> before;  // the oldest first, a day apart, the last one of now
+        std::set<std::string> gone;
+    } const cases[] = {
+        {0, 0, {"unit_999999996.log", "unit_999999996.001.log"}, {}},
+        {3,
+         0,
+         {"unit_999999996.log", "unit_999999992.request.001.log", "unit_#.001.log", "unit_#.sdk.log"},
+         {"unit_999999996.log", "unit_999999992.request.001.log"}},
+        {1, 0, {"unit_#.request.log", "unit_#.002.log"}, {"unit_#.002.log"}},
+        {0,
+         2,
+         {"unit_999999996.log", "unit_#.001.log", "unit_999999996.002.log", "unit_999999996.003.log"},
+         {"unit_999999996.log", "unit_#.001.log"}},
+        {1, 1, {"unit_" + alive + ".log", "unit_" + alive + ".001.log"}, {}},
+        {1,
+         1,
+         {"unit.log", "unit_.log", "unit_0.log", "unit_x12.log", "unit_12.old.log", "unit_12.01.log",
+          "unit_12.0001.log", "unit_12.001.log.gz", "unit_12.001.txt", "other_12.log", "unit_9999999999.log",
+          "unit_2_12.log", "unit_12..log"},
+         {}},
+    };
+    for (const auto& c : cases) {
+        SetUp();
+        std::set<std::string> left = {Own("unit_#.log")};
+        for (std::size_t i = 0; i < c.before.size(); ++i) {
+            std::ofstream(folder_ / Own(c.before[i])) << "x";
+            fs::last_write_time(
+                folder_ / Own(c.before[i]),
+                fs::file_time_type::clock::now() - std::chrono::hours(24 * (c.before.size() - 1 - i)));
+            if (c.gone.count(c.before[i]) == 0) left.insert(Own(c.before[i]));
+        }
+        open(0, true, false, c.files, c.days);
+        Write("a line");
+        DeviceAdmin::get().close_all();
+        EXPECT_EQ(names(), left) << c.files << " " << c.days;
+    }
+    TerminateProcess(living.hProcess, 0);
+    CloseHandle(living.hThread);
+    CloseHandle(living.hProcess);
+}
+
+TEST_F(TraceLogs, OldFilesAreLookedForWhileTheProcessRuns) {
+    open(500, true, false, 3, 1);
+    for (int i = 0; i < 50; ++i) Write("a line of some bytes");
+    EXPECT_EQ(files().size(), 3U);
+    const fs::path held = folder_ / "unit_999999996.log";
+    std::ofstream(held) << "x";
+    fs::last_write_time(held, fs::file_time_type::clock::now() - std::chrono::hours(48));
+    const HANDLE reader =
+        CreateFileW(held.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, 0, nullptr);
+    osfile::PassTime(2 * 3'600'000);
+    open(0, true, false, 0, 1);
+    Write("later");
+    EXPECT_TRUE(fs::exists(held));
+    CloseHandle(reader);
+    Write("not yet an hour later");
+    EXPECT_TRUE(fs::exists(held));
+    osfile::PassTime(2 * 3'600'000);
+    Write("again");
+    EXPECT_FALSE(fs::exists(held));
+    EXPECT_EQ(files().count(".log"), 1U);
+}
+
+// The second start takes what the first has left for the third and all others.
+TEST_F(TraceLogs, StartingAndStoppingTakesNoMoreEachTime) {
+    long blocks = 0;
+    for (int cycle = 0; cycle < 20; ++cycle) {
+        const fs::path folder = folder_;
+        folder_ = folder / std::to_string(cycle % 2);
+        open();
+        folder_ = folder;
+        ByFileLine filter;
+        filter.set("", cycle % 2 == 0 ? "a.cpp" : "b.cpp");
+        EvalConfig masks;
+        masks.assign_filter(filter);
+        masks.apply();
+        Logger(Logger::Warning) << "line";
+        DeviceAdmin::get().close_all();
+        if (cycle == 3) blocks = tarntest::LiveBlocks();
+        if (cycle > 3) ASSERT_EQ(tarntest::LiveBlocks(), blocks);
+    }
 }
 
 TEST_F(TraceLogs, AFileThatCannotBeRenamedGoesOn) {
@@ -144,7 +289,10 @@ TEST_F(TraceLogs, LinesWaitOnlyWhileTheyMay) {
     State::tick();
     EXPECT_EQ(CountWhole(files()[".log"]), 1U);
     Logger(Logger::Warning) << "at once";
-    EXPECT_EQ(CountWhole(files()[".log"]), 2U);
+    EventInfo urgent;
+    urgent.attribute = 2;
+    Logger(Logger::S, urgent) << "at once, too";
+    EXPECT_EQ(CountWhole(files()[".log"]), 3U);
 }
 
 TEST_F(TraceLogs, WhateverCallFailsLinesAreWholeAndCounted) {
@@ -171,11 +319,11 @@ TEST_F(TraceLogs, AFullDiskIsSaidOnceAndTheLossIsCounted) {
     testing::internal::CaptureStderr();
     osfile::FailCall(1, ERROR_DISK_FULL, true);
     for (int i = 0; i < 100; ++i) {
-        if (i == 50) Sleep(1100);  // tried again, and still full
+        if (i == 50) osfile::PassTime(1000);  // tried again, and still full
         Write("lost");
     }
     osfile::FailCall(0, 0);
-    Sleep(1100);
+    osfile::PassTime(1000);
     Write("after");
     const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_EQ(said.find("cannot write the log "), said.rfind("cannot write the log "));
@@ -184,6 +332,32 @@ TEST_F(TraceLogs, AFullDiskIsSaidOnceAndTheLossIsCounted) {
     EXPECT_EQ(CountWhole(text), 3U);
     EXPECT_NE(text.find(" w unit "), text.npos);
     EXPECT_NE(text.find("100 lines were lost\r\n"), text.npos) << text;
+}
+
+// The file system takes what it has room for and calls that a success; the error that was left is another's.
+TEST_F(TraceLogs, AShortWriteIsAFullDiskAndNoLineIsForgotten) {
+    open();
+    Write("before");
+    testing::internal::CaptureStderr();
+    osfile::ShortenWrites(10);
+    for (int i = 0; i < 30; ++i) Write("lost");
+    DeviceAdmin::get().close_all();
+    std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_NE(said.find("(112); lines are lost"), said.npos) << said;
+    EXPECT_NE(said.find("\n30 lines were lost of the log "), said.npos) << said;
+    osfile::ShortenWrites(-1);
+    testing::internal::CaptureStderr();
+    open();
+    Write("after");
+    EXPECT_NE(files()[".log"].find(" 30 lines were lost\r\n"), std::string::npos) << files()[".log"];
+    EXPECT_EQ(CountWhole(files()[".log"]), 3U);
+    osfile::ShortenWrites(0);
+    Write("lost");
+    osfile::ShortenWrites(-1);
+    DeviceAdmin::get().close_all();  // now there is room for the report
+    EXPECT_NE(files()[".log"].find(" 1 lines were lost\r\n"), std::string::npos);
+    said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(said.find("of the log"), said.npos) << said;
 }
 
 TEST_F(TraceLogs, EightThreadsLoseAndTearNothing) {
