@@ -94,12 +94,13 @@ exports:
 	@wc -l docs/exports.txt
 
 sdk:
-	@$(STEP) "packages" deps-run deps/install.sh build
+	@$(STEP) "packages" deps-sdk deps/install.sh build sdk
 	@$(call configure-and-build,release,tarnlib tarn)
 	@rm -rf build/sdk
 	@$(STEP) "install into build/sdk" sdk-install cmake --install build/release --prefix build/sdk
-	@$(STEP) "build the examples against it" sdk-examples cmake/build-examples.sh build/sdk build/examples
-	@$(WINE) $(STEP) "run the examples" sdk-run cmake/run-examples.sh build/examples && cat build/log/sdk-run.log
+	@$(STEP) "build the examples against it" sdk-examples cmake/build-client.sh build/sdk build/sdk/share/tarnlib/examples build/examples
+	@$(STEP) "build a client of ten lines" sdk-client cmake/build-client.sh build/sdk tests/sdk build/client
+	@$(WINE) $(STEP) "run them" sdk-run cmake/run-examples.sh build/examples build/client && cat build/log/sdk-run.log
 
 clean:
 	@cmake/wine-stop

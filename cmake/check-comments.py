@@ -347,7 +347,7 @@ def main():
     if arguments == ["--self-test"]:
         return self_test()
     root = pathlib.Path(arguments[0] if arguments else ".")
-    headers = [pathlib.Path(name) for name in arguments[1:]] or sorted((root / "export" / "iface").rglob("*.h"))
+    headers = [pathlib.Path(name) for name in arguments[1:]] or sorted((root / "export/iface").rglob("*.h*"))
     counts = {}
     for header in headers:
         missing = missing_in(header.read_text(encoding="utf-8"))

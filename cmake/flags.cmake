@@ -1,13 +1,5 @@
-# Two sets of flags. tarn_abi: everything in the process must share these, third-party test libraries included.
-# tarn_flags: our own sources.
-add_library(tarn_abi INTERFACE)
-# SSE: x87 keeps excess precision, and numbers would not be reproducible. Stack realignment comes with it.
-target_compile_options(tarn_abi INTERFACE -msse2 -mfpmath=sse)
-# time_t and off_t in 64 bits; the default ends in 2038 and at 2 GiB.
-target_compile_definitions(tarn_abi INTERFACE __MINGW_USE_VC2005_COMPAT _FILE_OFFSET_BITS=64)
-
+# The flags of our own sources, beside those that everything in a process shares (mingw-w64-i686.cmake).
 add_library(tarn_flags INTERFACE)
-target_link_libraries(tarn_flags INTERFACE tarn_abi)
 target_compile_options(tarn_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
 # Two builds of the same sources, in two folders, give the same bytes.
 target_link_options(tarn_flags INTERFACE -Wl,--no-insert-timestamp)

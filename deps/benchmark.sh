@@ -22,7 +22,7 @@ build() {
     # The distribution's patches are for link-time optimisation and shared libraries: not needed.
     dpkg-source --no-check --skip-patches -x benchmark_*.dsc source
     cmake -G Ninja -S source -B build -DCMAKE_TOOLCHAIN_FILE="$here/../cmake/mingw-w64-i686.cmake" \
-        -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS="-msse2 -mfpmath=sse -D__MINGW_USE_VC2005_COMPAT" \
+        -DCMAKE_BUILD_TYPE=Release \
         -DGIT_VERSION=$version -DBENCHMARK_ENABLE_TESTING=OFF -DBENCHMARK_ENABLE_GTEST_TESTS=OFF \
         -DBENCHMARK_ENABLE_WERROR=OFF -DCMAKE_INSTALL_PREFIX="$work/installed"
     cmake --build build --target install

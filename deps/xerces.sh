@@ -13,9 +13,8 @@ log=$tarn_cache/xerces-c.log
 
 build() {
     local work=$tarn_cache/xerces-c-work
-    # The flags of the library that it goes into, and sections, so that the linker keeps only what is used.
-    local flags="-w -msse2 -mfpmath=sse -D__MINGW_USE_VC2005_COMPAT -D_FILE_OFFSET_BITS=64"
-    flags+=" -ffunction-sections -fdata-sections"
+    # Sections, so that the linker keeps only what is used.
+    local flags="-w -ffunction-sections -fdata-sections"
     rm -rf "$work"
     mkdir -p "$work"
     cd "$work"
