@@ -6,12 +6,22 @@
 Exit status: 0, 1 for a failure, 77 when a small file system cannot be mounted here.
 """
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
 
 TEXT = "Zürich, ½ – „quoted“ €, naïve Ærø "
 VARIANTS = [TEXT, TEXT + "\r\n" + TEXT, TEXT * 5000, TEXT + "\0" + TEXT, "a\rb\n\nc\r\r\n", "\ufeff" + TEXT, "x"]
+SOUGHT = "“ €, n"
+
+
+def looked_for(text):
+    """What the command prints of the words between commas, and of the places of what is sought."""
+    words = [word for word in re.split("[,\r\n]+", text) if word]
+    starts = [match.start() for match in re.finditer(SOUGHT, text)]
+    places = [f"{text.count(chr(10), 0, at) + 1}:{at - text.rfind(chr(10), 0, at)}" for at in starts]
+    return "\n".join([*("  " + word for word in words), f"found:           {len(places)}", *("  " + at for at in places)])
 
 
 class Tool:
@@ -36,6 +46,9 @@ def programs(tool, folder):
         tool.must("text", "-from", "utf-8", "-to", "1252", "-file", source, "-out", native)
         tool.must("text", "-from", "1252", "-to", "utf-8", "-file", native, "-out", back)
         plain = text.removeprefix("\ufeff")  # the command drops the mark
+        run = tool.run("text", "-from", "utf-8", "-to", "utf-8", "-file", source, "-find", SOUGHT, "-words", ",")
+        if looked_for(plain) not in run.stdout:
+            sys.exit(f"variant {number}: words and places differ: {run.stdout[:1000]}")
         other = subprocess.run(["iconv", "-f", "CP1252", "-t", "UTF-8", native], capture_output=True, check=True).stdout
         if not native.read_bytes().decode("cp1252") == back.read_bytes().decode("utf-8") == other.decode() == plain:
             sys.exit(f"variant {number} came out differently")

@@ -29,13 +29,12 @@ def read_cases(path):
 def check(mark, text, run, paths):
     if mark == "=":
         return run.returncode == int(text)
-    if mark == ">":
-        return text.format(**paths) in run.stdout.splitlines()
-    if mark == "!":
-        return text.format(**paths) in run.stderr.splitlines()
+    if mark in ">!":
+        lines = (run.stdout if mark == ">" else run.stderr).decode("utf-8", "replace").splitlines()
+        return text.format(**paths) in lines
     if mark == "~":
-        made, wanted = (pathlib.Path(name.format(**paths)) for name in text.split())
-        return made.read_bytes() == wanted.read_bytes()
+        made, wanted = (name.format(**paths) for name in text.split())
+        return (run.stdout if made == "-" else pathlib.Path(made).read_bytes()) == pathlib.Path(wanted).read_bytes()
     if mark == "-":
         return not pathlib.Path(text.format(**paths)).exists()
     raise ValueError(mark)
@@ -51,13 +50,14 @@ def main(*arguments):
     for file in sorted(HERE.glob("*_cases.txt")):
         for number, ((_, command), *checks) in read_cases(file):
             arguments = [word.format(**paths) for word in shlex.split(command)]
-            run = subprocess.run([runner, tool, *arguments], capture_output=True, encoding="utf-8")
+            given = [pathlib.Path(text.format(**paths)).read_bytes() for mark, text in checks if mark == "<"]
+            run = subprocess.run([runner, tool, *arguments], capture_output=True, input=b"".join(given))
             count += 1
-            for mark, text in checks:
+            for mark, text in (check for check in checks if check[0] != "<"):
                 if not check(mark, text, run, paths):
                     failures += 1
                     print(f"{file.name}:{number}: tarn {command}\n  expected: {mark} {text}")
-                    print(f"  status {run.returncode}\n{run.stdout}{run.stderr}")
+                    print(f"  status {run.returncode}\n{(run.stdout + run.stderr).decode('utf-8', 'replace')}")
     print(f"{count} command lines, {failures} failures")
     return 1 if failures else 0
 

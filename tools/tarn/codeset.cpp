@@ -153,10 +153,10 @@ const CodeSet kCodeSets[] = {
      EncodeCodePage},
     {"28605 5 iso-8859-15", "ISO 8859-15, Western European with the euro sign", ".28605", kNoMark, '?',
      DecodeCodePage, EncodeCodePage},
-    {"utf-16le utf-16", "UTF-16, low bytes first", nullptr, "\xFF\xFE", kReplacementCharacter,
+    {"utf-16le utf-16 utf16 utf16le", "UTF-16, low bytes first", nullptr, "\xFF\xFE", kReplacementCharacter,
      DecodeUtf16<false>, EncodeUtf16<false>},
-    {"utf-16be", "UTF-16, high bytes first", nullptr, "\xFE\xFF", kReplacementCharacter, DecodeUtf16<true>,
-     EncodeUtf16<true>},
+    {"utf-16be utf16be", "UTF-16, high bytes first", nullptr, "\xFE\xFF", kReplacementCharacter,
+     DecodeUtf16<true>, EncodeUtf16<true>},
     {"ascii us-ascii", "7-bit ASCII", nullptr, kNoMark, '?', DecodeAscii, EncodeAscii},
 };
 

@@ -1,89 +1,93 @@
 #include "conversion.h"
 
 #include <algorithm>
+#include <clocale>
 #include <cstring>
 
 namespace tarn {
 namespace {
 
-// Each side has its own locale; switching it for every character would cost more than the conversion.
-constexpr std::size_t kBlockCharacters = 65536;
 constexpr char32_t kFirstSupplementary = 0x10000;
+constexpr std::size_t kLongestCharacter = 4;
 
-class Converter {
+std::size_t Utf8Bytes(char32_t code) {
+    return code < 0x80 ? 1 : code < 0x800 ? 2 : code < kFirstSupplementary ? 3 : 4;
+}
+
+// The C locale is what it was before when the object goes: names and failures are texts of that one.
+class LocaleKeeper {
   public:
-    Converter(const std::string& bytes, const CodeSet& from, const CodeSet& to)
-        : bytes_(bytes), from_(from), to_(to) {}
-
-    Conversion run() {
-        const std::size_t mark = std::strlen(from_.byteOrderMark);
-        if (mark != 0 && bytes_.compare(0, mark, from_.byteOrderMark) == 0) result_.markBytes = mark;
-        offset_ = decoded_ = result_.markBytes;
-        while (decoded_ < bytes_.size()) {
-            decodeBlock();
-            encodeBlock();
-            Utf8CodeSet().activate();
-            for (const Character& character : block_) count(character);
-        }
-        return std::move(result_);
-    }
+    LocaleKeeper() : before_(std::setlocale(LC_CTYPE, nullptr)) {}
+    ~LocaleKeeper() { std::setlocale(LC_CTYPE, before_.c_str()); }
+    LocaleKeeper(const LocaleKeeper&) = delete;
+    LocaleKeeper& operator=(const LocaleKeeper&) = delete;
 
   private:
-    void decodeBlock() {
-        from_.activate();
-        block_.clear();
-        while (decoded_ < bytes_.size() && block_.size() < kBlockCharacters) {
-            block_.push_back(from_.decode(bytes_.data() + decoded_, bytes_.size() - decoded_));
-            decoded_ += block_.back().nBytes;
-        }
-    }
-
-    void encodeBlock() {
-        to_.activate();
-        for (const Character& character : block_) {
-            const Fit fit = character.isValid ? to_.encode(character.code, result_.output) : Fit::Missing;
-            if (fit == Fit::Missing) to_.encode(to_.replacement, result_.output);
-            if (fit != Fit::Exact) report(character, fit);
-            offset_ += character.nBytes;
-            if (character.code == '\n') ++line_;
-        }
-    }
-
-    void report(const Character& character, Fit fit) {
-        if (++result_.problemCount > Conversion::kProblemsKept) return;
-        result_.problems.push_back({offset_, line_, bytes_.substr(offset_, character.nBytes),
-                                    character.isValid, character.code, fit});
-    }
-
-    void count(const Character& character) {
-        const std::size_t before = result_.utf8.size();
-        Utf8CodeSet().encode(character.code, result_.utf8);
-        ++result_.byUtf8Bytes[result_.utf8.size() - before - 1];
-        ++result_.characters;
-        result_.codeUnits += character.code < kFirstSupplementary ? 1 : 2;
-        if (!inLine_) ++result_.lines;
-        inLine_ = character.code != '\n';
-        if (!inLine_) lineCharacters_ = 0;
-        if (inLine_ && character.code != '\r') ++lineCharacters_;
-        result_.longestLine = std::max(result_.longestLine, lineCharacters_);
-    }
-
-    const std::string& bytes_;
-    const CodeSet& from_;
-    const CodeSet& to_;
-    Conversion result_;
-    std::vector<Character> block_;
-    std::size_t decoded_ = 0;
-    std::size_t offset_ = 0;  // of the character that is being encoded
-    std::size_t line_ = 1;
-    std::size_t lineCharacters_ = 0;
-    bool inLine_ = false;
+    std::string before_;
 };
 
 }  // namespace
 
-Conversion Convert(const std::string& bytes, const CodeSet& from, const CodeSet& to) {
-    return Converter(bytes, from, to).run();
+Conversion::Conversion(const CodeSet& from, const CodeSet& to) : from_(from), to_(to) {}
+
+// Each side has its own locale. Switching it for every character would cost more than the conversion.
+void Conversion::take(const std::string& bytes, bool isLast) {
+    bytes_ += bytes;
+    figures_.bytesRead += bytes.size();
+    if (offset_ == 0) skipMark();
+    const LocaleKeeper keeper;
+    from_.activate();
+    decode(isLast);
+    to_.activate();
+    encode();
+    for (const Character& character : characters_) count(character.code);
+}
+
+void Conversion::skipMark() {
+    const std::size_t mark = std::strlen(from_.byteOrderMark);
+    if (mark == 0 || bytes_.compare(0, mark, from_.byteOrderMark) != 0) return;
+    figures_.markBytes = offset_ = mark;
+    bytes_.erase(0, mark);
+}
+
+// A character that may go on in the next piece is left for it.
+void Conversion::decode(bool isLast) {
+    characters_.clear();
+    const std::size_t needed = isLast ? 1 : kLongestCharacter;
+    for (std::size_t at = 0; at + needed <= bytes_.size(); at += characters_.back().nBytes)
+        characters_.push_back(from_.decode(bytes_.data() + at, bytes_.size() - at));
+}
+
+void Conversion::encode() {
+    output_.clear();
+    std::size_t at = 0;
+    for (const Character& character : characters_) {
+        const Fit fit = character.isValid ? to_.encode(character.code, output_) : Fit::Missing;
+        if (fit == Fit::Missing) to_.encode(to_.replacement, output_);
+        if (fit != Fit::Exact) report(character, at, fit);
+        at += character.nBytes;
+        if (character.code == '\n') ++line_;
+    }
+    bytes_.erase(0, at);
+    offset_ += at;
+    figures_.bytesMade += output_.size();
+}
+
+void Conversion::report(const Character& character, std::size_t at, Fit fit) {
+    if (++figures_.problemCount > Figures::kProblemsKept) return;
+    figures_.problems.push_back(
+        {offset_ + at, line_, bytes_.substr(at, character.nBytes), character.isValid, character.code, fit});
+}
+
+void Conversion::count(char32_t code) {
+    ++figures_.byUtf8Bytes[Utf8Bytes(code) - 1];
+    ++figures_.characters;
+    figures_.codeUnits += code < kFirstSupplementary ? 1 : 2;
+    if (!isInLine_) ++figures_.lines;
+    isInLine_ = code != '\n';
+    if (!isInLine_) lineCharacters_ = 0;
+    if (isInLine_ && code != '\r') ++lineCharacters_;
+    figures_.longestLine = std::max(figures_.longestLine, lineCharacters_);
 }
 
 }  // namespace tarn

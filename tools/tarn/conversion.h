@@ -7,32 +7,65 @@
 
 namespace tarn {
 
+using Count = unsigned long long;  // texts may be larger than the memory
+
 /// What could not be converted as it is.
 struct Problem {
-    std::size_t offset;  ///< of the source's first byte concerned
-    std::size_t line;    ///< from 1
-    std::string bytes;   ///< of the source
-    bool isValid;        ///< whether they are a character of the source's code set
-    char32_t code;       ///< that character
-    Fit fit;             ///< in the target's code set
+    Count offset;       ///< of the source's first byte concerned
+    Count line;         ///< from 1
+    std::string bytes;  ///< of the source
+    bool isValid;       ///< whether they are a character of the source's code set
+    char32_t code;      ///< that character
+    Fit fit;            ///< in the target's code set
 };
 
-/// A text on its way from one code set to another.
-struct Conversion {
+/// What is known of a text when it has been converted.
+struct Figures {
     static constexpr std::size_t kProblemsKept = 20;
 
-    std::size_t markBytes = 0;  ///< of a byte order mark at the start, which is dropped
-    std::size_t codeUnits = 0;  ///< of UTF-16
-    std::size_t characters = 0;
-    std::size_t lines = 0;
-    std::size_t longestLine = 0;      ///< in characters, its end not counted
-    std::size_t byUtf8Bytes[4] = {};  ///< characters that take 1, 2, 3, 4 bytes in UTF-8
-    std::size_t problemCount = 0;
+    Count bytesRead = 0;
+    Count bytesMade = 0;
+    Count markBytes = 0;  ///< of a byte order mark at the start, which is dropped
+    Count codeUnits = 0;  ///< of UTF-16
+    Count characters = 0;
+    Count lines = 0;
+    Count longestLine = 0;      ///< in characters, its end not counted
+    Count byUtf8Bytes[4] = {};  ///< characters that take 1, 2, 3, 4 bytes in UTF-8
+    Count problemCount = 0;
     std::vector<Problem> problems;  ///< the first of them
-    std::string output;             ///< in the target's code set
-    std::string utf8;               ///< the same text; what was not valid is U+FFFD
 };
 
-Conversion Convert(const std::string& bytes, const CodeSet& from, const CodeSet& to);
+/// A text on its way from one code set to another, piece by piece.
+class Conversion {
+  public:
+    Conversion(const CodeSet& from, const CodeSet& to);
+
+    /// Converts the next bytes of the text. The first piece holds a whole byte order mark, or the whole text.
+    void take(const std::string& bytes, bool isLast);
+
+    /// What the last piece became, in the target's code set.
+    const std::string& output() const { return output_; }
+    /// The same characters; U+FFFD for what was not valid.
+    const std::vector<Character>& characters() const { return characters_; }
+    const Figures& figures() const { return figures_; }
+
+  private:
+    void skipMark();
+    void decode(bool isLast);
+    void encode();
+    void report(const Character& character, std::size_t at, Fit fit);
+    void count(char32_t code);
+
+    const CodeSet& from_;
+    const CodeSet& to_;
+    Figures figures_;
+    std::string bytes_;  ///< of this piece, with those that the last one left over
+    std::vector<Character> characters_;
+    std::string output_;
+    Count offset_ = 0;  ///< of bytes_ in the text
+    Count line_ = 1;
+    Count lineCharacters_ = 0;
+    bool isInLine_ = false;
+};
 
 }  // namespace tarn

@@ -80,7 +80,7 @@ const char* NameOf(SDirectoryChange::Kind kind) {
 void Watch(const std::string& directory, int seconds, bool recurse) {
     SDirectoryChangeWatcher watcher;
     if (!watcher.open(FileName(directory), recurse))
-        throw Failure("cannot watch " + directory + ": system error " + std::to_string(watcher.lastError()));
+        throw Failure("cannot watch " + directory + ": " + SystemReason(watcher.lastError()));
     const unsigned long long end = SMonotonicClock::GetMilliseconds() + seconds * 1000ULL;
     for (;;) {
         const unsigned long long now = SMonotonicClock::GetMilliseconds();

@@ -4,6 +4,7 @@
 #include "logging.h"
 #include "options.h"
 #include "system.h"
+#include "tarnlib/tarnversion.h"
 
 namespace tarn {
 namespace {
@@ -22,17 +23,33 @@ void PrintOverview() {
         Print("  " + name + command->summary + "\n");
     }
     Print(
-        "\ntarn COMMAND -help explains a command. Every command takes the logging options of the library "
+        "\ntarn COMMAND -help (or tarn help COMMAND) explains a command, tarn -version tells the version. "
+        "Every "
+        "command takes the logging options of the library "
         "(-trace\nMASK, -loggingPath DIR, ...).\n"
         "Exit status: 0; 1 when the result says no; 2 when nothing could be done, with one line that says "
         "why.\n");
 }
 
-ExitStatus Run(const Command& command, const Words& arguments) {
-    if (!arguments.empty() && AsksForHelp(arguments[0])) {
-        Print(std::string("usage: tarn ") + command.name + " " + command.help);
-        return kYes;
+ExitStatus PrintHelp(const Command& command) {
+    Print(std::string("usage: tarn ") + command.name + " " + command.help);
+    return kYes;
+}
+
+ExitStatus PrintVersion() {
+    Print("tarn " TARN_VERSION_TEXT ", tarnlib " + std::string(TarnLibA500::TarnVersionText()) + "\n");
+    return kYes;
+}
+
+const Command& FindCommand(const std::string& name) {
+    for (const Command* command : kCommands) {
+        if (name == command->name) return *command;
     }
+    throw Failure("there is no command " + name + "; tarn -help lists them");
+}
+
+ExitStatus Run(const Command& command, const Words& arguments) {
+    if (!arguments.empty() && AsksForHelp(arguments[0])) return PrintHelp(command);
     try {
         return command.run(arguments);
     } catch (const Failure& failure) {
@@ -44,16 +61,26 @@ ExitStatus Run(const Command& command, const Words& arguments) {
 ExitStatus Dispatch(const Words& words) {
     const Logging logging(words);
     if (words.empty()) throw Failure("a command is missing; tarn -help lists them");
-    if (AsksForHelp(words[0])) {
+    if (words[0] == "version" || AsksForVersion(words[0])) return PrintVersion();
+    if (words[0] == "help" || AsksForHelp(words[0])) {
+        if (words.size() > 1) return PrintHelp(FindCommand(words[1]));
         PrintOverview();
         return kYes;
     }
-    for (const Command* command : kCommands) {
-        if (words[0] != command->name) continue;
-        const Words arguments(words.begin() + 1, words.end());
-        return Run(*command, command->takesEveryWord ? arguments : WithoutLoggingOptions(arguments));
+    const Command& command = FindCommand(words[0]);
+    const Words arguments(words.begin() + 1, words.end());
+    return Run(command, command.takesEveryWord ? arguments : WithoutLoggingOptions(arguments));
+}
+
+int RunTool() {
+    try {
+        const ExitStatus status = Dispatch(ReadCommandLine());
+        if (!FlushOutput()) throw Failure("cannot write standard output");
+        return status;
+    } catch (const std::exception& failure) {
+        PrintError(std::string("tarn: ") + failure.what());
     }
-    throw Failure("there is no command " + words[0] + "; tarn -help lists them");
+    return kFailed;
 }
 
 }  // namespace
@@ -61,10 +88,5 @@ ExitStatus Dispatch(const Words& words) {
 
 int main() {
     const tarn::Utf8Output output;
-    try {
-        return tarn::Dispatch(tarn::ReadCommandLine());
-    } catch (const std::exception& failure) {
-        tarn::PrintError(std::string("tarn: ") + failure.what());
-    }
-    return tarn::kFailed;
+    return tarn::RunTool();
 }

@@ -57,4 +57,8 @@ bool AsksForHelp(const std::string& word) {
     return SameName(word, "help") || SameName(word, "-help") || SameName(word, "h") || SameName(word, "?");
 }
 
+bool AsksForVersion(const std::string& word) {
+    return SameName(word, "version") || SameName(word, "-version");
+}
+
 }  // namespace tarn

@@ -32,5 +32,6 @@ class Options {
 
 /// True for "-help" and the other spellings that people try.
 bool AsksForHelp(const std::string& word);
+bool AsksForVersion(const std::string& word);
 
 }  // namespace tarn

@@ -2,9 +2,6 @@
 
 #include <cstdio>
 
-#include "codepagetext.h"
-#include "tarnlib/sfile.h"
-#include "tarnlib/sfilesys.h"
 #include "tarnlib/sstring.h"
 
 #include <fcntl.h>
@@ -16,11 +13,6 @@
 namespace tarn {
 namespace {
 
-using TarnLibA500::SAnsiString;
-using TarnLibA500::SFile;
-using TarnLibA500::SFileException;
-using TarnLibA500::SFileSys;
-using TarnLibA500::SFileSysException;
 using TarnLibA500::SWCharString;
 
 std::string ToUtf8(const wchar_t* text) {
@@ -31,25 +23,7 @@ std::string ToUtf8(const wchar_t* text) {
     return utf8;
 }
 
-// What the file classes say, without the system's line end.
-[[noreturn]] void Fail(SAnsiString why) {
-    throw Failure(Utf8Text(why.trimRight()));
-}
-
-struct TemporaryFile {
-    TemporaryFile() = default;
-    ~TemporaryFile() {
-        try {
-            SFileSys::remove(name);
-        } catch (const SFileSysException& failure) {
-            PrintError(Utf8Text(failure.toString()));
-        }
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    const SAnsiString name = SFileSys::getTempFilename("tarn");
-};
+std::FILE* printed = stdout;
 
 }  // namespace
 
@@ -63,6 +37,7 @@ Words ReadCommandLine() {
 }
 
 Utf8Output::Utf8Output() {
+    _setmode(_fileno(stdin), _O_BINARY);
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
     if (_isatty(_fileno(stdout)) == 0) return;
@@ -76,7 +51,11 @@ Utf8Output::~Utf8Output() {
 }
 
 void Print(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fwrite(text.data(), 1, text.size(), printed);
+}
+
+void PrintToError() {
+    printed = stderr;
 }
 
 void PrintError(const std::string& line) {
@@ -84,30 +63,16 @@ void PrintError(const std::string& line) {
     std::fprintf(stderr, "%s\n", line.c_str());
 }
 
-std::string ReadFile(const std::string& name) try {
-    SFile file(FileName(name), SFile::readOnly | SFile::sequential, SFile::readWriteMask, SFile::denyNothing);
-    const long long size = file.sizeEx();
-    if (size > kMaxFileBytes) throw Failure("cannot read " + name + ": it is larger than 64 MiB");
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    std::size_t done = 0;
-    for (int count = -1; count != 0 && done < bytes.size(); done += static_cast<std::size_t>(count))
-        count = file.read(bytes.data() + done, static_cast<std::uint32_t>(bytes.size() - done));
-    bytes.resize(done);
-    return bytes;
-} catch (const SFileException& failure) {
-    Fail(failure.toString());
+bool FlushOutput() {
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
 }
 
-void WriteFile(const std::string& name, const std::string& bytes) try {
-    const TemporaryFile temporary;
-    SFile file(temporary.name, SFile::writeOnly, SFile::readWriteMask, SFile::denyNothing);
-    file.writeAll(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-    file.close();
-    SFileSys::copyFile(temporary.name, FileName(name), true);
-} catch (const SFileException& failure) {
-    Fail(failure.toString());
-} catch (const SFileSysException& failure) {
-    Fail(failure.toString());
+std::string SystemReason(unsigned long error) {
+    wchar_t text[512] = {};
+    FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0, text,
+                   sizeof text / sizeof *text, nullptr);
+    const std::string reason = ToUtf8(SWCharString(text).trimRight().getString());
+    return !reason.empty() ? reason : "error " + std::to_string(error);
 }
 
 }  // namespace tarn

@@ -11,7 +11,7 @@ namespace tarn {
 /// The command line without the program's name.
 Words ReadCommandLine();
 
-/// Makes standard output take bytes as they are, and a console show UTF-8 until the object goes.
+/// Makes the standard streams take bytes as they are, and a console show UTF-8 until the object goes.
 class Utf8Output {
   public:
     Utf8Output();
@@ -24,12 +24,13 @@ class Utf8Output {
 };
 
 void Print(const std::string& text);
+/// From now on Print writes to standard error, because standard output has something else.
+void PrintToError();
 void PrintError(const std::string& line);
+/// False when something that was printed could not be written.
+bool FlushOutput();
 
-/// The whole file. Throws Failure naming the file; files beyond the ceiling are refused.
-constexpr long long kMaxFileBytes = 64LL * 1024 * 1024;  // a 32-bit process holds it several times over
-std::string ReadFile(const std::string& name);
-/// Replaces the file by these bytes, or leaves what was there: they are written under another name first.
-void WriteFile(const std::string& name, const std::string& bytes);
+/// What an error number of the system means: one line, with the number where the system has no text for it.
+std::string SystemReason(unsigned long error);
 
 }  // namespace tarn

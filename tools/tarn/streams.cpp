@@ -1,0 +1,178 @@
+#include "streams.h"
+
+#include <cstdio>
+
+#include "codepagetext.h"
+#include "command.h"
+#include "system.h"
+#include "tarnlib/sfilesys.h"
+#include "tarnlib/smonotonicclock.h"
+
+#include <io.h>
+
+namespace tarn {
+namespace {
+
+using TarnLibA500::SAnsiString;
+using TarnLibA500::SFile;
+using TarnLibA500::SFileException;
+using TarnLibA500::SFileSys;
+using TarnLibA500::SFileSysException;
+using TarnLibA500::SMonotonicClock;
+
+constexpr std::size_t kBlock = 64 * 1024;
+
+// A failure's text without the line end that the system's reasons have.
+std::string Reason(SAnsiString text) {
+    return Utf8Text(text.trimRight());
+}
+
+std::string ReadFromStandardInput(std::size_t count) {
+    std::string bytes(count, '\0');
+    bytes.resize(std::fread(bytes.data(), 1, count, stdin));
+    if (std::ferror(stdin) != 0) throw Failure("cannot read standard input");
+    return bytes;
+}
+
+std::string ReadFromFile(SFile& file, std::size_t count) {
+    std::string bytes(count, '\0');
+    std::size_t done = 0;
+    while (done < count) {
+        const int more = file.read(bytes.data() + done, static_cast<std::uint32_t>(count - done));
+        if (more <= 0) break;
+        done += static_cast<std::size_t>(more);
+    }
+    bytes.resize(done);
+    return bytes;
+}
+
+// In which a file is made; "C:name" stands in the current directory of a drive.
+std::string DirectoryOf(const std::string& name) {
+    const std::size_t slash = name.find_last_of("/\\");
+    if (slash != name.npos) return name.substr(0, slash + 1);
+    return name.size() > 1 && name[1] == ':' ? name.substr(0, 2) + "." : ".";
+}
+
+std::string Mebibytes(unsigned long long bytes) {
+    return std::to_string(bytes >> 20) + " MiB";
+}
+
+}  // namespace
+
+bool IsStandardStream(const std::string& name) {
+    return name == "-";
+}
+
+// ------------------------------------------------------------------------------------------------ reading
+
+Source::Source(const std::string& name) try : name_(name) {
+    if (IsStandardStream(name)) return;
+    file_ = std::make_unique<SFile>(FileName(name), SFile::readOnly | SFile::sequential, SFile::readWriteMask,
+                                    SFile::denyNothing);
+    size_ = file_->sizeEx();
+} catch (const SFileException& failure) {
+    throw Failure(Reason(failure.toString()));
+}
+
+std::string Source::read(std::size_t count) try {
+    return file_ ? ReadFromFile(*file_, count) : ReadFromStandardInput(count);
+} catch (const SFileException& failure) {
+    throw Failure(Reason(failure.toString()));
+}
+
+// ------------------------------------------------------------------------------------------------ writing
+
+// Runs a step of writing the file; a failure of the temporary file is one of the file that was asked for.
+template <class Action>
+void Target::attempt(Action action) {
+    try {
+        action();
+    } catch (const SFileException& failure) {
+        throw Failure("cannot write " + name_ + ": " + Reason(failure.toString()));
+    } catch (const SFileSysException& failure) {
+        throw Failure("cannot write " + name_ + ": " + Reason(failure.reason()));
+    }
+}
+
+Target::Target(const std::string& name) : name_(name) {
+    if (IsStandardStream(name)) return;
+    const SAnsiString directory = FileName(DirectoryOf(name));
+    attempt([&] {
+        temporary_.path =
+            SFileSys::getUniqueFilename(directory, "tarn", ".tmp", true, SFile::defaultPermissions);
+        file_.open(temporary_.path, SFile::writeOnly, SFile::readWriteMask, SFile::denyNothing);
+    });
+}
+
+Target::Temporary::~Temporary() {
+    if (path.isEmpty()) return;
+    try {
+        SFileSys::remove(path);
+    } catch (const SFileSysException& failure) {
+        PrintError(Reason(failure.toString()));
+    }
+}
+
+void Target::write(const std::string& bytes) {
+    if (!IsStandardStream(name_)) {
+        attempt([&] { file_.writeAll(bytes.data(), static_cast<std::uint32_t>(bytes.size())); });
+    } else if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size()) {
+        throw Failure("cannot write standard output");
+    }
+}
+
+void Target::finish() {
+    if (IsStandardStream(name_)) return;
+    attempt([&] {
+        file_.close();
+        SFileSys::copyFile(temporary_.path, FileName(name_), true);
+    });
+}
+
+// ------------------------------------------------------------------------------------------------ later
+
+void Spool::write(const std::string& text) {
+    text_ += text;
+    if (text_.size() < kBlock) return;
+    if (!file_) {
+        file_ =
+            std::make_unique<SFile>(SFileSys::getTempFilename("tarn"), SFile::readAndWrite | SFile::temporary,
+                                    SFile::readWriteMask, SFile::denyNothing);
+    }
+    file_->writeAll(text_.data(), static_cast<std::uint32_t>(text_.size()));
+    text_.clear();
+}
+
+void Spool::print() {
+    if (file_) {
+        file_->seekEx(SFile::seekBegin, 0);
+        for (std::string block = ReadFromFile(*file_, kBlock); !block.empty();
+             block = ReadFromFile(*file_, kBlock))
+            Print(block);
+    }
+    Print(text_);
+}
+
+// ------------------------------------------------------------------------------------------------ progress
+
+constexpr unsigned long long kProgressMilliseconds = 250;
+
+Progress::Progress(long long total)
+    : total_(total),
+      isTerminal_(_isatty(_fileno(stderr)) != 0),
+      next_(SMonotonicClock::GetMilliseconds() + kProgressMilliseconds) {}
+
+Progress::~Progress() {
+    if (isShown_) std::fprintf(stderr, "\r%*s\r", 40, "");
+}
+
+void Progress::show(unsigned long long done) {
+    if (!isTerminal_ || SMonotonicClock::GetMilliseconds() < next_) return;
+    const std::string of = total_ >= 0 ? " of " + Mebibytes(static_cast<unsigned long long>(total_)) : "";
+    std::fprintf(stderr, "\r%s%s", Mebibytes(done).c_str(), of.c_str());
+    std::fflush(stderr);
+    isShown_ = true;
+    next_ = SMonotonicClock::GetMilliseconds() + kProgressMilliseconds;
+}
+
+}  // namespace tarn
