@@ -6,8 +6,8 @@
 #include "tarnlib/cparamlineargs.h"
 #include "tarnlib/sstring.h"
 
-/// Between the tool's texts, which are UTF-8, and the library's, which are in the code page of the C locale:
-/// Latin-1 here.
+/// Between the tool's texts, which are UTF-8, and the library's, which are in the code page of the C locale: the
+/// process's own here.
 namespace tarn {
 
 /// Throws Failure, naming what it is, when the code page does not have a character.

@@ -30,7 +30,7 @@ bool IsAmong(const std::string& word, const Names& names) {
     return false;
 }
 
-// The library's texts are in the code page of its locale, Latin-1 here.
+// The library's texts are in the code page of its locale.
 SAnsiString LibraryText(const std::string& word) {
     SAnsiString text;
     return text.fromUTF8(word.c_str()) ? text : SAnsiString(word.c_str());

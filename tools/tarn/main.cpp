@@ -1,3 +1,4 @@
+#include <clocale>
 #include <exception>
 
 #include "command.h"
@@ -73,6 +74,8 @@ ExitStatus Dispatch(const Words& words) {
 }
 
 int RunTool() {
+    std::setlocale(LC_CTYPE,
+                   "");  // the library's texts are in the process's code page, as the names of files are
     try {
         const ExitStatus status = Dispatch(ReadCommandLine());
         if (!FlushOutput()) throw Failure("cannot write standard output");

@@ -21,6 +21,8 @@ using TarnLibA500::SFileSysException;
 using TarnLibA500::SMonotonicClock;
 
 constexpr std::size_t kBlock = 64 * 1024;
+constexpr unsigned long long kProgressMilliseconds = 250;
+constexpr std::size_t kProgressWidth = 50;
 
 // A failure's text without the line end that the system's reasons have.
 std::string Reason(SAnsiString text) {
@@ -51,6 +53,11 @@ std::string DirectoryOf(const std::string& name) {
     const std::size_t slash = name.find_last_of("/\\");
     if (slash != name.npos) return name.substr(0, slash + 1);
     return name.size() > 1 && name[1] == ':' ? name.substr(0, 2) + "." : ".";
+}
+
+// In one piece: standard error has no buffer.
+void WriteToTerminal(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
 std::string Mebibytes(unsigned long long bytes) {
@@ -155,22 +162,19 @@ void Spool::print() {
 
 // ------------------------------------------------------------------------------------------------ progress
 
-constexpr unsigned long long kProgressMilliseconds = 250;
-
 Progress::Progress(long long total)
     : total_(total),
       isTerminal_(_isatty(_fileno(stderr)) != 0),
       next_(SMonotonicClock::GetMilliseconds() + kProgressMilliseconds) {}
 
 Progress::~Progress() {
-    if (isShown_) std::fprintf(stderr, "\r%*s\r", 40, "");
+    if (isShown_) WriteToTerminal("\r" + std::string(kProgressWidth, ' ') + "\r");
 }
 
 void Progress::show(unsigned long long done) {
     if (!isTerminal_ || SMonotonicClock::GetMilliseconds() < next_) return;
     const std::string of = total_ >= 0 ? " of " + Mebibytes(static_cast<unsigned long long>(total_)) : "";
-    std::fprintf(stderr, "\r%s%s", Mebibytes(done).c_str(), of.c_str());
-    std::fflush(stderr);
+    WriteToTerminal("\r" + Mebibytes(done) + of);
     isShown_ = true;
     next_ = SMonotonicClock::GetMilliseconds() + kProgressMilliseconds;
 }
