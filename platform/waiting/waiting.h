@@ -14,9 +14,9 @@ extern "C" BOOLEAN NTAPI RtlDllShutdownInProgress();
 /// nobody is left to notify: whoever waited then would wait for ever. So nothing here blocks any more once
 /// that has begun. A thread that waits when it begins is one of those that are ended, and never comes back.
 ///
-/// The C++ library's locks and timed waits are not used. Its locks cannot be asked such a thing, and a
-/// program with a 64-bit time_t, as ours are, hands the threads library a time of another layout than it
-/// expects: timed waits end at once.
+/// The C++ library's locks and timed waits are not used. Its locks cannot be asked such a thing, and where
+/// a program is compiled with a 64-bit time_t, timed waits hand the threads library a time of another layout than
+/// it expects and end at once.
 namespace waiting {
 
 /// True from the moment when the other threads are gone. This relies on the order that the system documents
