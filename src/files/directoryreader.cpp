@@ -49,30 +49,4 @@ bool DirectoryReader::next() {
     return false;
 }
 
-SWCharString TreeWalk::entryPath() const {
-    return JoinSystemPath(ExactForm(directory()), entry().cFileName);
-}
-
-TreeWalk::Step TreeWalk::fail() noexcept {
-    hasFailed_ = true;
-    return Step::Failed;
-}
-
-TreeWalk::Step TreeWalk::next() {
-    if (hasFailed_) {
-        hasFailed_ = isReading_ = false;
-        ++at_;
-    }
-    for (; at_ < directories_.size(); ++at_, isReading_ = false) {
-        if (!isReading_ && !reader_.open(directory())) return fail();
-        isReading_ = true;
-        if (reader_.next()) {
-            if (IsOwnDirectory(entry())) directories_.push_back(entryPath());
-            return Step::Entry;
-        }
-        if (error() != ERROR_SUCCESS) return fail();
-    }
-    return Step::End;
-}
-
 }  // namespace TarnLibA500

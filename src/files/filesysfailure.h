@@ -26,6 +26,8 @@ struct FileSysFailure {
     }
 };
 
+/// Traces a failure and throws it.
+[[noreturn]] void ThrowTraced(const SFileSysException& failure);
 /// Throws for an error code of the system.
 [[noreturn]] void ThrowFileSys(SFileSysException::ErrorCodes code, DWORD systemError, const SAnsiString& path,
                                const SAnsiString& secondPath = SAnsiString());

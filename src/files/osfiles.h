@@ -19,6 +19,12 @@ void FailCall(unsigned long nth, DWORD error, bool onwards = false);
 unsigned long CallsSoFar();
 /// Does something before the n-th call from now: what another process might do then. 0: nothing.
 void DoBeforeCall(unsigned long nth, void (*action)());
+/// Lets the next replacements fail between their two steps, so many times.
+void ReplaceHalfway(unsigned long times);
+bool FailsHalfway();
+/// Says from now on that what is at this path is a link, as the system does for one; null: nothing is.
+void CallLink(const wchar_t* path);
+DWORD SeenAttributes(const wchar_t* path, DWORD attributes);
 /// Makes the next reads succeed without a byte, so many times.
 void ReadNothing(unsigned long times);
 bool MustReadNothing();
@@ -36,6 +42,12 @@ inline bool MustFail() {
 }
 inline bool MustReadNothing() {
     return false;
+}
+inline bool FailsHalfway() {
+    return false;
+}
+inline DWORD SeenAttributes(const wchar_t* /*path*/, DWORD attributes) {
+    return attributes;
 }
 inline HANDLE Opened(HANDLE handle) {
     return handle;
@@ -92,7 +104,7 @@ class Owned {
     HANDLE handle_ = INVALID_HANDLE_VALUE;
 };
 
-/// A file, a directory, a mapping or an event.
+/// A file, a directory, a mapping, an event or a mutex.
 using File = Owned<Close>;
 /// The reading of a directory.
 using Search = Owned<CloseSearch>;
@@ -142,7 +154,18 @@ inline bool WasBeingDeleted() {
 }
 
 inline bool Attributes(const wchar_t* path, WIN32_FILE_ATTRIBUTE_DATA& data) {
-    return !MustFail() && GetFileAttributesExW(path, GetFileExInfoStandard, &data) != 0;
+    if (MustFail() || !GetFileAttributesExW(path, GetFileExInfoStandard, &data)) return false;
+    data.dwFileAttributes = SeenAttributes(path, data.dwFileAttributes);
+    return true;
+}
+
+/// Of an open file that is a reparse point.
+inline bool ReparseTag(HANDLE file, DWORD& tag) {
+    FILE_ATTRIBUTE_TAG_INFO info;
+    if (MustFail() || !GetFileInformationByHandleEx(file, FileAttributeTagInfo, &info, sizeof info))
+        return false;
+    tag = info.ReparseTag;
+    return true;
 }
 
 inline bool SetAttributes(const wchar_t* path, DWORD attributes) {
@@ -196,6 +219,17 @@ inline bool Move(const wchar_t* from, const wchar_t* to, DWORD flags) {
     return !MustFail() && MoveFileExW(from, to, flags) != 0;
 }
 
+/// The file gets the name and the rights of the target, which gets the name of the backup.
+inline bool Replace(const wchar_t* target, const wchar_t* file, const wchar_t* backup) {
+    if (MustFail()) return false;
+    if (FailsHalfway()) {
+        MoveFileW(target, backup);
+        SetLastError(ERROR_UNABLE_TO_MOVE_REPLACEMENT_2);
+        return false;
+    }
+    return ReplaceFileW(target, file, backup, 0, nullptr, nullptr) != 0;
+}
+
 inline Search FindFirst(const wchar_t* pattern, WIN32_FIND_DATAW& entry) {
     if (MustFail()) return Search();
     // Without short names and with a large buffer: fewer calls below.
@@ -216,8 +250,27 @@ inline File MapFile(HANDLE file) {
     return File(Opened(CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 0, nullptr)));
 }
 
-inline void* View(HANDLE mapping) {
-    return MustFail() ? nullptr : MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0);
+inline void* View(HANDLE mapping, DWORD access = FILE_MAP_READ) {
+    return MustFail() ? nullptr : MapViewOfFile(mapping, access, 0, 0, 0);
+}
+
+/// Memory that processes share by a name, for as long as one of them has it open.
+inline File NewMemory(const wchar_t* name, DWORD bytes, SECURITY_ATTRIBUTES* security) {
+    if (MustFail()) return File();
+    return File(Opened(CreateFileMappingW(INVALID_HANDLE_VALUE, security, PAGE_READWRITE, 0, bytes, name)));
+}
+
+inline File OpenMemory(const wchar_t* name) {
+    if (MustFail()) return File();
+    return File(Opened(OpenFileMappingW(FILE_MAP_READ, FALSE, name)));
+}
+
+/// A mutex that nobody owns. "isNew" says whether this is the first handle of that name.
+inline File NewMutex(const wchar_t* name, bool& isNew) {
+    if (MustFail()) return File();
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, name);
+    isNew = GetLastError() != ERROR_ALREADY_EXISTS;
+    return File(Opened(mutex));
 }
 
 /// An event that stays set until it is reset.

@@ -1,5 +1,6 @@
 #ifdef TARN_TEST_SEAMS
 #include <atomic>
+#include <cwchar>
 
 #include "files/osfiles.h"
 
@@ -14,6 +15,8 @@ std::atomic<unsigned long> emptyReads{0};
 std::atomic<long> openHandles{0};
 std::atomic<unsigned long> disturbed{0};  // the number of the call
 std::atomic<void (*)()> disturbance{nullptr};
+std::atomic<unsigned long> halfReplacements{0};
+std::atomic<const wchar_t*> linkPath{nullptr};
 std::atomic<unsigned long> sleeps{0};
 std::atomic<void (*)(DWORD)> sleepReplacement{nullptr};
 
@@ -41,6 +44,26 @@ void DoBeforeCall(unsigned long nth, void (*action)()) {
 
 unsigned long CallsSoFar() {
     return calls;
+}
+
+void ReplaceHalfway(unsigned long times) {
+    halfReplacements = times;
+}
+
+bool FailsHalfway() {
+    if (halfReplacements == 0) return false;
+    --halfReplacements;
+    return true;
+}
+
+void CallLink(const wchar_t* path) {
+    linkPath = path;
+}
+
+DWORD SeenAttributes(const wchar_t* path, DWORD attributes) {
+    const wchar_t* const link = linkPath;
+    return link != nullptr && std::wcscmp(path, link) == 0 ? attributes | FILE_ATTRIBUTE_REPARSE_POINT
+                                                           : attributes;
 }
 
 void ReadNothing(unsigned long times) {

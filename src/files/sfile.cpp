@@ -9,10 +9,10 @@
 #include "diag/require.h"
 #include "files/filetext.h"
 #include "files/osfiles.h"
+#include "files/removal.h"
 #include "files/sreadahead.h"
 #include "files/systempath.h"
 #include "strings/bytesearch.h"
-#include "system/systemtext.h"
 #include "tarnlib/sfilesys.h"
 #include "tarnlib/straceobj.h"
 
@@ -85,12 +85,6 @@ const char* DispositionName(DWORD disposition) {
         default:
             return "INVALID";
     }
-}
-
-// The name with its directory, where the code page can spell that.
-SAnsiString AbsoluteName(const SWCharString& path, const SAnsiString& name) {
-    const SAnsiString absolute = FromSystem(path.getString());
-    return ToSystem(absolute) == path ? absolute : name;
 }
 
 void TraceFailure(const SFileException& failure) noexcept try {
@@ -207,7 +201,7 @@ void SFile::openNamed(int mode, int share) {
     security.nLength = sizeof security;
     security.bInheritHandle = (mode & noInherit) == 0 ? TRUE : FALSE;
     const SWCharString path = LongSystemPath(name_);
-    if ((mode & temporary) != 0) temporaryPath_ = AbsoluteName(path, name_);
+    if ((mode & temporary) != 0) temporaryPath_ = path;
     handle_ = osfiles::Open(path.getString(), access, ShareOf(share), &security, disposition, FlagsOf(mode))
                   .release();
     if (!isOpenNow()) raiseSystemError(SFileException::openError, GetLastError());
@@ -225,7 +219,7 @@ void SFile::close() {
 
 void SFile::deleteTemporary() {
     try {
-        SFileSys::remove(temporaryPath_);
+        RemoveSystemPath(temporaryPath_, name_);
     } catch (const SFileSysException& failure) {
         raiseOwnError(SFileException::closeError, SFileException::otherError, failure.toString());
     }

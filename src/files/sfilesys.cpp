@@ -1,15 +1,18 @@
 #include "tarnlib/sfilesys.h"
 
+#include <cstring>
+#include <utility>
+
 #include "files/directoryreader.h"
 #include "files/failuretext.h"
 #include "files/filesysfailure.h"
 #include "files/filetimes.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
+#include "files/treewalk.h"
 #include "strings/pathroot.h"
 #include "strings/stringbuilder.h"
 #include "system/systemtext.h"
-#include "tarnlib/pathparts.h"
 #include "tarnlib/sfile.h"
 
 namespace TarnLibA500 {
@@ -54,12 +57,19 @@ void RequireDriveFor(const SAnsiString& path) {
     if (HasDrive(path) || IsNetworkPath(path.getString())) return;
     const SAnsiString current = FromSystem(CurrentDirectory().getString());
     if (HasDrive(current)) return;
-    throw SFileSysException(Exception::fsStatFailed, Exception::reasonOther,
-                            FillTemplate("No drive letter in current directory: %1", current, SAnsiString()),
-                            path, SAnsiString(), SAnsiString());
+    ThrowTraced(
+        SFileSysException(Exception::fsStatFailed, Exception::reasonOther,
+                          FillTemplate("No drive letter in current directory: %1", current, SAnsiString()),
+                          path, SAnsiString(), SAnsiString()));
+}
+
+// A text with a zero byte inside is no path: the system would take what is before it for another.
+bool HasZero(const SAnsiString& path) {
+    return std::strlen(path.getString()) != path.getLength();
 }
 
 SWCharString FullPathOf(const SAnsiString& path) {
+    if (HasZero(path)) ThrowFileSys(Exception::fsStatFailed, ERROR_INVALID_NAME, path);
     RequireDriveFor(path);
     const SWCharString asGiven = ToSystem(path);
     SWCharString full;
@@ -75,6 +85,10 @@ bool IsDirectoryThere(const SWCharString& path) {
     return osfiles::Attributes(path.getString(), data) && IsDirectory(data.dwFileAttributes);
 }
 
+bool IsAbsence(DWORD error) {
+    return error == ERROR_PATH_NOT_FOUND || error == ERROR_FILE_NOT_FOUND;
+}
+
 // What stands before the last component; empty when there is nothing, or only the root.
 SWCharString ParentOf(const SWCharString& path) {
     const SWCharString::iterator slash = path.findLast(L'\\');
@@ -88,38 +102,51 @@ SWCharString WithoutLastSlash(const SWCharString& path) {
     return isRoot || text[length - 1] != L'\\' ? path : SWCharString(text, length - 1);
 }
 
+// Makes a directory or finds it there. "hasChanged": others are making and removing the same, so that it is worth
+// another try.
+bool MakeLevel(const SWCharString& level, DWORD& error, bool& hasChanged) {
+    if (osfiles::MakeDirectory(level.getString())) return true;
+    error = GetLastError();
+    hasChanged = osfiles::WasBeingDeleted() || error == ERROR_ALREADY_EXISTS;
+    if (IsAbsence(error)) return false;
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    if (!osfiles::Attributes(level.getString(), data)) return false;
+    hasChanged = false;
+    return IsDirectory(data.dwFileAttributes);
+}
+
 // From the first missing level down. "error" is the system's when a level can be neither made nor found.
 bool MakeLevels(const SWCharString& path, DWORD& error) {
+    constexpr DWORD kPauseMilliseconds = 5;
+    int triesLeft = 20;
     std::vector<SWCharString> missing{path};
     while (!missing.empty()) {
-        const SWCharString& level = missing.back();
-        if (osfiles::MakeDirectory(level.getString())) {
+        bool hasChanged = false;
+        if (MakeLevel(missing.back(), error, hasChanged)) {
             missing.pop_back();
             continue;
         }
-        error = GetLastError();
-        const bool lacksParent = error == ERROR_PATH_NOT_FOUND || error == ERROR_FILE_NOT_FOUND;
-        const SWCharString parent = ParentOf(level);
-        if (lacksParent && !parent.isEmpty() && missing.size() <= path.getLength() &&
-            !IsDirectoryThere(parent)) {
-            missing.push_back(parent);
-        } else if (!lacksParent && IsDirectoryThere(level)) {  // it was there, or another process was faster
-            missing.pop_back();
-        } else {
+        if (IsAbsence(error)) {
+            const SWCharString parent = ParentOf(missing.back());
+            if (parent.isEmpty() || missing.size() > path.getLength()) return false;
+            hasChanged = IsDirectoryThere(parent);
+            if (!hasChanged) missing.push_back(parent);
+        } else if (!hasChanged) {
             return false;
         }
+        if (!hasChanged) continue;
+        if (triesLeft-- == 0) return false;
+        osfiles::Sleep(kPauseMilliseconds);
     }
     return true;
 }
 
 // --- rights ---
 
-bool IsProgramName(const SAnsiString& path) {
-    SAnsiString directory;
-    SAnsiString name;
-    SAnsiString extension;
-    SplitPathEx(path, directory, name, extension);
-    for (const char* program : {".exe", ".com", ".bat", ".cmd"}) {
+bool IsProgramName(const SWCharString& path) {
+    constexpr std::uint32_t kExtensionUnits = 4;
+    const SWCharString extension = path.right(kExtensionUnits);
+    for (const wchar_t* program : {L".exe", L".com", L".bat", L".cmd"}) {
         if (extension.compareNoCase(program) == 0) return true;
     }
     return false;
@@ -134,12 +161,12 @@ void SetReadOnly(const SWCharString& path, DWORD attributes, bool isReadOnly, co
 }
 
 void GiveAccessBelow(const SWCharString& root) {
-    TreeWalk walk(root);
+    TreeWalk walk(root, TreeWalk::Root::MayBeLink);
     for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
         if (step == TreeWalk::Step::Failed)
-            ThrowFileSys(Exception::fsGetAttributesFailed, walk.error(), ShownPath(walk.directory()));
-        const SWCharString path = walk.entryPath();
-        SetReadOnly(path, walk.entry().dwFileAttributes, false, ShownPath(path));
+            ThrowFileSys(Exception::fsGetAttributesFailed, walk.error(), ShownPath(walk.path()));
+        if (step == TreeWalk::Step::Entry)
+            SetReadOnly(walk.path(), walk.entry().dwFileAttributes, false, ShownPath(walk.path()));
     }
 }
 
@@ -169,7 +196,8 @@ bool SFileSys::isFile(const SAnsiString& path) {
 
 bool SFileSys::isDrive(const SAnsiString& path) {
     const char* const text = path.getString();
-    const bool isRoot = HasDrive(path) && (text[2] == '\0' || (IsSlash(text[2]) && text[3] == '\0'));
+    const bool isRoot =
+        !HasZero(path) && HasDrive(path) && (text[2] == '\0' || (IsSlash(text[2]) && text[3] == '\0'));
     if (!isRoot) return false;
     const SAnsiString root = path.left(kDriveBytes) + "\\";
     return GetDriveTypeW(ToSystem(root).getString()) > DRIVE_NO_ROOT_DIR;
@@ -183,7 +211,7 @@ bool SFileSys::isFullPath(const SAnsiString& path) noexcept {
 bool SFileSys::hasOwnerPermissionHelper(const SAnsiString& path, int mask) {
     const DWORD attributes = AttributesOf(path, Exception::fsStatFailed).dwFileAttributes;
     if (mask == SFile::ownerWMask) return (attributes & FILE_ATTRIBUTE_READONLY) == 0;
-    return IsDirectory(attributes) || IsProgramName(path);
+    return IsDirectory(attributes) || IsProgramName(LongSystemPath(path));
 }
 
 bool SFileSys::HasOwnerExePermission(const SAnsiString& path) {
@@ -211,8 +239,8 @@ SAnsiString SFileSys::getCurrentDirectory() {
 
 void SFileSys::setCurrentDirectory(const SAnsiString& path) {
     const SWCharString target = ToSystem(path);
-    if (SetCurrentDirectoryW(target.getString())) return;
-    const DWORD error = GetLastError();
+    if (!HasZero(path) && SetCurrentDirectoryW(target.getString())) return;
+    const DWORD error = HasZero(path) ? DWORD{ERROR_INVALID_NAME} : GetLastError();
     ThrowFileSys(Exception::fsSetCurrentDirFailed, error, path);
 }
 
@@ -232,18 +260,20 @@ void SFileSys::makeDirectories(const SAnsiString& path, int /*permissions*/) {
 }
 
 void SFileSys::listDirectory(const SAnsiString& path, SIArray<SAnsiString>& names) {
-    names.RemoveAll();
+    SIArray<SAnsiString> found;  // the path may be one of the names
     DirectoryReader reader;
     reader.open(LongSystemPath(path));
-    while (reader.next()) names.Add(FromSystem(reader.entry().cFileName));
+    while (reader.next()) found.Add(FromSystem(reader.entry().cFileName));
     if (reader.error() != ERROR_SUCCESS) ThrowUnreadable(reader.error(), path);
+    names = std::move(found);
 }
 
 void SFileSys::listing(const SAnsiString& path, const SAnsiString& pattern, SIArray<FileProp>& entries) {
-    entries.RemoveAll();
+    SIArray<FileProp> found;  // the path may be one of the entries' names
     SSFileSearch search;
-    for (bool found = search.FindFirst(path, pattern); found; found = search.FindNext())
-        entries.Add(search.GetEntry());
+    for (bool isFound = search.FindFirst(path, pattern); isFound; isFound = search.FindNext())
+        found.Add(search.GetEntry());
+    entries = std::move(found);
 }
 
 namespace {
@@ -285,11 +315,12 @@ unsigned long long SFileSys::rsizeEx(const SAnsiString& path) {
     unsigned long long total = static_cast<unsigned long long>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
     if (!IsDirectory(data.dwFileAttributes)) return total;
     total = 0;
-    TreeWalk walk(LongSystemPath(path));
+    TreeWalk walk(LongSystemPath(path), TreeWalk::Root::MayBeLink);
     for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
         if (step == TreeWalk::Step::Failed)
-            ThrowFileSys(Exception::fsSizeFailed, walk.error(), ShownPath(walk.directory()));
-        if (!IsDirectory(walk.entry().dwFileAttributes)) total += SizeOf(walk.entry());
+            ThrowFileSys(Exception::fsSizeFailed, walk.error(), ShownPath(walk.path()));
+        if (step == TreeWalk::Step::Entry && !IsDirectory(walk.entry().dwFileAttributes))
+            total += SizeOf(walk.entry());
     }
     return total;
 }

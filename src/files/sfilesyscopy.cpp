@@ -1,32 +1,18 @@
-#include <cstdio>
 #include <cwchar>
 
 #include "files/filesysfailure.h"
 #include "files/osfiles.h"
+#include "files/replacement.h"
 #include "files/systempath.h"
-#include "files/uniquename.h"
 #include "tarnlib/sfilesys.h"
 
-// Copying and renaming.
+// Copying, renaming and replacing.
 namespace TarnLibA500 {
 namespace {
 
 using Exception = SFileSysException;
 
 constexpr int kAttempts = 100;
-
-// A name beside a file, in its directory.
-SWCharString NameBeside(const SWCharString& file) {
-    wchar_t name[32];
-    std::swprintf(name, std::size(name), L"~%08X.tmp", static_cast<unsigned>(NextUniqueNumber()));
-    const SWCharString::iterator slash = file.findLast(L'\\');
-    const SWCharString directory = slash != file.end() ? file.left(slash) : SWCharString();
-    return LongForm(JoinSystemPath(directory, name));
-}
-
-bool IsTaken(DWORD error) {
-    return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
-}
 
 void RemoveCopy(const SWCharString& copy) {
     osfiles::SetAttributes(copy.getString(), FILE_ATTRIBUTE_NORMAL);  // it may be read-only, as its source
@@ -40,10 +26,10 @@ DWORD CopyBeside(const SWCharString& from, const SWCharString& to, SWCharString&
         copy = NameBeside(to);
         if (osfiles::Copy(from.getString(), copy.getString(), false)) return ERROR_SUCCESS;
         error = GetLastError();
-        if (!IsTaken(error)) break;
+        if (!IsTakenName(error)) break;
     }
     // What there is of the copy goes. A taken name is not ours, nor is one that we were refused.
-    if (!IsTaken(error) && error != ERROR_ACCESS_DENIED) RemoveCopy(copy);
+    if (!IsTakenName(error) && error != ERROR_ACCESS_DENIED) RemoveCopy(copy);
     return error;
 }
 
@@ -52,10 +38,8 @@ DWORD CopyWhole(const SWCharString& from, const SWCharString& to, bool overwrite
     SWCharString copy;
     DWORD error = CopyBeside(from, to, copy);
     if (error != ERROR_SUCCESS) return error;
-    if (osfiles::Move(copy.getString(), to.getString(), overwrite ? MOVEFILE_REPLACE_EXISTING : 0))
-        return ERROR_SUCCESS;
-    error = GetLastError();
-    RemoveCopy(copy);
+    error = overwrite ? MoveInPlaceOf(to, copy) : MoveToNewName(copy, to);
+    if (error != ERROR_SUCCESS) RemoveCopy(copy);
     return error;
 }
 
@@ -91,6 +75,13 @@ void SFileSys::copyFile(const SAnsiString& from, const SAnsiString& to, bool ove
     if (error == ERROR_SUCCESS)
         error = IsDevice(target) ? CopyToDevice(source, target) : CopyWhole(source, target, overwrite);
     if (error != ERROR_SUCCESS) ThrowFileSys(Exception::fsCopyFailed, error, from, to);
+}
+
+void SFileSys::replaceFile(const SAnsiString& from, const SAnsiString& to) {
+    const SWCharString target = LongSystemPath(to);
+    DWORD error = RefusalToReplace(target, true);
+    if (error == ERROR_SUCCESS) error = MoveInPlaceOf(target, LongSystemPath(from));
+    if (error != ERROR_SUCCESS) ThrowFileSys(Exception::fsRenameFailed, error, from, to);
 }
 
 void SFileSys::renameFile(const SAnsiString& from, const SAnsiString& to) {

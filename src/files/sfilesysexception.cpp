@@ -2,13 +2,18 @@
 
 #include <cerrno>
 
+#include "diag/levels.h"
 #include "files/failuretext.h"
 #include "files/filesysfailure.h"
+#include "strings/lineend.h"
+#include "tarnlib/straceobj.h"
 
 namespace TarnLibA500 {
 namespace {
 
 using Exception = SFileSysException;
+
+constexpr const char* kUnit = "sfilesys";
 
 constexpr const char* kRemoveText =
     "Failed to remove the file %1 in a file system operation. Please check access rights or for a sharing "
@@ -131,10 +136,15 @@ SFileSysException::ErrorReasons SFileSysException::mapErrno(int error) noexcept 
 
 // ------------------------------------------------------------------------------------------------ throwing
 
+void ThrowTraced(const SFileSysException& failure) {
+    TARN_TRACE_AT(levels::kFailure, kUnit, "%1", WithoutLineEnd(failure.toString()));
+    throw failure;
+}
+
 void ThrowFileSys(SFileSysException::ErrorCodes code, DWORD systemError, const SAnsiString& path,
                   const SAnsiString& secondPath) {
-    throw SFileSysException(code, FileSysFailure::reasonOf(systemError), SystemMessage(systemError), path,
-                            secondPath, SAnsiString());
+    ThrowTraced(SFileSysException(code, FileSysFailure::reasonOf(systemError), SystemMessage(systemError),
+                                  path, secondPath, SAnsiString()));
 }
 
 void ThrowUnreadable(DWORD systemError, const SAnsiString& directory) {
@@ -144,7 +154,10 @@ void ThrowUnreadable(DWORD systemError, const SAnsiString& directory) {
 }
 
 void FileSysFailure::note(SFileSysException::ErrorCodes failed, DWORD systemError, const SAnsiString& where) {
-    if (happened()) return;
+    if (happened()) {  // only the first one is thrown
+        TARN_TRACE_AT(levels::kFailure, kUnit, "%1: error %2", where, systemError);
+        return;
+    }
     code = failed;
     // A failure without a code is one all the same.
     error = systemError != ERROR_SUCCESS ? systemError : ERROR_GEN_FAILURE;

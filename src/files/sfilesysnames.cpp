@@ -47,7 +47,7 @@ SAnsiString UniqueDigits() {
 
 [[noreturn]] void ThrowNoTempDirectory(Exception::ErrorCodes code, Exception::ErrorReasons reason,
                                        const SAnsiString& reasonText) {
-    throw SFileSysException(code, reason, reasonText, SAnsiString(), SAnsiString(), kTempOperation);
+    ThrowTraced(SFileSysException(code, reason, reasonText, SAnsiString(), SAnsiString(), kTempOperation));
 }
 
 SAnsiString LongTempDirectory(DWORD length) try {

@@ -4,7 +4,9 @@
 #include "files/filesysfailure.h"
 #include "files/namepattern.h"
 #include "files/osfiles.h"
+#include "files/removal.h"
 #include "files/systempath.h"
+#include "files/treewalk.h"
 #include "tarnlib/sfilesys.h"
 
 // Removing, which goes on after a failure and throws the first one at the end.
@@ -29,18 +31,18 @@ bool RemoveNoting(const SWCharString& path, DWORD attributes, FileSysFailure& fa
     return false;
 }
 
-// All that is below: files on the way down, then the directories from the lowest up.
-void RemoveBelow(const SWCharString& root, FileSysFailure& failure) {
-    TreeWalk walk(root);
+// All that is below: what a directory has, those below it, and then itself.
+void RemoveBelow(const SWCharString& root, TreeWalk::Root kind, FileSysFailure& failure) {
+    TreeWalk walk(root, kind);
     for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
         if (step == TreeWalk::Step::Failed) {
-            failure.note(Exception::fsRemoveDirFailed, walk.error(), ShownPath(walk.directory()));
+            failure.note(Exception::fsRemoveDirFailed, walk.error(), ShownPath(walk.path()));
+        } else if (step == TreeWalk::Step::Left) {
+            RemoveNoting(walk.path(), FILE_ATTRIBUTE_DIRECTORY, failure);
         } else if (!IsOwnDirectory(walk.entry())) {
-            RemoveNoting(walk.entryPath(), walk.entry().dwFileAttributes, failure);
+            RemoveNoting(walk.path(), walk.entry().dwFileAttributes, failure);
         }
     }
-    for (std::size_t i = walk.directories().size(); i-- > 1;)
-        RemoveNoting(walk.directories()[i], FILE_ATTRIBUTE_DIRECTORY, failure);
 }
 
 DWORD AttributesToRemove(const SWCharString& path, const SAnsiString& name) {
@@ -52,27 +54,29 @@ DWORD AttributesToRemove(const SWCharString& path, const SAnsiString& name) {
 
 }  // namespace
 
-void SFileSys::remove(const SAnsiString& path) {
-    const SWCharString target = LongSystemPath(path);
-    const DWORD attributes = AttributesToRemove(target, path);
-    if (RemoveOne(target, attributes)) return;
+void RemoveSystemPath(const SWCharString& path, const SAnsiString& name) {
+    const DWORD attributes = AttributesToRemove(path, name);
+    if (RemoveOne(path, attributes)) return;
     const DWORD error = GetLastError();
-    ThrowFileSys(RemovalFailure(attributes), error, path);
+    ThrowFileSys(RemovalFailure(attributes), error, name);
+}
+
+void SFileSys::remove(const SAnsiString& path) {
+    RemoveSystemPath(LongSystemPath(path), path);
 }
 
 void SFileSys::rremove(const SAnsiString& path) {
     const SWCharString target = LongSystemPath(path);
     const DWORD attributes = AttributesToRemove(target, path);
     FileSysFailure failure;
-    const bool isLink = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-    if (IsDirectory(attributes) && !isLink) RemoveBelow(target, failure);
+    if (IsDirectory(attributes)) RemoveBelow(target, TreeWalk::Root::IsNoLink, failure);
     RemoveNoting(target, attributes, failure);
     failure.throwIfHappened();
 }
 
 void SFileSys::rremoveContent(const SAnsiString& path) {
     FileSysFailure failure;
-    RemoveBelow(LongSystemPath(path), failure);
+    RemoveBelow(LongSystemPath(path), TreeWalk::Root::MayBeLink, failure);
     failure.throwIfHappened();
 }
 
@@ -81,6 +85,8 @@ void SFileSys::removeContentEx(const SAnsiString& path, const SAnsiString& patte
     freed = 0;
     const SWCharString directory = LongSystemPath(path);
     const NamePattern names(pattern);
+    const osfiles::File held = HoldDirectory(directory);
+    if (!held) ThrowFileSys(Exception::fsRemoveFailed, GetLastError(), path);
     FileSysFailure failure;
     DirectoryReader reader;
     reader.open(directory);

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+
 #include "files/filesysfailure.h"
 #include "files/osfiles.h"
 #include "support/alloc_hooks.h"
@@ -65,6 +68,50 @@ class FileFaults : public testing::Test {
 
 void Nothing() {}
 
+void NoPause(DWORD /*milliseconds*/) {}
+
+fs::path swapRoot;
+
+// What another process might do: "sub" of a tree becomes a link to a directory elsewhere. (A link that is made of
+// the directory itself and of what the system is to say about it.)
+void SwapForLink() {
+    static std::wstring link;
+    link = L"\\\\?\\" + (swapRoot / "tree" / "sub").wstring();
+    if (!MoveFileW(link.c_str(), (swapRoot / "aside").c_str())) return;
+    if (MoveFileW((swapRoot / "foreign").c_str(), link.c_str())) osfiles::CallLink(link.c_str());
+}
+
+constexpr const char* kTreeFiles[] = {"a", "deep/a"};
+
+void MakeTree(const fs::path& root, const std::string& bytes) {
+    fs::create_directories(root / "deep");
+    for (const char* name : kTreeFiles) {
+        WriteBytes(root / name, bytes);
+        if (bytes.size() > 1) SetFileAttributesW((root / name).c_str(), FILE_ATTRIBUTE_READONLY);
+    }
+}
+
+bool IsUntouched(const fs::path& root) {
+    return std::all_of(std::begin(kTreeFiles), std::end(kTreeFiles), [&](const char* name) {
+        const DWORD attributes = GetFileAttributesW((root / name).c_str());
+        return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    });
+}
+
+void RemoveTree(const fs::path& root) {
+    if (!fs::exists(root)) return;
+    SFileSys::giveAllAccess(Text(root), true);
+    SFileSys::rremove(Text(root));
+}
+
+void MakeParents() {
+    fs::create_directories(swapRoot / "x" / "y");
+}
+
+void RemoveParents() {
+    fs::remove_all(swapRoot / "x");
+}
+
 }  // namespace
 
 TEST_F(FileFaults, WhicheverCallOfAFileFailsIsReported) {
@@ -112,14 +159,80 @@ TEST_F(FileFaults, WhicheverCallOfTheFileSystemFailsIsReported) {
     failEach(Nothing, [&] { SFileSys::getUniqueFilename(root, "u", "", true, 0); }, {"S11/6"});
     failEach(Nothing, [&] { SFileSys::getUniqueDirname(root, "u", false, 0); }, {"S11/6", ""});
     const auto noLevels = [&] { fs::remove_all(folder / "x"); };
+    for (void (*const others)() : {MakeParents, RemoveParents}) {  // at the same time
+        swapRoot = folder;
+        for (unsigned long nth = 1; nth <= 12; ++nth) {
+            noLevels();
+            osfiles::DoBeforeCall(nth, others);
+            EXPECT_EQ(Failure([&] { SFileSys::makeDirectories(Text(folder / "x" / "y" / "z"), 0); }), "")
+                << nth;
+        }
+        osfiles::DoBeforeCall(0, nullptr);
+    }
     failEach(noLevels, [&] { SFileSys::makeDirectories(Text(folder / "x" / "y" / "z"), 0); },
              {"S1/6", ""});  // looking whether a level is there may fail: making it is tried all the same
+}
+
+// Whatever the moment at which a directory becomes a link, nothing that the link leads to is touched.
+TEST_F(FileFaults, ADirectoryThatBecomesALinkIsNotEntered) {
+    const SAnsiString root = Text(folder / "tree");
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"rremove", [&] { SFileSys::rremove(root); }},
+        {"rremoveContent", [&] { SFileSys::rremoveContent(root); }},
+        {"giveAllAccess", [&] { SFileSys::giveAllAccess(root, true); }},
+        {"rsize", [&] { EXPECT_LT(SFileSys::rsize(root), 1000U); }}};
+    swapRoot = folder;
+    for (const auto& [name, work] : cases) {
+        int swaps = 0;
+        for (unsigned long nth = 1; nth <= 20; ++nth) {
+            MakeTree(folder / "tree" / "sub", "1");
+            MakeTree(folder / "foreign", std::string(1000, 'f'));
+            osfiles::DoBeforeCall(nth, SwapForLink);
+            Failure(work);
+            osfiles::DoBeforeCall(0, nullptr);
+            osfiles::CallLink(nullptr);
+            const bool isSwapped = !fs::exists(folder / "foreign");
+            EXPECT_TRUE(IsUntouched(isSwapped ? folder / "tree" / "sub" : folder / "foreign")) << name << nth;
+            swaps += isSwapped ? 1 : 0;
+            for (const char* left : {"tree", "foreign", "aside"}) RemoveTree(folder / left);
+        }
+        EXPECT_GT(swaps, 2) << name;
+    }
+}
+
+TEST_F(FileFaults, AReplacementThatFailsHalfwayLeavesTheOldFile) {
+    const SAnsiString target = Text(folder / "target");
+    osfiles::ReplaceSleep(NoPause);
+    for (const unsigned long failures : {0UL, 1UL, 100UL}) {
+        for (const bool isCopy : {true, false}) {
+            WriteBytes(folder / "file", "new");
+            WriteBytes(folder / "target", "old");
+            osfiles::ReplaceHalfway(failures);
+            const std::string failure = Failure([&] {
+                isCopy ? SFileSys::copyFile(file, target, true) : SFileSys::replaceFile(file, target);
+            });
+            osfiles::ReplaceHalfway(0);
+            const bool isDone = failures < 100;
+            EXPECT_EQ(failure, isDone ? "" : isCopy ? "S5/8" : "S13/8") << failures;
+            EXPECT_EQ(ReadBytes(folder / "target"), isDone ? "new" : "old") << failures << isCopy;
+            EXPECT_EQ(ReadBytes(folder / "file"), isDone && !isCopy ? "" : "new") << failures << isCopy;
+            EXPECT_EQ(SFileSys::countAll(Text(folder)), isDone && !isCopy ? 1U : 2U) << failures << isCopy;
+        }
+    }
+    osfiles::ReplaceSleep(nullptr);
 }
 
 TEST_F(FileFaults, NothingIsHalfWritten) {
     const SAnsiString target = Text(folder / "target");
     WriteBytes(folder / "file", std::string(100'000, 'n'));
-    const auto prepare = [&] { WriteBytes(folder / "target", "old"); };
+    const auto prepare = [&] {
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            // The old file, which could not be removed.
+            if (entry.path().filename().string()[0] == '~') EXPECT_EQ(ReadBytes(entry.path()), "old");
+            if (entry.path().filename().string()[0] == '~') fs::remove(entry.path());
+        }
+        WriteBytes(folder / "target", "old");
+    };
     EXPECT_GE(failEach(prepare,
                        [&] {
                            try {
@@ -130,7 +243,7 @@ TEST_F(FileFaults, NothingIsHalfWritten) {
                                throw;
                            }
                        },
-                       {"S5/6"}),
+                       {"S5/6", ""}),
               2U);
     SFileSys::remove(target);
     EXPECT_EQ(SFileSys::countAll(Text(folder)), 1U);

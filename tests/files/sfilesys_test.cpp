@@ -71,7 +71,9 @@ TEST_F(FileSys, TestsSayNoInsteadOfFailing) {
         EXPECT_FALSE(SFileSys::isFullPath(relative)) << relative;
     EXPECT_TRUE(SFileSys::HasOwnerExePermission(Text(folder)));
     EXPECT_FALSE(SFileSys::HasOwnerExePermission(path("file.txt")));
-    EXPECT_TRUE(SFileSys::HasOwnerExePermission(Text(write("p.CMD", ""))));
+    for (const fs::path& name :
+         {fs::path("p.CMD"), fs::path(std::string(150, 'd')) / (std::string(150, 'p') + ".exe")})
+        EXPECT_TRUE(SFileSys::HasOwnerExePermission(Text(write(name, "")))) << name;
     EXPECT_EQ(Failure([&] { SFileSys::HasOwnerWritePermission(path("none")); }), "7 1");
 }
 
@@ -126,6 +128,10 @@ TEST_F(FileSys, DirectoriesAreMadeAndListed) {
     std::set<std::string> found;
     for (const SAnsiString& name : names) found.insert(Bytes(name));
     EXPECT_EQ(found, (std::set<std::string>{"file", "File2.TXT", "sub.txt"}));
+    SIArray<SAnsiString> same;
+    same.Add(path("one"));
+    SFileSys::listDirectory(same[0], same);
+    EXPECT_EQ(same.GetSize(), 3U);
     EXPECT_EQ(SFileSys::countFiles(path("one")), 2U);
     EXPECT_EQ(SFileSys::countAll(path("one")), 3U);
     SIArray<FileProp> entries;
@@ -138,7 +144,11 @@ TEST_F(FileSys, DirectoriesAreMadeAndListed) {
     SFileSys::listing(path("one"), "file2.txt", entries);
     const SDateTime modified(entries[0].modified, STimeZone::TZ_UTC());
     EXPECT_EQ((when - modified).GetTotalMilliseconds(), 789);
+    entries[0].name = path("one");
+    SFileSys::listing(entries[0].name, "*", entries);
+    EXPECT_EQ(entries.GetSize(), 3U);
     EXPECT_EQ(Failure([&] { SFileSys::listing(path("none"), "*", entries); }), "6 1");
+    EXPECT_EQ(entries.GetSize(), 3U);
     EXPECT_EQ(Failure([&] { SFileSys::countAll(path("one/file")); }), "7 8");  // no directory
     SSFileSearch search;
     EXPECT_FALSE(search.FindFirst(path("one"), "*.none"));
@@ -174,10 +184,37 @@ TEST_F(FileSys, CopiesAreWholeOrNotThere) {
         EXPECT_EQ(Failure([&] { SFileSys::copyFile(path("to"), path("x"), true); }), "5 4");
         EXPECT_EQ(Failure([&] { SFileSys::copyFile(path("from"), path("to"), true); }), "5 4");
     }
+    SFileSys::giveAccess(path("from"), SFile::ownerRMask);
+    SFileSys::copyFile(path("from"), path("to"), true);
+    EXPECT_FALSE(SFileSys::HasOwnerWritePermission(path("to")));  // as its source
+    SFileSys::giveAllAccess(Text(folder), true);
     SFileSys::renameFile(path("to"), path("moved"));
     EXPECT_EQ(Failure([&] { SFileSys::renameFile(path("moved"), path("old")); }), "13 8");
     EXPECT_EQ(Failure([&] { SFileSys::renameFile(path("to"), path("x")); }), "13 1");
     EXPECT_EQ(SFileSys::countAll(Text(folder)), 3U);  // no half copy is left
+}
+
+TEST_F(FileSys, AFileTakesThePlaceOfAnother) {
+    const struct {
+        const char *to, *old, *failure;  // old: what is there before, null for nothing
+    } cases[] = {{"to", nullptr, ""},          {"to", "longer than new", ""}, {"from", "new", ""},
+                 {"none/to", nullptr, "13 1"}, {"fixed", "old", "13 4"},      {"sub", nullptr, "13 4"}};
+    fs::create_directory(folder / "sub");
+    for (const auto& c : cases) {
+        if (c.old != nullptr) write(c.to, c.old);
+        SFileSys::giveAccess(Text(write("fixed", "old")), SFile::ownerRMask);
+        write("from", "new");
+        EXPECT_EQ(Failure([&] { SFileSys::replaceFile(path("from"), path(c.to)); }), c.failure) << c.to;
+        const bool isDone = *c.failure == '\0';
+        EXPECT_EQ(ReadBytes(folder / (isDone ? c.to : "from")), "new") << c.to;
+        EXPECT_EQ(fs::exists(folder / "from"), !isDone || c.to == std::string("from")) << c.to;
+        SFileSys::giveAllAccess(path("fixed"), false);
+        EXPECT_EQ(ReadBytes(folder / "fixed"), "old");
+    }
+    SFileSys::remove(path("from"));
+    EXPECT_EQ(Failure([&] { SFileSys::replaceFile(path("from"), path("fixed")); }), "13 1");
+    EXPECT_EQ(Failure([&] { SFileSys::replaceFile(path("sub"), path("new")); }), "13 4");
+    EXPECT_EQ(SFileSys::countAll(Text(folder)), 3U);  // fixed, sub, to
 }
 
 TEST_F(FileSys, RemovingGoesOnAfterAFailure) {
@@ -199,8 +236,13 @@ TEST_F(FileSys, RemovingGoesOnAfterAFailure) {
     write("c/sub.log/3.log", "1");
     EXPECT_EQ(Failure([&] { SFileSys::remove(path("c")); }), "8 8");  // not empty
     std::uint32_t freed = 0;
+    {
+        const SFile held(path("c/1.log"), SFile::readOnly, 0, SFile::denyNothing);
+        EXPECT_EQ(Failure([&] { SFileSys::removeContent(path("c"), "*.log", freed); }), "4 4");
+        EXPECT_EQ(freed, 3U);  // of the one that is gone
+    }
     SFileSys::removeContent(path("c"), "*.log", freed);
-    EXPECT_EQ(freed, 8U);
+    EXPECT_EQ(freed, 5U);
     EXPECT_EQ(SFileSys::rsize(path("c")), 1U);
     EXPECT_EQ(Failure([&] { SFileSys::removeContent(path("none"), "*", freed); }), "4 1");
     EXPECT_EQ(freed, 0U);
@@ -230,15 +272,25 @@ TEST_F(FileSys, WhatIsNoPathIsNotTheCurrentDirectory) {
     EXPECT_EQ(Failure([&] { SFileSys::removeContent("", "*", freed); }), "4 1");
     EXPECT_EQ(Failure([&] { SFileSys::listDirectory("", names); }), "6 1");
     EXPECT_EQ(Failure([] { SFileSys::rsize(""); }).substr(0, 2), "10");
-    EXPECT_EQ(Failure([] { SFileSys::remove(SAnsiString("kept\0.bak", 9)); }).substr(0, 1), "4");
+    const SAnsiString cut("kept\0.bak", 9);
+    EXPECT_EQ(Failure([&] { SFileSys::remove(cut); }).substr(0, 1), "4");
+    EXPECT_EQ(Failure([&] { SFileSys::getFullPath(cut); }), "7 8");
+    EXPECT_FALSE(SFileSys::isDrive(SAnsiString("C:\0x", 4)));
+    EXPECT_EQ(Failure([] { SFileSys::setCurrentDirectory(SAnsiString("C:\\\0x", 5)); }), "15 8");
+    EXPECT_EQ(SFileSys::getCurrentDirectory(), Text(folder));
     const int temporary = SFile::writeOnly | SFile::create | SFile::temporary;
-    SFile file("t.tmp", temporary, 0, SFile::denyNothing);
     write("other/t.tmp", "not this one");
-    SFileSys::setCurrentDirectory("other");
-    file.close();
+    for (const wchar_t* name : {L".", L"\x0142"}) {  // one that the code page has not
+        fs::create_directory(folder / name);
+        SetCurrentDirectoryW((folder / name).c_str());
+        SFile file("t.tmp", temporary, 0, SFile::denyNothing);
+        SetCurrentDirectoryW((folder / "other").c_str());
+        file.close();
+        EXPECT_TRUE(fs::exists(folder / "other" / "t.tmp"));
+        EXPECT_FALSE(fs::exists(folder / name / "t.tmp"));
+    }
     SFileSys::setCurrentDirectory(before);
-    EXPECT_TRUE(SFileSys::exists(path("kept")) && SFileSys::exists(path("other/t.tmp")));
-    EXPECT_FALSE(SFileSys::exists(path("t.tmp")));
+    EXPECT_TRUE(SFileSys::exists(path("kept")));
 }
 
 TEST_F(FileSys, RightsAndTimes) {

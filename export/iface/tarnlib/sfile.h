@@ -170,7 +170,7 @@ class TARN_API SFile {
     void* handle_;
     bool isOpen_;
     SReadAhead* ahead_;
-    SAnsiString temporaryPath_;  ///< absolute: the current directory may change until close
+    SWCharString temporaryPath_;  ///< absolute: the current directory may change until close
 };
 
 }  // namespace TarnLibA500

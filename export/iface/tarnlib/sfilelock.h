@@ -3,6 +3,8 @@
 #include "tarnlib/sstring.h"
 #include "tarnlib/tarnapi.h"
 
+namespace TarnLibA500 {
+
 /// A lock between processes that agree on the path of a lock file: who creates the file has the lock, who
 /// deletes it gives it back.
 ///
@@ -31,8 +33,6 @@
 ///         default:
 ///             return false;
 ///     }
-namespace TarnLibA500 {
-
 class TARN_API SFileLock {
   public:
     /// What lock and unlock came to. There is no 1.

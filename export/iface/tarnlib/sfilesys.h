@@ -8,13 +8,16 @@
 #include "tarnlib/sstring.h"
 #include "tarnlib/tarnapi.h"
 
+namespace TarnLibA500 {
+
 /// Paths, files and directories: tests, listings, copying, removing, sizes, names, times.
 ///
 /// All members are static and may be called from any thread. Every failure is thrown as SFileSysException;
 /// the tests do not fail, they say no. Paths are in the process's code page, relative or absolute, and may be
 /// longer than 260 characters. As everywhere on this system, blanks and full stops at the end of a name are
 /// dropped and "nul.txt" is a device, unless the path begins with "\\?\". Links to directories are removed
-/// and counted, never entered, unless one is what the operation was given. getFullPath, toLongPath and
+/// and counted, never entered, unless one is what the operation was given; nor is one that somebody puts in the
+/// place of a directory while an operation is at work. getFullPath, toLongPath and
 /// getCurrentDirectory write "?" for characters that the code page does not have.
 ///
 ///     const SAnsiString inbox("C:\\data\\in");
@@ -25,13 +28,12 @@
 ///     SAnsiString work = SFileSys::getTempFilename("import-");       // exists, empty, ours
 ///     SFileSys::copyFile(MakePath(inbox, "a.txt"), work, true);
 ///     SFileSys::rremove(inbox);
-namespace TarnLibA500 {
-
 class TARN_API SFileSys {
   public:
     // --- tests ---
     /// True when the system shows something at this path.
     static bool exists(const SAnsiString& path);
+    /// True for a directory, and for a link to one.
     static bool isDir(const SAnsiString& path);
     /// True for whatever is there and is no directory.
     static bool isFile(const SAnsiString& path);
@@ -39,9 +41,10 @@ class TARN_API SFileSys {
     static bool isDrive(const SAnsiString& path);
     /// True when the path depends on no current directory: "C:\...", "\\server\...".
     static bool isFullPath(const SAnsiString& path) noexcept;
-    /// What the read-only attribute leaves of writing, and the name of executing: a directory, or a file with
-    /// the extension exe, com, bat or cmd. fsStatFailed when there is nothing at the path.
+    /// True for a directory and for a file with the extension exe, com, bat or cmd: that is what the name leaves
+    /// of the right. fsStatFailed when there is nothing at the path.
     static bool HasOwnerExePermission(const SAnsiString& path);
+    /// True unless the read-only attribute is set. fsStatFailed when there is nothing at the path.
     static bool HasOwnerWritePermission(const SAnsiString& path);
 
     // --- paths ---
@@ -51,6 +54,7 @@ class TARN_API SFileSys {
     /// The same, and where the system needs that for its length (260 characters and more) behind "\\?\" or
     /// "\\?\UNC\".
     static SAnsiString toLongPath(const SAnsiString& path);
+    /// The directory that relative paths begin at, without a backslash at its end but for a root.
     static SAnsiString getCurrentDirectory();
     /// The current directory is the process's: every thread has the same.
     static void setCurrentDirectory(const SAnsiString& path);
@@ -58,22 +62,35 @@ class TARN_API SFileSys {
     // --- directories; permissions are for systems where they count ---
     /// Makes one directory, which must not be there yet.
     static void makeDirectory(const SAnsiString& path, int permissions);
-    /// Makes every missing level. Nothing happens when the directory is there.
+    /// Makes every missing level. Nothing happens when the directory is there; others may make the same levels at
+    /// the same time.
     static void makeDirectories(const SAnsiString& path, int permissions);
-    /// Replaces the array by the names of the entries, without "." and "..", in the system's order.
+    /// Replaces the array by the names of the entries, without "." and "..", in the system's order. The path may be
+    /// an element of it; when the listing fails, the array stays as it was.
     static void listDirectory(const SAnsiString& path, SIArray<SAnsiString>& names);
     /// The same with all that the system says about them, for the names that match (see SSFileSearch).
     static void listing(const SAnsiString& path, const SAnsiString& pattern, SIArray<FileProp>& entries);
-    /// Entries of the directory that are no directories, or all of them.
+    /// How many entries of the directory are no directories.
     static unsigned countFiles(const SAnsiString& path);
+    /// How many entries the directory has.
     static unsigned countAll(const SAnsiString& path);
 
     // --- copying, renaming, removing ---
     /// Copies one file with its time and attributes. The new file appears under its name when it is whole;
-    /// until then, and when something fails, what was there before stays. It is a new file: rights and links
-    /// of the one it replaces are not taken over, and one that somebody has open cannot be replaced. Without
-    /// "overwrite" an existing one is a failure.
+    /// until then, and when something fails, what was there before stays. One that is replaced hands its access
+    /// rights on, as with replaceFile, but not its hard links; one that is read-only, or that somebody has open,
+    /// cannot be replaced. Without "overwrite" an existing one is a failure.
     static void copyFile(const SAnsiString& from, const SAnsiString& to, bool overwrite);
+    /// Gives the file "from" the name of the file "to", which may be missing; nothing of "from" is left then. Both
+    /// are on one volume. What opens "to" meanwhile gets the old file or the whole new one. A "to" that is replaced
+    /// hands on its access rights and its creation time; content, attributes and the time of writing are those of
+    /// "from". While a scanner has one of them open it is tried again, for 100 ms. fsRenameFailed otherwise: both
+    /// files are under their names then. A process that is ended in between can leave the old file behind beside
+    /// the new one, as "~XXXXXXXX.tmp".
+    ///
+    ///     const SAnsiString fresh = MakePath(directory, "state.new");
+    ///     if (state.saveToFile(fresh)) SFileSys::replaceFile(fresh, MakePath(directory, "state.dat"));
+    static void replaceFile(const SAnsiString& from, const SAnsiString& to);
     /// Renames or moves a file, or within one volume a directory. An existing one is not replaced.
     static void renameFile(const SAnsiString& from, const SAnsiString& to);
     /// Removes a file or an empty directory.
@@ -81,9 +98,10 @@ class TARN_API SFileSys {
     /// Removes a file, or a directory with all that is in it. What cannot be removed stays, the rest goes,
     /// and the first failure is thrown at the end.
     static void rremove(const SAnsiString& path);
-    /// Removes the files of a directory whose names match, not its directories; says how many bytes that
-    /// freed, also when it throws. The 32-bit count stops at 4294967295.
+    /// Removes the files of a directory whose names match, not its directories; says how many bytes those had
+    /// that are gone, also when it throws. The count stops at 4294967295.
     static void removeContent(const SAnsiString& path, const SAnsiString& pattern, std::uint32_t& freed);
+    /// The same with a count that goes on.
     static void removeContentEx(const SAnsiString& path, const SAnsiString& pattern,
                                 unsigned long long& freed);
     /// Removes all that is in a directory, as rremove does, but not the directory.
@@ -92,9 +110,11 @@ class TARN_API SFileSys {
     // --- sizes in bytes; the 32-bit members throw fsSizeFailed beyond 4 GiB ---
     /// Of one file.
     static std::uint32_t size(const SAnsiString& path);
+    /// Of one file of any size.
     static unsigned long long sizeEx(const SAnsiString& path);
     /// Of a file, or of all files in a directory and below.
     static std::uint32_t rsize(const SAnsiString& path);
+    /// The same for any size.
     static unsigned long long rsizeEx(const SAnsiString& path);
     /// The volume that the directory is on: its bytes, those that are free, and those that this user may
     /// take.
@@ -111,12 +131,15 @@ class TARN_API SFileSys {
     /// its first full stop replaced: "com4." becomes "com4x". fsUniqueNameFailed when none can be found.
     static SAnsiString getUniqueFilename(const SAnsiString& directory, const SAnsiString& prefix,
                                          const SAnsiString& suffix, bool create, int permissions);
+    /// The same for a directory, without a suffix.
     static SAnsiString getUniqueDirname(const SAnsiString& directory, const SAnsiString& prefix, bool create,
                                         int permissions);
 
     // --- times and rights ---
     /// When the file or directory was last written.
     static SDateTime getLastModifiedTime(const SAnsiString& path);
+    /// Sets that time, which the system keeps as it can: FAT to two seconds. fsSetAttributesFailed for an invalid
+    /// time, and for one before 1601.
     static void setLastModifiedTime(const SAnsiString& path, const SDateTime& time);
     /// Sets the read-only attribute, or clears it when the mode has the owner's right to write (0200).
     static void giveAccess(const SAnsiString& path, int mode);
