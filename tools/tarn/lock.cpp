@@ -3,6 +3,7 @@
 #include "options.h"
 #include "system.h"
 #include "tarnlib/sfilelock.h"
+#include "tarnlib/sinstancelock.h"
 
 #include <windows.h>
 
@@ -11,12 +12,17 @@ namespace {
 
 using TarnLibA500::SAnsiString;
 using TarnLibA500::SFileLock;
+using TarnLibA500::SInstanceLock;
 using TarnLibA500::SWCharString;
 
 constexpr const char* kHelp =
-    "-file F -stale N -tries N -run COMMAND [-repeat N]\n\n"
-    "Runs a command while no other process that agrees on the lock file F runs one. Waiting is polling, a\n"
-    "round every 100 ms.\n\n"
+    "-file F -stale N -tries N -run COMMAND [-repeat N]\n"
+    "       tarn lock -instance NAME -run COMMAND\n\n"
+    "Runs a command while no other process that agrees on the lock file F runs one: for short turns. Waiting "
+    "is\n"
+    "polling, a round every 100 ms. Or runs a command unless one runs under that name already, which may "
+    "take\n"
+    "as long as it likes.\n\n"
     "  -file F       the lock file: made for the time of the command, deleted after it\n"
     "  -stale N      a lock file that is the same for N rounds (N * 0.1 seconds) belongs to a holder that\n"
     "                died, and is deleted. Choose it longer than anybody's command ever takes; 0 counts as "
@@ -25,8 +31,10 @@ constexpr const char* kHelp =
     "                at once\n"
     "  -run COMMAND  the command line, with the program first; \"cmd /c ...\" for what is no program\n"
     "  -repeat N     takes the lock, runs the command and gives the lock back N times (1), or until the\n"
-    "                command fails\n\n"
-    "Exit status: the command's; 1 when the lock was not to be had in that time; 2 when the command could\n"
+    "                command fails\n"
+    "  -instance N   any name: one process of the machine has it at a time, until it ends, however it "
+    "ends\n\n"
+    "Exit status: the command's; 1 when the lock was not to be had; 2 when the command could\n"
     "not be run, the lock file not be made or deleted, or somebody deleted it before the command ended.\n";
 
 /// Lets the command decide about Ctrl+C: the lock is given back when it has ended.
@@ -93,16 +101,26 @@ void GiveBack(SFileLock& lock, const std::string& file) {
     }
 }
 
-ExitStatus RunLocked(const Words& arguments) {
-    using Kind = Options::Kind;
-    const Options options(arguments, {{"file", Kind::RequiredValue},
-                                      {"stale", Kind::RequiredValue},
-                                      {"tries", Kind::RequiredValue},
-                                      {"run", Kind::RequiredValue},
-                                      {"repeat", Kind::Value}});
+/// Without waiting, and without a file that could be left behind.
+ExitStatus RunInstance(const std::string& name, const std::string& command) {
+    SInstanceLock instance(CodePageText(name, "-instance"));
+    switch (instance.take()) {
+        case SInstanceLock::taken:
+            SetConsoleCtrlHandler(IgnoreInterrupt, TRUE);
+            return static_cast<ExitStatus>(RunCommand(command));
+        case SInstanceLock::heldByAnother:
+            PrintError("tarn lock: process " + std::to_string(instance.ownerProcess()) + " runs as " + name);
+            return kNo;
+        default:
+            throw Failure("cannot take " + name + ": system error " + std::to_string(instance.lastError()));
+    }
+}
+
+ExitStatus RunInTurn(const Options& options) {
     constexpr int kMostRounds = 65535;
     constexpr int kMostRepeats = 1'000'000'000;
     const std::string file = options.value("file");
+    if (file.empty()) throw Failure("-file is missing");
     const auto stale = static_cast<unsigned short>(options.number("stale", 0, kMostRounds));
     const auto tries = static_cast<unsigned short>(options.number("tries", 0, kMostRounds));
     const int turns = options.has("repeat") ? options.number("repeat", 1, kMostRepeats) : 1;
@@ -119,6 +137,21 @@ ExitStatus RunLocked(const Words& arguments) {
         GiveBack(lock, file);
     }
     return static_cast<ExitStatus>(status);
+}
+
+ExitStatus RunLocked(const Words& arguments) {
+    using Kind = Options::Kind;
+    const Options options(arguments, {{"file", Kind::Value},
+                                      {"stale", Kind::Value},
+                                      {"tries", Kind::Value},
+                                      {"instance", Kind::Value},
+                                      {"run", Kind::RequiredValue},
+                                      {"repeat", Kind::Value}});
+    if (!options.has("instance")) return RunInTurn(options);
+    for (const char* other : {"file", "stale", "tries", "repeat"}) {
+        if (options.has(other)) throw Failure(std::string("-instance and -") + other + " exclude each other");
+    }
+    return RunInstance(options.value("instance"), options.value("run"));
 }
 
 }  // namespace
