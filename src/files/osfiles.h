@@ -3,6 +3,7 @@
 #include <utility>
 
 #include <windows.h>
+#include <winternl.h>
 
 /// The one way in which the library reaches files and directories. Test builds (TARN_TEST_SEAMS) count the
 /// calls and the open handles, and make the n-th call fail; otherwise these are direct calls. They fail as
@@ -115,6 +116,30 @@ inline File Open(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIB
     return File(Opened(CreateFileW(path, access, share, security, disposition, flags, nullptr)));
 }
 
+/// Opens what has a name in a directory that is open, whatever the directory's path leads to by now, and itself if
+/// it is a link.
+inline File OpenIn(HANDLE directory, const wchar_t* name, DWORD access, DWORD share, ULONG options) {
+    if (MustFail()) return File();
+    UNICODE_STRING text;
+    RtlInitUnicodeString(&text, name);
+    OBJECT_ATTRIBUTES attributes = {};
+    attributes.Length = sizeof attributes;
+    attributes.RootDirectory = directory;
+    attributes.ObjectName = &text;
+    IO_STATUS_BLOCK result;
+    HANDLE file = nullptr;
+    constexpr DWORD kAlways = SYNCHRONIZE | FILE_READ_ATTRIBUTES;
+    constexpr ULONG kOptions =
+        FILE_OPEN_REPARSE_POINT | FILE_OPEN_FOR_BACKUP_INTENT | FILE_SYNCHRONOUS_IO_NONALERT;
+    const NTSTATUS status =
+        NtOpenFile(&file, access | kAlways, &attributes, &result, share, kOptions | options);
+    if (status < 0) {
+        SetLastError(RtlNtStatusToDosError(status));
+        return File();
+    }
+    return File(Opened(file));
+}
+
 inline bool Read(HANDLE file, void* bytes, DWORD count, DWORD& done) {
     done = 0;
     if (MustReadNothing()) return true;
@@ -159,13 +184,16 @@ inline bool Attributes(const wchar_t* path, WIN32_FILE_ATTRIBUTE_DATA& data) {
     return true;
 }
 
-/// Of an open file that is a reparse point.
-inline bool ReparseTag(HANDLE file, DWORD& tag) {
-    FILE_ATTRIBUTE_TAG_INFO info;
-    if (MustFail() || !GetFileInformationByHandleEx(file, FileAttributeTagInfo, &info, sizeof info))
-        return false;
-    tag = info.ReparseTag;
-    return true;
+/// The attributes of what is open, and its tag if it is a reparse point.
+inline bool AttributesAndTag(HANDLE file, FILE_ATTRIBUTE_TAG_INFO& info) {
+    return !MustFail() && GetFileInformationByHandleEx(file, FileAttributeTagInfo, &info, sizeof info) != 0;
+}
+
+/// Its times stay.
+inline bool SetAttributesOf(HANDLE file, DWORD attributes) {
+    FILE_BASIC_INFO info = {};
+    info.FileAttributes = attributes;
+    return !MustFail() && SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info) != 0;
 }
 
 inline bool SetAttributes(const wchar_t* path, DWORD attributes) {

@@ -152,12 +152,24 @@ bool IsProgramName(const SWCharString& path) {
     return false;
 }
 
-void SetReadOnly(const SWCharString& path, DWORD attributes, bool isReadOnly, const SAnsiString& name) {
+// The attributes with or without the one for read-only, as the system wants to have them.
+DWORD WithReadOnly(DWORD attributes, bool isReadOnly) {
     const DWORD wanted =
         isReadOnly ? attributes | FILE_ATTRIBUTE_READONLY : attributes & ~DWORD{FILE_ATTRIBUTE_READONLY};
-    if (wanted == attributes) return;
-    if (!osfiles::SetAttributes(path.getString(), wanted != 0 ? wanted : FILE_ATTRIBUTE_NORMAL))
-        ThrowFileSys(Exception::fsSetAttributesFailed, GetLastError(), name);
+    return wanted != 0 ? wanted : FILE_ATTRIBUTE_NORMAL;
+}
+
+bool IsReadOnly(DWORD attributes) {
+    return (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+// Where the walk stands.
+bool MakeWritable(const TreeWalk& walk) {
+    const DWORD attributes = walk.entry().dwFileAttributes;
+    if (!IsReadOnly(attributes)) return true;
+    const osfiles::File file =
+        osfiles::OpenIn(walk.holder(), walk.name(), FILE_WRITE_ATTRIBUTES, osfiles::kEveryShare, 0);
+    return file && osfiles::SetAttributesOf(file.get(), WithReadOnly(attributes, false));
 }
 
 void GiveAccessBelow(const SWCharString& root) {
@@ -165,8 +177,9 @@ void GiveAccessBelow(const SWCharString& root) {
     for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
         if (step == TreeWalk::Step::Failed)
             ThrowFileSys(Exception::fsGetAttributesFailed, walk.error(), ShownPath(walk.path()));
-        if (step == TreeWalk::Step::Entry)
-            SetReadOnly(walk.path(), walk.entry().dwFileAttributes, false, ShownPath(walk.path()));
+        if (step != TreeWalk::Step::Entry || MakeWritable(walk)) continue;
+        const DWORD error = GetLastError();
+        ThrowFileSys(Exception::fsSetAttributesFailed, error, ShownPath(walk.path()));
     }
 }
 
@@ -210,7 +223,7 @@ bool SFileSys::isFullPath(const SAnsiString& path) noexcept {
 
 bool SFileSys::hasOwnerPermissionHelper(const SAnsiString& path, int mask) {
     const DWORD attributes = AttributesOf(path, Exception::fsStatFailed).dwFileAttributes;
-    if (mask == SFile::ownerWMask) return (attributes & FILE_ATTRIBUTE_READONLY) == 0;
+    if (mask == SFile::ownerWMask) return !IsReadOnly(attributes);
     return IsDirectory(attributes) || IsProgramName(LongSystemPath(path));
 }
 
@@ -366,7 +379,12 @@ void SFileSys::setLastModifiedTime(const SAnsiString& path, const SDateTime& tim
 
 void SFileSys::giveAccess(const SAnsiString& path, int mode) {
     const DWORD attributes = AttributesOf(path, Exception::fsGetAttributesFailed).dwFileAttributes;
-    SetReadOnly(LongSystemPath(path), attributes, (mode & SFile::ownerWMask) == 0, path);
+    const bool isReadOnly = (mode & SFile::ownerWMask) == 0;
+    if (IsReadOnly(attributes) == isReadOnly) return;
+    const SWCharString target = LongSystemPath(path);
+    if (osfiles::SetAttributes(target.getString(), WithReadOnly(attributes, isReadOnly))) return;
+    const DWORD error = GetLastError();
+    ThrowFileSys(Exception::fsSetAttributesFailed, error, path);
 }
 
 void SFileSys::giveAllAccess(const SAnsiString& path, bool recursive) {

@@ -24,11 +24,17 @@ Exception::ErrorCodes RemovalFailure(DWORD attributes) {
     return IsDirectory(attributes) ? Exception::fsRemoveDirFailed : Exception::fsRemoveFailed;
 }
 
-bool RemoveNoting(const SWCharString& path, DWORD attributes, FileSysFailure& failure) {
-    if (RemoveOne(path, attributes)) return true;
+bool RemoveIn(HANDLE directory, const wchar_t* name, DWORD attributes) {
+    const ULONG kind = IsDirectory(attributes) ? FILE_DIRECTORY_FILE : FILE_NON_DIRECTORY_FILE;
+    const osfiles::File file = osfiles::OpenIn(directory, name, DELETE, osfiles::kEveryShare, kind);
+    return file && osfiles::RemoveOnClose(file.get());
+}
+
+// Where the walk stands.
+void RemoveNoting(const TreeWalk& walk, DWORD attributes, FileSysFailure& failure) {
+    if (RemoveIn(walk.holder(), walk.name(), attributes)) return;
     const DWORD error = GetLastError();
-    failure.note(RemovalFailure(attributes), error, ShownPath(path));
-    return false;
+    failure.note(RemovalFailure(attributes), error, ShownPath(walk.path()));
 }
 
 // All that is below: what a directory has, those below it, and then itself.
@@ -38,9 +44,9 @@ void RemoveBelow(const SWCharString& root, TreeWalk::Root kind, FileSysFailure& 
         if (step == TreeWalk::Step::Failed) {
             failure.note(Exception::fsRemoveDirFailed, walk.error(), ShownPath(walk.path()));
         } else if (step == TreeWalk::Step::Left) {
-            RemoveNoting(walk.path(), FILE_ATTRIBUTE_DIRECTORY, failure);
+            RemoveNoting(walk, FILE_ATTRIBUTE_DIRECTORY, failure);
         } else if (!IsOwnDirectory(walk.entry())) {
-            RemoveNoting(walk.path(), walk.entry().dwFileAttributes, failure);
+            RemoveNoting(walk, walk.entry().dwFileAttributes, failure);
         }
     }
 }
@@ -70,7 +76,10 @@ void SFileSys::rremove(const SAnsiString& path) {
     const DWORD attributes = AttributesToRemove(target, path);
     FileSysFailure failure;
     if (IsDirectory(attributes)) RemoveBelow(target, TreeWalk::Root::IsNoLink, failure);
-    RemoveNoting(target, attributes, failure);
+    if (!RemoveOne(target, attributes)) {
+        const DWORD error = GetLastError();
+        failure.note(RemovalFailure(attributes), error, path);
+    }
     failure.throwIfHappened();
 }
 
@@ -93,8 +102,13 @@ void SFileSys::removeContentEx(const SAnsiString& path, const SAnsiString& patte
     while (reader.next()) {
         const WIN32_FIND_DATAW& entry = reader.entry();
         if (IsDirectory(entry.dwFileAttributes) || !names.matches(entry.cFileName)) continue;
-        const SWCharString file = JoinSystemPath(ExactForm(directory), entry.cFileName);
-        if (RemoveNoting(file, entry.dwFileAttributes, failure)) freed += SizeOf(entry);
+        if (RemoveIn(held.get(), entry.cFileName, entry.dwFileAttributes)) {
+            freed += SizeOf(entry);
+        } else {
+            const DWORD error = GetLastError();
+            failure.note(Exception::fsRemoveFailed, error,
+                         ShownPath(JoinSystemPath(ExactForm(directory), entry.cFileName)));
+        }
     }
     if (reader.error() != ERROR_SUCCESS) failure.note(Exception::fsRemoveFailed, reader.error(), path);
     failure.throwIfHappened();

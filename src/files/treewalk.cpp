@@ -1,5 +1,7 @@
 #include "files/treewalk.h"
 
+#include <utility>
+
 #include "diag/levels.h"
 #include "files/systempath.h"
 #include "tarnlib/straceobj.h"
@@ -16,16 +18,21 @@ osfiles::File Hold(const SWCharString& path, DWORD flags) {
 
 enum class Kind { Directory, Link, Other, Unknown };
 
-/// What a directory that is held is. Its name is its own then, so it may be asked by that. (By the handle Wine
-/// does not tell a link from what it leads to.)
+/// What was opened without following a link; unknown, with the system's error, for what was not opened.
 Kind KindOf(const SWCharString& path, const osfiles::File& held) {
+    FILE_ATTRIBUTE_TAG_INFO info;
     WIN32_FILE_ATTRIBUTE_DATA data;
+    if (!held || !osfiles::AttributesAndTag(held.get(), info)) return Kind::Unknown;
+    if (!IsDirectory(info.FileAttributes)) return Kind::Other;
+    if ((info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
+        return IsLinkTag(info.ReparseTag) ? Kind::Link : Kind::Directory;
+    // Wine follows the links of the system below it, and tells them by their paths only.
     if (!osfiles::Attributes(path.getString(), data)) return Kind::Unknown;
-    if (!IsDirectory(data.dwFileAttributes)) return Kind::Other;
-    if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return Kind::Directory;
-    DWORD tag = 0;
-    if (!osfiles::ReparseTag(held.get(), tag)) return Kind::Unknown;
-    return IsLinkTag(tag) ? Kind::Link : Kind::Directory;
+    return (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ? Kind::Link : Kind::Directory;
+}
+
+DWORD ErrorOf(Kind kind) {
+    return kind == Kind::Other ? ERROR_DIRECTORY : GetLastError();
 }
 
 }  // namespace
@@ -39,27 +46,34 @@ TreeWalk::Step TreeWalk::fail(DWORD error) noexcept {
     return Step::Failed;
 }
 
-/// Begins to read a directory and gives its first entry.
-TreeWalk::Step TreeWalk::enter(const SWCharString& directory, Root kind) {
-    path_ = directory;
-    const bool isFollowed = kind == Root::MayBeLink;
-    osfiles::File held = Hold(directory, isFollowed ? 0 : FILE_FLAG_OPEN_REPARSE_POINT);
-    if (!held) return fail(GetLastError());
-    switch (isFollowed ? Kind::Directory : KindOf(directory, held)) {
-        case Kind::Unknown:
-            return fail(GetLastError());
-        case Kind::Other:
-            return fail(ERROR_DIRECTORY);
-        case Kind::Link:
-            if (levels_.empty()) return Step::End;
-            TARN_TRACE_AT(levels::kLoss, kUnit, "%1 has become a link and is not entered",
-                          ShownPath(directory));
-            return Step::Left;
-        case Kind::Directory:
-            break;
+TreeWalk::Step TreeWalk::enterRoot() {
+    path_ = root_;
+    const bool isFollowed = kind_ == Root::MayBeLink;
+    osfiles::File held = Hold(root_, isFollowed ? 0 : FILE_FLAG_OPEN_REPARSE_POINT);
+    const Kind kind = held && isFollowed ? Kind::Directory : KindOf(root_, held);
+    if (kind == Kind::Link) return Step::End;
+    return kind == Kind::Directory ? read(std::move(held)) : fail(ErrorOf(kind));
+}
+
+/// Enters one of the directories that were listed at the lowest level.
+TreeWalk::Step TreeWalk::enterBelow() {
+    Level& level = levels_.back();
+    name_ = level.below.back();
+    level.below.pop_back();
+    path_ = JoinSystemPath(ExactForm(level.path), name());
+    osfiles::File held = osfiles::OpenIn(holder(), name(), FILE_LIST_DIRECTORY, osfiles::kShareButDelete, 0);
+    const Kind kind = KindOf(path_, held);
+    if (kind == Kind::Link) {
+        TARN_TRACE_AT(levels::kLoss, kUnit, "%1 has become a link and is not entered", ShownPath(path_));
+        return Step::Left;
     }
-    if (!reader_.open(directory)) return fail(reader_.error());
-    levels_.push_back({directory, std::move(held), {}});
+    return kind == Kind::Directory ? read(std::move(held)) : fail(ErrorOf(kind));
+}
+
+/// Begins to read the directory path_ and gives its first entry.
+TreeWalk::Step TreeWalk::read(osfiles::File held) {
+    if (!reader_.open(path_)) return fail(reader_.error());
+    levels_.push_back({path_, name_, std::move(held), {}});
     return readOn();
 }
 
@@ -68,21 +82,20 @@ TreeWalk::Step TreeWalk::readOn() {
     Level& level = levels_.back();
     if (reader_.isOpen()) {
         if (reader_.next()) {
-            path_ = JoinSystemPath(ExactForm(level.path), entry().cFileName);
-            if (IsOwnDirectory(entry())) level.below.emplace_back(entry().cFileName);
+            name_ = entry().cFileName;
+            path_ = JoinSystemPath(ExactForm(level.path), name());
+            if (IsOwnDirectory(entry())) level.below.push_back(name_);
             return Step::Entry;
         }
         path_ = level.path;
         if (reader_.error() != ERROR_SUCCESS) return fail(reader_.error());
     }
-    if (level.below.empty()) return leave();
-    const SWCharString next = JoinSystemPath(ExactForm(level.path), level.below.back().getString());
-    level.below.pop_back();
-    return enter(next, Root::IsNoLink);
+    return level.below.empty() ? leave() : enterBelow();
 }
 
 TreeWalk::Step TreeWalk::leave() {
     path_ = levels_.back().path;
+    name_ = levels_.back().name;
     levels_.pop_back();
     return levels_.empty() ? Step::End : Step::Left;
 }
@@ -90,7 +103,7 @@ TreeWalk::Step TreeWalk::leave() {
 TreeWalk::Step TreeWalk::next() {
     if (!hasBegun_) {
         hasBegun_ = true;
-        return enter(root_, kind_);
+        return enterRoot();
     }
     return levels_.empty() ? Step::End : readOn();
 }

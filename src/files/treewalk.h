@@ -16,8 +16,10 @@ osfiles::File HoldDirectory(const SWCharString& path);
 
 /// All that is below a directory. Links are entries; what they lead to is not.
 ///
-/// A directory is opened without following a link, and held while it and what is below it is worked on: one that
-/// has become a link since it was listed is not entered, and none becomes one later.
+/// A directory is opened in the one that it was listed in, without following a link, and held while it and what is
+/// below it is worked on: one that has become a link since it was listed is not entered, and none becomes one
+/// later. Whoever changes what the walk finds opens it in holder() by its name, too, because an empty directory can
+/// be made a link where it is.
 class TreeWalk {
   public:
     enum class Root { MayBeLink, IsNoLink };
@@ -34,17 +36,24 @@ class TreeWalk {
     const WIN32_FIND_DATAW& entry() const noexcept { return reader_.entry(); }
     /// Of the entry, or of the directory.
     const SWCharString& path() const noexcept { return path_; }
+    /// The directory that an Entry, or one that was Left, is in.
+    HANDLE holder() const noexcept { return levels_.back().held.get(); }
+    /// The name that it has there.
+    const wchar_t* name() const noexcept { return name_.getString(); }
     /// Why a step failed.
     DWORD error() const noexcept { return error_; }
 
   private:
     struct Level {
         SWCharString path;
+        SWCharString name;
         osfiles::File held;
         std::vector<SWCharString> below;  // the names of directories that are still to be entered
     };
 
-    Step enter(const SWCharString& directory, Root kind);
+    Step enterRoot();
+    Step enterBelow();
+    Step read(osfiles::File held);
     Step readOn();
     Step fail(DWORD error) noexcept;
     Step leave();
@@ -55,6 +64,7 @@ class TreeWalk {
     std::vector<Level> levels_;
     DirectoryReader reader_;  // of the lowest level
     SWCharString path_;
+    SWCharString name_;
     DWORD error_ = ERROR_SUCCESS;
 };
 
