@@ -22,7 +22,6 @@ using TarnLibA500::SDirectoryChange;
 using TarnLibA500::SDirectoryChangeWatcher;
 using TarnLibA500::SFile;
 using TarnLibA500::SFileSys;
-using TarnLibA500::SFileSysException;
 using TarnLibA500::SIArray;
 using TarnLibA500::SMonotonicClock;
 using TarnLibA500::STimeZone;
@@ -121,7 +120,7 @@ void Use(const Options& options) {
     }
 }
 
-ExitStatus UseFiles(const Words& arguments) try {
+ExitStatus UseFiles(const Words& arguments) {
     using Kind = Options::Kind;
     const Options options(arguments, {{"list", Kind::Value},
                                       {"pattern", Kind::Value},
@@ -142,8 +141,6 @@ ExitStatus UseFiles(const Words& arguments) try {
     if (actions != 1) throw Failure("one of -list, -size, -copy, -remove, -watch and -unique must be given");
     Use(options);
     return kYes;
-} catch (const SFileSysException& failure) {
-    throw Failure(Utf8Text(failure.toString().trimRight()));
 }
 
 }  // namespace

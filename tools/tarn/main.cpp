@@ -1,10 +1,11 @@
 #include <clocale>
-#include <exception>
 
+#include "codepagetext.h"
 #include "command.h"
 #include "logging.h"
 #include "options.h"
 #include "system.h"
+#include "tarnlib/sdescribeexception.h"
 #include "tarnlib/tarnversion.h"
 
 namespace tarn {
@@ -49,12 +50,23 @@ const Command& FindCommand(const std::string& name) {
     throw Failure("there is no command " + name + "; tarn -help lists them");
 }
 
+// Of the exception in hand: the tool's own sentences are UTF-8, the library's texts in the code page.
+std::string WhatFailed() {
+    try {
+        throw;
+    } catch (const Failure& failure) {
+        return failure.what();
+    } catch (...) {
+        return Utf8Text(TarnLibA500::SDescribeException());
+    }
+}
+
 ExitStatus Run(const Command& command, const Words& arguments) {
     if (!arguments.empty() && AsksForHelp(arguments[0])) return PrintHelp(command);
     try {
         return command.run(arguments);
-    } catch (const Failure& failure) {
-        PrintError(std::string("tarn ") + command.name + ": " + failure.what());
+    } catch (...) {
+        PrintError(std::string("tarn ") + command.name + ": " + WhatFailed());
     }
     return kFailed;
 }
@@ -80,8 +92,8 @@ int RunTool() {
         const ExitStatus status = Dispatch(ReadCommandLine());
         if (!FlushOutput()) throw Failure("cannot write standard output");
         return status;
-    } catch (const std::exception& failure) {
-        PrintError(std::string("tarn: ") + failure.what());
+    } catch (...) {
+        PrintError("tarn: " + WhatFailed());
     }
     return kFailed;
 }

@@ -72,19 +72,15 @@ bool IsStandardStream(const std::string& name) {
 
 // ------------------------------------------------------------------------------------------------ reading
 
-Source::Source(const std::string& name) try : name_(name) {
+Source::Source(const std::string& name) {
     if (IsStandardStream(name)) return;
     file_ = std::make_unique<SFile>(FileName(name), SFile::readOnly | SFile::sequential, SFile::readWriteMask,
                                     SFile::denyNothing);
     size_ = file_->sizeEx();
-} catch (const SFileException& failure) {
-    throw Failure(Reason(failure.toString()));
 }
 
-std::string Source::read(std::size_t count) try {
+std::string Source::read(std::size_t count) {
     return file_ ? ReadFromFile(*file_, count) : ReadFromStandardInput(count);
-} catch (const SFileException& failure) {
-    throw Failure(Reason(failure.toString()));
 }
 
 // ------------------------------------------------------------------------------------------------ writing

@@ -5,8 +5,8 @@
 
 #include "tarnlib/sfile.h"
 
-/// Files of any size, and the standard streams, which are named "-". Failures are thrown as Failure and name what the
-/// user asked for.
+/// Files of any size, and the standard streams, which are named "-". What fails is thrown and names what the user asked
+/// for.
 namespace tarn {
 
 /// Standard input or output in place of a file.
@@ -23,7 +23,6 @@ class Source {
     void close() { file_.reset(); }
 
   private:
-    std::string name_;
     std::unique_ptr<TarnLibA500::SFile> file_;  ///< none for standard input
     long long size_ = -1;
 };
