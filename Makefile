@@ -101,6 +101,8 @@ sdk:
 	@$(STEP) "build the examples against it" sdk-examples cmake/build-client.sh build/sdk build/sdk/share/tarnlib/examples build/examples
 	@$(STEP) "build a client of ten lines" sdk-client cmake/build-client.sh build/sdk tests/sdk build/client
 	@$(WINE) $(STEP) "run them" sdk-run cmake/run-examples.sh build/examples build/client && cat build/log/sdk-run.log
+	@$(WINE) $(STEP) "run the service" sdk-service python3 tests/sdk/run_service_cases.py cmake/wine-run \
+	    build/examples/service/service.exe build/service
 
 clean:
 	@cmake/wine-stop
