@@ -10,7 +10,8 @@ namespace {
 
 class Claim {
   public:
-    Claim(Claims& claims, const SAnsiString& name) : claims_(claims), name_(name), isTaken_(claims.take(name)) {}
+    Claim(Claims& claims, const SAnsiString& name)
+        : claims_(claims), name_(name), isTaken_(claims.take(name)) {}
     ~Claim() {
         if (isTaken_) claims_.giveBack(name_);
     }

@@ -75,7 +75,8 @@ ExitStatus Work(const SAnsiString& file, const Settings& settings, StopSignal& s
 bool IsOnlyOne(SInstanceLock& instance) {
     const SInstanceLock::Result result = instance.take();
     SAnsiString text;
-    if (result == SInstanceLock::heldByAnother) text << "already running, process " << instance.ownerProcess();
+    if (result == SInstanceLock::heldByAnother)
+        text << "already running, process " << instance.ownerProcess();
     if (result == SInstanceLock::failed) text << "the instance lock failed: error " << instance.lastError();
     if (!text.isEmpty()) Tell(text);
     return result == SInstanceLock::taken;

@@ -62,7 +62,7 @@ unsigned long RunCommand(const std::string& command) {
     std::wstring writable(line.getString());
     if (!CreateProcessW(nullptr, writable.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
                         &process))
-        throw Failure("cannot run " + command + ": system error " + std::to_string(GetLastError()));
+        throw Failure("cannot run " + command + ": " + SystemReason(GetLastError()));
     return WaitForEnd(process);
 }
 
@@ -86,7 +86,7 @@ bool Take(SFileLock& lock, const std::string& file) {
         case SFileLock::lockTimedOut:
             return false;
         default:
-            throw Failure("cannot make " + file + ": system error " + std::to_string(GetLastError()));
+            throw Failure("cannot make " + file + ": " + SystemReason(GetLastError()));
     }
 }
 
@@ -112,7 +112,7 @@ ExitStatus RunInstance(const std::string& name, const std::string& command) {
             PrintError("tarn lock: process " + std::to_string(instance.ownerProcess()) + " runs as " + name);
             return kNo;
         default:
-            throw Failure("cannot take " + name + ": system error " + std::to_string(instance.lastError()));
+            throw Failure("cannot take " + name + ": " + SystemReason(instance.lastError()));
     }
 }
 

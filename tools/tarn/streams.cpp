@@ -128,8 +128,9 @@ void Target::finish() {
     if (IsStandardStream(name_)) return;
     attempt([&] {
         file_.close();
-        SFileSys::copyFile(temporary_.path, FileName(name_), true);
+        SFileSys::replaceFile(temporary_.path, FileName(name_));
     });
+    temporary_.path = SAnsiString();
 }
 
 // ------------------------------------------------------------------------------------------------ later
