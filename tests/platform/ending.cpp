@@ -2,8 +2,9 @@
 // then wants what they held, and traces that it came through.
 //
 //     ending log|monitor|thread|writing LOG_FOLDER
+#include <filesystem>
+#include <fstream>
 #include <string>
-#include <thread>
 
 #include "jtc/jtc.h"
 #include "tarnlib/slogger.h"
@@ -17,6 +18,9 @@ using namespace TarnLibA500;
 extern "C" __declspec(dllimport) void AtTheEnd(void (*say)());
 
 namespace {
+
+constexpr DWORD kDebugOutput = 0x40010006;  // what the system raises for a debugger's text
+constexpr DWORD kWideDebugOutput = 0x4001000A;
 
 JTCMonitor& monitor = *new JTCMonitor;
 HANDLE isAtIt = CreateEventW(nullptr, TRUE, FALSE, nullptr);
@@ -68,27 +72,24 @@ DWORD WINAPI Write(void*) {
     for (;;) TraceLog400::Logger(TraceLog400::Logger::S, event) << "a line";
 }
 
-DWORD WINAPI Flush(void*) {
-    TraceLog400::State::tick();
-    return 0;
+LONG CALLBACK StayInDebugOutput(EXCEPTION_POINTERS* exception) {
+    const DWORD code = exception->ExceptionRecord->ExceptionCode;
+    if (code != kDebugOutput && code != kWideDebugOutput) return EXCEPTION_CONTINUE_SEARCH;
+    SetEvent(isAtIt);
+    Sleep(INFINITE);
+    return EXCEPTION_CONTINUE_SEARCH;
 }
 
-bool IsDeviceFree() {
-    const HANDLE prober = CreateThread(nullptr, 0, &Flush, nullptr, 0, nullptr);
-    const bool isFree = WaitForSingleObject(prober, 300) == WAIT_OBJECT_0;
-    CloseHandle(prober);
-    return isFree;
-}
-
-// Stops a thread again and again until it has the device's lock.
+// Has a thread stay where the device, with its lock, tells the debugger that it cannot write.
 void HoldDevice() {
-    const HANDLE writer = CreateThread(nullptr, 0, &Write, nullptr, 0, nullptr);
-    for (;;) {
-        Sleep(1);
-        SuspendThread(writer);
-        if (!IsDeviceFree()) return;
-        ResumeThread(writer);
-    }
+    const std::filesystem::path folder =
+        std::filesystem::path(SLogger::GetLogFile().getString()).parent_path();
+    std::filesystem::remove_all(folder);
+    std::ofstream(folder) << "in the way";
+    AddVectoredExceptionHandler(1, &StayInDebugOutput);
+    CloseHandle(CreateThread(nullptr, 0, &Write, nullptr, 0, nullptr));
+    WaitForSingleObject(isAtIt, INFINITE);
+    std::filesystem::remove(folder);
 }
 
 void WriteALot() {
