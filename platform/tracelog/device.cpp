@@ -215,14 +215,12 @@ Device* DeviceAdmin::create(const DeviceInfo& info) {
     return info.name != nullptr ? detail::TheDevices().make(info.name) : nullptr;
 }
 
-void DeviceAdmin::close_all() {
+void DeviceAdmin::close_all() noexcept {
     detail::isWriting = false;
     detail::toStandardOutput = false;
     detail::TheDevices().closeAndForget();
-    EvalConfig masks;
-    masks.assign_mask("cw");
-    masks.assign_filter(ByFileLine());
-    masks.apply();
+    detail::ResetMask();
+    detail::RemoveFilter();
 }
 
 }  // namespace TraceLog400

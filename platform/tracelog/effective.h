@@ -75,7 +75,10 @@ std::wstring PathOfLog(const std::wstring& device);
 
 bool PassesFilter(const char* file, int line);
 void PublishFilter(const ByFileLine& filter);
+void RemoveFilter();
 void PrintFilter(TextTarget& out);
+/// Back to the mask before the first apply.
+void ResetMask();
 
 Device& MainDevice();
 void FlushDevices();

@@ -122,6 +122,10 @@ void detail::PublishFilter(const ByFileLine& filter) {
     }
 }
 
+void detail::RemoveFilter() {
+    filterInEffect.publishNothing();
+}
+
 void detail::PrintFilter(TextTarget& out) {
     const ByFileLine* const filter = filterInEffect.get();
     (filter != nullptr ? *filter : ByFileLine()).print(out);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <new>
 
 #include "tracelog/effective.h"
 #include "tracelog/logline.h"
@@ -244,7 +245,11 @@ void LogFile::removeWritten() {
 }
 
 void LogFile::finish(bool discard) {
-    tellLoss();
+    try {
+        tellLoss();
+    } catch (const std::bad_alloc&) {
+        // The count stays, for the next one who can tell it.
+    }
     close();
     if (discard) removeWritten();
     newestFull_.clear();

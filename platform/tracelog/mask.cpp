@@ -90,6 +90,10 @@ char detail::ImportanceLetter(const EventInfo& event) {
     return kImportanceLetters[isInRange ? event.importance : kOutOfRangeImportance];
 }
 
+void detail::ResetMask() {
+    maskInEffect.store(kDefaultMask, std::memory_order_relaxed);
+}
+
 EvalConfig::EvalConfig() : bits_(maskInEffect.load(std::memory_order_relaxed)) {}
 
 bool EvalConfig::assign_mask(const char* letters) {

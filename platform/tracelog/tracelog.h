@@ -197,8 +197,8 @@ class DeviceAdmin {
     /// The device of this name, made when needed.
     TRACELOG_API Device* create(const DeviceInfo& info);
     /// Closes all files, deletes them unless they are to be kept, forgets all devices but "main", and
-    /// switches the engine off as it was at the start.
-    TRACELOG_API void close_all();
+    /// switches the engine off as it was at the start. Takes no memory unless lines are waiting.
+    TRACELOG_API void close_all() noexcept;
 };
 
 /// One record: text is streamed in, and the line is written when the temporary goes.

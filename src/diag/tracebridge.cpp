@@ -186,19 +186,12 @@ const SDiagnosticSink bridgeSink = MakeSink();
 const SDiagnosticSink* sinkBefore = nullptr;
 
 // The settings that were put into effect last: the directory goes in again with every change.
-SAnsiString& DirectoryInEffect() {
-    static SAnsiString& directory = *new SAnsiString;
-    return directory;
-}
+SAnsiString& directoryInEffect = *new SAnsiString;
 
 void CloseEngine() noexcept {
     ClearSwitches();
-    try {
-        DeviceAdmin::get().close_all();
-    } catch (const std::bad_alloc&) {
-        // Nothing is written any more, and the files are closed; the mask is set anew by the next start.
-    }
-    DirectoryInEffect().empty();
+    DeviceAdmin::get().close_all();
+    directoryInEffect.empty();
 }
 
 void WriteToChannel(const char* device, const EventInfo& event, const char* prefix, const char* text) {
@@ -221,14 +214,14 @@ bool TraceBridge::Initialize(const TraceOptions& options, const SAnsiString& dir
         CloseEngine();
         throw;
     }
-    DirectoryInEffect() = directory;
+    directoryInEffect = directory;
     sinkBefore = InstallDiagnosticSink(&bridgeSink);
     OpenLevels(options.eval);
     return true;
 }
 
 void TraceBridge::Reconfigure(const TraceOptions& options) {
-    ConfigureEngine(options, Utf8(DirectoryInEffect()).text());
+    ConfigureEngine(options, Utf8(directoryInEffect).text());
     TakeSwitches(options);
     OpenLevels(options.eval);
     WriteNotices(options);
