@@ -111,8 +111,8 @@ TraceOptions ActiveLogger::readOptions() {
     SIArray<OptionNotice> refusals;
     for (const char* name : kNotFromIni) {
         if (changes.RemoveArg(name))
-            refusals.Add({OptionNotice::Loss,
-                          SAnsiString("trace ini file: the option ") + name + " is not taken from there"});
+            refusals.Add(
+                {OptionNotice::Loss, ini_.path() + ": the option " + name + " is not taken from there"});
     }
     if (!ini_.problem().isEmpty()) refusals.Add({OptionNotice::Loss, ini_.problem()});
     CParamLineArgs inEffect(options_);

@@ -4,7 +4,6 @@
 
 #include "diag/levels.h"
 #include "diag/loggeroptions.h"
-#include "strings/lineend.h"
 #include "tarnlib/pathparts.h"
 #include "tarnlib/registry.h"
 #include "tarnlib/ssfilesearch.h"
@@ -38,7 +37,7 @@ SIArray<SAnsiString> FindModules(const SAnsiString& directory) {
 }
 
 void TraceFailure(const SAnsiString& path, const SAnsiString& why) {
-    TARN_TRACE_AT(levels::kLoss, kUnit, "the logging plug-in %1 is not used: %2", path, WithoutLineEnd(why));
+    TARN_TRACE_AT(levels::kLoss, kUnit, "the logging plug-in %1 is not used: %2", path, why);
 }
 
 }  // namespace

@@ -1,13 +1,8 @@
 #include "diag/pluginturn.h"
 
-#include <windows.h>
+#include "waiting/waiting.h"
 
 namespace TarnLibA500 {
-namespace {
-
-constexpr ULONGLONG kLongestCall = 10'000;  // ms
-
-}  // namespace
 
 PluginTurns::Outcome PluginTurns::begin() {
     const DWORD self = GetCurrentThreadId();
@@ -15,8 +10,8 @@ PluginTurns::Outcome PluginTurns::begin() {
     if (holder_ == self) return Nested;
     while (holder_ != 0) {
         const ULONGLONG taken = GetTickCount64() - since_;
-        if (taken >= kLongestCall) return Stuck;
-        monitor_.wait(static_cast<long>(kLongestCall - taken));
+        if (taken >= longestCall_ || waiting::ProcessIsEnding()) return Stuck;
+        monitor_.wait(static_cast<long>(longestCall_ - taken));
     }
     holder_ = self;
     since_ = GetTickCount64();

@@ -11,8 +11,10 @@ class PluginTurns {
     enum Outcome {
         Mine,    ///< until end
         Nested,  ///< this thread is in already: a plug-in has called back
-        Stuck    ///< a thread that is in has not come back for 10 seconds
+        Stuck    ///< a thread that is in has not come back for too long
     };
+
+    explicit PluginTurns(unsigned longestCall = 10'000) : longestCall_(longestCall) {}  // ms
 
     /// Waits while another thread is in.
     Outcome begin();
@@ -22,6 +24,7 @@ class PluginTurns {
     bool isNews();
 
   private:
+    const unsigned longestCall_;
     JTCMonitor monitor_;  ///< guards the rest, and is never held while a plug-in is called
     unsigned long holder_ = 0;
     unsigned long long since_ = 0;  ///< ticks

@@ -11,6 +11,8 @@ class TraceIni {
     TraceIni() = default;
     explicit TraceIni(const SAnsiString& path) : path_(path) {}
 
+    const SAnsiString& path() const { return path_; }
+
     /// Reads the file when it is not what it was at the last call; true when the options or the problem may
     /// have changed. A file that cannot be read at present keeps the options as they are, and is tried again
     /// by the next call; so does a lack of memory, which throws std::bad_alloc.

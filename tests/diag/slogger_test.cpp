@@ -223,13 +223,13 @@ TEST_F(Logging, TakesUpAChangedIniFile) {
     write("trace.ini",
           "trace=d\nfileLogFilter=f.cpp\nmaxLogFileSize=x\ntracecmpname="
           "other\nNoAssert\nneverTrace\nnativeassert");
-    EXPECT_TRUE(WaitFor(10, [] { return SLogger::ShouldTrace(4, "f.cpp"); }));
+    EXPECT_TRUE(WaitFor(60, [] { return SLogger::ShouldTrace(4, "f.cpp"); }));
     EXPECT_FALSE(SLogger::ShouldTrace(4, "g.cpp"));
     EXPECT_TRUE(SLogger::ShouldAssert());
     EXPECT_FALSE(SLogger::IsNativeAssert());
     EXPECT_EQ(SLogger::GetLogFile(), file);  // the name cannot be changed under way
     fs::remove(folder_ / "trace.ini");
-    EXPECT_TRUE(WaitFor(10, [] { return !SLogger::ShouldTrace(4, "f.cpp"); }));
+    EXPECT_TRUE(WaitFor(60, [] { return !SLogger::ShouldTrace(4, "f.cpp"); }));
     EXPECT_TRUE(SLogger::ShouldTrace(8, "g.cpp"));
     const std::string path = SLogger::GetLogFile().getString();
     stop();

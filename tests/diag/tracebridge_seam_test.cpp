@@ -3,17 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
-#include "diag/loggeroptions.h"
-#include "diag/traceini.h"
+#include "diag/open_bridge.h"
 #include "diag/tracelevels.h"
-#include "files/osfiles.h"
+#include "diag/tracetext.h"
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
-#include "support/file_bytes.h"
 #include "support/print_strings.h"
 #include "support/scratch_folder.h"
 #include "tarnlib/sassert.h"
@@ -28,48 +25,8 @@ using namespace TarnLibA500;
 namespace {
 
 namespace fs = std::filesystem;
-
-/// The engine in a folder of its own, open for as long as the object lives.
-class OpenBridge {
-  public:
-    explicit OpenBridge(const std::string& options) : folder_(tarntest::MakeScratchFolder("tracebridge")) {
-        CParamLineTracker tracker(ParseLoggerOptions((options + " -tracecmpname unit").c_str()));
-        TraceOptions read = ReadTraceOptions(tracker);
-        read.noThread = true;  // every line is written at once
-        EXPECT_TRUE(TraceBridge::Initialize(read, folder_.string().c_str()));
-    }
-    ~OpenBridge() { TraceBridge::Terminate(); }
-    OpenBridge(const OpenBridge&) = delete;
-    OpenBridge& operator=(const OpenBridge&) = delete;
-
-    /// The texts of a device's lines: what stands behind the place.
-    std::vector<std::string> texts(const std::string& device = "") const {
-        std::vector<std::string> texts;
-        const std::string process = std::to_string(GetCurrentProcessId());
-        std::ifstream log(folder_ / ("unit_" + process + device + ".log"));
-        for (std::string line; std::getline(log, line);) texts.push_back(afterPlace(line));
-        return texts;
-    }
-
-  private:
-    static std::string afterPlace(const std::string& line) {
-        const std::size_t context = line.find("] ");
-        return context == line.npos ? line : line.substr(line.find(' ', context + 2) + 1);
-    }
-
-    fs::path folder_;
-};
-
-/// False when memory fails under way.
-template <class Action>
-bool Succeeds(Action action) {
-    try {
-        action();
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-}
+using tarntest::OpenBridge;
+using tarntest::Succeeds;
 
 bool Holds(const std::vector<std::string>& texts, const std::string& wanted) {
     for (const std::string& text : texts) {
@@ -199,106 +156,23 @@ TEST(LoggerStarts, LeaveNothingWhenMemoryFails) {
     const fs::path folder = tarntest::MakeScratchFolder("loggerstarts");
     const std::string line = "prog.exe -notracethread -reqTrace -keep off -loggingPath " + folder.string();
     const CParamLineArgs options(line.c_str());
-    bool isStarted = false;
-    for (unsigned long nth = 1; !isStarted; ++nth) {
+    for (unsigned long nth = 1;; ++nth) {
         tarntest::FailAllocation(nth);
-        try {
-            isStarted = SLogger::Initialize(options);
-        } catch (const std::bad_alloc&) {
-        }
+        const bool isStarted = Succeeds([&] { SLogger::Initialize(options); });
         tarntest::FailAllocation(0);
-        if (!isStarted) EXPECT_EQ(InstallDiagnosticSink(nullptr), nullptr) << nth;
+        if (isStarted) break;
+        CollectedText state;
+        TraceLog400::State::print(state);
+        EXPECT_EQ(state.text().left(11), "writing: no") << nth;
+        EXPECT_EQ(InstallDiagnosticSink(nullptr), nullptr) << nth;
     }
     SAssert("unit", 1, "opens the log");
-    tarntest::FailAllocation(1);
-    EXPECT_NO_THROW(SLogger::Terminate());
-    tarntest::FailAllocation(0);
+    const tarntest::AllocationCount count;
+    SLogger::Terminate();
+    const unsigned long taken = count.Taken();
+    EXPECT_EQ(taken, 0U);
     EXPECT_EQ(SLogger::GetLogFile(), "");
     EXPECT_TRUE(fs::is_empty(folder));
-}
-
-TEST(TraceIniFiles, KeepWhatIsInEffectUntilTheNewIsRead) {
-    const fs::path file = tarntest::MakeScratchFolder("traceini") / "trace.ini";
-    TraceIni ini(file.string().c_str());
-    SAnsiString value;
-    EXPECT_FALSE(ini.update());
-    tarntest::WriteBytes(file, "\xEF\xBB\xBFtrace=\xC3\xBC\n");
-    EXPECT_TRUE(ini.update());
-    EXPECT_TRUE(ini.options().Lookup("trace", value));
-    EXPECT_EQ(value, "\xFC");
-    tarntest::WriteBytes(file, "trace=s\nkeep=off\n");
-    bool isRead = false;
-    for (unsigned long nth = 1; !isRead; ++nth) {
-        EXPECT_EQ(ini.options().GetCount(), 1U) << nth;
-        tarntest::FailAllocation(nth);
-        try {
-            isRead = ini.update();
-        } catch (const std::bad_alloc&) {
-        }
-        tarntest::FailAllocation(0);
-        EXPECT_EQ(osfiles::OpenHandles(), 0);
-    }
-    EXPECT_EQ(ini.options().GetCount(), 2U);
-    tarntest::WriteBytes(file, "trace=d");
-    for (unsigned long call = 1; call <= 3; ++call) {  // attributes, opening, reading
-        osfiles::FailCall(call, ERROR_ACCESS_DENIED);
-        EXPECT_EQ(ini.update(), call == 1);  // said once
-        EXPECT_NE(ini.problem().find("trace.ini: cannot be read (5): "), ini.problem().end()) << call;
-        EXPECT_EQ(ini.options().GetCount(), 2U) << call;
-    }
-    osfiles::FailCall(0, 0);
-    EXPECT_TRUE(ini.update());
-    EXPECT_TRUE(ini.problem().isEmpty());
-    EXPECT_EQ(ini.options().GetCount(), 1U);
-    tarntest::WriteBytes(file, "trace=d\n#" + std::string(64 * 1024, '#'));
-    EXPECT_TRUE(ini.update());
-    EXPECT_NE(ini.problem().find("what is beyond 65536 bytes is not read"), ini.problem().end());
-}
-
-TEST(CallContexts, GoOnAfterCallsWithoutAnEnd) {
-    constexpr int kAbandoned = 300;  // by exceptions
-    const OpenBridge bridge("-trace d");
-    SAnsiString sent, reply;
-    for (const bool isInCall : {true, false}) {
-        if (isInCall) SLogger::BeforeIncomingCall("in", "ActionID=A");
-        for (int i = 0; i < kAbandoned; ++i) SLogger::BeforeOutgoingCall("abandoned", sent);
-        SLogger::BeforeOutgoingCall("last", sent);
-        SLogger::AfterOutgoingCall("ActionID=B;x=1");
-        EXPECT_EQ(SLogger::GetContextVar("x"), "1");
-        if (!isInCall) break;
-        EXPECT_EQ(SLogger::GetActionID(), "A");  // the caller's, whatever a reply says
-        SLogger::AfterIncomingCall(reply);
-        EXPECT_FALSE(SLogger::HasLogContext());
-        EXPECT_NE(bridge.texts().back().find("<- Incoming: in ("), std::string::npos);
-    }
-    for (int i = 0; i < kAbandoned; ++i) SLogger::AfterOutgoingCallNoResponse();
-    EXPECT_EQ(SLogger::GetActionID(), "");  // it was made for those calls
-    for (int i = 0; i < kAbandoned; ++i) SLogger::BeforeIncomingCall("abandoned", "");
-    SLogger::BeforeIncomingCall("last", "ActionID=C");
-    EXPECT_EQ(SLogger::GetActionID(), "C");
-    for (int i = 0; i <= kAbandoned; ++i) SLogger::AfterIncomingCall(reply);
-    SLogger::SetContextVar("ActionID", "");
-    SLogger::SetContextVar("x", "");
-    EXPECT_FALSE(SLogger::HasLogContext());
-}
-
-TEST(CallContexts, AreThoseOfTheThreadWhereverMemoryFails) {
-    SAnsiString sent, reply;
-    bool hasFailed = true;
-    for (unsigned long nth = 1; hasFailed; ++nth) {
-        SLogger::BeforeIncomingCall("outer", "ActionID=outer;x=1");
-        tarntest::FailAllocation(nth);
-        const bool isIn = Succeeds([&] { SLogger::BeforeIncomingCall("inner", "ActionID=inner"); });
-        const bool isOut = Succeeds([&] { SLogger::BeforeOutgoingCall("other", sent); });
-        if (isOut) Succeeds([&] { SLogger::AfterOutgoingCall("y=2;ActionID=other"); });
-        if (isIn) Succeeds([&] { SLogger::AfterIncomingCall(reply); });
-        hasFailed = tarntest::FailureHappened();
-        tarntest::FailAllocation(0);
-        EXPECT_EQ(SLogger::GetActionID(), "outer") << nth;
-        EXPECT_EQ(SLogger::GetContextVar("x"), "1") << nth;
-        SLogger::AfterIncomingCall(reply);
-        EXPECT_FALSE(SLogger::HasLogContext()) << nth;
-    }
 }
 
 TEST(Exceptions, AreDescribedWithoutMemory) {

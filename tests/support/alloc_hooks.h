@@ -1,5 +1,7 @@
 #pragma once
 
+#include <new>
+
 /// Counting and failing allocations, for the test programs that hold the library's sources. Counted are the
 /// strings' and byte blocks' requests (a move of a block is one) and operator new, each thread for itself.
 ///
@@ -36,5 +38,16 @@ class AllocationCount {
   private:
     unsigned long before_;
 };
+
+/// False when an allocation fails under way.
+template <class Action>
+bool Succeeds(Action action) {
+    try {
+        action();
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
 
 }  // namespace tarntest
