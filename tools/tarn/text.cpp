@@ -120,6 +120,19 @@ void Convert(Source& source, Work& work) {
     if (work.target) work.target->finish();
 }
 
+ExitStatus Report(Work& work, const CodeSet& from, const CodeSet& to, bool isLong) {
+    const Figures& figures = work.text.figures();
+    PrintFigures(figures, work.words.count(), isLong);
+    work.words.print();
+    if (work.finder) {
+        PrintFigure("found:", work.finder->count());
+        work.finder->print();
+    }
+    PrintProblems(figures, from, to);
+    const bool isFound = !work.finder || work.finder->count() != 0;
+    return figures.problemCount == 0 && isFound ? kYes : kNo;
+}
+
 ExitStatus ConvertText(const Words& arguments) {
     using Kind = Options::Kind;
     const Options options(arguments, {{"from", Kind::RequiredValue},
@@ -142,18 +155,8 @@ ExitStatus ConvertText(const Words& arguments) {
     if (options.has("out")) work.target.emplace(options.value("out"));
     if (options.has("out") && IsStandardStream(options.value("out"))) PrintToError();
     Convert(source, work);
-
-    const Figures& figures = work.text.figures();
     Print("file:            " + options.value("file") + ", " + from.name() + " to " + to.name() + "\n");
-    PrintFigures(figures, work.words.count(), options.has("stats"));
-    work.words.print();
-    if (work.finder) {
-        PrintFigure("found:", work.finder->count());
-        work.finder->print();
-    }
-    PrintProblems(figures, from, to);
-    const bool isFound = !work.finder || work.finder->count() != 0;
-    return figures.problemCount == 0 && isFound ? kYes : kNo;
+    return Report(work, from, to, options.has("stats"));
 }
 
 }  // namespace
