@@ -57,13 +57,12 @@ void Store(void* to, T value) {
 
 // --- one character from a source; the source moves only when there is one ---
 
-// Trailing bytes by the first byte's highest bits.
+// Trailing bytes by the first byte. F5 to FF begin no character, whatever follows, so nothing is waited for:
+// who keeps the beginning of a character for later never keeps more than three bytes.
 int TrailingBytes(Byte first) {
-    if (first < 0xC0) return 0;
+    if (first < 0xC0 || first > 0xF4) return 0;
     if (first < 0xE0) return 1;
-    if (first < 0xF0) return 2;
-    if (first < 0xF8) return 3;
-    return first < 0xFC ? 4 : 5;
+    return first < 0xF0 ? 2 : 3;
 }
 
 // Table 3-7: which second bytes may follow a first byte. The others only have to be trailing bytes.
