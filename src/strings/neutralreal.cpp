@@ -15,6 +15,12 @@ constexpr int kLargestExponent = 308;
 // Below 10^-308 a number is still looked at while its digits stand at most this much lower; beyond, it is 0.
 constexpr int kBelowSmallest = 21;
 constexpr int kUsualExponentUnits = 5;  // "e-123"
+
+// The standard library multiplies few digits by their power of ten in a register of 64 bits and rounds the
+// product twice, which is exact only as long as that holds every bit of it. Numbers above 2^53 it never
+// multiplies: those of 17 digits.
+constexpr double kProductsAreExact = 18446744073709551616.0;  // 2^64
+constexpr int kUnmultipliedDigits = 17;
 constexpr int kAbsurdExponent = 100'000;
 
 /// The significant digits of a number without leading and trailing zeros, and the power of ten of the last of
@@ -104,16 +110,18 @@ class Reader {
     const char* end_;
 };
 
-// Correctly rounded by the standard library, which is locale-free here. False when the number is too large
-// for the type.
+// Correctly rounded by the standard library, which is locale-free here: zeros at the end make the digits too
+// many for its short way. False when the number is too large for the type.
 template <class T>
 bool RoundedValue(const Decimal& number, T& value) {
     constexpr std::uint32_t kExponentRoom = 8;
     char text[kKeptDigits + kExponentRoom];
     char* at = text;
     for (int i = 0; i < number.count; ++i) *at++ = number.digits[i];
+    int exponent = number.exponent;
+    for (int i = number.count; i < kUnmultipliedDigits; ++i, --exponent) *at++ = '0';
     *at++ = 'e';
-    at += StringConvFromInteger(at, number.exponent, 10);
+    at += StringConvFromInteger(at, exponent, 10);
     value = 0;
     const bool inRange = std::from_chars(text, at, value).ec == std::errc();
     const bool tooLarge = !inRange && number.count + number.exponent > 0;
@@ -130,13 +138,24 @@ bool ValueOf(const Decimal& number, T& value) {
     return RoundedValue(number, value);
 }
 
+int SignificantDigits(const char* at, const char* last) {
+    int count = 0;
+    for (; at != last && !IsExponentMark(*at); ++at) {
+        const bool leadingZero = *at == '0' && count == 0;
+        if (*at != '.' && !leadingZero) ++count;
+    }
+    return count;
+}
+
 // Numbers as they are usually written, straight by the standard library. False, with anything in the value,
-// where its reading and ours may part: at blanks, in more digits than are kept, near the ends of the range.
+// where its reading and ours may part: at blanks, in more digits than are kept, near the ends of the range, and
+// where it rounds twice.
 template <class T>
 bool ReadUsual(const char* first, const char* last, T& value) {
     if (first == last || !(IsDigit(*first) || *first == '.')) return false;
     const auto [end, error] = std::from_chars(first, last, value);
     if (error != std::errc() || value < std::numeric_limits<T>::min()) return false;
+    if (value >= kProductsAreExact && SignificantDigits(first, end) < kUnmultipliedDigits) return false;
     if (end != last && (IsBlank(*end) || IsExponentMark(*end))) return false;
     if (end - first <= kKeptDigits) return true;
     while (*first == '0' || *first == '.') ++first;  // the number is not 0

@@ -220,6 +220,44 @@ bool ReadRange(const char* first, const char* last, T& number) {
     }
 }
 
+const char* SkipDigits(const char* at, const char* last) {
+    while (at != last && *at >= '0' && *at <= '9') ++at;
+    return at;
+}
+
+// What may follow the first digits of a real.
+bool IsRestOfReal(bool hasDigits, const char* at, const char* last) {
+    if (at != last && *at == '.') {
+        const char* const decimals = at + 1;
+        at = SkipDigits(decimals, last);
+        hasDigits = hasDigits || at != decimals;
+    }
+    if (at != last && hasDigits && (*at == 'e' || *at == 'E')) {
+        ++at;
+        if (at != last && (*at == '-' || *at == '+')) ++at;
+        const char* const exponent = at;
+        at = SkipDigits(exponent, last);
+        hasDigits = at != exponent;
+    }
+    return hasDigits && at == last;
+}
+
+template <class T>
+bool IsNumberText(const char* at, const char* last) {
+    const char sign = at != last ? *at : '\0';
+    if ((sign == '-' && std::is_signed_v<T>) || (sign == '+' && TextReal<T>)) ++at;
+    const char* const whole = SkipDigits(at, last);
+    if constexpr (TextReal<T>) return IsRestOfReal(whole != at, whole, last);
+    return whole != at && whole == last;
+}
+
+// Whether the text is a number from end to end is looked at before it is read: ToNumber takes more.
+template <class T>
+bool ReadStrictly(const char* first, const char* last, T& number) {
+    number = 0;
+    return IsNumberText<T>(first, last) && ReadRange(first, last, number);
+}
+
 template <class String, class T>
 String IntegerText(T number) {
     char text[kIntegerTextUnits];
@@ -227,6 +265,9 @@ String IntegerText(T number) {
 }
 
 }  // namespace
+
+// Declared once more, so that the DLL has it for clients that take its address or a reference.
+constexpr int NeutralString::kPrecisionDigits;
 
 template <TextInteger T>
 SAnsiString NeutralString::FromNumber(T number) {
@@ -270,6 +311,31 @@ bool NeutralString::ToNumber(const SAsciiString::iterator& first, const SAsciiSt
     return ReadRange(first.getPtr(), std::max(first.getPtr(), last.getPtr()), number);
 }
 
+template <TextNumber T>
+bool NeutralString::ToNumberStrict(const SAnsiString& text, T& number) {
+    return ReadStrictly(text.getString(), text.end().getPtr(), number);
+}
+
+template <TextNumber T>
+bool NeutralString::ToNumberStrict(const SAsciiString& text, T& number) {
+    return ReadStrictly(text.getString(), text.end().getPtr(), number);
+}
+
+template <TextNumber T>
+bool NeutralString::ToNumberStrict(const SAsciiString::iterator& first, const SAsciiString::iterator& last,
+                                   T& number) {
+    return ReadStrictly(first.getPtr(), std::max(first.getPtr(), last.getPtr()), number);
+}
+
+template <TextInteger T>
+SAnsiString NeutralString::FromNumber(T number, int precision) {
+    SAnsiString text = FromNumber(number);
+    const int decimals = Require(precision >= 0, kUnit, kMisuse) ? precision : 0;
+    if (decimals != 0) text += '.';
+    for (int i = 0; i < decimals; ++i) text += '0';
+    return text;
+}
+
 bool NeutralString::RoundUpHelper(char* digits, int lastIndex) {
     for (int i = lastIndex; i >= 0; --i) {
         if (digits[i] == '.') continue;
@@ -289,14 +355,19 @@ std::uint32_t NeutralString::ToStringFrom64(char* out, unsigned long long part) 
 // ------------------------------------------------------------------------------------------------ exported
 // instances
 
-#define TARN_NEUTRAL_READING(T)                                                   \
-    template TARN_API bool NeutralString::ToNumber(const SAnsiString&, T&);       \
-    template TARN_API bool NeutralString::ToNumber(const SAsciiString&, T&);      \
-    template TARN_API bool NeutralString::ToNumber(const SAsciiString::iterator&, \
-                                                   const SAsciiString::iterator&, T&);
-#define TARN_NEUTRAL_INTEGER(T)                                 \
-    TARN_NEUTRAL_READING(T)                                     \
-    template TARN_API SAnsiString NeutralString::FromNumber(T); \
+#define TARN_NEUTRAL_READING(T)                                                         \
+    template TARN_API bool NeutralString::ToNumber(const SAnsiString&, T&);             \
+    template TARN_API bool NeutralString::ToNumber(const SAsciiString&, T&);            \
+    template TARN_API bool NeutralString::ToNumber(const SAsciiString::iterator&,       \
+                                                   const SAsciiString::iterator&, T&);  \
+    template TARN_API bool NeutralString::ToNumberStrict(const SAnsiString&, T&);       \
+    template TARN_API bool NeutralString::ToNumberStrict(const SAsciiString&, T&);      \
+    template TARN_API bool NeutralString::ToNumberStrict(const SAsciiString::iterator&, \
+                                                         const SAsciiString::iterator&, T&);
+#define TARN_NEUTRAL_INTEGER(T)                                      \
+    TARN_NEUTRAL_READING(T)                                          \
+    template TARN_API SAnsiString NeutralString::FromNumber(T);      \
+    template TARN_API SAnsiString NeutralString::FromNumber(T, int); \
     template TARN_API SAsciiString NeutralString::FromNumberToAscii(T);
 
 TARN_NEUTRAL_INTEGER(signed char)
