@@ -92,6 +92,10 @@ bool CUTFConverter::UTF8ToUTF16(const unsigned char* source, SOCAString& target)
     return UTF8ToUTF16(reinterpret_cast<const char*>(source), target);
 }
 
+bool CUTFConverter::UTF8ToUTF16(std::nullptr_t, SOCAString& target) {
+    return UTF8ToUTF16(static_cast<const char*>(nullptr), target);
+}
+
 bool CUTFConverter::UTF16ToUTF8(const SOCAString& source, SSimpleBuffer& target) {
     const std::uint32_t needed = UTF16ToUTF8Length(source.getString(), source.getLength());
     SSimpleBuffer built(needed);

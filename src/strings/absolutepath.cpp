@@ -20,7 +20,8 @@ struct ParsedPath {
 
 SAnsiString FirstSlash(const SAnsiString& path) {
     const char* const end = path.end().getPtr();
-    const char* const slash = CharacterSet(kSlashes).findMember(path.getString(), end);
+    const char* const slash =
+        CharacterSet(mbchar::CodePage::Current(), kSlashes).findMember(path.getString(), end);
     return slash < end ? SAnsiString(slash, 1) : SAnsiString("\\");
 }
 

@@ -33,11 +33,11 @@ char MapAscii(char byte, LetterCase to) {
     return maps ? static_cast<char>(byte ^ ('a' ^ 'A')) : byte;
 }
 
-bool MapOne(char* position, std::uint32_t room, std::uint32_t& nBytes, LetterCase to) {
+bool MapOne(const mbchar::CodePage& page, char* position, std::uint32_t room, std::uint32_t& nBytes,
+            LetterCase to) {
     nBytes = 0;
     const MapTexts& texts = to == LetterCase::Lower ? kLowerTexts : kUpperTexts;
     if (!Require(position != nullptr, kUnit, "inBuffer != 0")) return false;
-    const mbchar::CodePage& page = mbchar::CodePage::Current();
     wchar_t unit = 0;
     if (!Require(page.toWide(unit, position) >= 0, kUnit, texts.notWide)) return false;
     char mapped[mbchar::kMaxCharacterBytes];
@@ -77,7 +77,7 @@ std::uint32_t MapCase(char* text, std::uint32_t length, std::uint32_t limit, Let
         const bool isAscii = bytes == 1 && static_cast<unsigned char>(text[written]) < 0x80;
         if (isAscii) {
             text[written] = MapAscii(text[written], to);
-        } else if (!MapOne(text + written, bytes, mapped, to)) {
+        } else if (!MapOne(page, text + written, bytes, mapped, to)) {
             mapped = bytes;
         }
         read += bytes;
@@ -109,10 +109,10 @@ void MakeUpperCase(wchar_t* text, std::uint32_t size) {
 }
 
 bool MakeLowerCaseChar(char* position, std::uint32_t room, std::uint32_t& nBytes) {
-    return MapOne(position, room, nBytes, LetterCase::Lower);
+    return MapOne(mbchar::CodePage::Current(), position, room, nBytes, LetterCase::Lower);
 }
 bool MakeUpperCaseChar(char* position, std::uint32_t room, std::uint32_t& nBytes) {
-    return MapOne(position, room, nBytes, LetterCase::Upper);
+    return MapOne(mbchar::CodePage::Current(), position, room, nBytes, LetterCase::Upper);
 }
 
 }  // namespace TarnLibA500

@@ -13,11 +13,13 @@ inline unsigned CharacterBytes(const mbchar::CodePage& page, const char* at) noe
     return std::max(page.step(at), 1U);
 }
 
-/// A set of characters of the C locale's code page as it is when the set is made.
+/// A set of characters of one code page.
 class CharacterSet {
   public:
-    CharacterSet() : page_(&mbchar::CodePage::Current()) {}
-    explicit CharacterSet(const SAnsiString& characters) : CharacterSet() { add(characters); }
+    explicit CharacterSet(const mbchar::CodePage& page) : page_(&page) {}
+    CharacterSet(const mbchar::CodePage& page, const SAnsiString& characters) : page_(&page) {
+        add(characters);
+    }
 
     const mbchar::CodePage& page() const noexcept { return *page_; }
     void add(const SAnsiString& characters);

@@ -1,9 +1,11 @@
 #include "tarnlib/codesetconverter.h"
 
 #include <cstring>
+#include <cwchar>
+#include <limits>
 
 #include "diag/require.h"
-#include "strings/mbchar.h"
+#include "strings/codepagetext.h"
 
 namespace TarnLibA500 {
 namespace {
@@ -12,19 +14,10 @@ using mbchar::CodePage;
 
 constexpr const char* kUnit = "codesetconverter";
 
-// The bytes of a unit, "?" when it has none.
-int EncodeOrReplace(const CodePage& page, char* bytes, wchar_t unit) {
-    const int count = page.fromWide(bytes, unit);
-    if (count > 0) return count;
-    bytes[0] = mbchar::kReplacement;
-    return 1;
-}
-
-std::uint32_t BytesNeeded(const CodePage& page, const wchar_t* in) {
-    char bytes[mbchar::kMaxCharacterBytes];
-    std::uint32_t needed = 0;
-    for (; *in != L'\0'; ++in) needed += static_cast<std::uint32_t>(EncodeOrReplace(page, bytes, *in));
-    return needed;
+// As much of a text as so many characters can take, so that a long text is not measured for a short output.
+const char* EndOfCharacters(const char* in, std::uint32_t characters) {
+    constexpr std::size_t kMostBytes = std::numeric_limits<std::size_t>::max();
+    return in + strnlen(in, characters < kMostBytes / 2 ? 2 * characters : kMostBytes);
 }
 
 }  // namespace
@@ -33,13 +26,7 @@ int CodesetConverter::mbstoucs2(wchar_t* out, const char* in, std::uint32_t maxU
     if (!Require(in != nullptr, kUnit, "inBuffer != 0")) return 0;
     const CodePage& page = CodePage::Current();
     if (out == nullptr) return static_cast<int>(mbchar::CountCharacters(page, in));
-    std::uint32_t units = 0;
-    while (units < maxUnits && *in != '\0') {
-        const int bytes = page.toWide(out[units], in);
-        if (bytes < 0) out[units] = mbchar::kReplacement;
-        in += bytes < 0 ? 1 : bytes;
-        ++units;
-    }
+    const std::uint32_t units = mbchar::Decode(page, in, EndOfCharacters(in, maxUnits), out, maxUnits);
     if (units < maxUnits) out[units] = L'\0';
     return static_cast<int>(units);
 }
@@ -53,17 +40,12 @@ int CodesetConverter::mbtoucs2(wchar_t* out, const char* in) {
 int CodesetConverter::ucs2tombs(char* out, const wchar_t* in, std::uint32_t nBytes) {
     if (!Require(in != nullptr, kUnit, "inBuffer != 0")) return 0;
     const CodePage& page = CodePage::Current();
-    if (out == nullptr) return static_cast<int>(BytesNeeded(page, in));
-    std::uint32_t used = 0;
-    for (; *in != L'\0'; ++in) {
-        char bytes[mbchar::kMaxCharacterBytes];
-        const auto count = static_cast<std::uint32_t>(EncodeOrReplace(page, bytes, *in));
-        if (count > nBytes - used) {
-            std::memset(out + used, mbchar::kReplacement, nBytes - used);
-            return static_cast<int>(nBytes);
-        }
-        std::memcpy(out + used, bytes, count);
-        used += count;
+    const wchar_t* const end = in + std::wcslen(in);
+    if (out == nullptr) return static_cast<int>(mbchar::CountBytes(page, in, end));
+    const std::uint32_t used = mbchar::Encode(page, in, end, out, nBytes);
+    if (in != end) {
+        std::memset(out + used, mbchar::kReplacement, nBytes - used);
+        return static_cast<int>(nBytes);
     }
     if (used < nBytes) out[used] = '\0';
     return static_cast<int>(used);

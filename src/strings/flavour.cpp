@@ -16,6 +16,10 @@ bool BeginsCharacter(const mbchar::CodePage& page, const char* place, const char
 
 }  // namespace
 
+bool Flavour<char, 0>::beginsCharacter(const char* first, const char* place) {
+    return BeginsCharacter(mbchar::CodePage::Current(), place, first);
+}
+
 // Equal bytes at the beginning of a character are equal characters, because every character of "what" is
 // valid.
 const char* Flavour<char, 0>::find(const char* from, const char* end, const char* what, std::uint32_t n) {

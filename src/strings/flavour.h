@@ -23,6 +23,7 @@ struct TrimStep {
 /// Flavours whose characters are single code units.
 template <class unit>
 struct UnitFlavour {
+    static const unit* next(const unit* at) noexcept { return at + 1; }
     static const unit* advance(const unit* at, std::uint32_t characters) noexcept {
         for (; characters != 0 && *at != unit(); --characters) ++at;
         return at;
@@ -35,6 +36,7 @@ struct UnitFlavour {
         return static_cast<std::uint32_t>(end - from);
     }
     static bool isSearchable(const unit*, std::uint32_t) noexcept { return true; }
+    static bool beginsCharacter(const unit*, const unit*) noexcept { return true; }
 };
 
 template <class unit, int flavour>
@@ -63,6 +65,7 @@ struct Flavour<wchar_t, 1> : UnitFlavour<wchar_t> {
 
 template <>
 struct Flavour<char, 0> {
+    static const char* next(const char* at) { return at + mbchar::CodePage::Current().step(at); }
     static const char* advance(const char* at, std::uint32_t characters) {
         return mbchar::Advance(mbchar::CodePage::Current(), at, characters);
     }
@@ -83,8 +86,10 @@ struct Flavour<char, 0> {
         const int bytes = page.toWide(unit, at);
         return {page.step(at), bytes > 0 && is_space(unit)};
     }
-    /// False when a character of the text is invalid: such a text is never found.
+    /// False when a character of the text is invalid, or when it begins with a zero byte, which ends every text
+    /// that is searched: such a text is never found.
     static bool isSearchable(const char* text, std::uint32_t length) {
+        if (length != 0 && *text == '\0') return false;
         const mbchar::CodePage& page = mbchar::CodePage::Current();
         if (page.isSingleByte()) return true;
         for (const char* const end = text + length; text < end;) {
@@ -95,6 +100,8 @@ struct Flavour<char, 0> {
         return true;
     }
     static const char* find(const char* from, const char* end, const char* what, std::uint32_t n);
+    /// True when one of the characters of a text, which begins at "first", begins at the place.
+    static bool beginsCharacter(const char* first, const char* place);
 };
 
 }  // namespace TarnLibA500

@@ -4,7 +4,8 @@
 #include <cstring>
 
 #include "diag/require.h"
-#include "strings/mbchar.h"
+#include "strings/bytesearch.h"
+#include "strings/codepagetext.h"
 #include "strings/stringbuilder.h"
 #include "strings/utftext.h"
 #include "tarnlib/UTFConverter.h"
@@ -23,25 +24,27 @@ constexpr const char* kNotAsciiInOCA = "Not a valid ASCII string in OCA";
 constexpr const char* kNotAsciiInWChar = "Not a valid ASCII string in WChar";
 
 constexpr int kFailed = -1;
+constexpr std::uint32_t kUpToTerminator = 0xFFFFFFFF;
 constexpr unsigned kAsciiEnd = 0x80;
 constexpr std::uint32_t kUnitBytes = sizeof(wchar_t);
 
 using Ansi = SString_t<char, 0>;
 using Ascii = SString_t<char, 1>;
 using Wide = SString_t<wchar_t, 1>;
+using mbchar::CodePage;
 
 template <class unit>
 bool IsAscii(unit character) {
     return static_cast<std::make_unsigned_t<unit>>(character) < kAsciiEnd;
 }
 
-// The units of a source up to its terminator, at most so many; a null source is reported and counts as empty.
+// The units of a source: as many as are said, or up to its terminator. A null source is reported and counts as
+// empty.
 template <class unit>
 std::uint32_t SourceLength(const unit* text, std::uint32_t count) {
     if (!Require(text != nullptr, kUnit, kNoInput)) return 0;
-    std::uint32_t length = 0;
-    while (length < count && text[length] != unit()) ++length;
-    return length;
+    if (count != kUpToTerminator) return count;
+    return static_cast<std::uint32_t>(std::char_traits<unit>::length(text));
 }
 
 // Writes the text with its terminator when there is room for both.
@@ -64,33 +67,56 @@ bool Take(String& target, const String& text) {
 // --- code-page text and UTF-16 ---
 
 Wide WideFromMBCS(const char* text, std::uint32_t count) {
-    const Ansi terminated(text, count);
-    StringBuilder<wchar_t, 1> built(
-        static_cast<std::uint32_t>(CodesetConverter::mbstoucs2(nullptr, terminated.getString(), 0)));
-    if (built.room() != 0) CodesetConverter::mbstoucs2(built.units(), terminated.getString(), built.room());
+    const CodePage& page = CodePage::Current();
+    const char* const end = text + count;
+    StringBuilder<wchar_t, 1> built(mbchar::CountCharacters(page, text, end));
+    built.cut(mbchar::Decode(page, text, end, built.units(), built.room()));
     return built;
 }
 
 Ansi MBCSFromWide(const wchar_t* text, std::uint32_t count) {
-    const Wide terminated(text, count);
-    StringBuilder<char, 0> built(
-        static_cast<std::uint32_t>(CodesetConverter::ucs2tombs(nullptr, terminated.getString(), 0)));
-    if (built.room() != 0) CodesetConverter::ucs2tombs(built.units(), terminated.getString(), built.room());
+    const CodePage& page = CodePage::Current();
+    const wchar_t* const end = text + count;
+    StringBuilder<char, 0> built(mbchar::CountBytes(page, text, end));
+    built.cut(mbchar::Encode(page, text, end, built.units(), built.room()));
     return built;
 }
 
-// Hands the text on as UTF-16, a piece at a time: reading a string allocates nothing.
-template <class Use>
-void ForEachWidePiece(const char* text, Use use) {
-    constexpr std::uint32_t kPieceUnits = 256;
-    wchar_t piece[kPieceUnits];
-    const mbchar::CodePage& page = mbchar::CodePage::Current();
-    while (*text != '\0') {
-        const auto units = static_cast<std::uint32_t>(CodesetConverter::mbstoucs2(piece, text, kPieceUnits));
-        use(piece, units);
-        text = mbchar::Advance(page, text, units);
+/// A string's text as it is converted: up to the first zero byte, by the code page of the moment. The process
+/// may set another one while the text is measured and written.
+class CodePageText {
+  public:
+    CodePageText(const char* text, std::uint32_t length)
+        : text_(text), end_(FindByte(text, text + length, '\0')) {}
+
+    std::uint32_t characters() const { return mbchar::CountCharacters(page_, text_, end_); }
+    std::uint32_t utf8Bytes() const {
+        std::uint32_t bytes = 0;
+        forEachPiece([&](const wchar_t* units, std::uint32_t count) {
+            bytes += CUTFConverter::UTF16ToUTF8Length(units, count) - 1;
+        });
+        return bytes;
     }
-}
+    std::uint32_t write(wchar_t* out, std::uint32_t room) const {
+        const char* at = text_;
+        return mbchar::Decode(page_, at, end_, out, room);
+    }
+    // Hands the text on as UTF-16, a piece at a time: reading a string allocates nothing.
+    template <class Use>
+    void forEachPiece(Use use) const {
+        constexpr std::uint32_t kPieceUnits = 256;
+        wchar_t piece[kPieceUnits];
+        for (const char* at = text_; at < end_;) {
+            const std::uint32_t units = mbchar::Decode(page_, at, end_, piece, kPieceUnits);
+            use(piece, units);
+        }
+    }
+
+  private:
+    const CodePage& page_ = CodePage::Current();
+    const char* const text_;
+    const char* const end_;
+};
 
 // --- UTF-8 ---
 
@@ -142,13 +168,13 @@ bool TakeAscii(Ascii& target, const unit* text, std::uint32_t count, const char*
 // SAnsiString
 
 template <>
-std::uint32_t FlavourConvert<char, 0>::getNBytesForWide(const char* text, std::uint32_t) {
-    return (mbchar::CountCharacters(mbchar::CodePage::Current(), text) + 1) * kUnitBytes;
+std::uint32_t FlavourConvert<char, 0>::getNBytesForWide(const char* text, std::uint32_t length) {
+    return (CodePageText(text, length).characters() + 1) * kUnitBytes;
 }
 
 template <>
-std::uint32_t FlavourConvert<char, 0>::getNBytesForAscii(const char* text, std::uint32_t) {
-    return mbchar::CountCharacters(mbchar::CodePage::Current(), text) + 1;
+std::uint32_t FlavourConvert<char, 0>::getNBytesForAscii(const char* text, std::uint32_t length) {
+    return CodePageText(text, length).characters() + 1;
 }
 
 template <>
@@ -157,22 +183,18 @@ std::uint32_t FlavourConvert<char, 0>::getNBytesForMBCS(const char*, std::uint32
 }
 
 template <>
-std::uint32_t FlavourConvert<char, 0>::getNBytesForUTF8(const char* text, std::uint32_t) {
-    std::uint32_t needed = 1;
-    ForEachWidePiece(text, [&](const wchar_t* units, std::uint32_t count) {
-        needed += CUTFConverter::UTF16ToUTF8Length(units, count) - 1;
-    });
-    return needed;
+std::uint32_t FlavourConvert<char, 0>::getNBytesForUTF8(const char* text, std::uint32_t length) {
+    return CodePageText(text, length).utf8Bytes() + 1;
 }
 
 template <>
 int FlavourConvert<char, 0>::toAscii(const char* text, std::uint32_t length, char* out,
                                      std::uint32_t nBytesInBuffer) {
     if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
-    const std::uint32_t needed = getNBytesForAscii(text, length);
-    if (nBytesInBuffer < needed) return kFailed;
+    const CodePageText source(text, length);
+    if (nBytesInBuffer <= source.characters()) return kFailed;
     std::uint32_t used = 0;
-    ForEachWidePiece(text, [&](const wchar_t* units, std::uint32_t count) {
+    source.forEachPiece([&](const wchar_t* units, std::uint32_t count) {
         WriteAscii(units, count, out + used);
         used += count;
     });
@@ -190,8 +212,12 @@ template <>
 int FlavourConvert<char, 0>::toWide(const char* text, std::uint32_t length, wchar_t* out,
                                     std::uint32_t nBytesInBuffer) {
     if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
-    if (nBytesInBuffer < getNBytesForWide(text, length)) return kFailed;
-    return CodesetConverter::mbstoucs2(out, text, nBytesInBuffer / kUnitBytes) + 1;
+    const CodePageText source(text, length);
+    const std::uint32_t units = source.characters();
+    if (nBytesInBuffer / kUnitBytes <= units) return kFailed;
+    const std::uint32_t written = source.write(out, units);
+    out[written] = L'\0';
+    return static_cast<int>(written + 1);
 }
 
 // Deliberately without the terminator in its count.
@@ -199,11 +225,12 @@ template <>
 int FlavourConvert<char, 0>::toUTF8(const char* text, std::uint32_t length, char* out,
                                     std::uint32_t nBytesInBuffer) {
     if (!Require(out != nullptr, kUnit, kNoUTF8Output)) return kFailed;
-    const std::uint32_t needed = getNBytesForUTF8(text, length);
-    if (nBytesInBuffer < needed) return kFailed;
+    const CodePageText source(text, length);
+    const std::uint32_t needed = source.utf8Bytes();
+    if (nBytesInBuffer <= needed) return kFailed;
     std::uint32_t used = 0;
-    ForEachWidePiece(text, [&](const wchar_t* units, std::uint32_t count) {
-        used += static_cast<std::uint32_t>(WriteUTF8(units, count, out + used, needed - used));
+    source.forEachPiece([&](const wchar_t* units, std::uint32_t count) {
+        used += static_cast<std::uint32_t>(WriteUTF8(units, count, out + used, needed + 1 - used));
     });
     out[used] = '\0';
     return static_cast<int>(used);

@@ -11,8 +11,13 @@ class WordSplitter {
         : text_(text),
           words_(words),
           keepSeparators_(keepSeparators),
-          separators_(separators),
-          wordEnds_(separators_) {}
+          separators_(mbchar::CodePage::Current(), separators),
+          wordEnds_(separators_),
+          quote_(separators_.page()) {}
+    WordSplitter(const WordSplitter&) = delete;
+    WordSplitter& operator=(const WordSplitter&) = delete;
+    // Drops what is left of the old words, also when memory fails in the middle.
+    ~WordSplitter() { words_.SetSize(count_); }
 
     // A quote ends a word as a separator does, but is never one: it would be consumed before it could open a
     // quoted word.
@@ -33,8 +38,16 @@ class WordSplitter {
     }
 
   private:
+    // An old word's block takes the new one where it has room: splitting line after line into one array soon
+    // allocates nothing.
     void add(const char* from, const char* to) {
-        words_.Add(SAnsiString(from, static_cast<std::uint32_t>(to - from)));
+        const auto length = static_cast<std::uint32_t>(to - from);
+        if (count_ < words_.GetSize()) {
+            words_.ElementAt(count_).copyFrom(from, length);
+        } else {
+            words_.Add(SAnsiString(from, length));
+        }
+        ++count_;
     }
 
     void takeSeparators() {
@@ -60,8 +73,9 @@ class WordSplitter {
         }
     }
 
-    const SAnsiString text_;  // a reference of its own: the text may be one of the words that are dropped
+    const SAnsiString text_;  // a reference of its own: the text may be one of the old words
     SIArray<SAnsiString>& words_;
+    std::uint32_t count_ = 0;  // words of the new text
     const bool keepSeparators_;
     CharacterSet separators_;
     CharacterSet wordEnds_;
@@ -81,7 +95,6 @@ void SStringHelper::makeWords(const SAnsiString& text, SIArray<SAnsiString>& wor
                               const SAnsiString& separators, bool quoted, bool keepSeparators) {
     WordSplitter splitter(text, separators, words, keepSeparators);
     if (quoted && quote.getLength() != 0) splitter.quoteWith(quote);
-    words.RemoveAll();
     splitter.split();
 }
 

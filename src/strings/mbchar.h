@@ -27,7 +27,8 @@ class CodePage {
     /// code page that the system does not have, or whose characters take more than two bytes, behaves like
     /// the C locale. Throws BadAllocation when a table that is new to the process cannot be made.
     static const CodePage& Of(unsigned number);
-    /// The code page of the C locale's LC_CTYPE category, which the process may change at any time.
+    /// The code page of the C locale's LC_CTYPE category, which the process may change at any time: an
+    /// operation asks once and hands the answer down, so that sizes and what is written agree.
     static const CodePage& Current();
 
     unsigned number() const noexcept { return number_; }
@@ -43,6 +44,17 @@ class CodePage {
     /// Converts the character at the text. Returns its bytes, 0 on the terminator (and stores 0), -1 when it
     /// is invalid (and stores nothing).
     int toWide(wchar_t& out, const char* text) const noexcept;
+    /// Converts the character at a place before the end of a text, beyond which nothing is read; a zero byte is
+    /// a character here. Returns its bytes, 1 or 2; an invalid byte becomes the replacement and counts 1.
+    unsigned toWideOrReplace(wchar_t& out, const char* text, const char* end) const noexcept {
+        if (!isLeadByte(*text)) {
+            out = static_cast<wchar_t>(single_.entry[static_cast<unsigned char>(*text)]);
+            return 1;
+        }
+        const std::uint16_t unit = end - text > 1 ? decodePair(text) : kNoCharacter;
+        out = static_cast<wchar_t>(unit != kNoCharacter ? unit : std::uint16_t{kReplacement});
+        return unit != kNoCharacter ? 2 : 1;
+    }
     /// Converts one UTF-16 unit into at most two bytes. Returns the bytes, or -1 when the code page has no
     /// character for it; a near likeness that the system offers ("best fit") counts as a character. U+0000
     /// gives one zero byte.

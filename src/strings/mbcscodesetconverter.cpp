@@ -5,16 +5,17 @@
 
 #include <windows.h>
 
+#include "diag/levels.h"
 #include "diag/require.h"
 #include "strings/memory.h"
 #include "strings/stringbuilder.h"
+#include "strings/utftext.h"
 #include "tarnlib/UTFConverter.h"
 
 namespace TarnLibA500 {
 namespace {
 
 constexpr const char* kUnit = "mbcscodesetconverter";
-constexpr int kTraceLevel = 1;
 
 using Codeset = MBCSCodesetConverter::ExplicitCodeset;
 
@@ -51,10 +52,27 @@ SAnsiString FromWide(const SString_t<wchar_t, 1>& wide) {
     return text;
 }
 
+// Where UTF-8 goes wrong, counted from 0; its length when it ends inside a character at the very end.
+std::uint32_t PlaceOfIllegalByte(const char* bytes, std::uint32_t count) {
+    constexpr std::uint32_t kPieceUnits = 256;
+    const auto* const first = reinterpret_cast<const unsigned char*>(bytes);
+    const unsigned char* at = first;
+    CUTFConverter::Result result = CUTFConverter::TargetExhausted;
+    while (result == CUTFConverter::TargetExhausted) {
+        wchar_t piece[kPieceUnits];
+        wchar_t* end = piece;
+        result = CUTFConverter::Convert(at, first + count, end, piece + kPieceUnits);
+    }
+    return static_cast<std::uint32_t>(at - first);
+}
+
 SAnsiString FromUTF8(const char* bytes, std::uint32_t count) {
     SOCAString wide;
-    if (!CUTFConverter::UTF8ToUTF16(bytes, count, wide))
-        TraceText(kTraceLevel, kUnit, "failed UTF8 -> UCS2 conversion");
+    if (!DecodeUTF8(bytes, count, wide)) {
+        SAnsiString failure("failed UTF8 -> UCS2 conversion");
+        failure << " at byte " << PlaceOfIllegalByte(bytes, count) << " of " << count;
+        TraceText(levels::kLoss, kUnit, failure.getString());
+    }
     return FromWide(wide);
 }
 
@@ -89,18 +107,18 @@ SSimpleBuffer AsTheyAre(const SAnsiString& text) {
 }
 
 SSimpleBuffer ToUTF8(const SAnsiString& text) {
-    const std::uint32_t needed = text.getNBytesForUTF8();
-    BytesOut out(needed - 1);
-    if (text.toUTF8(reinterpret_cast<char*>(out.bytes()), needed) < 0) {
-        TraceText(kTraceLevel, kUnit, "failed to convert to UTF-8");
-        return BytesOut(0).finish();
-    }
-    return out.finish();
+    SOCAString wide;
+    wide.fromMBCS(text.getString(), text.getLength());
+    SSimpleBuffer utf8;
+    if (!CUTFConverter::UTF16ToUTF8(wide, utf8))
+        TraceText(levels::kLoss, kUnit, "failed to convert to UTF-8");
+    utf8.releaseBuffer(utf8.getNBytes() - 1);  // the zero byte stays behind them
+    return utf8;
 }
 
 SSimpleBuffer ToSystemPage(const SAnsiString& text, UINT page) {
     SWCharString wide;
-    wide.fromMBCS(text.getString());
+    wide.fromMBCS(text.getString(), text.getLength());
     const int units = SystemCount(wide.getLength());
     const int count =
         units != 0 ? WideCharToMultiByte(page, 0, wide.getString(), units, nullptr, 0, "?", nullptr) : 0;

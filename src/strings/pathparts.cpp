@@ -37,7 +37,7 @@ struct PathSplit {
 };
 
 PathSplit FindParts(const char* at, const char* end) {
-    const CharacterSet slashes(kSlashes);
+    const CharacterSet slashes(mbchar::CodePage::Current(), kSlashes);
     PathSplit parts{at, end};
     while (at < end) {
         const unsigned bytes = CharacterBytes(slashes.page(), at);
@@ -111,7 +111,7 @@ bool PathContainsRelativeDirTokens(const SAnsiString& path) {
 }
 
 SAnsiString ReduceConsecutiveSlashes(const SAnsiString& path) {
-    const CharacterSet slashes(kSlashes);
+    const CharacterSet slashes(mbchar::CodePage::Current(), kSlashes);
     const char* at = path.getString();
     const char* const end = path.end().getPtr();
     SAnsiString reduced;
@@ -138,7 +138,7 @@ SAnsiString StripSlashOffDirEnd(const SAnsiString& dir) {
 }
 
 SAnsiString UnifyAllSlashes(const SAnsiString& path, const Char& separator) {
-    const CharacterSet slashes(kSlashes);
+    const CharacterSet slashes(mbchar::CodePage::Current(), kSlashes);
     const char* const end = path.end().getPtr();
     SAnsiString unified;
     for (const char* at = path.getString(); at < end;) {

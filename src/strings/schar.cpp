@@ -26,8 +26,10 @@ std::uint32_t UnitsAtStart(const unit* text, std::integral_constant<int, 1>) {
     return *text != unit() ? 1 : 0;
 }
 
-// The UTF-16 unit of a character; false when it has none.
+// The UTF-16 unit of a character; false, and 0, when it has none. Both at once: the process may set another
+// code page between two questions.
 bool ToCode(const SChar_t<char, 0>& character, wchar_t& code) {
+    code = L'\0';
     const int bytes = CodePage::Current().toWide(code, character.getUnits());
     return bytes > 0 && static_cast<std::uint32_t>(bytes) == character.getLength();
 }
@@ -40,21 +42,23 @@ bool ToCode(const SChar_t<wchar_t, 1>& character, wchar_t& code) {
     return character.getLength() != 0;
 }
 
-// The character of a UTF-16 unit; false when the flavour has none.
-bool FromCode(wchar_t code, SChar_t<char, 0>& character) {
-    char bytes[mbchar::kMaxCharacterBytes + 1] = {};
-    if (CodePage::Current().fromWide(bytes, code) < 0) return false;
-    character = SChar_t<char, 0>(bytes);
-    return true;
+// The code units of a UTF-16 unit's character, written where they belong; -1 when the flavour has none.
+int FromCode(wchar_t code, char* units, std::integral_constant<int, 0>) {
+    return CodePage::Current().fromWide(units, code);
 }
-bool FromCode(wchar_t code, SChar_t<char, 1>& character) {
-    if (!IsAscii(code)) return false;
-    character = SChar_t<char, 1>(static_cast<char>(code));
-    return true;
+int FromCode(wchar_t code, char* units, std::integral_constant<int, 1>) {
+    *units = static_cast<char>(code);
+    return IsAscii(code) ? 1 : -1;
 }
-bool FromCode(wchar_t code, SChar_t<wchar_t, 1>& character) {
-    character = SChar_t<wchar_t, 1>(code);
-    return true;
+int FromCode(wchar_t code, wchar_t* units, std::integral_constant<int, 1>) {
+    *units = code;
+    return 1;
+}
+
+// The bytes of a UTF-16 unit in the process's code page; 0 when it has none there.
+std::uint32_t MBCSFromCode(wchar_t code, char (&bytes)[mbchar::kMaxCharacterBytes]) {
+    const int count = CodePage::Current().fromWide(bytes, code);
+    return count > 0 ? static_cast<std::uint32_t>(count) : 0;
 }
 
 template <class unit>
@@ -81,7 +85,12 @@ wchar_t SChar_t<unit, flavour>::toUChar() const {
 
 template <class unit, int flavour>
 bool SChar_t<unit, flavour>::fromUChar(wchar_t code) {
-    return FromCode(code, *this);
+    CharData found;
+    const int count = FromCode(code, found.units, std::integral_constant<int, flavour>());
+    if (count < 0) return false;
+    found.length = code != L'\0' ? static_cast<std::uint32_t>(count) : 0;
+    data_ = found;
+    return true;
 }
 
 template <class unit, int flavour>
@@ -123,7 +132,8 @@ bool SChar_t<unit, flavour>::isWhiteSpace() const {
 
 template <class unit, int flavour>
 bool SChar_t<unit, flavour>::isAsciiChar() const {
-    return isUnicode() && IsAscii(toUChar());
+    wchar_t code = 0;
+    return ToCode(*this, code) && IsAscii(code);
 }
 
 template <class unit, int flavour>
@@ -144,38 +154,42 @@ bool SChar_t<unit, flavour>::isWideChar() const {
 template <class unit, int flavour>
 SChar_t<unit, flavour> SChar_t<unit, flavour>::toLower() const {
     SChar_t mapped(*this);
-    if (isUnicode()) mapped.fromUChar(static_cast<wchar_t>(std::towlower(toUChar())));
+    wchar_t code = 0;
+    if (ToCode(*this, code)) mapped.fromUChar(static_cast<wchar_t>(std::towlower(code)));
     return mapped;
 }
 
 template <class unit, int flavour>
 SChar_t<unit, flavour> SChar_t<unit, flavour>::toUpper() const {
     SChar_t mapped(*this);
-    if (isUnicode()) mapped.fromUChar(static_cast<wchar_t>(std::towupper(toUChar())));
+    wchar_t code = 0;
+    if (ToCode(*this, code)) mapped.fromUChar(static_cast<wchar_t>(std::towupper(code)));
     return mapped;
 }
 
 template <class unit, int flavour>
 int SChar_t<unit, flavour>::toAsciiChar(char* out, std::uint32_t nBytesInBuffer) const {
-    const char byte = static_cast<char>(toUChar());
-    if (data_.length != 0 && !isAsciiChar()) return -1;
-    return Write(out, nBytesInBuffer, &byte, getNBytesForAscii());
+    wchar_t code = 0;
+    if (data_.length == 0) return Write(out, nBytesInBuffer, out, 0);
+    if (!ToCode(*this, code) || !IsAscii(code)) return -1;
+    const char byte = static_cast<char>(code);
+    return Write(out, nBytesInBuffer, &byte, 1);
 }
 
 template <class unit, int flavour>
 int SChar_t<unit, flavour>::toMBCSChar(char* out, std::uint32_t nBytesInBuffer) const {
+    wchar_t code = 0;
+    if (data_.length == 0) return Write(out, nBytesInBuffer, out, 0);
     char bytes[mbchar::kMaxCharacterBytes];
-    const std::uint32_t count = getNBytesForMBCS();
-    if (data_.length != 0 && count == 0) return -1;
-    if (count != 0) CodePage::Current().fromWide(bytes, toUChar());
-    return Write(out, nBytesInBuffer, bytes, count);
+    const std::uint32_t count = ToCode(*this, code) ? MBCSFromCode(code, bytes) : 0;
+    return count != 0 ? Write(out, nBytesInBuffer, bytes, count) : -1;
 }
 
 template <class unit, int flavour>
 int SChar_t<unit, flavour>::toOCAChar(wchar_t* out, std::uint32_t nBytesInBuffer) const {
-    const wchar_t code = toUChar();
-    if (data_.length != 0 && !isUnicode()) return -1;
-    return Write(out, nBytesInBuffer, &code, data_.length != 0 ? 1U : 0U);
+    wchar_t code = 0;
+    if (data_.length == 0) return Write(out, nBytesInBuffer, out, 0);
+    return ToCode(*this, code) ? Write(out, nBytesInBuffer, &code, 1) : -1;
 }
 
 template <class unit, int flavour>
@@ -192,9 +206,7 @@ template <class unit, int flavour>
 std::uint32_t SChar_t<unit, flavour>::getNBytesForMBCS() const {
     wchar_t code = 0;
     char bytes[mbchar::kMaxCharacterBytes];
-    if (!ToCode(*this, code)) return 0;
-    const int count = CodePage::Current().fromWide(bytes, code);
-    return count > 0 ? static_cast<std::uint32_t>(count) : 0;
+    return ToCode(*this, code) ? MBCSFromCode(code, bytes) : 0;
 }
 
 template <class unit, int flavour>
@@ -214,8 +226,8 @@ std::uint32_t SChar_t<unit, flavour>::getNBytesForUChar() const {
 
 template <class unit, int flavour>
 std::uint32_t SChar_t<unit, flavour>::getNBytesForUTF8() const {
-    if (!isUnicode()) return 0;
-    const wchar_t code = toUChar();
+    wchar_t code = 0;
+    if (!ToCode(*this, code)) return 0;
     if (IsAscii(code)) return 1;
     return code < kTwoByteEnd ? 2 : 3;
 }

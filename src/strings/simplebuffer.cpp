@@ -7,6 +7,7 @@
 
 #include <windows.h>
 
+#include "diag/levels.h"
 #include "diag/require.h"
 #include "strings/memory.h"
 
@@ -18,7 +19,6 @@ constexpr const char* kNoBlock = "buffer != NULL";
 constexpr const char* kUsedFits = "bytesUsed <= buffer->bytesAllocated";
 // The constructor's assertion keeps this line whatever the source looks like: who filters reports knows it.
 constexpr int kConstructorLine = 324;
-constexpr int kTraceLevel = 0;
 constexpr std::int32_t kNeverCounted = -1;
 constexpr std::uint64_t kMaxBytes = 0xFFFFFFFF;
 
@@ -35,6 +35,9 @@ bool SameBytes(const unsigned char* a, const unsigned char* b, std::uint32_t cou
 }
 
 }  // namespace
+
+// Declared once more, so that the DLL has it for clients that take its address or a reference.
+constexpr std::uint32_t SSimpleBuffer::kUnspecified;
 
 // ------------------------------------------------------------------------------------------------ blocks
 
@@ -233,11 +236,11 @@ void SSimpleBuffer::concat(const void* bytes, std::uint32_t count) {
 }
 
 void SSimpleBuffer::copyBeforeDetaching() {
-    TraceText(kTraceLevel, kUnit, "SSimpleBuffer::detach() copying buffer before detaching");
+    TraceText(levels::kStep, kUnit, "SSimpleBuffer::detach() copying buffer before detaching");
     try {
         adopt(CopyOf(*buffer_, buffer_->bytesUsed));
     } catch (const std::bad_alloc&) {
-        TraceText(kTraceLevel, kUnit, "DetachableSSimpleBuffer:: memory allocation failure?");
+        TraceText(levels::kLoss, kUnit, "DetachableSSimpleBuffer:: memory allocation failure?");
         empty();
     }
 }

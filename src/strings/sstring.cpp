@@ -183,8 +183,9 @@ SString_t<unit, flavour>::SString_t(const unit* text, std::uint32_t nUnits) : bu
 
 template <class unit, int flavour>
 SString_t<unit, flavour>::SString_t(const iterator& first, const iterator& last)
-    : SString_t(first.getPtr(),
-                first < last ? static_cast<std::uint32_t>(last.getPtr() - first.getPtr()) : 0) {}
+    : SString_t(first.getPtr(), first.getPtr() < last.getPtr()
+                                    ? static_cast<std::uint32_t>(last.getPtr() - first.getPtr())
+                                    : 0) {}
 
 template <class unit, int flavour>
 SString_t<unit, flavour>::SString_t(const Char& character)
@@ -193,11 +194,6 @@ SString_t<unit, flavour>::SString_t(const Char& character)
 template <class unit, int flavour>
 SString_t<unit, flavour>& SString_t<unit, flavour>::operator=(const unit* text) {
     return copyFrom(text);
-}
-
-template <class unit, int flavour>
-SString_t<unit, flavour>& SString_t<unit, flavour>::operator=(unit single) {
-    return copyFrom(&single, 1);
 }
 
 template <class unit, int flavour>
@@ -240,7 +236,8 @@ void SString_t<unit, flavour>::empty() noexcept {
 
 template <class unit, int flavour>
 typename SString_t<unit, flavour>::iterator& SString_t<unit, flavour>::iterator::operator++() {
-    return *this += 1;
+    p_ = Flavour<unit, flavour>::next(p_);
+    return *this;
 }
 
 template <class unit, int flavour>
@@ -305,9 +302,8 @@ template <class unit, int flavour>
 SString_t<unit, flavour>& SString_t<unit, flavour>::concat(const unit* text, std::uint32_t nUnits) {
     if (text == nullptr) return *this;
     // The text may lie inside this string, whose block may move.
-    const unit* const before = getString();
-    const bool inside = text >= before && text <= before + getLength();
-    const std::ptrdiff_t offset = inside ? text - before : 0;
+    const bool inside = holds(text);
+    const std::ptrdiff_t offset = inside ? text - getString() : 0;
     unit* const end = concatAllocHelper(nUnits);
     if (end != nullptr) CopyUnits(end, inside ? getString() + offset : text, nUnits);
     return *this;
@@ -325,12 +321,14 @@ SString_t<unit, flavour>& SString_t<unit, flavour>::concat(const Char& character
 
 template <class unit, int flavour>
 void SString_t<unit, flavour>::concatFromAsciiCharacters(const char* text, std::uint32_t count) {
+    const SString_t source = holds(text) ? *this : SString_t();  // keeps the old block alive
     unit* const end = text != nullptr ? concatAllocHelper(count) : nullptr;
     for (std::uint32_t i = 0; end != nullptr && i < count; ++i) end[i] = static_cast<unsigned char>(text[i]);
 }
 
 template <class unit, int flavour>
 void SString_t<unit, flavour>::concatFromAsciiCharacters(const wchar_t* text, std::uint32_t count) {
+    const SString_t source = holds(text) ? *this : SString_t();  // keeps the old block alive
     unit* const end = text != nullptr ? concatAllocHelper(count) : nullptr;
     for (std::uint32_t i = 0; end != nullptr && i < count; ++i)
         end[i] = static_cast<unsigned char>(text[i] & 0xFF);
@@ -342,8 +340,7 @@ void SString_t<unit, flavour>::replaceUnits(std::uint32_t offset, std::uint32_t 
                                             std::uint32_t added) {
     const std::uint32_t kept = getLength() - removed;
     if (!Require(added < kMaxUnits - kept, kUnit, kLengthOverflow)) return;
-    const bool inside = text >= getString() && text <= getString() + getLength();
-    const SString_t source = inside ? *this : SString_t();  // keeps the old block alive and untouched
+    const SString_t source = holds(text) ? *this : SString_t();  // keeps the old block alive and untouched
     copyOnWrite(kept + added);
     unit* const place = characters() + offset;
     CopyUnits(place + added, place + removed, kept - offset);
@@ -593,11 +590,64 @@ typename SString_t<unit, flavour>::iterator SString_t<unit, flavour>::findLast(c
     return iterator(locateLast(from.getPtr(), character.getUnits(), character.getLength()));
 }
 
-SAnsiStringCI::iterator SAnsiStringCI::find(const Base& text, const iterator& from) const {
-    Base lowered(*this);
-    Base wanted(text);
+// By whole characters: what begins like a text that begins a character, and is searchable, begins with it.
+template <class unit, int flavour>
+bool SString_t<unit, flavour>::startsWith(const unit* text, std::uint32_t n) const {
+    return n <= getLength() && Flavour<unit, flavour>::isSearchable(text, n) &&
+           std::memcmp(getString(), text, n * sizeof(unit)) == 0;
+}
+
+template <class unit, int flavour>
+bool SString_t<unit, flavour>::endsWith(const unit* text, std::uint32_t n) const {
+    if (n > getLength() || !Flavour<unit, flavour>::isSearchable(text, n)) return false;
+    const unit* const place = getString() + (getLength() - n);
+    return std::memcmp(place, text, n * sizeof(unit)) == 0 &&
+           Flavour<unit, flavour>::beginsCharacter(getString(), place);
+}
+
+template <class unit, int flavour>
+bool SString_t<unit, flavour>::startsWith(const SString_t& text) const {
+    return startsWith(text.getString(), text.getLength());
+}
+
+template <class unit, int flavour>
+bool SString_t<unit, flavour>::startsWith(const unit* text) const {
+    return text != nullptr && startsWith(text, LengthOf(text));
+}
+
+template <class unit, int flavour>
+bool SString_t<unit, flavour>::startsWith(const Char& character) const {
+    return character.getLength() != 0 && startsWith(character.getUnits(), character.getLength());
+}
+
+template <class unit, int flavour>
+bool SString_t<unit, flavour>::endsWith(const SString_t& text) const {
+    return endsWith(text.getString(), text.getLength());
+}
+
+template <class unit, int flavour>
+bool SString_t<unit, flavour>::endsWith(const unit* text) const {
+    return text != nullptr && endsWith(text, LengthOf(text));
+}
+
+template <class unit, int flavour>
+bool SString_t<unit, flavour>::endsWith(const Char& character) const {
+    return character.getLength() != 0 && endsWith(character.getUnits(), character.getLength());
+}
+
+namespace {
+
+SString_t<char, 0> Lowered(const SString_t<char, 0>& text) {
+    SString_t<char, 0> lowered(text);
     lowered.toLower();
-    wanted.toLower();
+    return lowered;
+}
+
+}  // namespace
+
+SAnsiStringCI::iterator SAnsiStringCI::find(const Base& text, const iterator& from) const {
+    const Base lowered = Lowered(*this);
+    const Base wanted = Lowered(text);
     // Mapping can change byte lengths, never the number of characters: both positions are counted in those.
     const iterator place = lowered.Base::find(wanted, lowered.getCursor(getCharIndex(from)));
     return place == lowered.end() ? end() : getCursor(lowered.getCharIndex(place));
@@ -609,6 +659,30 @@ SAnsiStringCI::iterator SAnsiStringCI::find(const char* text, const iterator& fr
 
 SAnsiStringCI::iterator SAnsiStringCI::find(const Char& character, const iterator& from) const {
     return character.getLength() != 0 ? find(Base(character), from) : end();
+}
+
+bool SAnsiStringCI::startsWith(const Base& text) const {
+    return Lowered(*this).startsWith(Lowered(text));
+}
+
+bool SAnsiStringCI::startsWith(const char* text) const {
+    return text != nullptr && startsWith(Base(text));
+}
+
+bool SAnsiStringCI::startsWith(const Char& character) const {
+    return character.getLength() != 0 && startsWith(Base(character));
+}
+
+bool SAnsiStringCI::endsWith(const Base& text) const {
+    return Lowered(*this).endsWith(Lowered(text));
+}
+
+bool SAnsiStringCI::endsWith(const char* text) const {
+    return text != nullptr && endsWith(Base(text));
+}
+
+bool SAnsiStringCI::endsWith(const Char& character) const {
+    return character.getLength() != 0 && endsWith(Base(character));
 }
 
 // -------------------------------------------------------------------------------------------------
@@ -644,7 +718,13 @@ int SString_t<unit, flavour>::compare(const SString_t& other) const {
 
 template <class unit, int flavour>
 int SString_t<unit, flavour>::compare(const unit* other) const {
-    return CompareUnits(getString(), getLength(), other != nullptr ? other : getString(), LengthOf(other));
+    return compare(other, LengthOf(other));
+}
+
+template <class unit, int flavour>
+int SString_t<unit, flavour>::compare(const unit* other, std::uint32_t nUnits) const {
+    const bool isText = other != nullptr;
+    return CompareUnits(getString(), getLength(), isText ? other : getString(), isText ? nUnits : 0);
 }
 
 template <class unit, int flavour>

@@ -182,6 +182,9 @@ SAnsiString SAnsiStringConv::StringFrom10Number2Digits(int number) {
 // ------------------------------------------------------------------------------------------------ UTF-16
 // text
 
+// Declared once more, so that the DLL has it for clients that take its address or a reference.
+constexpr std::uint32_t SWCharStringConv::kArrayUnits;
+
 SWCharString SWCharStringConv::ToString(short number, int radix) {
     return Wide(number, radix);
 }

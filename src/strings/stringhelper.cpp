@@ -24,20 +24,13 @@ bool HasAt(const char* at, const char* end, const SAnsiString& what) {
            std::memcmp(at, what.getString(), what.getLength()) == 0;
 }
 
-bool IsCharacterStart(const SAnsiString& text, const char* place) {
-    const mbchar::CodePage& page = mbchar::CodePage::Current();
-    const char* at = text.getString();
-    while (at < place) at += CharacterBytes(page, at);
-    return at == place;
-}
-
 bool IsLineEnd(char byte) {
     return byte == '\r' || byte == '\n';
 }
 
 // Steps over the text that stays: up to the marker outside quotes, the line's end, or the end.
-const char* FindCommentOrLineEnd(const char* at, const char* end, const SAnsiString& marker) {
-    const mbchar::CodePage& page = mbchar::CodePage::Current();
+const char* FindCommentOrLineEnd(const mbchar::CodePage& page, const char* at, const char* end,
+                                 const SAnsiString& marker) {
     bool inQuotes = false;
     while (at < end && !IsLineEnd(*at)) {
         if (!inQuotes && HasAt(at, end, marker)) break;
@@ -47,10 +40,19 @@ const char* FindCommentOrLineEnd(const char* at, const char* end, const SAnsiStr
     return at;
 }
 
-const char* FindLineEnd(const char* at, const char* end) {
-    const mbchar::CodePage& page = mbchar::CodePage::Current();
+const char* FindLineEnd(const mbchar::CodePage& page, const char* at, const char* end) {
     while (at < end && !IsLineEnd(*at)) at += CharacterBytes(page, at);
     return at;
+}
+
+void TrimLeft(const CharacterSet& set, SAnsiString& text) {
+    const char* const kept = set.skipMembers(text.getString(), text.end().getPtr());
+    if (kept != text.getString()) text = text.right(SAnsiString::iterator(kept));
+}
+
+void TrimRight(const CharacterSet& set, SAnsiString& text) {
+    const char* const kept = set.stripMembers(text.getString(), text.end().getPtr());
+    if (kept != text.end().getPtr()) text = text.left(SAnsiString::iterator(kept));
 }
 
 std::uint32_t Distance(const char* from, const char* to) {
@@ -72,29 +74,28 @@ SAnsiString Join(const Strings& strings) {
 }  // namespace
 
 void SStringHelper::trimLeft(SAnsiString& text, const SAnsiString& characters) {
-    const char* const kept = CharacterSet(characters).skipMembers(text.getString(), text.end().getPtr());
-    if (kept != text.getString()) text = text.right(SAnsiString::iterator(kept));
+    TrimLeft(CharacterSet(mbchar::CodePage::Current(), characters), text);
 }
 
 void SStringHelper::trimRight(SAnsiString& text, const SAnsiString& characters) {
-    const char* const kept = CharacterSet(characters).stripMembers(text.getString(), text.end().getPtr());
-    if (kept != text.end().getPtr()) text = text.left(SAnsiString::iterator(kept));
+    TrimRight(CharacterSet(mbchar::CodePage::Current(), characters), text);
 }
 
 void SStringHelper::trim(SAnsiString& text, const SAnsiString& characters) {
-    const SAnsiString set(characters);  // may be the text itself
-    trimLeft(text, set);
-    trimRight(text, set);
+    const CharacterSet set(mbchar::CodePage::Current(), characters);
+    TrimLeft(set, text);
+    TrimRight(set, text);
 }
 
 void SStringHelper::removeComments(SAnsiString& text, const SAnsiString& marker) {
     if (!IsSearchable(marker)) return;
+    const mbchar::CodePage& page = mbchar::CodePage::Current();
     const char* const end = text.end().getPtr();
     SAnsiString kept;
     for (const char* at = text.getString(); at < end;) {
-        const char* const comment = FindCommentOrLineEnd(at, end, marker);
+        const char* const comment = FindCommentOrLineEnd(page, at, end, marker);
         kept.concat(at, Distance(at, comment));
-        at = FindLineEnd(comment, end);
+        at = FindLineEnd(page, comment, end);
         for (; at < end && IsLineEnd(*at); ++at) kept.concat(*at);
     }
     if (kept.getLength() != text.getLength()) text = kept;
@@ -117,27 +118,23 @@ void SStringHelper::replaceSubString(SAnsiString& text, const SAnsiString& what,
 
 bool SStringHelper::replaceSubStringAtStart(SAnsiString& text, const SAnsiString& what,
                                             const SAnsiString& by) {
-    const char* const start = text.getString();
-    const char* const end = text.end().getPtr();
-    if (!IsSearchable(what) || !HasAt(start, end, what)) return false;
+    if (what.isEmpty() || !text.startsWith(what)) return false;
     SAnsiString replaced(by);
-    replaced.concat(start + what.getLength(), text.getLength() - what.getLength());
+    replaced.concat(text.getString() + what.getLength(), text.getLength() - what.getLength());
     text = replaced;
     return true;
 }
 
 bool SStringHelper::replaceSubStringAtEnd(SAnsiString& text, const SAnsiString& what, const SAnsiString& by) {
-    if (!IsSearchable(what) || what.getLength() > text.getLength()) return false;
-    const char* const place = text.end().getPtr() - what.getLength();
-    if (!HasAt(place, text.end().getPtr(), what) || !IsCharacterStart(text, place)) return false;
-    SAnsiString replaced(text.left(SAnsiString::iterator(place)));
+    if (what.isEmpty() || !text.endsWith(what)) return false;
+    SAnsiString replaced(text.getString(), text.getLength() - what.getLength());
     replaced.concat(by);
     text = replaced;
     return true;
 }
 
 void SStringHelper::escapeDelimiters(const SAnsiString& text, SAnsiString& result, const Char& delimiter) {
-    CharacterSet special;
+    CharacterSet special(mbchar::CodePage::Current());
     special.add(delimiter);
     special.add(Char(kEscape));
     const char* const end = text.end().getPtr();

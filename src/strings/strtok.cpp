@@ -31,6 +31,11 @@ SAnsiString::iterator STextRest::find(const SAnsiString& token) const {
     return token.isEmpty() ? text_.end() : text_.find(token, start());
 }
 
+// By bytes, as the token was found: a zero byte in it would end a walk by characters.
+SAnsiString::iterator STextRest::behind(const SAnsiString& token, SAnsiString::iterator place) const {
+    return place == text_.end() ? text_.end() : SAnsiString::iterator(place.getPtr() + token.getLength());
+}
+
 const SAnsiString& STextRest::get() const {
     if (position_ != 0) {
         text_ = text_.right(start());
@@ -44,16 +49,13 @@ SAnsiString STextRest::before(const SAnsiString& token) const {
 }
 
 SAnsiString STextRest::after(const SAnsiString& token) const {
-    SAnsiString::iterator place = find(token);
-    if (place != text_.end()) place += token.getNChars();
-    return text_.right(place);
+    return text_.right(behind(token, find(token)));
 }
 
 void STextRest::cut(const SAnsiString& token, SAnsiString& piece) {
-    SAnsiString::iterator place = find(token);
+    const SAnsiString::iterator place = find(token);
     piece = SAnsiString(start(), place);
-    if (place != text_.end()) place += token.getNChars();
-    position_ = static_cast<std::uint32_t>(place.getPtr() - text_.getString());
+    position_ = static_cast<std::uint32_t>(behind(token, place).getPtr() - text_.getString());
     if (isEmpty()) {
         text_.empty();
         position_ = 0;

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <clocale>
 #include <string>
+#include <thread>
 
 #include "support/assert_recorder.h"
 #include "support/locale_scope.h"
@@ -178,9 +182,73 @@ TEST(NamedCodesets, TraceIllegalUTF8) {
     static std::string traced;
     SDiagnosticSink sink;
     sink.shouldTrace = [](int, const char*) { return true; };
-    sink.trace = [](int, const char* unit, const char* text) { traced = std::string(unit) + ": " + text; };
+    sink.trace = [](int level, const char* unit, const char* text) {
+        traced = std::to_string(level) + " " + unit + ": " + text;
+    };
     const SDiagnosticSink* const before = InstallDiagnosticSink(&sink);
-    EXPECT_EQ(Codeset::ExplicitCodesetToT("abc\xFF", Codeset::UTF8), "");
+    const std::string text = std::string(1000, 'x') + "\xC3\xA9\xFF!";
+    EXPECT_EQ(Codeset::ExplicitCodesetToT(text.c_str(), Codeset::UTF8), "");
     InstallDiagnosticSink(before);
-    EXPECT_EQ(traced, "mbcscodesetconverter: failed UTF8 -> UCS2 conversion");
+    EXPECT_EQ(traced, "9 mbcscodesetconverter: failed UTF8 -> UCS2 conversion at byte 1002 of 1004");
+}
+
+// A count is a count: only texts without one end at their zero.
+TEST(CountedSources, KeepZeroUnits) {
+    const auto text = [](const auto& s) { return std::string(s.getString(), s.end().getPtr()); };
+    const std::string three("a\0b", 3);
+    SAnsiString ansi;
+    SAsciiString ascii;
+    SWCharString wide;
+    EXPECT_TRUE(ansi.fromAscii("a\0bc", 3) && text(ansi) == three);
+    EXPECT_TRUE(ansi.fromMBCS("a\0bc", 3) && text(ansi) == three);
+    EXPECT_TRUE(ansi.fromWChar(L"a\0bc", 3) && text(ansi) == three);
+    EXPECT_TRUE(ansi.fromUTF8("a\0bc", 3) && text(ansi) == three);
+    EXPECT_TRUE(ascii.fromMBCS("a\0bc", 3) && ascii.fromUTF8("a\0bc", 3) && text(ascii) == three);
+    EXPECT_FALSE(ascii.fromWChar(L"a\0\xE9", 3));
+    EXPECT_TRUE(wide.fromMBCS("a\0bc", 3) && text(wide) == three);
+    EXPECT_TRUE(wide.fromAscii("a\0bc", 3) && wide.fromOCA(wide.getString(), 3) && text(wide) == three);
+    EXPECT_TRUE(ansi.fromMBCS("a\0bc") && ansi == "a");
+    for (const auto codeset : {Codeset::UTF8, Codeset::Windows1252}) {
+        const SSimpleBuffer bytes = Codeset::TToExplicitCodeset(SAnsiString("a\0b", 3), codeset);
+        EXPECT_EQ(Bytes(bytes), three);
+        EXPECT_EQ(text(Codeset::ExplicitCodesetToT(bytes, codeset)), three);
+    }
+}
+
+// Sizes and what is written are of one code page, whatever another thread sets in between.
+TEST(Cp932Conversion, KeepsToItsRoomWhileTheLocaleChanges) {
+    const LocaleScope locale(kLocale932);
+    constexpr std::uint32_t kCharacters = 600, kMargin = 4 * kCharacters;
+    SAnsiString text;
+    for (std::uint32_t i = 0; i < kCharacters; ++i) text += "\x83\x5C";
+    const SWCharString units(std::wstring(kCharacters, L'\x30BD').c_str());
+    std::atomic<bool> stop{false};
+    std::thread other([&stop] {
+        while (!stop) std::setlocale(LC_CTYPE, "C"), std::setlocale(LC_CTYPE, kLocale932);
+    });
+    const auto keepsTo = [](std::uint32_t bytes, auto convert) {
+        std::string out(bytes + kMargin, '#');
+        convert(out.data(), bytes);
+        return out.find_first_not_of('#', bytes) == std::string::npos;
+    };
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    while (!testing::Test::HasFailure() && std::chrono::steady_clock::now() < end) {
+        EXPECT_TRUE(keepsTo(kCharacters + 1, [&](char* out, std::uint32_t n) { text.toAscii(out, n); }));
+        EXPECT_TRUE(keepsTo(3 * kCharacters + 1, [&](char* out, std::uint32_t n) { text.toUTF8(out, n); }));
+        EXPECT_TRUE(keepsTo(2 * kCharacters + 2, [&](char* out, std::uint32_t n) {
+            text.toWChar(reinterpret_cast<wchar_t*>(out), n);
+        }));
+        SWCharString wide;
+        wide.fromMBCS(text.getString());
+        EXPECT_TRUE(wide == units || (wide.getLength() == 2 * kCharacters && wide.endsWith(L"\x83\x5C")));
+        SAnsiString narrow;
+        narrow.fromWChar(units.getString());
+        EXPECT_TRUE(narrow == text || narrow == std::string(kCharacters, '?').c_str());
+        const SChar_t<char, 0> character("\x83\x5C");
+        char one[3] = {};
+        const int written = character.toMBCSChar(one, 2);
+        EXPECT_TRUE(written == -1 || (written == 2 && character == SChar_t<char, 0>(one)) || written == 1);
+    }
+    stop = true;
+    other.join();
 }

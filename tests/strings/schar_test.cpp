@@ -14,13 +14,12 @@ TEST(Character, ConvertsByFlavour) {
     EXPECT_TRUE(e.isAlpha() && e.isLower() && e.isUnicode() && e.isMBCSChar() && !e.isAsciiChar() &&
                 !e.isDigit());
     EXPECT_EQ(e.toUpper(), '\xC9');
-    EXPECT_EQ(e.toUChar() + e.getNBytesForUTF8() + e.getNBytesForWChar(), 0xE9U + 2 + 2);
-    EXPECT_EQ(e.toWideChar(units, 2) * 1000 + units[0], 1000 + 0xE9);
-    EXPECT_EQ(
-        e.toOCAChar(units, 1) + e.toAsciiChar(bytes, 4) + e.toMBCSChar(bytes, 0) + e.toMBCSChar(nullptr, 4),
-        -4);
-    EXPECT_EQ(e.toMBCSChar(bytes, 1), 1);
-    EXPECT_EQ(none.toMBCSChar(bytes, 0) + none.toWideChar(units, 0), 0);
+    EXPECT_TRUE(e.toUChar() == 0xE9 && e.getNBytesForUTF8() == 2 && e.getNBytesForWChar() == 2);
+    EXPECT_TRUE(e.toWideChar(units, 2) == 1 && units[0] == 0xE9);
+    EXPECT_TRUE(e.toOCAChar(units, 1) == -1 && e.toAsciiChar(bytes, 4) == -1);
+    EXPECT_TRUE(e.toMBCSChar(bytes, 0) == -1 && e.toMBCSChar(nullptr, 4) == -1);
+    EXPECT_TRUE(e.toMBCSChar(bytes, 1) == 1 && bytes[0] == '\xE9');
+    EXPECT_TRUE(none.toMBCSChar(bytes, 0) == 0 && none.toWideChar(units, 0) == 0);
     EXPECT_FALSE(none.isAlpha() || none.isUnicode() || none.isWhiteSpace());
     SChar_t<wchar_t, 1> wide(L'\x3000');
     SChar_t<char, 1> ascii('x');
@@ -35,7 +34,7 @@ TEST(Character, ConvertsByFlavour) {
 TEST(Cp932Character, HoldsBothBytes) {
     const tarntest::LocaleScope locale(tarntest::kLocale932);
     const SChar_t<char, 0> so("\x83\x5C\x41"), broken("\x83 ");
-    EXPECT_EQ(so.getLength() * 10 + broken.getLength(), 21U);
+    EXPECT_TRUE(so.getLength() == 2 && broken.getLength() == 1);
     EXPECT_TRUE(so != '\x83' && so != '\\' && so.toUChar() == 0x30BD && so.getNBytesForUTF8() == 3);
     EXPECT_TRUE(!broken.isUnicode() && !broken.isMBCSChar() && broken.toLower() == broken);
     EXPECT_EQ((SChar_t<char, 0>("\x82\x60").toLower()), (SChar_t<char, 0>("\x82\x81")));

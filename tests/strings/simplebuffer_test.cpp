@@ -30,7 +30,9 @@ struct Reporting {
     Reporting() {
         static const SDiagnosticSink sink{[](const char* text) { lastReport = (++reports, text); }, nullptr,
                                           [](int, const char*) { return true; },
-                                          [](int, const char*, const char* text) { lastReport = text; }};
+                                          [](int level, const char*, const char* text) {
+                                              lastReport = std::to_string(level) + " " + text;
+                                          }};
         InstallDiagnosticSink((reports = 0, &sink));
     }
     ~Reporting() { InstallDiagnosticSink(nullptr); }
@@ -39,7 +41,7 @@ struct Reporting {
 }  // namespace
 
 TEST(SimpleBuffer, ChangesInPlaceOnlyWhatHasRoomAndIsNotShared) {
-    constexpr std::uint32_t kNone = 0xFFFFFFFF;
+    const std::uint32_t& kNone = SSimpleBuffer::kUnspecified;  // a client may take a reference
     constexpr bool kAppend = true, kWrite = false, kShared = true, kOwn = false;
     // bytes to append with a reserve, or a minimum to ask for; the room afterwards; whether the block stays
     using Case = std::tuple<bool, std::uint32_t, std::uint32_t, bool, std::uint32_t, bool>;
@@ -112,7 +114,7 @@ TEST(SimpleBuffer, DetachHandsOverOrCopies) {
     const Buffer adopting(own.detach(), 3, true);
     Buffer shared = adopting;
     const Buffer copied(shared.detach(), 3, true);
-    EXPECT_EQ(lastReport, "SSimpleBuffer::detach() copying buffer before detaching");
+    EXPECT_EQ(lastReport, "6 SSimpleBuffer::detach() copying buffer before detaching");
     EXPECT_TRUE(own.isEmpty() && shared.isEmpty() && adopting.getBufferProtected() == bytes);
     EXPECT_TRUE(copied.getBufferProtected() != bytes && copied == adopting);
 }
@@ -120,7 +122,12 @@ TEST(SimpleBuffer, DetachHandsOverOrCopies) {
 TEST(SimpleBuffer, ComparesUnsignedBytesThenLengths) {
     const std::string ascending[] = {"", {"\0", 1}, {"\0\0", 2}, "a", "aa", "b", "\x7F", "\x80", "\xFF"};
     for (const auto& a : ascending) {
-        for (const auto& b : ascending) EXPECT_EQ(Buffer(a).compare(Buffer(b)), (&a > &b) - (&a < &b));
+        for (const auto& b : ascending) {
+            const Buffer left(a), right(b);
+            EXPECT_EQ(left.compare(right), (&a > &b) - (&a < &b));
+            EXPECT_TRUE((left < right) == (&a < &b) && (left > right) == (&a > &b));
+            EXPECT_TRUE((left <= right) == (&a <= &b) && (left >= right) == (&a >= &b));
+        }
     }
     const unsigned char text[] = "abc";
     EXPECT_TRUE(Buffer("ab") == text && Buffer("ax") != text && !(Buffer("ab") == nullptr));

@@ -21,9 +21,23 @@ unsigned long AllocationsOf(const std::function<void()>& work) {
 
 const std::string kLong(500, 'L');
 
-struct Secret : SAnsiString {
-    using SAnsiString::SAnsiString, SString_t<char, 0>::getStringBuffer, SString_t<char, 0>::unlinkBuffer;
+template <class String>
+struct Secret : String {
+    using String::String, String::Base::getStringBuffer, String::Base::unlinkBuffer;
 };
+using AnsiSecret = Secret<SAnsiString>;
+using WideSecret = Secret<SWCharString>;
+
+template <class Hidden>
+void ExpectWiped(Hidden secret, bool wipe) {
+    constexpr std::size_t kHeader = sizeof(*secret.getStringBuffer());
+    const std::size_t bytes = secret.getStringBuffer()->capacity * sizeof(*secret.getString());
+    std::string freed(kHeader + bytes, '\0');
+    tarntest::CopyWhenFreed(secret.getStringBuffer(), freed.data(), static_cast<unsigned long>(freed.size()));
+    secret.unlinkBuffer(wipe);
+    EXPECT_EQ(freed.substr(kHeader) == std::string(bytes, '#'), wipe);
+    EXPECT_EQ(freed[kHeader], wipe ? '#' : 'p');
+}
 
 }  // namespace
 
@@ -64,6 +78,31 @@ TEST(StringAllocations, AppendingGrowsByDoubling) {
               1U);
     EXPECT_EQ(AllocationsOf([] { SAnsiString("  x ").trim(); }),
               2U);  // the text, then both sides at once
+}
+
+// A block is full with one unit less than it has: the last one is the terminator's.
+TEST(StringAllocations, ATextAsLongAsItsBlockGetsAnother) {
+    const std::pair<const char*, std::function<void(SAnsiString&, std::uint32_t)>> fills[] = {
+        {"copyFrom", [](SAnsiString& s, std::uint32_t n) { s.copyFrom(kLong.c_str(), n); }},
+        {"concat", [](SAnsiString& s, std::uint32_t n) { s.concat(kLong.c_str(), n - s.getLength()); }},
+        {"setSize", [](SAnsiString& s, std::uint32_t n) { s.setSize(n); }},
+        {"insertChars",
+         [](SAnsiString& s, std::uint32_t n) {
+             s.insertChars(1, kLong.substr(0, n - s.getLength()).c_str());
+         }},
+        {"single units",
+         [](SAnsiString& s, std::uint32_t n) {
+             while (s.getLength() < n) s += 'x';
+         }},
+    };
+    for (const auto& [name, fill] : fills) {
+        AnsiSecret s("ab");
+        const std::uint32_t capacity = s.getStringBuffer()->capacity;
+        fill(s, capacity - 1);
+        EXPECT_EQ(s.getStringBuffer()->capacity, capacity) << name;
+        fill(s, capacity);
+        EXPECT_GT(s.getStringBuffer()->capacity, capacity) << name;
+    }
 }
 
 TEST(StringTorture, AFailedAllocationLeavesTheStringAsItWas) {
@@ -116,13 +155,8 @@ TEST(StringTorture, AFailedAllocationLeavesTheStringAsItWas) {
 
 TEST(StringWipe, OverwritesTheWholeBlockBeforeItIsFreed) {
     for (const bool wipe : {false, true}) {
-        Secret secret("password");
-        char freed[sizeof(Secret::SStringBuffer) + 9 + 32] = {};
-        tarntest::CopyWhenFreed(secret.getStringBuffer(), freed, sizeof freed);
-        secret.unlinkBuffer(wipe);
-        const std::string characters(freed + sizeof(Secret::SStringBuffer), freed + sizeof freed);
-        EXPECT_EQ(characters == std::string(9 + 32, '#'), wipe);
-        EXPECT_EQ(characters.find("password"), wipe ? std::string::npos : 0);
+        ExpectWiped(AnsiSecret("password"), wipe);
+        ExpectWiped(WideSecret(L"password"), wipe);
     }
 }
 

@@ -39,6 +39,10 @@ TEST(StrTok, CutsAtTheWholeToken) {
         EXPECT_EQ(Pieces(WithToken(c.text, c.token)), c.pieces) << c.text;
     }
     EXPECT_EQ(Pieces(WithToken("whole", "")), "[whole]");
+    const SAnsiString zero("a\0b", 3);
+    EXPECT_EQ(SStrTok(zero, SAnsiString("\0b", 2)).Next(), zero);  // never found
+    SStrTok inside(SAnsiString("x") + zero + "y", zero);
+    EXPECT_TRUE(inside.Next() == "x" && inside.Next() == "y" && inside.IsEmpty());
     EXPECT_EQ(Pieces(RSStrTok(SAnsiString("whole"))), "[whole]");
 }
 

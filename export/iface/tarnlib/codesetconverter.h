@@ -8,9 +8,9 @@
 /// other.
 ///
 /// Sources are zero-terminated. Counts of wide text are code units, of code-page text bytes. What does not
-/// convert becomes
-/// "?"; a near likeness that the system offers counts as converted. Null outputs ask for the room that is
-/// needed. All members are static and may be called from any thread.
+/// convert becomes "?"; a near likeness that the system offers counts as converted. Null outputs ask for the
+/// room that is needed. The code page is the one of the moment: where another thread may set the locale, the room
+/// that was needed may be too small when the text is written, and what is written then ends there. All members are static and may be called from any thread.
 ///
 ///     wchar_t wide[80];
 ///     int units = CodesetConverter::mbstoucs2(wide, text, 80);
@@ -18,6 +18,7 @@
 ///     int used = CodesetConverter::ucs2tombs(bytes, L"caf\x00E9", 16);
 namespace TarnLibA500 {
 
+/// Conversions between the process's code page and UCS-2; all members are static.
 class TARN_API CodesetConverter {
   public:
     /// At most so many units; terminated when there is room. An invalid byte becomes "?". Returns the units
@@ -32,12 +33,14 @@ class TARN_API CodesetConverter {
     /// One unit. Returns its bytes, or -1 when it does not exist in the code page or does not fit.
     static int ucs2tomb(char* out, std::uint32_t nBytes, wchar_t in);
 
-    /// UCS-2 and wchar_t are the same here. One unit; the result is 1.
+    /// One unit, for UCS-2 and wchar_t are the same here; the result is 1.
     static int ucs2towc(wchar_t* out, wchar_t in);
+    /// The same.
     static int wctoucs2(wchar_t* out, wchar_t in);
     /// At most so many units; terminated when there is room. Returns the units copied, or needed with a null
     /// output.
     static int ucs2towcs(wchar_t* out, const wchar_t* in, std::uint32_t maxUnits);
+    /// The same.
     static int wcstoucs2(wchar_t* out, const wchar_t* in, std::uint32_t maxUnits);
 };
 

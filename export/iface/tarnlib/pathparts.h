@@ -43,9 +43,9 @@ TARN_API bool IsAbsolutePath(const SAnsiString& path);
 TARN_API bool PathContainsRelativeDirTokens(const SAnsiString& path);
 /// Reduces each run of slashes to its first. Two backslashes at the start, a network path, stay two.
 TARN_API SAnsiString ReduceConsecutiveSlashes(const SAnsiString& path);
-/// The path without the slashes at its start, or at its end. Nothing is spared: "C:\" gives "C:", "/" gives
-/// "".
+/// The path without the slashes at its start: "\\server" gives "server".
 TARN_API SAnsiString StripSlashOffDirBegin(const SAnsiString& dir);
+/// The path without the slashes at its end. Nothing is spared: "C:\" gives "C:", "/" gives "".
 TARN_API SAnsiString StripSlashOffDirEnd(const SAnsiString& dir);
 /// The path with each slash replaced by the separator.
 TARN_API SAnsiString UnifyAllSlashes(const SAnsiString& path, const SChar_t<char, 0>& separator = '\\');

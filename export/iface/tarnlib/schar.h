@@ -1,6 +1,8 @@
 #pragma once
 
+#include <concepts>
 #include <cstdint>
+#include <type_traits>
 
 #include "tarnlib/tarnapi.h"
 
@@ -23,23 +25,40 @@ TARN_API bool is_space(wchar_t unit);
 /// Uppercase.
 TARN_API bool is_upper(wchar_t unit);
 
-/// How one character of a flavour is stored: one code unit, or the bytes of one multi-byte character.
-template <class unit, int flavour>
-struct SCharData {
-    static constexpr std::uint32_t capacity = 1;
-    unit units[2] = {};        ///< followed by a zero unit
-    std::uint32_t length = 0;  ///< code units in use; 0 for the null character
-};
-template <>
-struct SCharData<char, 0> {
-    static constexpr std::uint32_t capacity = 6;
-    char units[7] = {};
-    std::uint32_t length = 0;
+/// Numbers that are no code unit of a text. Strings refuse them, because `text += 65` hardly ever means the
+/// letter: operator<< appends numbers. An ASCII letter may stand for its UTF-16 unit.
+template <class T, class unit>
+concept SForeignNumber = (std::is_arithmetic_v<T> || std::is_enum_v<T>)&&!std::same_as<T, unit> &&
+                         !(std::same_as<T, char> && sizeof(unit) > sizeof(char));
+
+/// What a refused number becomes where null pointers, which are numbers too, are taken.
+template <class unit>
+struct SRefusedNumber {
+    /// Takes any such number.
+    template <SForeignNumber<unit> T>
+    SRefusedNumber(T) {}
 };
 
+/// How one character of a flavour is stored: one code unit.
+template <class unit, int flavour>
+struct SCharData {
+    static constexpr std::uint32_t capacity = 1;  ///< code units that fit
+    unit units[2] = {};                           ///< followed by a zero unit
+    std::uint32_t length = 0;                     ///< code units in use; 0 for the null character
+};
+/// How one multi-byte character is stored: its bytes.
+template <>
+struct SCharData<char, 0> {
+    static constexpr std::uint32_t capacity = 6;  ///< bytes that fit
+    char units[7] = {};                           ///< followed by a zero byte
+    std::uint32_t length = 0;                     ///< bytes in use; 0 for the null character
+};
+
+/// One character: a value that can be copied, compared and asked what it is.
 template <class unit, int flavour>
 class SChar_t {
   public:
+    /// How it is stored.
     using CharData = SCharData<unit, flavour>;
 
     /// The null character.
@@ -52,6 +71,10 @@ class SChar_t {
     }
     /// The first character of a zero-terminated text; the null character for an empty or a null text.
     explicit SChar_t(const unit* oneChar);
+    /// A copy.
+    TARN_MEM SChar_t(const SChar_t&) noexcept = default;
+    /// Replaces the character. Not for temporary ones: `text[0] = 'x'` would change a copy; setAt replaces.
+    TARN_MEM SChar_t& operator=(const SChar_t&) & noexcept = default;
 
     /// The code units, followed by a zero unit.
     TARN_MEM const unit* getUnits() const noexcept { return data_.units; }
@@ -60,34 +83,47 @@ class SChar_t {
     /// The first code unit, 0 for the null character. Comparing with == looks at the whole character instead.
     TARN_MEM operator unit() const noexcept { return data_.units[0]; }
 
-    /// Classes of characters, by the C library's wide-character classes in the current locale. False for the
-    /// null character and for one that has no Unicode value.
+    // --- classes of characters; false for the null character and for one that has no Unicode value ---
+
+    /// True for a letter by the C library's wide-character classes in the current locale.
     bool isAlpha() const;
+    /// True for a decimal digit by the C library's wide-character classes.
     bool isDigit() const;
+    /// True for a lower-case letter by the C library's wide-character classes in the current locale.
     bool isLower() const;
+    /// True for upper case in the sense of is_upper.
     bool isUpper() const;
     /// True for a space or a tab.
     bool isBlank() const;
     /// True for white space in the sense of is_space.
     bool isWhiteSpace() const;
-    /// True when the character exists in the representation: 7-bit ASCII, the process's code page, UTF-16.
+    /// True when the character exists in 7-bit ASCII.
     bool isAsciiChar() const;
+    /// True when the character exists in the process's code page.
     bool isMBCSChar() const;
+    /// True when the character exists in UTF-16.
     bool isOCAChar() const;
+    /// True when the character exists in UTF-16.
     bool isWideChar() const;
     /// True when the character has a Unicode value, which a broken multi-byte character has not.
     bool isUnicode() const;
 
-    /// The character in the other case, or itself when it has none there.
+    /// The character in lower case, or itself when it has none.
     SChar_t toLower() const;
+    /// The character in upper case, or itself when it has none.
     SChar_t toUpper() const;
 
-    /// Write the one character without a terminator; sizes are in bytes. The result is the code units
-    /// written, 0 for the null character, or -1 when the room is too small, the output is null or the
-    /// character does not exist there.
+    // --- conversion: the one character without a terminator; sizes are in bytes ---
+    // The result is the code units written, 0 for the null character, or -1 when the room is too small, the
+    // output is null or the character does not exist there.
+
+    /// Into 7-bit ASCII.
     int toAsciiChar(char* out, std::uint32_t nBytesInBuffer) const;
+    /// Into the process's code page.
     int toMBCSChar(char* out, std::uint32_t nBytesInBuffer) const;
+    /// Into UTF-16.
     int toOCAChar(wchar_t* out, std::uint32_t nBytesInBuffer) const;
+    /// Into UTF-16.
     int toWideChar(wchar_t* out, std::uint32_t nBytesInBuffer) const;
     /// The UTF-16 unit of the character; 0 for the null character and for one without a Unicode value.
     wchar_t toUChar() const;
@@ -101,13 +137,19 @@ class SChar_t {
         return other.isUnicode() && fromUChar(other.toUChar());
     }
 
-    /// Bytes of the one character in the representation, without a terminator; 0 when it does not exist
-    /// there.
+    // --- bytes of the one character, without a terminator; 0 when it does not exist there ---
+
+    /// In 7-bit ASCII.
     std::uint32_t getNBytesForAscii() const;
+    /// In the process's code page.
     std::uint32_t getNBytesForMBCS() const;
+    /// In UTF-16.
     std::uint32_t getNBytesForOCA() const;
+    /// In UTF-16.
     std::uint32_t getNBytesForWChar() const;
+    /// In UTF-8.
     std::uint32_t getNBytesForUTF8() const;
+    /// In UTF-16.
     std::uint32_t getNBytesForUChar() const;
 
     /// True when all code units are the same.
@@ -120,6 +162,7 @@ class SChar_t {
     }
     /// True when the character is this one code unit and nothing else.
     friend bool operator==(const SChar_t& left, unit right) noexcept { return left == SChar_t(right); }
+    /// The same for the code unit as a number.
     friend bool operator==(const SChar_t& left, int right) noexcept {
         return left == SChar_t(static_cast<unit>(right));
     }

@@ -26,6 +26,7 @@
 ///     SSimpleBuffer::dealloc(mine);
 namespace TarnLibA500 {
 
+/// A growable byte buffer.
 class TARN_API SSimpleBuffer {
   public:
     /// As an extra reserve: none. As a minimum size: as large as it is.
@@ -34,10 +35,13 @@ class TARN_API SSimpleBuffer {
     /// A block as buffers share it. It owns its data, or the mapped view of a file.
     class TARN_API SSimpleInternalBuffer {
       public:
+        /// No bytes, counted once.
         SSimpleInternalBuffer() noexcept;
         /// Unmaps or frees the data.
         ~SSimpleInternalBuffer();
+        /// Blocks are shared, not copied.
         SSimpleInternalBuffer(const SSimpleInternalBuffer&) = delete;
+        /// Blocks are shared, not copied.
         SSimpleInternalBuffer& operator=(const SSimpleInternalBuffer&) = delete;
 
         /// Maps a whole file for reading; the block must be fresh. False, and traced, when that fails (always
@@ -46,6 +50,7 @@ class TARN_API SSimpleBuffer {
         /// Gives up the view and the file; the block has no bytes then. Nothing happens when it is not
         /// mapped.
         void UnMap() noexcept;
+        /// True while the bytes are a view of a file.
         bool IsMapped() const noexcept { return mapped != 0; }
 
         std::atomic<std::int32_t> refCount;  ///< buffers that share the block
@@ -69,7 +74,9 @@ class TARN_API SSimpleBuffer {
     SSimpleBuffer(const void* bytes, std::uint32_t count, bool adopt);
     /// Shares the block.
     SSimpleBuffer(const SSimpleBuffer& other) noexcept;
+    /// Shares the block and lets go of its own.
     SSimpleBuffer& operator=(const SSimpleBuffer& other) noexcept;
+    /// Lets go of the block.
     virtual ~SSimpleBuffer();
 
     // --- reading ---
@@ -85,6 +92,7 @@ class TARN_API SSimpleBuffer {
     const unsigned char* getBufferProtected() const noexcept {
         return buffer_ != nullptr ? buffer_->data : nullptr;
     }
+    /// The same as getBufferProtected.
     operator const unsigned char*() const noexcept { return getBufferProtected(); }
 
     // --- writing in place ---
@@ -99,6 +107,7 @@ class TARN_API SSimpleBuffer {
     // --- appending; the bytes may lie in this buffer ---
     /// Appends one byte, without a reserve.
     void append(unsigned char byte) { append(&byte, 1); }
+    /// Appends one byte, without a reserve.
     SSimpleBuffer& operator<<(unsigned char byte) {
         append(byte);
         return *this;
@@ -119,8 +128,16 @@ class TARN_API SSimpleBuffer {
     /// Compares unsigned bytes; where one buffer is the beginning of the other, the shorter one is smaller.
     /// -1, 0 or 1.
     int compare(const SSimpleBuffer& other) const noexcept;
+    /// True when sizes and bytes are the same.
     bool operator==(const SSimpleBuffer& other) const noexcept;
+    /// The order of compare.
     bool operator<(const SSimpleBuffer& other) const noexcept { return compare(other) < 0; }
+    /// The order of compare.
+    bool operator>(const SSimpleBuffer& other) const noexcept { return compare(other) > 0; }
+    /// The order of compare.
+    bool operator<=(const SSimpleBuffer& other) const noexcept { return compare(other) <= 0; }
+    /// The order of compare.
+    bool operator>=(const SSimpleBuffer& other) const noexcept { return compare(other) >= 0; }
     /// Compares with as many bytes as are used here; a null pointer equals only a buffer without bytes.
     bool operator==(const unsigned char* bytes) const noexcept;
 
@@ -153,6 +170,7 @@ class TARN_API SSimpleBuffer {
     /// The one block of all buffers without bytes: never counted, written or freed, and recognised by its
     /// address.
     static SSimpleInternalBuffer* GetEmptyBuffer() noexcept;
+    /// True for that block.
     static bool IsEmptyBuffer(const SSimpleInternalBuffer* buffer) noexcept;
     /// The block; null after a construction that was refused.
     SSimpleInternalBuffer* getInternalBuffer() const noexcept { return buffer_; }

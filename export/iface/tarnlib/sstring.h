@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <compare>
+#include <concepts>
 #include <cstdint>
 #include <utility>
 
@@ -31,32 +32,43 @@
 ///     if (SAnsiStringCI(stem) == "c:\\DATA\\REPORT") ...
 namespace TarnLibA500 {
 
-enum class LetterCase { Lower, Upper };
+/// Maps to lower or to upper case.
+enum class LetterCase {
+    Lower,  ///< to lower case
+    Upper   ///< to upper case
+};
 
 /// The capacity that marks the shared empty block.
 constexpr std::uint32_t kEmptyBufferCapacity = 0xFFFFFFFF;
 
+/// What all string classes are made of: a character type and a flavour (see SChar_t). Use the named classes below.
 template <class unit, int flavour>
 class SString_t {
   public:
+    /// One character of the flavour.
     using Char = SChar_t<unit, flavour>;
 
     /// The header of a block; the characters follow it, with a zero unit after the last.
     class TARN_API SStringBuffer {
       public:
+        /// All three fields 0.
         TARN_MEM SStringBuffer() noexcept : refCount(0), length(0), capacity(0) {}
+        /// The three fields.
         TARN_MEM constexpr SStringBuffer(std::int32_t references, std::uint32_t units,
                                          std::uint32_t room) noexcept
             : refCount(references), length(units), capacity(room) {}
+        /// Copies the three fields, never the characters.
         TARN_MEM SStringBuffer(const SStringBuffer& other) noexcept : SStringBuffer() { *this = other; }
+        /// Copies the three fields, never the characters.
         TARN_MEM SStringBuffer(SStringBuffer&& other) noexcept : SStringBuffer() { *this = other; }
-        /// Copy the three header fields, never the characters.
+        /// Copies the three fields, never the characters.
         TARN_MEM SStringBuffer& operator=(const SStringBuffer& other) noexcept {
             refCount.exchange(other.refCount.load(std::memory_order_acquire));
             length = other.length;
             capacity = other.capacity;
             return *this;
         }
+        /// Copies the three fields, never the characters.
         TARN_MEM SStringBuffer& operator=(SStringBuffer&& other) noexcept {
             return *this = std::as_const(other);
         }
@@ -66,8 +78,9 @@ class SString_t {
             length = 0;
             capacity = 0;
         }
-        /// The characters.
+        /// The characters, for writing.
         TARN_MEM unit* getBuffer() noexcept { return reinterpret_cast<unit*>(this + 1); }
+        /// The characters.
         TARN_MEM const unit* getBuffer() const noexcept { return reinterpret_cast<const unit*>(this + 1); }
 
         std::atomic<std::int32_t> refCount;  ///< strings that share the block; -1 in the empty block
@@ -77,49 +90,78 @@ class SString_t {
 
     /// The shared empty block of an instantiation: never counted, written or freed.
     struct _EmptyBuffer {
-        SStringBuffer header;
-        unit terminator;
+        SStringBuffer header;  ///< length 0, and the capacity that marks it
+        unit terminator;       ///< the zero unit behind the header
     };
 
-    /// A position in a text. It steps by characters and stays on the terminator.
+    /// A position in a text: a plain pointer that steps by characters. In a multi-byte text every zero byte is
+    /// the end, in the other flavours a zero unit inside the text is a character.
     class TARN_API iterator {
       public:
+        /// Stands nowhere until a position is assigned.
         TARN_MEM iterator() noexcept : p_(nullptr) {}
+        /// At a place in a string.
         TARN_MEM explicit iterator(const unit* position) noexcept : p_(position) {}
+        /// Steps to the next character. At the end of a multi-byte text it stays; in the other flavours, where it
+        /// steps over one unit whatever that is, it must not be used there.
         iterator& operator++();
+        /// The same, and returns the position before the step.
         TARN_MEM iterator operator++(int) {
             const iterator before = *this;
             ++*this;
             return before;
         }
-        /// Advances by a number of characters, stopping at the terminator.
+        /// Advances by a number of characters, stopping at a zero unit. (SString_t::getCursor finds a position
+        /// behind one.)
         iterator& operator+=(std::uint32_t characters);
-        /// The character here; the null character on the terminator.
+        /// The character here; the null character on a zero unit.
         const Char operator*() const;
-        /// True on the terminator.
+        /// True on a zero unit: at the terminator.
         TARN_MEM bool isAtEnd() const noexcept { return *p_ == unit(); }
+        /// The place in the string.
         TARN_MEM const unit* getPtr() const noexcept { return p_; }
-        TARN_MEM bool operator==(const iterator& other) const noexcept { return p_ == other.p_; }
-        TARN_MEM bool operator<(const iterator& other) const noexcept { return p_ < other.p_; }
+        /// True at the same place; in a multi-byte text also when both are at an end.
+        TARN_MEM bool operator==(const iterator& other) const noexcept {
+            if constexpr (flavour == 0) {
+                return p_ == other.p_ || (endsText() && other.endsText());
+            } else {
+                return p_ == other.p_;
+            }
+        }
+        /// True when this position comes before the other one.
+        TARN_MEM bool operator<(const iterator& other) const noexcept {
+            return p_ < other.p_ && !(*this == other);
+        }
 
       private:
+        TARN_MEM bool endsText() const noexcept { return p_ != nullptr && isAtEnd(); }
+
         const unit* p_;
     };
 
     // --- construction and assignment; a null pointer counts as an empty text ---
+
+    /// Empty, on the shared empty block.
     SString_t();
     /// A copy of a zero-terminated text.
     SString_t(const unit* text);
     /// A copy of a number of code units, zero units included.
     SString_t(const unit* text, std::uint32_t nUnits);
+    /// A truth value is no number of units.
+    template <std::same_as<bool> T>
+    SString_t(const unit* text, T nUnits) = delete;
     /// A copy of the code units from the first position up to the second.
     SString_t(const iterator& first, const iterator& last);
+    /// The one character; empty for the null character.
     explicit SString_t(const Char& character);
+    /// A number is no text: SStringConv and operator<< write one.
+    explicit SString_t(SRefusedNumber<unit> number) = delete;
     /// Shares the block.
     TARN_MEM SString_t(const SString_t& other) noexcept : buffer_(other.buffer_) { AddReference(buffer_); }
     /// Takes the block and leaves the other string empty.
     TARN_MEM SString_t(SString_t&& other) noexcept
         : buffer_(std::exchange(other.buffer_, GetEmptyBuffer())) {}
+    /// Lets go of the block.
     TARN_MEM ~SString_t() {
         if (buffer_ != nullptr) DropReference(buffer_);
     }
@@ -129,16 +171,26 @@ class SString_t {
         DropReference(std::exchange(buffer_, other.buffer_));
         return *this;
     }
+    /// Takes the block and leaves the other string empty.
     TARN_MEM SString_t& operator=(SString_t&& other) noexcept {
         std::swap(buffer_, other.buffer_);
         if (&other != this) other.empty();
         return *this;
     }
+    /// A copy of a zero-terminated text, which may lie inside this string; 0, NULL and nullptr make it empty.
     SString_t& operator=(const unit* text);
-    SString_t& operator=(unit single);
+    /// One code unit, a zero unit included.
+    template <std::same_as<unit> T>
+    SString_t& operator=(T single) {
+        return copyFrom(&single, 1);
+    }
+    /// One character; empty for the null character.
     SString_t& operator=(const Char& character);
+    /// A number is no text: SStringConv and operator<< write one.
+    SString_t& operator=(SRefusedNumber<unit> number) = delete;
 
     // --- size ---
+
     /// Code units, the terminator not counted.
     TARN_MEM std::uint32_t getLength() const noexcept { return buffer_->length; }
     /// Characters; an invalid byte counts as one.
@@ -153,12 +205,15 @@ class SString_t {
     void empty() noexcept;
 
     // --- access ---
+
     /// The characters, with a zero unit after the last. Valid until the string is changed, assigned or
     /// destroyed.
     TARN_MEM const unit* getString() const noexcept { return std::as_const(*buffer_).getBuffer(); }
     /// The character at a position in characters; the null character beyond the end.
     Char getAt(std::uint32_t position) const;
+    /// The same as getAt.
     TARN_MEM Char getChar(std::uint32_t position) const { return getAt(position); }
+    /// The same as getAt: a copy of the character, which setAt replaces.
     TARN_MEM Char operator[](std::uint32_t position) const { return getAt(position); }
     /// Replaces the character at a position; beyond the end, or with the null character, nothing happens.
     void setAt(std::uint32_t position, const Char& character);
@@ -166,10 +221,13 @@ class SString_t {
     iterator getCursor(std::uint32_t position = 0) const;
     /// How many characters stand before the iterator.
     std::uint32_t getCharIndex(const iterator& position) const;
+    /// The position of the first character.
     TARN_MEM iterator begin() const noexcept { return iterator(getString()); }
+    /// The position of the terminator.
     TARN_MEM iterator end() const noexcept { return iterator(getString() + getLength()); }
 
-    // --- editing; on failure to allocate the string keeps its text ---
+    // --- editing; on failure to allocate the string keeps its text; sources may lie inside this string ---
+
     /// Appends one code unit.
     TARN_MEM SString_t& concat(unit single) {
         SStringBuffer* const buffer = buffer_;
@@ -183,39 +241,59 @@ class SString_t {
         buffer->length = length + 1;
         return *this;
     }
+    /// Appends a zero-terminated text; null appends nothing.
     SString_t& concat(const unit* text);
-    /// Appends code units; they may lie inside this string.
+    /// Appends a number of code units, zero units included; null appends nothing.
     SString_t& concat(const unit* text, std::uint32_t nUnits);
+    /// Appends a string.
     SString_t& concat(const SString_t& text);
+    /// Appends a character; the null character appends nothing.
     SString_t& concat(const Char& character);
+    /// A number is no text: operator<< appends one.
+    template <SForeignNumber<unit> T>
+    SString_t& concat(T number) = delete;
+    /// Appends one code unit.
     TARN_MEM SString_t& operator+=(unit single) { return concat(single); }
+    /// Appends a zero-terminated text; null appends nothing.
     TARN_MEM SString_t& operator+=(const unit* text) { return concat(text); }
+    /// Appends a string.
     TARN_MEM SString_t& operator+=(const SString_t& text) { return concat(text); }
+    /// Appends a character; the null character appends nothing.
     TARN_MEM SString_t& operator+=(const Char& character) { return concat(character); }
-    /// Appends the low 7 or 8 bits of characters without any check or conversion: bytes, or the low byte of
-    /// each unit.
+    /// A number is no text: operator<< appends one.
+    template <SForeignNumber<unit> T>
+    SString_t& operator+=(T number) = delete;
+    /// Appends bytes as characters, without any check or conversion.
     void concatFromAsciiCharacters(const char* text, std::uint32_t count);
+    /// Appends the low byte of each unit as a character, without any check or conversion.
     void concatFromAsciiCharacters(const wchar_t* text, std::uint32_t count);
-    /// Insert before a position in characters; beyond the end they append.
+    /// Inserts before a position in characters; beyond the end it appends. The null character inserts nothing.
     void insertChar(std::uint32_t position, const Char& character);
+    /// Inserts a string before a position in characters; beyond the end it appends.
     void insertChars(std::uint32_t position, const SString_t& text);
+    /// Inserts a zero-terminated text before a position in characters; beyond the end it appends.
     void insertChars(std::uint32_t position, const unit* text);
-    /// Remove characters from a position on; counts that reach beyond the end are cut, a position there does
-    /// nothing.
+    /// Removes the character at a position; beyond the end nothing happens.
     void deleteChar(std::uint32_t position);
+    /// Removes characters from a position on; a count that reaches beyond the end is cut.
     void deleteChars(std::uint32_t position, std::uint32_t count);
     /// Replaces the text by a copy with a block of its own.
     SString_t& copyFrom(const SString_t& text);
+    /// The same from a zero-terminated text; null makes the string empty.
     SString_t& copyFrom(const unit* text);
+    /// The same from a number of code units, zero units included. A block that the string holds alone is kept
+    /// where the text fits.
     SString_t& copyFrom(const unit* text, std::uint32_t nUnits);
-    /// Drop leading, trailing or both runs of white space (is_space; in SAsciiString the C library's
-    /// isspace). A multi-byte character that does not convert ends the trimming there. An unchanged string
-    /// keeps its block.
+    /// Drops white space at both ends (is_space; in SAsciiString the C library's isspace). A multi-byte character
+    /// that does not convert ends the trimming there. An unchanged string keeps its block.
     SString_t& trim();
+    /// The same at the start only.
     SString_t& trimLeft();
+    /// The same at the end only.
     SString_t& trimRight();
-    /// Map every character to the other case, up to the first invalid one.
+    /// Maps every character to lower case, in a multi-byte text up to the first invalid one or zero byte.
     SString_t& toLower();
+    /// Maps every character to upper case, in a multi-byte text up to the first invalid one or zero byte.
     SString_t& toUpper();
     /// Makes the block private with room for so many code units. A shorter size cuts the text; a longer one
     /// only reserves.
@@ -225,6 +303,7 @@ class SString_t {
     unit* detach();
 
     // --- sub-strings; counts in characters, cut at the end, never a failure ---
+
     /// The first characters, as a copy.
     SString_t left(std::uint32_t count) const;
     /// The text before the position.
@@ -233,69 +312,125 @@ class SString_t {
     SString_t right(std::uint32_t count) const;
     /// The text from the position on.
     SString_t right(const iterator& position) const;
+    /// The text without its first characters.
     SString_t mid(std::uint32_t start) const;
+    /// So many characters, without the first ones.
     SString_t mid(std::uint32_t start, std::uint32_t count) const;
+    /// The text from the position on.
     SString_t mid(const iterator& start) const;
+    /// So many characters from the position on.
     SString_t mid(const iterator& start, std::uint32_t count) const;
+    /// The text from the first position up to the second.
     SString_t mid(const iterator& start, const iterator& end) const;
 
     // --- search; the result is the end (the terminator) when there is no match ---
-    /// The first match from the start or from a position on. A match never begins inside a character; an
-    /// empty text is found at once; a null text, or one with an invalid character in it, never.
+    // A match never begins inside a character. An empty text is found at once; never found are a null text and,
+    // in the multi-byte flavour, one with an invalid character in it or with a zero byte at its start.
+
+    /// The first match of a string.
     TARN_MEM iterator find(const SString_t& text) const { return find(text, begin()); }
+    /// The first match of a zero-terminated text.
     TARN_MEM iterator find(const unit* text) const { return find(text, begin()); }
+    /// The first place of a character; the null character is never found.
     TARN_MEM iterator find(const Char& character) const { return find(character, begin()); }
+    /// The first match of a string at or after a position.
     iterator find(const SString_t& text, const iterator& from) const;
+    /// The first match of a zero-terminated text at or after a position.
     iterator find(const unit* text, const iterator& from) const;
+    /// The first place of a character at or after a position.
     iterator find(const Char& character, const iterator& from) const;
-    /// The last match that begins at or after a position (by default: anywhere); the end for an empty text.
+    /// The last match of a string; the end for an empty one.
     TARN_MEM iterator findLast(const SString_t& text) const { return findLast(text, begin()); }
+    /// The last match of a zero-terminated text; the end for an empty one.
     TARN_MEM iterator findLast(const unit* text) const { return findLast(text, begin()); }
+    /// The last place of a character.
     TARN_MEM iterator findLast(const Char& character) const { return findLast(character, begin()); }
+    /// The last match of a string that begins at or after a position; the end for an empty one.
     iterator findLast(const SString_t& text, const iterator& from) const;
+    /// The last match of a zero-terminated text that begins at or after a position; the end for an empty one.
     iterator findLast(const unit* text, const iterator& from) const;
+    /// The last place of a character at or after a position.
     iterator findLast(const Char& character, const iterator& from) const;
+    /// True when the text begins with this one, by whole characters; so does every text with an empty one. False
+    /// for what find never finds.
+    bool startsWith(const SString_t& text) const;
+    /// The same for a zero-terminated text; false for null.
+    bool startsWith(const unit* text) const;
+    /// True when the first character is this one.
+    bool startsWith(const Char& character) const;
+    /// True when the text ends with this one, by whole characters; so does every text with an empty one. False
+    /// for what find never finds.
+    bool endsWith(const SString_t& text) const;
+    /// The same for a zero-terminated text; false for null.
+    bool endsWith(const unit* text) const;
+    /// True when the last character is this one.
+    bool endsWith(const Char& character) const;
 
     // --- comparison ---
-    /// Compares code units as unsigned numbers, whole lengths: -1, 0 or 1. A null pointer is an empty text.
+
+    /// Compares code units as unsigned numbers, whole lengths: -1, 0 or 1.
     int compare(const SString_t& other) const;
+    /// The same with a zero-terminated text; a null pointer is an empty one.
     int compare(const unit* other) const;
+    /// The same with a number of code units, zero units included.
+    int compare(const unit* other, std::uint32_t nUnits) const;
+    /// The same as compare.
     TARN_MEM int compareBinary(const SString_t& other) const { return compare(other); }
     /// Compares without regard to case, up to the first zero unit. In the multi-byte and wide flavours by the
     /// locale's collation: -1, 0 or 1. In SAsciiString the difference of the first two differing bytes in
     /// lower case, deliberately not normalised: only its sign has a meaning.
     int compareNoCase(const SString_t& other) const;
+    /// The same with a zero-terminated text; a null pointer is an empty one.
     int compareNoCase(const unit* other) const;
+    /// True when all code units are the same.
     TARN_MEM bool operator==(const SString_t& other) const { return compare(other) == 0; }
+    /// True when all code units are those of the zero-terminated text.
     TARN_MEM bool operator==(const unit* other) const { return compare(other) == 0; }
+    /// The order of compare.
     TARN_MEM std::strong_ordering operator<=>(const SString_t& other) const { return compare(other) <=> 0; }
+    /// The order of compare.
     TARN_MEM std::strong_ordering operator<=>(const unit* other) const { return compare(other) <=> 0; }
 
-    // --- conversion ---
-    /// Write the text with a terminator; sizes are in bytes for every output. The result is the code units
-    /// written, the terminator included, or -1 when the room is too small, a pointer is null or the text
-    /// cannot be converted. Deliberate exceptions: SAnsiString::toUTF8 does not count the terminator; toMBCS
-    /// of a wide string that does not fit fills the room with "?" without a terminator and returns the size
-    /// + 1.
+    // --- conversion to: sizes are in bytes for every output ---
+    // The text is written with a terminator. The result is the code units written, the terminator included, or -1
+    // when the room is too small, a pointer is null or the text cannot be converted.
+
+    /// Into ASCII, "?" for everything else.
     int toAscii(char* out, std::uint32_t nBytesInBuffer) const;
+    /// Into the process's code page, "?" for what it does not have. A wide string that does not fit fills the room
+    /// with "?" without a terminator, deliberately, and returns the size + 1.
     int toMBCS(char* out, std::uint32_t nBytesInBuffer) const;
+    /// Into UTF-16.
     int toOCA(wchar_t* out, std::uint32_t nBytesInBuffer) const;
+    /// Into UTF-16.
     int toWChar(wchar_t* out, std::uint32_t nBytesInBuffer) const;
+    /// Into UTF-8. The result of an SAnsiString deliberately does not count the terminator.
     int toUTF8(char* out, std::uint32_t nBytesInBuffer) const;
-    /// Bytes that the conversion needs, the terminator included.
+    /// Bytes that toAscii needs, the terminator included.
     std::uint32_t getNBytesForAscii() const;
+    /// Bytes that toMBCS needs, the terminator included.
     std::uint32_t getNBytesForMBCS() const;
+    /// Bytes that toOCA needs, the terminator included.
     std::uint32_t getNBytesForOCA() const;
+    /// Bytes that toWChar needs, the terminator included.
     std::uint32_t getNBytesForWChar() const;
+    /// Bytes that toUTF8 needs, the terminator included.
     std::uint32_t getNBytesForUTF8() const;
-    /// Replace the text by a converted one; counts are code units of the source, 0xFFFFFFFF the whole
-    /// zero-terminated text. A zero unit ends the source in any case, so a count that is too large reads
-    /// nothing beyond it. False when it does not convert: unchanged when that shows before the rebuild, empty
-    /// when UTF-8 proves illegal.
+
+    // --- conversion from ---
+    // The text is replaced by a converted one. Counts are code units of the source, zero units included; only
+    // 0xFFFFFFFF means a zero-terminated text. False when it does not convert: unchanged when that shows before
+    // the rebuild, empty when UTF-8 proves illegal. A null source is reported by assertion and is an empty text.
+
+    /// From ASCII. Other bytes become "?"; an SAsciiString refuses them.
     bool fromAscii(const char* text, std::uint32_t count = 0xFFFFFFFF);
+    /// From the process's code page. An SAsciiString refuses what is not ASCII.
     bool fromMBCS(const char* text, std::uint32_t count = 0xFFFFFFFF);
+    /// From UTF-16, "?" for what the code page does not have. An SAsciiString refuses what is not ASCII.
     bool fromOCA(const wchar_t* text, std::uint32_t count = 0xFFFFFFFF);
+    /// The same as fromOCA.
     bool fromWChar(const wchar_t* text, std::uint32_t count = 0xFFFFFFFF);
+    /// From UTF-8, then as fromOCA. False, with an empty text, when it is not legal.
     bool fromUTF8(const char* text, std::uint32_t nBytes = 0xFFFFFFFF);
 
   protected:
@@ -319,7 +454,9 @@ class SString_t {
     bool releaseBuffer(bool wipe = false) noexcept;
     /// setBuffer with the empty block.
     void unlinkBuffer(bool wipe = false);
+    /// The shared empty block.
     static SStringBuffer* GetEmptyBuffer() noexcept;
+    /// True for the shared empty block.
     TARN_MEM static bool IsEmptyBuffer(const SStringBuffer* buffer) noexcept {
         return buffer->capacity == kEmptyBufferCapacity;
     }
@@ -328,6 +465,7 @@ class SString_t {
     /// The same; a block that is freed is first overwritten with "#" when a wipe is asked for. True unless a
     /// wipe was asked for and others still hold the block (it is counted down all the same).
     static bool releaseStringBuffer(SStringBuffer* buffer, bool wipe) noexcept;
+    /// The block; null after releaseBuffer.
     TARN_MEM SStringBuffer* getStringBuffer() const noexcept { return buffer_; }
 
   private:
@@ -347,11 +485,16 @@ class SString_t {
     TARN_MEM unit* characters() noexcept { return buffer_->getBuffer(); }
     TARN_MEM void adopt(SStringBuffer* buffer) noexcept { DropReference(std::exchange(buffer_, buffer)); }
     SString_t& concatSlowly(unit single);
+    TARN_MEM bool holds(const void* place) const noexcept {
+        return place >= getString() && place <= getString() + getLength();
+    }
     void replaceUnits(std::uint32_t offset, std::uint32_t removed, const unit* text, std::uint32_t added);
     void keepRange(const unit* first, const unit* last);
     void changeCase(LetterCase to);
     const unit* locate(const unit* from, const unit* what, std::uint32_t n) const;
     const unit* locateLast(const unit* from, const unit* what, std::uint32_t n) const;
+    bool startsWith(const unit* text, std::uint32_t n) const;
+    bool endsWith(const unit* text, std::uint32_t n) const;
 
     SStringBuffer* buffer_;
 };
@@ -360,7 +503,7 @@ extern template class TARN_API SString_t<char, 0>;
 extern template class TARN_API SString_t<char, 1>;
 extern template class TARN_API SString_t<wchar_t, 1>;
 
-/// Concatenation as a new string of the left operand's flavour.
+/// Two strings as a new one.
 template <class unit, int flavour>
 SString_t<unit, flavour> operator+(const SString_t<unit, flavour>& left,
                                    const SString_t<unit, flavour>& right) {
@@ -368,12 +511,14 @@ SString_t<unit, flavour> operator+(const SString_t<unit, flavour>& left,
     sum.concat(right);
     return sum;
 }
+/// A string and a zero-terminated text as a new string.
 template <class unit, int flavour>
 SString_t<unit, flavour> operator+(const SString_t<unit, flavour>& left, const unit* right) {
     SString_t<unit, flavour> sum(left);
     sum.concat(right);
     return sum;
 }
+/// A zero-terminated text and a string as a new string.
 template <class unit, int flavour>
 SString_t<unit, flavour> operator+(const unit* left, const SString_t<unit, flavour>& right) {
     SString_t<unit, flavour> sum(left);
@@ -388,155 +533,253 @@ class SOCAString;
 /// Text in the process's multi-byte code page.
 class TARN_API SAnsiString : public SString_t<char, 0> {
   public:
+    /// The template that it stands on, with all members.
     using Base = SString_t<char, 0>;
+    /// The constructors of the template.
     using Base::Base;
+    /// Empty.
     SAnsiString() = default;
+    /// Shares the block.
     SAnsiString(const Base& other) noexcept : Base(other) {}
+    /// Takes the block and leaves the other string empty.
     SAnsiString(Base&& other) noexcept : Base(std::move(other)) {}
+    /// The assignments of the template.
     using Base::operator=;
 };
 
 /// Seven-bit ASCII text. The conversions admit nothing else; a constructor copies the bytes that it is given.
 class TARN_API SAsciiString : public SString_t<char, 1> {
   public:
+    /// The template that it stands on, with all members.
     using Base = SString_t<char, 1>;
+    /// The constructors of the template.
     using Base::Base;
+    /// Empty.
     SAsciiString() = default;
+    /// Shares the block.
     SAsciiString(const Base& other) noexcept : Base(other) {}
+    /// Takes the block and leaves the other string empty.
     SAsciiString(Base&& other) noexcept : Base(std::move(other)) {}
-    /// With the flag: the bytes, or the low byte of each unit, unchecked. From an SAnsiString as many bytes
-    /// as it has characters, deliberately, so double-byte text is cut short. Without the flag: empty.
+    /// With the flag: as many bytes as there are characters, unchecked, so that double-byte text is cut short,
+    /// deliberately. Without the flag: empty.
     SAsciiString(const SAnsiString& other, bool take);
+    /// With the flag: the low byte of each unit, unchecked. Without it: empty.
     SAsciiString(const SWCharString& other, bool take);
+    /// The same.
     SAsciiString(const SOCAString& other, bool take);
+    /// The assignments of the template.
     using Base::operator=;
 };
 
 /// UTF-16 text.
 class TARN_API SWCharString : public SString_t<wchar_t, 1> {
   public:
+    /// The template that it stands on, with all members.
     using Base = SString_t<wchar_t, 1>;
+    /// The constructors of the template.
     using Base::Base;
+    /// Empty.
     SWCharString() = default;
+    /// Shares the block.
     SWCharString(const Base& other) noexcept : Base(other) {}
+    /// Takes the block and leaves the other string empty.
     SWCharString(Base&& other) noexcept : Base(std::move(other)) {}
+    /// The assignments of the template.
     using Base::operator=;
 };
 
 /// UTF-16 text as the UTF conversions take and give it; the same storage as SWCharString under another name.
 class TARN_API SOCAString : public SString_t<wchar_t, 1> {
   public:
+    /// The template that it stands on, with all members.
     using Base = SString_t<wchar_t, 1>;
+    /// The constructors of the template.
     using Base::Base;
+    /// Empty.
     SOCAString() = default;
+    /// Shares the block.
     SOCAString(const Base& other) noexcept : Base(other) {}
+    /// Takes the block and leaves the other string empty.
     SOCAString(Base&& other) noexcept : Base(std::move(other)) {}
+    /// The assignments of the template.
     using Base::operator=;
 };
 
 /// Code-page text whose operators and find ignore case.
 class TARN_API SAnsiStringCI : public SString_t<char, 0> {
   public:
+    /// The template that it stands on, with all members.
     using Base = SString_t<char, 0>;
+    /// The constructors of the template.
     using Base::Base;
+    /// Empty.
     SAnsiStringCI() = default;
+    /// Shares the block.
     SAnsiStringCI(const SAnsiString& other) noexcept : Base(other) {}
+    /// Shares the block.
     SAnsiStringCI(const Base& other) noexcept : Base(other) {}
+    /// Takes the block and leaves the other string empty.
     SAnsiStringCI(Base&& other) noexcept : Base(std::move(other)) {}
+    /// The assignments of the template.
     using Base::operator=;
     /// The first match without regard to case: both texts are searched in lower case, the result is a
     /// position here.
     iterator find(const Base& text) const { return find(text, begin()); }
+    /// The same for a zero-terminated text; the end for null.
     iterator find(const char* text) const { return find(text, begin()); }
+    /// The same for a character.
     iterator find(const Char& character) const { return find(character, begin()); }
+    /// The first match at or after a position.
     iterator find(const Base& text, const iterator& from) const;
+    /// The same for a zero-terminated text; the end for null.
     iterator find(const char* text, const iterator& from) const;
+    /// The same for a character.
     iterator find(const Char& character, const iterator& from) const;
+    /// True when the text begins with this one without regard to case.
+    bool startsWith(const Base& text) const;
+    /// The same for a zero-terminated text; false for null.
+    bool startsWith(const char* text) const;
+    /// The same for a character.
+    bool startsWith(const Char& character) const;
+    /// True when the text ends with this one without regard to case.
+    bool endsWith(const Base& text) const;
+    /// The same for a zero-terminated text; false for null.
+    bool endsWith(const char* text) const;
+    /// The same for a character.
+    bool endsWith(const Char& character) const;
 };
 
 /// UTF-16 text whose operators ignore case.
 class TARN_API SWCharStringCI : public SString_t<wchar_t, 1> {
   public:
+    /// The template that it stands on, with all members.
     using Base = SString_t<wchar_t, 1>;
+    /// The constructors of the template.
     using Base::Base;
+    /// Empty.
     SWCharStringCI() = default;
+    /// Shares the block.
     SWCharStringCI(const SWCharString& other) noexcept : Base(other) {}
+    /// Shares the block.
     SWCharStringCI(const Base& other) noexcept : Base(other) {}
+    /// Takes the block and leaves the other string empty.
     SWCharStringCI(Base&& other) noexcept : Base(std::move(other)) {}
+    /// The assignments of the template.
     using Base::operator=;
 };
 
 /// The usual name of a text in the process's code page.
 using SString = SAnsiString;
 
-// The operators of the types that ignore case: by the collation of compareNoCase. Each comparand type has its
-// own overload, so that none is ambiguous with the case-sensitive members of the base.
+// The operators of the types that ignore case. Each comparand type has its own overload, so that none is
+// ambiguous with the case-sensitive members of the base.
+
+/// True when compareNoCase says 0.
 inline bool operator==(const SAnsiStringCI& a, const SAnsiStringCI& b) {
     return a.compareNoCase(b) == 0;
 }
+/// True when compareNoCase says 0.
 inline bool operator==(const SAnsiStringCI& a, const SString_t<char, 0>& b) {
     return a.compareNoCase(b) == 0;
 }
+/// True when compareNoCase says 0.
 inline bool operator==(const SAnsiStringCI& a, const char* b) {
     return a.compareNoCase(b) == 0;
 }
+/// The order of compareNoCase.
 inline std::weak_ordering operator<=>(const SAnsiStringCI& a, const SAnsiStringCI& b) {
     return a.compareNoCase(b) <=> 0;
 }
+/// The order of compareNoCase.
 inline std::weak_ordering operator<=>(const SAnsiStringCI& a, const SString_t<char, 0>& b) {
     return a.compareNoCase(b) <=> 0;
 }
+/// The order of compareNoCase.
 inline std::weak_ordering operator<=>(const SAnsiStringCI& a, const char* b) {
     return a.compareNoCase(b) <=> 0;
 }
+/// True when compareNoCase says 0.
 inline bool operator==(const SWCharStringCI& a, const SWCharStringCI& b) {
     return a.compareNoCase(b) == 0;
 }
+/// True when compareNoCase says 0.
 inline bool operator==(const SWCharStringCI& a, const SString_t<wchar_t, 1>& b) {
     return a.compareNoCase(b) == 0;
 }
+/// True when compareNoCase says 0.
 inline bool operator==(const SWCharStringCI& a, const wchar_t* b) {
     return a.compareNoCase(b) == 0;
 }
+/// The order of compareNoCase.
 inline std::weak_ordering operator<=>(const SWCharStringCI& a, const SWCharStringCI& b) {
     return a.compareNoCase(b) <=> 0;
 }
+/// The order of compareNoCase.
 inline std::weak_ordering operator<=>(const SWCharStringCI& a, const SString_t<wchar_t, 1>& b) {
     return a.compareNoCase(b) <=> 0;
 }
+/// The order of compareNoCase.
 inline std::weak_ordering operator<=>(const SWCharStringCI& a, const wchar_t* b) {
     return a.compareNoCase(b) <=> 0;
 }
 
-/// Append and return the left operand. Integers are written in decimal, a double with six decimals after a
-/// ".".
+// The appending operators return the left operand.
+
+/// Appends a string.
 TARN_API SAnsiString& operator<<(SAnsiString& out, const SString_t<char, 0>& text);
+/// Appends a zero-terminated text; null appends nothing.
 TARN_API SAnsiString& operator<<(SAnsiString& out, const char* text);
+/// Appends a character; the null character appends nothing.
 TARN_API SAnsiString& operator<<(SAnsiString& out, const SChar_t<char, 0>& character);
+/// Appends one code unit.
 TARN_API SAnsiString& operator<<(SAnsiString& out, char character);
-SAnsiString& operator<<(SAnsiString& out, wchar_t character) = delete;  // would append a number
+/// Refused: it would append a number.
+SAnsiString& operator<<(SAnsiString& out, wchar_t character) = delete;
+/// Appends an integer in decimal.
 TARN_API SAnsiString& operator<<(SAnsiString& out, short number);
+/// Appends an integer in decimal.
 TARN_API SAnsiString& operator<<(SAnsiString& out, unsigned short number);
+/// Appends an integer in decimal.
 TARN_API SAnsiString& operator<<(SAnsiString& out, int number);
+/// Appends an integer in decimal.
 TARN_API SAnsiString& operator<<(SAnsiString& out, unsigned int number);
+/// Appends an integer in decimal.
 TARN_API SAnsiString& operator<<(SAnsiString& out, long number);
+/// Appends an integer in decimal.
 TARN_API SAnsiString& operator<<(SAnsiString& out, unsigned long number);
+/// Appends an integer in decimal.
 TARN_API SAnsiString& operator<<(SAnsiString& out, long long number);
+/// Appends an integer in decimal.
 TARN_API SAnsiString& operator<<(SAnsiString& out, unsigned long long number);
+/// Appends a real with six decimals after the decimal point of the C library's current locale.
 TARN_API SAnsiString& operator<<(SAnsiString& out, double number);
+/// Appends a string.
 TARN_API SWCharString& operator<<(SWCharString& out, const SString_t<wchar_t, 1>& text);
+/// Appends a zero-terminated text; null appends nothing.
 TARN_API SWCharString& operator<<(SWCharString& out, const wchar_t* text);
+/// Appends a character; the null character appends nothing.
 TARN_API SWCharString& operator<<(SWCharString& out, const SChar_t<wchar_t, 1>& character);
+/// Appends one code unit.
 TARN_API SWCharString& operator<<(SWCharString& out, wchar_t character);
-SWCharString& operator<<(SWCharString& out, char character) = delete;  // would append a number
+/// Refused: it would append a number.
+SWCharString& operator<<(SWCharString& out, char character) = delete;
+/// Appends an integer in decimal.
 TARN_API SWCharString& operator<<(SWCharString& out, short number);
+/// Appends an integer in decimal.
 TARN_API SWCharString& operator<<(SWCharString& out, unsigned short number);
+/// Appends an integer in decimal.
 TARN_API SWCharString& operator<<(SWCharString& out, int number);
+/// Appends an integer in decimal.
 TARN_API SWCharString& operator<<(SWCharString& out, unsigned int number);
+/// Appends an integer in decimal.
 TARN_API SWCharString& operator<<(SWCharString& out, long number);
+/// Appends an integer in decimal.
 TARN_API SWCharString& operator<<(SWCharString& out, unsigned long number);
+/// Appends an integer in decimal.
 TARN_API SWCharString& operator<<(SWCharString& out, long long number);
+/// Appends an integer in decimal.
 TARN_API SWCharString& operator<<(SWCharString& out, unsigned long long number);
+/// Appends a real with six decimals after the decimal point of the C library's current locale.
 TARN_API SWCharString& operator<<(SWCharString& out, double number);
 
 // --- raw character arrays; sizes are the destination's room in code units, the terminator included ---
@@ -544,31 +787,39 @@ TARN_API SWCharString& operator<<(SWCharString& out, double number);
 /// Copies as much as fits and always terminates; a size of 0 writes nothing. A null source gives an empty
 /// text; the wide form then writes the terminator without looking at the size, deliberately.
 TARN_API void CopyString(char* destination, std::uint32_t size, const char* source);
+/// The same for UTF-16, but for the null source.
 TARN_API void CopyString(wchar_t* destination, std::uint32_t size, const wchar_t* source);
 /// Copies at most so many units. The byte form refuses a text that does not fit and leaves an empty one, like
 /// strncpy_s; the wide form cuts it. The asymmetry is deliberate. A null source does nothing.
 TARN_API void CopyStringN(char* destination, std::uint32_t size, const char* source, std::uint32_t maximum);
+/// The same for UTF-16, which cuts.
 TARN_API void CopyStringN(wchar_t* destination, std::uint32_t size, const wchar_t* source,
                           std::uint32_t maximum);
 /// Appends a text; when it does not fit, or a pointer is null, the destination (if any) becomes empty, like
 /// strcat_s.
 TARN_API void ConcatString(char* destination, std::uint32_t size, const char* source);
+/// The same for UTF-16.
 TARN_API void ConcatString(wchar_t* destination, std::uint32_t size, const wchar_t* source);
 /// Appends at most so many units, like strncat_s; a null pointer does nothing.
 TARN_API void ConcatStringN(char* destination, std::uint32_t size, const char* source, std::uint32_t maximum);
+/// The same for UTF-16.
 TARN_API void ConcatStringN(wchar_t* destination, std::uint32_t size, const wchar_t* source,
                             std::uint32_t maximum);
 
-/// Map a zero-terminated text in place, the byte forms by multi-byte characters, up to a size in code units
-/// (0xFFFFFFFF: its own length). The byte forms stop at an invalid character and before one that would pass
-/// the size; what follows stays as it was. A text may get shorter, never longer.
+/// Maps a zero-terminated text in place, by multi-byte characters, up to a size in bytes (0xFFFFFFFF: its own
+/// length). Stops at an invalid character and before one that would pass the size; what follows stays as it was.
+/// A text may get shorter, never longer.
 TARN_API void MakeLowerCase(char* text, std::uint32_t size = 0xFFFFFFFF);
+/// The same for UTF-16, unit by unit.
 TARN_API void MakeLowerCase(wchar_t* text, std::uint32_t size = 0xFFFFFFFF);
+/// The same to upper case.
 TARN_API void MakeUpperCase(char* text, std::uint32_t size = 0xFFFFFFFF);
+/// The same to upper case for UTF-16, unit by unit.
 TARN_API void MakeUpperCase(wchar_t* text, std::uint32_t size = 0xFFFFFFFF);
-/// Map the one multi-byte character at a place where "room" bytes may be written. True on success, with its
+/// Maps the one multi-byte character at a place where "room" bytes may be written. True on success, with its
 /// new size in bytes; a character that does not convert, or does not fit, is reported by assertion.
 TARN_API bool MakeLowerCaseChar(char* position, std::uint32_t room, std::uint32_t& nBytes);
+/// The same to upper case.
 TARN_API bool MakeUpperCaseChar(char* position, std::uint32_t room, std::uint32_t& nBytes);
 
 }  // namespace TarnLibA500

@@ -31,18 +31,26 @@ class TARN_API SAnsiStringConv {
     /// 10 only; in every other radix it is the unsigned value of its own width, deliberately: -1 as a short
     /// in radix 16 is "FFFF".
     static SAnsiString ToString(short number, int radix = 10);
+    /// The same.
     static SAnsiString ToString(unsigned short number, int radix = 10);
+    /// The same.
     static SAnsiString ToString(int number, int radix = 10);
+    /// The same.
     static SAnsiString ToString(unsigned int number, int radix = 10);
+    /// The same.
     static SAnsiString ToString(long number, int radix = 10);
+    /// The same.
     static SAnsiString ToString(unsigned long number, int radix = 10);
+    /// The same.
     static SAnsiString ToString(long long number, int radix = 10);
+    /// The same.
     static SAnsiString ToString(unsigned long long number, int radix = 10);
     /// Fixed notation with so many decimals; the decimal point is always there ("2." for 2.0 with none).
     static SAnsiString ToString(double number, int precision = 6);
     /// An address as 8 upper-case hexadecimal digits.
     static SAnsiString ToString(const void* address);
-    static SAnsiString ToString(const char*) = delete;  // would write the address of a text
+    /// Refused: it would write the address of a text.
+    static SAnsiString ToString(const char*) = delete;
 
     /// Reads an integer. A "-" is taken for signed types, a "+" and leading blanks are not. A "." or a space
     /// ends the number and what follows is ignored: "12.5" reads 12, and " 5", "" and "-" read 0, all with
@@ -53,6 +61,7 @@ class TARN_API SAnsiStringConv {
     /// Reads a real as the C library's strtod does, over the whole text; false, with 0, for anything else and
     /// for no text.
     static bool FromString(const SAnsiString& text, double& number);
+    /// The same as strtof does.
     static bool FromString(const SAnsiString& text, float& number);
     /// Reads an address that ToString wrote.
     static bool FromString(const SAnsiString& text, void*& address);
@@ -69,17 +78,28 @@ class TARN_API SWCharStringConv {
     /// Code units of the fixed array forms, the terminator included.
     static constexpr std::uint32_t kArrayUnits = 64;
 
+    /// An integer in a radix from 2 to 36.
     static SWCharString ToString(short number, int radix = 10);
+    /// The same.
     static SWCharString ToString(unsigned short number, int radix = 10);
+    /// The same.
     static SWCharString ToString(int number, int radix = 10);
+    /// The same.
     static SWCharString ToString(unsigned int number, int radix = 10);
+    /// The same.
     static SWCharString ToString(long number, int radix = 10);
+    /// The same.
     static SWCharString ToString(unsigned long number, int radix = 10);
+    /// The same.
     static SWCharString ToString(long long number, int radix = 10);
+    /// The same.
     static SWCharString ToString(unsigned long long number, int radix = 10);
+    /// Fixed notation with so many decimals.
     static SWCharString ToString(double number, int precision = 6);
+    /// An address as 8 upper-case hexadecimal digits.
     static SWCharString ToString(const void* address);
-    static SWCharString ToString(const wchar_t*) = delete;  // would write the address of a text
+    /// Refused: it would write the address of a text.
+    static SWCharString ToString(const wchar_t*) = delete;
     /// Into a string of the caller.
     template <TextInteger T>
     TARN_API static void ToString(T number, SWCharString& out, int radix = 10);
@@ -88,17 +108,22 @@ class TARN_API SWCharStringConv {
     template <TextInteger T>
     TARN_API static void ToString(T number, wchar_t (&out)[kArrayUnits], int radix = 10);
 
+    /// Reads an integer.
     template <TextInteger T>
     TARN_API static bool FromString(const SWCharString& text, T& number, int radix = 10);
 
+    /// A number in radix 10; 0 to 99 are kept and shared.
     static SWCharString StringFrom100Number(int number);
+    /// The same with two digits for 0 to 9: "07".
     static SWCharString StringFrom10Number2Digits(int number);
 };
 
 /// Small numbers in ASCII text; the rules are those of SAnsiStringConv.
 class TARN_API SAsciiStringConv {
   public:
+    /// A number in radix 10; 0 to 99 are kept and shared.
     static SAsciiString StringFrom100Number(int number);
+    /// The same with two digits for 0 to 9: "07".
     static SAsciiString StringFrom10Number2Digits(int number);
 };
 

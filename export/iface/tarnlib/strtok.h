@@ -8,7 +8,7 @@
 /// Tokenizers: they cut a text at a token and hand out the pieces one at a time.
 ///
 /// The token is a whole text and not a set of characters; it is searched by multi-byte characters of the
-/// process's code page. Two tokens in a row give an empty piece between them. A tokenizer holds its own
+/// process's code page, and one that begins with a zero byte is never found. Two tokens in a row give an empty piece between them. A tokenizer holds its own
 /// copies; an object is used by one thread at a time, its const members included, because they may drop what
 /// has been cut off.
 ///
@@ -24,9 +24,12 @@ namespace TarnLibA500 {
 /// proportion to the text, because what has been cut off is only dropped when somebody looks at the rest.
 class TARN_API STextRest {
   public:
+    /// No text.
     STextRest() = default;
+    /// The text, none of it cut off.
     explicit STextRest(const SAnsiString& text) : text_(text) {}
 
+    /// True when nothing is left.
     bool isEmpty() const noexcept { return position_ == text_.getLength(); }
     /// The text that is left. Valid until the next change.
     const SAnsiString& get() const;
@@ -42,6 +45,7 @@ class TARN_API STextRest {
   private:
     SAnsiString::iterator start() const noexcept;
     SAnsiString::iterator find(const SAnsiString& token) const;
+    SAnsiString::iterator behind(const SAnsiString& token, SAnsiString::iterator place) const;
 
     mutable SAnsiString text_;
     mutable std::uint32_t position_ = 0;  // bytes of the text that are cut off
@@ -50,20 +54,30 @@ class TARN_API STextRest {
 /// A tokenizer whose LeftStr and RightStr look without cutting.
 class TARN_API SStrTok {
   public:
+    /// The same as Set.
     SStrTok(const SAnsiString& string, const SAnsiString& token);
+    /// The same as Set.
     SStrTok(const char* string, const char* token);
+    /// Lets go of its texts.
     virtual ~SStrTok() = default;
+    /// A tokenizer of its own at the same place of the same text.
     SStrTok(const SStrTok&) = default;
+    /// Goes to the same place of the same text.
     SStrTok& operator=(const SStrTok&) = default;
 
-    /// Set the text to be cut, the token, or both. A null text is reported by assertion and stands for an
-    /// empty one; a null or empty token is too, and is then never found.
+    /// SetString and SetToken.
     void Set(const SAnsiString& string, const SAnsiString& token);
+    /// SetString and SetToken.
     void Set(const char* string, const char* token);
+    /// Sets the text to be cut.
     void SetString(const SAnsiString& string);
+    /// Sets the text to be cut; null is reported by assertion and stands for an empty one.
     void SetString(const char* string);
+    /// Sets the token; an empty one is reported by assertion and never found.
     void SetToken(const SAnsiString& token);
+    /// Sets the token; a null or empty one is reported by assertion and never found.
     void SetToken(const char* token);
+    /// Sets a token of one byte; a zero byte is reported by assertion and never found.
     void SetToken(char token);
 
     /// Cuts off and returns the text before the next token, dropping the token; all that is left when there
@@ -87,31 +101,40 @@ class TARN_API SStrTok {
 /// found.
 class TARN_API RSStrTok {
   public:
+    /// No text and no token.
     RSStrTok() = default;
     /// The text to be cut; null is an empty one.
     RSStrTok(const char* text);
+    /// The text to be cut.
     RSStrTok(const SAnsiString& text);
 
-    /// Sets the text to be cut; the token stays.
+    /// Sets the text to be cut, null being an empty one; the token stays.
     void Set(const char* text);
+    /// Sets the text to be cut; the token stays.
     void Set(const SAnsiString& text);
     /// Sets the token; null is an empty one.
     void SetToken(const char* token);
+    /// Sets a token of one byte; a zero byte is an empty one.
     void SetToken(char token);
 
     /// Cuts off and returns the text before the next token, dropping the token; all that is left when there
     /// is none, and an empty text when nothing is left. Should memory run out, that is reported by assertion.
-    /// A token given here becomes the current one.
     SAnsiString Next();
+    /// SetToken, then Next.
     SAnsiString Next(char token);
+    /// SetToken, then Next.
     SAnsiString Next(const char* token);
     /// The same as Next.
     SAnsiString LeftStr();
+    /// SetToken, then Next.
     SAnsiString LeftStr(char token);
+    /// SetToken, then Next.
     SAnsiString LeftStr(const char* token);
     /// Cuts off one piece, drops it, and cuts off and returns the one after it.
     SAnsiString RightStr();
+    /// SetToken, then RightStr.
     SAnsiString RightStr(char token);
+    /// SetToken, then RightStr.
     SAnsiString RightStr(const char* token);
 
     /// What is left to be cut. Valid until the next change.
