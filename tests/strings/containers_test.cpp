@@ -60,6 +60,18 @@ TEST(Map, OrdersByLengthAndIgnoresCase) {
     EXPECT_EQ(all, "= a=a B=new aa=aa AB=AB zz=newer aaa=aaa zzzz=zzzz ");
     SAnsiString value("kept");
     EXPECT_TRUE(!map.Lookup("c", value) && value == "kept" && map.Lookup("aB", value) && value == "AB");
+    EXPECT_TRUE(map.Contains("ZZZZ") && !map.Contains("zzz"));
+    // By a part of a text, as short and as long as it is.
+    const std::string line = "zzzz=" + std::string(300, 'K');
+    map.Insert(line.c_str() + 5, "long");
+    EXPECT_TRUE(map.Lookup("aBx", 2, value) && value == "AB" && map.Find("", 0).GetValue() == "");
+    EXPECT_TRUE(map.Contains(line.c_str(), 4) && !map.Contains(line.c_str(), 5) && !map.Contains("zzz", 3));
+    EXPECT_TRUE(map.Contains(line.c_str() + 5, 300) && !map.Lookup(line.c_str() + 5, 299, value));
+    EXPECT_TRUE(map.RemoveKey(line.c_str() + 5));
+    SIMap<SAnsiString, int> exact;
+    exact.Insert("key", 1);
+    EXPECT_TRUE(exact.Contains("keys", 3) && !exact.Contains("KEY", 3) &&
+                exact.Find("key", 2) == exact.End());
     EXPECT_TRUE(map.RemoveKey("Ab") && !map.RemoveKey("Ab") && map.GetCount() == 7);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -15,6 +16,9 @@
 /// its pair is removed or the map goes. There is no locking: several threads may read one map, one may change
 /// it.
 ///
+/// Maps whose keys are strings, with or without regard to case, are also looked up by a pointer and a number of
+/// bytes, as a word cursor or a parser has them: no key is made for that.
+///
 /// Keys of the type SMapStringCaseInsensitive follow the C locale's collation: a map that was filled under
 /// one locale must not be used under another.
 ///
@@ -23,6 +27,7 @@
 ///     headers.Insert("CONTENT-TYPE", "text/html");         // replaces the value, the key keeps its spelling
 ///     SAnsiString type;
 ///     if (headers.Lookup("content-type", type)) ...        // text/html
+///     if (headers.Contains(name, nameBytes)) ...           // no key is made
 ///     for (auto i = headers.GetFirst(); i != headers.End(); ++i)
 ///         Print(i.GetKey().GetString(), i.GetValue());
 namespace TarnLibA500 {
@@ -33,14 +38,15 @@ class SIMapIterator {
     using Traits = std::iterator_traits<TreeIterator>;
 
   public:
-    using iterator_category = std::bidirectional_iterator_tag;
-    using value_type = typename Traits::value_type;
-    using difference_type = typename Traits::difference_type;
-    using pointer = typename Traits::pointer;
-    using reference = typename Traits::reference;
+    using iterator_category = std::bidirectional_iterator_tag;  ///< steps either way
+    using value_type = typename Traits::value_type;             ///< the pair (key, value)
+    using difference_type = typename Traits::difference_type;   ///< of two positions
+    using pointer = typename Traits::pointer;                   ///< to the pair
+    using reference = typename Traits::reference;               ///< of the pair
 
     /// Stands nowhere until a position is assigned.
     SIMapIterator() = default;
+    /// From a position in terms of the standard library.
     explicit SIMapIterator(TreeIterator position) : position_(position) {}
     /// From a position that may change values to one that may not.
     template <class Other>
@@ -48,21 +54,29 @@ class SIMapIterator {
         SIMapIterator(const SIMapIterator<Other>& other)
         : position_(other.GetPosition()) {}
 
+    /// The key.
     const auto& GetKey() const { return position_->first; }
+    /// The value.
     auto& GetValue() const { return position_->second; }
     /// The pair (key, value).
     reference operator*() const { return *position_; }
+    /// The pair (key, value).
     pointer operator->() const { return position_.operator->(); }
+    /// Goes to the next pair.
     SIMapIterator& operator++() {
         ++position_;
         return *this;
     }
+    /// The same, and returns the position before the step.
     SIMapIterator operator++(int) { return SIMapIterator(position_++); }
+    /// Goes to the pair before.
     SIMapIterator& operator--() {
         --position_;
         return *this;
     }
+    /// The same, and returns the position before the step.
     SIMapIterator operator--(int) { return SIMapIterator(position_--); }
+    /// True at the same pair.
     friend bool operator==(const SIMapIterator& a, const SIMapIterator& b) {
         return a.position_ == b.position_;
     }
@@ -73,52 +87,120 @@ class SIMapIterator {
     TreeIterator position_;
 };
 
+class SMapStringCaseInsensitive;
+
+/// A text as a map is asked for it: the place of its first byte, and how many there are.
+struct SMapText {
+    const char* text;      ///< need not be zero-terminated
+    std::uint32_t length;  ///< in bytes
+};
+
+/// How a key is ordered against a text: negative, 0 or positive, as its operator< has it.
+inline int SMapOrder(const SAnsiString& key, const SMapText& text) {
+    return key.compare(text.text, text.length);
+}
+/// The same for a key without regard to case.
+TARN_API int SMapOrder(const SMapStringCaseInsensitive& key, const SMapText& text);
+
+/// Keys that can be looked up by a text.
+template <class K>
+concept SMapTextKey = std::same_as<K, SAnsiString> || std::same_as<K, SMapStringCaseInsensitive>;
+
+/// The order of a map: the keys' operator<, and for texts SMapOrder.
+struct SMapLess {
+    using is_transparent = void;  ///< keys and texts may be compared
+
+    /// By the keys' own order.
+    template <class K>
+    bool operator()(const K& a, const K& b) const {
+        return a < b;
+    }
+    /// A key before a text.
+    template <SMapTextKey K>
+    bool operator()(const K& key, const SMapText& text) const {
+        return SMapOrder(key, text) < 0;
+    }
+    /// A text before a key.
+    template <SMapTextKey K>
+    bool operator()(const SMapText& text, const K& key) const {
+        return SMapOrder(key, text) > 0;
+    }
+};
+
 // Members stand outside the class, so that the instance the library exports is imported by its clients and
 // others are not exported by accident.
+
+/// A map from keys to values.
 template <class K, class V>
 class SIMap {
-    using Tree = std::map<K, V>;
+    using Tree = std::map<K, V, SMapLess>;
 
   public:
+    /// A position in the map, through which values may be changed.
     using Iterator = SIMapIterator<typename Tree::iterator>;
+    /// The same for reading.
     using ConstIterator = SIMapIterator<typename Tree::const_iterator>;
 
     /// Sets the value of a key. A key that is there already keeps its own spelling.
     void Insert(const K& key, const V& value);
     /// Inserts every pair of another map.
     void Insert(const SIMap& other);
+    /// The same as Insert.
     void SetAt(const K& key, const V& value);
     /// True, with the value, when the key is there; otherwise the value stays as it was.
     bool Lookup(const K& key, V& value) const;
-    /// True when the key was there.
+    /// The same by a text of so many bytes.
+    bool Lookup(const char* key, std::uint32_t nBytes, V& value) const requires SMapTextKey<K>;
+    /// True when the key is there.
+    bool Contains(const K& key) const;
+    /// The same by a text of so many bytes.
+    bool Contains(const char* key, std::uint32_t nBytes) const requires SMapTextKey<K>;
+    /// Removes the pair with the key; true when it was there.
     bool RemoveKey(const K& key);
+    /// Removes all pairs.
     void RemoveAll();
 
+    /// True when there are no pairs.
     bool IsEmpty() const;
+    /// How many pairs there are.
     std::uint32_t GetCount() const;
 
     /// The pair with the key, or End().
     Iterator Find(const K& key);
+    /// The same for reading.
     ConstIterator Find(const K& key) const;
+    /// The same by a text of so many bytes.
+    Iterator Find(const char* key, std::uint32_t nBytes) requires SMapTextKey<K>;
+    /// The same by a text of so many bytes, for reading.
+    ConstIterator Find(const char* key, std::uint32_t nBytes) const requires SMapTextKey<K>;
     /// The first pair whose key is not less than this one, or End().
     Iterator BeginAt(const K& key);
+    /// The same for reading.
     ConstIterator BeginAt(const K& key) const;
     /// The first pair; End() of an empty map.
     Iterator GetFirst();
+    /// The same for reading.
     ConstIterator GetFirst() const;
+    /// The same as GetFirst.
     Iterator GetIterator();
+    /// The same as GetFirst, for reading.
     ConstIterator GetIterator() const;
     /// The last pair; End() of an empty map.
     Iterator GetLast();
+    /// The same for reading.
     ConstIterator GetLast() const;
     /// The position after the last pair.
     Iterator End();
+    /// The same for reading.
     ConstIterator End() const;
 
-    // For range-for.
+    /// For range-for.
     Iterator begin();
+    /// For range-for.
     Iterator end();
+    /// For range-for.
     ConstIterator begin() const;
+    /// For range-for.
     ConstIterator end() const;
 
   private:
@@ -129,11 +211,16 @@ class SIMap {
 /// only keys of one length are collated (compareNoCase).
 class TARN_API SMapStringCaseInsensitive {
   public:
+    /// The empty text.
     SMapStringCaseInsensitive() = default;
+    /// Shares the text's block.
     SMapStringCaseInsensitive(const SString_t<char, 0>& text) noexcept : text_(text) {}
+    /// A copy of a zero-terminated text.
     SMapStringCaseInsensitive(const char* text) : text_(text) {}
 
+    /// The text in its own spelling.
     const SAnsiString& GetString() const noexcept { return text_; }
+    /// By length, and only between equal lengths by collation.
     bool operator<(const SMapStringCaseInsensitive& other) const;
 
   private:
@@ -164,6 +251,24 @@ bool SIMap<K, V>::Lookup(const K& key, V& value) const {
 }
 
 template <class K, class V>
+bool SIMap<K, V>::Lookup(const char* key, std::uint32_t nBytes, V& value) const requires SMapTextKey<K> {
+    const auto found = tree_.find(SMapText{key, nBytes});
+    if (found == tree_.end()) return false;
+    value = found->second;
+    return true;
+}
+
+template <class K, class V>
+bool SIMap<K, V>::Contains(const K& key) const {
+    return tree_.find(key) != tree_.end();
+}
+
+template <class K, class V>
+bool SIMap<K, V>::Contains(const char* key, std::uint32_t nBytes) const requires SMapTextKey<K> {
+    return tree_.find(SMapText{key, nBytes}) != tree_.end();
+}
+
+template <class K, class V>
 bool SIMap<K, V>::RemoveKey(const K& key) {
     return tree_.erase(key) != 0;
 }
@@ -191,6 +296,18 @@ typename SIMap<K, V>::Iterator SIMap<K, V>::Find(const K& key) {
 template <class K, class V>
 typename SIMap<K, V>::ConstIterator SIMap<K, V>::Find(const K& key) const {
     return ConstIterator(tree_.find(key));
+}
+
+template <class K, class V>
+typename SIMap<K, V>::Iterator SIMap<K, V>::Find(const char* key,
+                                                 std::uint32_t nBytes) requires SMapTextKey<K> {
+    return Iterator(tree_.find(SMapText{key, nBytes}));
+}
+
+template <class K, class V>
+typename SIMap<K, V>::ConstIterator SIMap<K, V>::Find(const char* key,
+                                                      std::uint32_t nBytes) const requires SMapTextKey<K> {
+    return ConstIterator(tree_.find(SMapText{key, nBytes}));
 }
 
 template <class K, class V>
