@@ -8,6 +8,7 @@
 
 #include "support/case_file.h"
 #include "support/locale_scope.h"
+#include "tarnlib/swordcursor.h"
 
 using namespace TarnLibA500;
 
@@ -26,6 +27,16 @@ std::string Words(const char* text, const char* separators, bool quoted = false,
     return Brackets(words);
 }
 
+std::string WordsByCursor(const char* text, const char* separators) {
+    std::string words;
+    for (SWordCursor word(text, separators); word.next();) {
+        EXPECT_TRUE(word.is(word.toString().getString()) && !word.is("?"));
+        EXPECT_EQ(word.getRest(), word.getWord() + word.getLength());
+        words += std::string("[") + std::string(word.getWord(), word.getLength()) + "]";
+    }
+    return words;
+}
+
 std::vector<unsigned char> Decoded(const SAnsiString& text) {
     SSimpleBuffer buffer(1);
     if (!SStringHelper::fromString(text, buffer)) return {'n', 'o'};
@@ -40,6 +51,7 @@ TEST(MakeWords, Splits) {
         const bool quoted = c[2].find('q') != std::string::npos;
         const bool keep = c[2].find('k') != std::string::npos;
         EXPECT_EQ(Words(c[0].c_str(), c[1].c_str(), quoted, keep), c[3]) << c[0];
+        if (!quoted && !keep) EXPECT_EQ(WordsByCursor(c[0].c_str(), c[1].c_str()), c[3]) << c[0];
     }
 }
 
@@ -49,7 +61,9 @@ TEST(MakeWords, TakesAnotherQuoteAndItsOwnWords) {
     EXPECT_EQ(Brackets(words), "[a][b \"c][\"d][e]");
     SStringHelper::makeWords(words[1], words, words[0], false, false);
     EXPECT_EQ(Brackets(words), "[b \"c]");
+    const SAnsiString kept(words[0]);  // its block is shared and may not be written again
     SStringHelper::makeWords(words[0], words, " ", false, false);
+    EXPECT_EQ(kept, "b \"c");
     EXPECT_EQ(Brackets(words), "[b][\"c]");
 }
 
@@ -161,6 +175,8 @@ TEST(Cp932StringHelper, WorksInWholeCharacters) {
     tarntest::LocaleScope locale(tarntest::kLocale932);
     EXPECT_EQ(Words("\x83\x5C\\\x95\x5C", "\\"), "[\x83\x5C][\x95\x5C]");
     EXPECT_EQ(Words("a\x81\x41\x83\x41\x62", "\x81\x41", false, true), "[a][\x81\x41][\x83\x41\x62]");
+    EXPECT_EQ(WordsByCursor("a\x81\x41\x83\x41\x62 \x83\x5C\\", " \x81\x41\\"),
+              "[a][\x83\x41\x62][\x83\x5C]");
     SAnsiString text("\x83\x5C\\x");
     SStringHelper::replaceSubString(text, "\\", "/");
     EXPECT_EQ(text, "\x83\x5C/x");

@@ -1,8 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "support/alloc_hooks.h"
 #include "support/assert_recorder.h"
+#include "tarnlib/stringhelper.h"
 #include "tarnlib/strtok.h"
+#include "tarnlib/swordcursor.h"
 
 using namespace TarnLibA500;
 
@@ -17,4 +21,33 @@ TEST(StrTokSeam, ReportsFailingMemoryAndLosesNothing) {
     EXPECT_EQ(piece, "");
     EXPECT_EQ(tokenizer.Next(), "name");
     EXPECT_EQ(tokenizer.rest(), "value");
+}
+
+TEST(WordsSeam, UseTheirMemoryAgain) {
+    const SAnsiString lines[] = {"the quick brown fox", "jumps over the"}, blank(" ");
+    SIArray<SAnsiString> words;
+    SStringHelper::makeWords(lines[0], words, blank, false, false);
+    const tarntest::AllocationCount count;
+    SStringHelper::makeWords(lines[1], words, blank, false, false);
+    std::uint32_t bytes = 0;
+    for (SWordCursor word(lines[0], blank); word.next();) bytes += word.getLength();
+    EXPECT_EQ(count.Taken(), 0U);
+    EXPECT_EQ(bytes, 16U);
+    EXPECT_TRUE(words.GetSize() == 3 && words[2] == "the");
+}
+
+TEST(WordsSeam, NothingOfTheOldWordsIsLeftWhenMemoryFails) {
+    const SAnsiString text("new new new new new new"), blank(" ");
+    for (unsigned long nth = 1; nth < 9; ++nth) {
+        SIArray<SAnsiString> words;
+        for (int i = 0; i < 5; ++i) words.Add("old");
+        const SIArray<SAnsiString> sharer(words);
+        tarntest::FailAllocation(nth);
+        try {
+            SStringHelper::makeWords(text, words, blank, false, false);
+        } catch (const std::bad_alloc&) {
+        }
+        tarntest::FailAllocation(0);
+        for (const SAnsiString& word : words) EXPECT_EQ(word, "new");
+    }
 }

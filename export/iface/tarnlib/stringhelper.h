@@ -26,11 +26,14 @@
 ///     if (!SStringHelper::fromString(key, back)) ...                    // not such a text
 namespace TarnLibA500 {
 
+/// The helpers; all members are static.
 class TARN_API SStringHelper {
   public:
+    /// A character of the process's code page.
     using Char = SChar_t<char, 0>;
 
-    /// Splits a text at the characters of a set; the array is emptied first. Runs of separators make no empty
+    /// Splits a text at the characters of a set; the words replace those in the array, whose memory is used
+    /// again: who splits many texts keeps one array. (SWordCursor makes no strings at all.) Runs of separators make no empty
     /// words. With "quoted", a word that begins with a double quote runs to the next one, or to the end of
     /// the text: it may hold separators, may be empty, and comes without its quotes; a quote inside any other
     /// word ends that word. With "keepSeparators" every separator outside quotes is a word of its own.
@@ -40,10 +43,11 @@ class TARN_API SStringHelper {
     static void makeWords(const SAnsiString& text, SIArray<SAnsiString>& words, const Char& quote,
                           const SAnsiString& separators, bool quoted, bool keepSeparators);
 
-    /// Remove the leading, the trailing, or the leading and then the trailing characters that belong to the
-    /// set.
+    /// Removes the leading characters that belong to the set.
     static void trimLeft(SAnsiString& text, const SAnsiString& characters);
+    /// Removes the trailing characters that belong to the set.
     static void trimRight(SAnsiString& text, const SAnsiString& characters);
+    /// Removes the leading and then the trailing characters that belong to the set.
     static void trim(SAnsiString& text, const SAnsiString& characters);
 
     /// Removes, in every line, what stands between the marker and the line's end (CR or LF, which stays). A
@@ -52,17 +56,19 @@ class TARN_API SStringHelper {
     static void removeComments(SAnsiString& text, const SAnsiString& marker);
 
     /// Replaces every occurrence, from left to right; what was put in is not searched again. An empty "what"
-    /// does nothing, here and below.
+    /// does nothing, and neither does one that find never finds.
     static void replaceSubString(SAnsiString& text, const SAnsiString& what, const SAnsiString& by);
-    /// Replace a prefix or a suffix; true when it was there.
+    /// Replaces a text at the start; true when it was there. An empty "what" does nothing.
     static bool replaceSubStringAtStart(SAnsiString& text, const SAnsiString& what, const SAnsiString& by);
+    /// Replaces a text at the end; true when it was there. An empty "what" does nothing.
     static bool replaceSubStringAtEnd(SAnsiString& text, const SAnsiString& what, const SAnsiString& by);
 
     /// Writes the text with a backslash before each delimiter and each backslash.
     static void escapeDelimiters(const SAnsiString& text, SAnsiString& result, const Char& delimiter);
 
-    /// Join the members with "," between them, in the collection's order. Members are not quoted or escaped.
+    /// Joins the members with "," between them, in their order. They are not quoted or escaped.
     static SAnsiString convertArrayToString(const SIArray<SAnsiString>& strings);
+    /// The same for a set.
     static SAnsiString convertSetToString(const SISet<SAnsiString>& strings);
 
     /// Resolves a path against a base directory by its text alone: no file system is asked. An absolute path
@@ -76,6 +82,7 @@ class TARN_API SStringHelper {
     /// two bytes that are left over make two or three symbols. No padding. (Base64's grouping, but neither of
     /// its usual alphabets.)
     static SAnsiString toString(const unsigned char* bytes, std::uint32_t count);
+    /// The same for a buffer's used bytes.
     static SAnsiString toString(const SSimpleBuffer& buffer);
     /// The way back; unused low bits of a last short group are ignored. False, with an empty buffer, for a
     /// symbol outside the alphabet and for a length that leaves a single symbol over.
