@@ -20,6 +20,7 @@
 ///     section = nullptr;                                   // the array still holds it
 namespace TarnLibA500 {
 
+/// The base of objects that are counted.
 class CRefCount {
   public:
     /// Counts one more holder and returns how many there are.
@@ -30,13 +31,17 @@ class CRefCount {
         if (left == 0) delete this;
         return left;
     }
+    /// How many holders there are at the moment.
     std::int32_t GetRefCount() const noexcept { return refCount_.load(std::memory_order_acquire); }
 
   protected:
+    /// No holders yet.
     CRefCount() noexcept = default;
-    /// A copy has holders of its own: none yet. Assignment leaves the count alone.
+    /// A copy has holders of its own: none yet.
     CRefCount(const CRefCount&) noexcept {}
+    /// Leaves the count alone.
     CRefCount& operator=(const CRefCount&) noexcept { return *this; }
+    /// Only Release deletes.
     virtual ~CRefCount() = default;
 
   private:
@@ -47,15 +52,19 @@ class CRefCount {
 template <class T>
 class CRefPtr {
   public:
+    /// Holds nothing.
     CRefPtr() noexcept = default;
     /// Counts the object; null is allowed.
     CRefPtr(T* object) noexcept : object_(object) { Hold(); }
+    /// Holds the same object.
     CRefPtr(const CRefPtr& other) noexcept : object_(other.object_) { Hold(); }
+    /// Takes the object and leaves the other pointer without one.
     CRefPtr(CRefPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
     /// From a pointer to a derived class.
     template <class Derived>
     requires std::is_convertible_v<Derived*, T*> CRefPtr(const CRefPtr<Derived>& other)
     noexcept : object_(other.get()) { Hold(); }
+    /// Lets go of the object, which is deleted with its last holder.
     ~CRefPtr() {
         if (object_ != nullptr) object_->Release();
     }
@@ -64,19 +73,26 @@ class CRefPtr {
         CRefPtr(other).swap(*this);
         return *this;
     }
+    /// Takes the object and leaves the other pointer without one.
     CRefPtr& operator=(CRefPtr&& other) noexcept {
         CRefPtr(std::move(other)).swap(*this);
         return *this;
     }
+    /// Exchanges the objects.
     void swap(CRefPtr& other) noexcept { std::swap(object_, other.object_); }
 
+    /// The object; null when there is none.
     T* get() const noexcept { return object_; }
+    /// The object, which must be there.
     T& operator*() const noexcept { return *object_; }
+    /// The object, which must be there.
     T* operator->() const noexcept { return object_; }
+    /// True when an object is held.
     explicit operator bool() const noexcept { return object_ != nullptr; }
 
     /// By identity of the object.
     bool operator==(const CRefPtr& other) const noexcept { return object_ == other.object_; }
+    /// True when nothing is held.
     bool operator==(std::nullptr_t) const noexcept { return object_ == nullptr; }
 
   private:

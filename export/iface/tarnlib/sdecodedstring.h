@@ -13,15 +13,19 @@ namespace TarnLibA500 {
 ///     Show(subject.getString());
 class TARN_API SDecodedString : public SWCharString {
   public:
+    /// Empty.
     SDecodedString() = default;
     /// Shares the text's block.
     SDecodedString(const SWCharString& text) noexcept : SWCharString(text) {}
     /// A copy of a zero-terminated text; null is an empty one.
     SDecodedString(const wchar_t* text) : SWCharString(text) {}
+    /// Shares the text's block.
     SDecodedString(const SDecodedString&) noexcept = default;
     /// Takes the text and leaves the other one empty.
     SDecodedString(SDecodedString&&) noexcept = default;
+    /// Shares the text's block.
     SDecodedString& operator=(const SDecodedString&) noexcept = default;
+    /// Takes the text and leaves the other one empty.
     SDecodedString& operator=(SDecodedString&&) noexcept = default;
 };
 

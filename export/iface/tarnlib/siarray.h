@@ -26,17 +26,27 @@ namespace TarnLibA500 {
 
 // Members stand outside the class, so that the instances the library exports are imported by its clients and
 // others are not exported by accident.
+
+/// An array of elements.
 template <class T>
 class SIArray {
   public:
+    /// A random-access position.
     using Iterator = typename std::vector<T>::iterator;
+    /// The same for reading.
     using ConstIterator = typename std::vector<T>::const_iterator;
 
+    /// No elements, and no allocation.
     SIArray();
+    /// Copies of the elements.
     SIArray(const SIArray& other);
+    /// Takes the elements and leaves the other array empty.
     SIArray(SIArray&& other) noexcept;
+    /// Replaces all elements by copies.
     SIArray& operator=(const SIArray& other);
+    /// Takes the elements in the place of its own.
     SIArray& operator=(SIArray&& other) noexcept;
+    /// Destroys the elements.
     virtual ~SIArray();
 
     /// Appends an element and returns its index.
@@ -46,32 +56,50 @@ class SIArray {
     /// Replaces all elements by another array's.
     void Copy(const SIArray& other);
 
+    /// A copy of an element.
     T CopyAt(std::uint32_t index) const;
+    /// An element.
     T& ElementAt(std::uint32_t index);
+    /// An element, for reading.
     const T& ElementAt(std::uint32_t index) const;
+    /// An element.
     T& operator[](std::uint32_t index);
+    /// An element, for reading.
     const T& operator[](std::uint32_t index) const;
+    /// Replaces an element.
     void SetAt(std::uint32_t index, const T& element);
     /// The first element; the others follow it.
     T* Data();
+    /// The same for reading.
     const T* Data() const;
 
+    /// The position of the first element.
     Iterator Begin();
+    /// The position after the last element.
     Iterator End();
+    /// The position of the first element, for reading.
     ConstIterator Begin() const;
+    /// The position after the last element, for reading.
     ConstIterator End() const;
+    /// For range-for.
     Iterator begin();
+    /// For range-for.
     Iterator end();
+    /// For range-for.
     ConstIterator begin() const;
+    /// For range-for.
     ConstIterator end() const;
 
+    /// How many elements there are.
     std::uint32_t GetSize() const;
     /// Changes the number of elements: new ones are made by default, surplus ones destroyed.
     void SetSize(std::uint32_t size);
     /// The same; when the size reaches the capacity, the capacity first grows by growBy elements, but at most
     /// by itself and at most by 4,096, if that is enough.
     void SetSize(std::uint32_t size, std::uint32_t growBy);
+    /// Removes a number of elements from an index on.
     void RemoveAt(std::uint32_t index, std::uint32_t count = 1);
+    /// Removes all elements; the memory stays for new ones.
     void RemoveAll();
 
   private:

@@ -26,6 +26,7 @@ enum AdoptionType : int {
     AdoptMalloc = 2  ///< they are taken over and freed with the C library's free
 };
 
+/// A range of bytes that never change.
 class TARN_API SImmutableBuffer {
   public:
     /// A null pointer with a size is reported by assertion and gives an empty range. Bytes of any other
@@ -36,7 +37,9 @@ class TARN_API SImmutableBuffer {
     SImmutableBuffer(const SImmutableBuffer& other) noexcept;
     /// A sub-range that shares the allocation. Throws std::logic_error when it passes the other's end.
     SImmutableBuffer(const SImmutableBuffer& other, std::uint32_t offset, std::uint32_t length);
+    /// Shares the other's allocation and lets go of its own.
     SImmutableBuffer& operator=(const SImmutableBuffer& other) noexcept;
+    /// Frees the allocation with its last holder.
     ~SImmutableBuffer();
 
     /// The byte at an index. Throws std::logic_error when the index is not below the size.
@@ -46,6 +49,7 @@ class TARN_API SImmutableBuffer {
     /// Ranges that share the allocation, this one included.
     long refcount() const noexcept;
 
+    /// True when sizes and bytes are the same.
     bool operator==(const SImmutableBuffer& other) const noexcept;
     /// By size, and only between equal sizes by unsigned bytes.
     bool operator<(const SImmutableBuffer& other) const noexcept;

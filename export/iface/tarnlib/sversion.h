@@ -10,10 +10,10 @@
 ///
 ///     if (SVersion::CompareVersions(installed, "5.0.2") < 0) Upgrade();
 ///     SVersion::CompareVersions("1,10", "1.9");    //  1: numbers, not texts
-///     SVersion::CompareVersions("1.2", "1.2.0");   // -1: when all common components agree, more components
-///     win
+///     SVersion::CompareVersions("1.2", "1.2.0");   // -1: the common components agree, and more components win
 namespace TarnLibA500 {
 
+/// Compares version texts.
 class TARN_API SVersion {
   public:
     /// -1, 0 or 1: the first pair of components that differ decides, then the number of components. A
