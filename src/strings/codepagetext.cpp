@@ -1,7 +1,5 @@
 #include "strings/codepagetext.h"
 
-#include <cstring>
-
 namespace TarnLibA500::mbchar {
 namespace {
 
@@ -46,8 +44,8 @@ std::uint32_t Encode(const CodePage& page, const wchar_t*& text, const wchar_t* 
         char bytes[kMaxCharacterBytes];
         const std::uint32_t count = FromWideOrReplace(page, bytes, *text);
         if (count > room - used) break;
-        std::memcpy(out + used, bytes, count);
-        used += count;
+        out[used++] = bytes[0];
+        if (count == 2) out[used++] = bytes[1];
     }
     return used;
 }

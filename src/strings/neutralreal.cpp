@@ -17,9 +17,10 @@ constexpr int kBelowSmallest = 21;
 constexpr int kUsualExponentUnits = 5;  // "e-123"
 
 // The standard library multiplies few digits by their power of ten in a register of 64 bits and rounds the
-// product twice, which is exact only as long as that holds every bit of it. Numbers above 2^53 it never
-// multiplies: those of 17 digits.
+// product twice, which is exact only as long as that holds every bit of it. It never multiplies digits above
+// 2^53, which 17 of them are, and never by more than 10^22.
 constexpr double kProductsAreExact = 18446744073709551616.0;  // 2^64
+constexpr double kLargestProduct = 1e38;
 constexpr int kUnmultipliedDigits = 17;
 constexpr int kAbsurdExponent = 100'000;
 
@@ -155,7 +156,8 @@ bool ReadUsual(const char* first, const char* last, T& value) {
     if (first == last || !(IsDigit(*first) || *first == '.')) return false;
     const auto [end, error] = std::from_chars(first, last, value);
     if (error != std::errc() || value < std::numeric_limits<T>::min()) return false;
-    if (value >= kProductsAreExact && SignificantDigits(first, end) < kUnmultipliedDigits) return false;
+    const bool mayBeRoundedTwice = value >= kProductsAreExact && value < kLargestProduct;
+    if (mayBeRoundedTwice && SignificantDigits(first, end) < kUnmultipliedDigits) return false;
     if (end != last && (IsBlank(*end) || IsExponentMark(*end))) return false;
     if (end - first <= kKeptDigits) return true;
     while (*first == '0' || *first == '.') ++first;  // the number is not 0
