@@ -260,7 +260,7 @@ TEST(StringEdit, PositionsBeyondTheEnd) {
          {s.mid(2), s.right(2), s.mid(2, 99), s.right(s.find('c')), s.mid(s.find('c'))}) {
         EXPECT_EQ(part, "cd");
     }
-    EXPECT_EQ(s.mid(9, 9) + s.mid(s.end(), s.begin()) + s.mid(1, 2), "bc");
+    EXPECT_TRUE(s.mid(1, 2) == "bc" && s.mid(9, 9).isEmpty() && s.mid(s.end(), s.begin()).isEmpty());
     s.setSize(1);
     s.setSize(100);
     EXPECT_EQ(s, "X");
