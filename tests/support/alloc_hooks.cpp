@@ -122,7 +122,10 @@ void* HookReallocate(void* block, std::size_t bytes) noexcept {
 }
 
 void HookFree(void* block) noexcept {
-    if (block != nullptr && block == watch.block) std::memcpy(watch.copy, block, watch.bytes);
+    if (block != nullptr && block == watch.block) {
+        std::memcpy(watch.copy, block, watch.bytes);
+        watch = {};  // the next block at this address is another
+    }
     GiveBlock(block);
 }
 
