@@ -164,8 +164,7 @@ bool TakeAscii(Ascii& target, const unit* text, std::uint32_t count, const char*
 
 }  // namespace
 
-// ------------------------------------------------------------------------------------------------
-// SAnsiString
+// ----------------------------------------------------------------------------------------------- SAnsiString
 
 template <>
 std::uint32_t FlavourConvert<char, 0>::getNBytesForWide(const char* text, std::uint32_t length) {
@@ -271,8 +270,7 @@ bool FlavourConvert<char, 0>::fromUTF8(Ansi& target, const char* text, std::uint
     return converted;
 }
 
-// ------------------------------------------------------------------------------------------------
-// SAsciiString
+// ---------------------------------------------------------------------------------------------- SAsciiString
 
 template <>
 std::uint32_t FlavourConvert<char, 1>::getNBytesForAscii(const char*, std::uint32_t length) {
@@ -359,8 +357,7 @@ bool FlavourConvert<char, 1>::fromUTF8(Ascii& target, const char* text, std::uin
     return false;
 }
 
-// ------------------------------------------------------------------------------------------------ wide
-// strings
+// ---------------------------------------------------------------------------------------------- wide strings
 
 template <>
 std::uint32_t FlavourConvert<wchar_t, 1>::getNBytesForAscii(const wchar_t*, std::uint32_t length) {

@@ -352,8 +352,7 @@ std::uint32_t NeutralString::ToStringFrom64(char* out, unsigned long long part) 
     return StringConvFromInteger(out, part, kDecimal);
 }
 
-// ------------------------------------------------------------------------------------------------ exported
-// instances
+// ---------------------------------------------------------------------------------------- exported instances
 
 #define TARN_NEUTRAL_READING(T)                                                         \
     template TARN_API bool NeutralString::ToNumber(const SAnsiString&, T&);             \

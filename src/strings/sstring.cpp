@@ -49,8 +49,7 @@ void Wipe(void* bytes, std::size_t count) {
 
 }  // namespace
 
-// ------------------------------------------------------------------------------------------------ buffer
-// control
+// -------------------------------------------------------------------------------------------- buffer control
 
 template <class unit, int flavour>
 typename SString_t<unit, flavour>::SStringBuffer* SString_t<unit, flavour>::GetEmptyBuffer() noexcept {
@@ -164,8 +163,7 @@ unit* SString_t<unit, flavour>::concatAllocHelper(std::uint32_t k) {
     return characters() + oldLength;
 }
 
-// ------------------------------------------------------------------------------------ construction and
-// assignment
+// ------------------------------------------------------------------------------- construction and assignment
 
 template <class unit, int flavour>
 SString_t<unit, flavour>::SString_t() : buffer_(GetEmptyBuffer()) {}
@@ -475,8 +473,7 @@ unit* SString_t<unit, flavour>::detach() {
     return characters();
 }
 
-// -------------------------------------------------------------------------------------------------
-// sub-strings
+// ----------------------------------------------------------------------------------------------- sub-strings
 
 template <class unit, int flavour>
 SString_t<unit, flavour> SString_t<unit, flavour>::left(std::uint32_t count) const {
@@ -685,8 +682,7 @@ bool SAnsiStringCI::endsWith(const Char& character) const {
     return character.getLength() != 0 && endsWith(Base(character));
 }
 
-// -------------------------------------------------------------------------------------------------
-// comparison
+// ------------------------------------------------------------------------------------------------ comparison
 
 namespace {
 
@@ -743,8 +739,7 @@ int SString_t<unit, flavour>::compareNoCase(const unit* other) const {
     }
 }
 
-// -------------------------------------------------------------------------------------------------
-// conversion
+// ------------------------------------------------------------------------------------------------ conversion
 
 template <class unit, int flavour>
 int SString_t<unit, flavour>::toAscii(char* out, std::uint32_t nBytesInBuffer) const {
@@ -821,8 +816,7 @@ bool SString_t<unit, flavour>::fromUTF8(const char* text, std::uint32_t nBytes) 
     return FlavourConvert<unit, flavour>::fromUTF8(*this, text, nBytes);
 }
 
-// ---------------------------------------------------------------------------------------- the three
-// instantiations
+// ---------------------------------------------------------------------------------- the three instantiations
 
 template class SString_t<char, 0>;
 template class SString_t<char, 1>;

@@ -114,8 +114,7 @@ void WithRealText(double number, int precision, Take take) {
 
 }  // namespace
 
-// ------------------------------------------------------------------------------------------------ code-page
-// text
+// -------------------------------------------------------------------------------------------- code-page text
 
 SAnsiString SAnsiStringConv::ToString(short number, int radix) {
     return Narrow(number, radix);
@@ -179,8 +178,7 @@ SAnsiString SAnsiStringConv::StringFrom10Number2Digits(int number) {
     return TwoDigits<SAnsiString, char>(number);
 }
 
-// ------------------------------------------------------------------------------------------------ UTF-16
-// text
+// ----------------------------------------------------------------------------------------------- UTF-16 text
 
 // Declared once more, so that the DLL has it for clients that take its address or a reference.
 constexpr std::uint32_t SWCharStringConv::kArrayUnits;
@@ -259,8 +257,7 @@ SAsciiString SAsciiStringConv::StringFrom10Number2Digits(int number) {
     return TwoDigits<SAsciiString, char>(number);
 }
 
-// ------------------------------------------------------------------------------------------------ exported
-// instances
+// ---------------------------------------------------------------------------------------- exported instances
 
 #define TARN_INTEGER_CONVERSIONS(T)                                                    \
     template TARN_API bool SAnsiStringConv::FromString(const SAnsiString&, T&, int);   \

@@ -125,8 +125,8 @@ class TARN_API CUTFConverter {
     /// (and for a null array), so a surrogate pair counts 2; when the array is too small, how many values
     /// were converted.
     static std::uint32_t UTF16ToUCS4(const wchar_t* source, UCS4* target, std::uint32_t size);
-    /// UTF-16 into UTF-8 in memory of SSimpleBuffer::alloc, which the caller frees with SSimpleBuffer::dealloc; the length
-    /// does not count the terminator. False, with null, for a count of 0.
+    /// UTF-16 into UTF-8 in memory of SSimpleBuffer::alloc, which the caller frees with
+    /// SSimpleBuffer::dealloc; the length does not count the terminator. False, with null, for a count of 0.
     static bool ConvertToUTF8String(const wchar_t* source, std::uint32_t count, unsigned char*& target,
                                     std::uint32_t& length);
 

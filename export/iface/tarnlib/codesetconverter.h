@@ -10,7 +10,8 @@
 /// Sources are zero-terminated. Counts of wide text are code units, of code-page text bytes. What does not
 /// convert becomes "?"; a near likeness that the system offers counts as converted. Null outputs ask for the
 /// room that is needed. The code page is the one of the moment: where another thread may set the locale, the room
-/// that was needed may be too small when the text is written, and what is written then ends there. All members are static and may be called from any thread.
+/// that was needed may be too small when the text is written, and what is written then ends there. All
+/// members are static and may be called from any thread.
 ///
 ///     wchar_t wide[80];
 ///     int units = CodesetConverter::mbstoucs2(wide, text, 80);

@@ -61,10 +61,11 @@ class TARN_API NeutralString {
     /// The same for a double as ASCII text.
     static SAsciiString FromNumberToAscii(double number, int precision);
 
-    /// Reads a number from the start of a text. Integers follow the rules of SAnsiStringConv::FromString. Reals skip blanks and tabs
-    /// before the number and between its parts, take a "+", an exponent after "e" or "E", and ignore what
-    /// follows; they are rounded correctly from the first 20 significant digits. False, with 0, when there is
-    /// no number and when it does not fit the type; a real that is too small is 0, with success.
+    /// Reads a number from the start of a text. Integers follow the rules of SAnsiStringConv::FromString.
+    /// Reals skip blanks and tabs before the number and between its parts, take a "+", an exponent after "e"
+    /// or "E", and ignore what follows; they are rounded correctly from the first 20 significant digits.
+    /// False, with 0, when there is no number and when it does not fit the type; a real that is too small is
+    /// 0, with success.
     template <TextNumber T>
     TARN_API static bool ToNumber(const SAnsiString& text, T& number);
     /// The same from ASCII text.

@@ -33,10 +33,11 @@ class TARN_API SStringHelper {
     using Char = SChar_t<char, 0>;
 
     /// Splits a text at the characters of a set; the words replace those in the array, whose memory is used
-    /// again: who splits many texts keeps one array. (SWordCursor makes no strings at all.) Runs of separators make no empty
-    /// words. With "quoted", a word that begins with a double quote runs to the next one, or to the end of
-    /// the text: it may hold separators, may be empty, and comes without its quotes; a quote inside any other
-    /// word ends that word. With "keepSeparators" every separator outside quotes is a word of its own.
+    /// again: who splits many texts keeps one array. (SWordCursor makes no strings at all.) Runs of
+    /// separators make no empty words. With "quoted", a word that begins with a double quote runs to the next
+    /// one, or to the end of the text: it may hold separators, may be empty, and comes without its quotes; a
+    /// quote inside any other word ends that word. With "keepSeparators" every separator outside quotes is a
+    /// word of its own.
     static void makeWords(const SAnsiString& text, SIArray<SAnsiString>& words, const SAnsiString& separators,
                           bool quoted, bool keepSeparators);
     /// The same with another quote character. When the quote also stands among the separators, it quotes.

@@ -8,9 +8,9 @@
 /// Tokenizers: they cut a text at a token and hand out the pieces one at a time.
 ///
 /// The token is a whole text and not a set of characters; it is searched by multi-byte characters of the
-/// process's code page, and one that begins with a zero byte is never found. Two tokens in a row give an empty piece between them. A tokenizer holds its own
-/// copies; an object is used by one thread at a time, its const members included, because they may drop what
-/// has been cut off.
+/// process's code page, and one that begins with a zero byte is never found. Two tokens in a row give an
+/// empty piece between them. A tokenizer holds its own copies; an object is used by one thread at a time, its
+/// const members included, because they may drop what has been cut off.
 ///
 ///     RSStrTok pairs("user=anna; mode=passive");
 ///     while (!pairs.IsEmpty()) {
