@@ -1,6 +1,6 @@
 #include "config/landscape.h"
 
-namespace TarnLibA500 {
+namespace TarnLibA500::landscape {
 namespace {
 
 constexpr const char* kServiceType = "mirelms";
@@ -18,14 +18,14 @@ SAnsiString TextOf(const XmlElement& element, const char* name) {
     return value.trim();
 }
 
-LandscapeService ServiceOf(const XmlElement& element) {
+Service ServiceOf(const XmlElement& element) {
     return {TextOf(element, "uuid"),     TextOf(element, "name"),   TextOf(element, "server"),
             TextOf(element, "systemid"), TextOf(element, "msid"),   TextOf(element, "routerid"),
             TextOf(element, "sncop"),    TextOf(element, "sncname")};
 }
 
 // "host:port"; a port of its own counts where the host has none. More colons are those of an address.
-Landscape::Host HostOf(const XmlElement& element) {
+Host HostOf(const XmlElement& element) {
     const SAnsiString host = TextOf(element, "host");
     const SAnsiString::iterator colon = host.find(':');
     if (colon == host.end() || host.findLast(':') != colon) return {host, TextOf(element, "port")};
@@ -42,11 +42,11 @@ Value Look(const std::map<SAnsiString, Value>& values, const SAnsiString& key) {
 
 }  // namespace
 
-SAnsiString Landscape::parent() const {
+SAnsiString Document::parent() const {
     return open_.empty() ? SAnsiString() : open_.back();
 }
 
-void Landscape::startElement(const XmlElement& element) {
+void Document::startElement(const XmlElement& element) {
     const SAnsiString name = element.name();
     if (open_.empty()) {
         isLandscape_ = name == "Landscape";
@@ -62,21 +62,21 @@ void Landscape::startElement(const XmlElement& element) {
     open_.push_back(name);
 }
 
-void Landscape::endElement() {
+void Document::endElement() {
     open_.pop_back();
 }
 
-Landscape::Host Landscape::messageServer(const SAnsiString& uuid) const {
+Host Document::messageServer(const SAnsiString& uuid) const {
     return Look(messageServers_, uuid);
 }
 
-SAnsiString Landscape::route(const SAnsiString& uuid) const {
+SAnsiString Document::route(const SAnsiString& uuid) const {
     return Look(routes_, uuid);
 }
 
-SAnsiString Landscape::description(const LandscapeService& service) const {
+SAnsiString Document::description(const Service& service) const {
     const SAnsiString item = Look(itemNames_, service.uuid);
     return item.isEmpty() ? service.name : item;
 }
 
-}  // namespace TarnLibA500
+}  // namespace TarnLibA500::landscape

@@ -6,10 +6,11 @@
 #include "config/xmldocument.h"
 #include "tarnlib/sstring.h"
 
-namespace TarnLibA500 {
+/// Landscape documents: the connections that a desktop client knows.
+namespace TarnLibA500::landscape {
 
 /// A service as a landscape document has it.
-struct LandscapeService {
+struct Service {
     SAnsiString uuid;
     SAnsiString name;
     SAnsiString server;
@@ -20,36 +21,37 @@ struct LandscapeService {
     SAnsiString sncName;
 };
 
+/// Where a message server is.
+struct Host {
+    SAnsiString name;
+    SAnsiString port;
+};
+
 /// The parts of a landscape document that connections are made of. Message servers, routers and the names of
 /// items may stand before or behind the services that refer to them.
-class Landscape final : public XmlReceiver {
+class Document final : public XmlReceiver {
   public:
-    struct Host {
-        SAnsiString name;
-        SAnsiString port;
-    };
-
     void startElement(const XmlElement& element) override;
     void endElement() override;
 
     /// False when the document was something else.
     bool isLandscape() const noexcept { return isLandscape_; }
-    const std::vector<LandscapeService>& services() const noexcept { return services_; }
+    const std::vector<Service>& services() const noexcept { return services_; }
     /// Empty for one that is not there.
     Host messageServer(const SAnsiString& uuid) const;
     SAnsiString route(const SAnsiString& uuid) const;
     /// What a service is called where people choose one: the name of the item with its uuid, or its own.
-    SAnsiString description(const LandscapeService& service) const;
+    SAnsiString description(const Service& service) const;
 
   private:
     SAnsiString parent() const;
 
     bool isLandscape_ = false;
     std::vector<SAnsiString> open_;  // the elements around, from the root on
-    std::vector<LandscapeService> services_;
+    std::vector<Service> services_;
     std::map<SAnsiString, Host> messageServers_;
     std::map<SAnsiString, SAnsiString> routes_;
     std::map<SAnsiString, SAnsiString> itemNames_;
 };
 
-}  // namespace TarnLibA500
+}  // namespace TarnLibA500::landscape

@@ -1,7 +1,9 @@
 #include <utility>
+#include <vector>
 
 #include "config/landscape.h"
 #include "config/xmldocument.h"
+#include "diag/levels.h"
 #include "tarnlib/configfilereader.h"
 #include "tarnlib/straceobj.h"
 
@@ -10,7 +12,6 @@ namespace TarnLibA500 {
 namespace {
 
 constexpr const char* kUnit = "configfilereader";
-constexpr int kTraceLevel = 1;
 constexpr const char* kHostInRoute = "/H/";
 constexpr const char* kYes = "1";
 
@@ -22,26 +23,21 @@ SAnsiString Through(const SAnsiString& route, const SAnsiString& host) {
 
 // How a user gets to the service: by a server that was entered, or by a group that a message server gives a
 // server for; both with a secured connection or without.
-const char* OriginOf(const LandscapeService& service) {
+const char* OriginOf(const landscape::Service& service) {
     const bool isSecured = !service.sncName.isEmpty();
     if (service.messageServer.isEmpty()) return isSecured ? "USEREDIT_SNC" : "USEREDIT";
     return isSecured ? "MS_SEL_GROUPS_SNC" : "MS_SEL_GROUPS";
 }
 
-}  // namespace
-
-// A line of a section; none for a value that is empty.
-SAnsiString ConfigFileReader::getValueFromNameValuePair(const SAnsiString& name, const SAnsiString& value) {
-    return value.isEmpty() ? SAnsiString() : SAnsiString(name + "=" + value + "\n");
-}
-
-void ConfigFileReader::addService(const Landscape& landscape, const LandscapeService& service) {
-    const Landscape::Host host = landscape.messageServer(service.messageServer);
-    const SAnsiString route = landscape.route(service.router);
+// The lines of a service's section.
+std::vector<std::pair<const char*, SAnsiString>> ValuesOf(const landscape::Document& document,
+                                                          const landscape::Service& service) {
+    const landscape::Host host = document.messageServer(service.messageServer);
+    const SAnsiString route = document.route(service.router);
     const bool hasMessageServer = !service.messageServer.isEmpty();
     const char* const origin = OriginOf(service);
-    const std::pair<const char*, SAnsiString> values[] = {
-        {"Description", landscape.description(service)},
+    return {
+        {"Description", document.description(service)},
         {"Server", hasMessageServer ? service.server : Through(route, service.server)},
         {"Database", service.systemId},
         {"MSSysName", hasMessageServer ? service.systemId : SAnsiString()},
@@ -52,22 +48,34 @@ void ConfigFileReader::addService(const Landscape& landscape, const LandscapeSer
         {"Origin", origin},
         {origin, kYes},
     };
-    SAnsiString body;
-    for (const auto& [name, value] : values) body.concat(getValueFromNameValuePair(name, value));
-    sections_.Add(new SectionData(service.name, body));
+}
+
+}  // namespace
+
+// A line of a section; none for a value that is empty.
+SAnsiString ConfigFileReader::getValueFromNameValuePair(const SAnsiString& name, const SAnsiString& value) {
+    return value.isEmpty() ? SAnsiString() : SAnsiString(name + "=" + value + "\n");
 }
 
 bool ConfigFileReader::buildConfigDataFromXML(const SAnsiString& path) {
-    Landscape landscape;
+    landscape::Document document;
     SAnsiString problem;
-    if (!ReadXmlFile(path, XmlLimits(), landscape, problem) || !landscape.isLandscape()) {
-        TARN_TRACE_AT(kTraceLevel, kUnit, "ConfigFileReader::initializeFromXML() failed to read %1: %2", path,
-                      problem.isEmpty() ? SAnsiString("it is no landscape") : problem);
+    if (ReadXmlFile(path, XmlLimits(), document, problem) && !document.isLandscape())
+        problem = "it is no landscape";
+    if (!problem.isEmpty()) {
+        TARN_TRACE_AT(levels::kLoss, kUnit, "ConfigFileReader::initializeFromXML() failed to read %1: %2",
+                      path, problem);
+        problem_ = path + ": " + problem;
         return false;
     }
-    sections_.RemoveAll();
-    for (const LandscapeService& service : landscape.services()) addService(landscape, service);
-    buildNameIndex();
+    SIArray<CRefPtr<SectionData>> sections;
+    for (const landscape::Service& service : document.services()) {
+        SAnsiString body;
+        for (const auto& [name, value] : ValuesOf(document, service))
+            body.concat(getValueFromNameValuePair(name, value));
+        sections.Add(new SectionData(service.name, body));
+    }
+    takeSections(sections, SAnsiString());
     return true;
 }
 

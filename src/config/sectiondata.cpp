@@ -1,3 +1,4 @@
+#include "config/configlosses.h"
 #include "config/sectionindex.h"
 #include "tarnlib/configfilereader.h"
 
@@ -15,7 +16,11 @@ SectionData::SectionData(const SAnsiString& name, const CRefPtr<Lines>& lines, s
 
 SectionData::SectionData(const SAnsiString& name, const SAnsiString& body)
     : SectionData(name, new Lines(body), 0, 0) {
-    count_ = lines_->add(lines_->text.getString(), lines_->text.end().getPtr());
+    const SAnsiString& text = lines_->text;
+    const char* const end = text.end().getPtr();
+    const char* const stop = lines_->add(text.getString(), end);
+    count_ = lines_->count();
+    if (stop != end) ConfigLosses("a section's text", text).add("=", name, stop, end);
 }
 
 SectionData::SectionData(const SectionData& other) = default;
@@ -29,8 +34,10 @@ bool SectionData::lookup(const SAnsiString& key, SAnsiString& value) const {
 }
 
 void SectionData::getAllKeys(SIArray<SAnsiString>& keys) const {
+    SIArray<SAnsiString> all;
     for (const SectionEntry& entry : EntriesByKey(lines_->entries.data() + first_, count_))
-        keys.Add(SAnsiString(entry.key, entry.keyBytes));
+        all.Add(SAnsiString(entry.key, entry.keyBytes));
+    keys.Append(all);
 }
 
 }  // namespace TarnLibA500

@@ -38,7 +38,8 @@ bool ReadLine(const mbchar::CodePage& page, const char* first, const char* last,
     return true;
 }
 
-void ReadLines(const char* at, const char* end, std::vector<SectionEntry>& entries) {
+// Returns the line where the section ends before its end, or the end.
+const char* ReadLines(const char* at, const char* end, std::vector<SectionEntry>& entries) {
     const mbchar::CodePage& page = mbchar::CodePage::Current();
     while (at < end) {
         const char* const next = FindByte(at, end, '\n');
@@ -47,11 +48,12 @@ void ReadLines(const char* at, const char* end, std::vector<SectionEntry>& entri
         Trim(first, last);
         SectionEntry entry;
         if (first != last) {
-            if (!ReadLine(page, first, last, entry)) break;
+            if (!ReadLine(page, first, last, entry)) return at;
             entries.push_back(entry);
         }
         at = next + 1;
     }
+    return end;
 }
 
 }  // namespace
@@ -64,17 +66,16 @@ std::uint32_t HashText(const char* text, std::uint32_t bytes) noexcept {
     return hash;
 }
 
-std::uint32_t ConfigFileReader::SectionData::Lines::add(const char* body, const char* bodyEnd) {
+const char* ConfigFileReader::SectionData::Lines::add(const char* body, const char* bodyEnd) {
     const std::size_t from = entries.size();
-    ReadLines(body, bodyEnd, entries);
-    const auto count = static_cast<std::uint32_t>(entries.size() - from);
-    if (count > kMostUnsorted) {
+    const char* const stop = ReadLines(body, bodyEnd, entries);
+    if (entries.size() - from > kMostUnsorted) {
         std::sort(entries.begin() + static_cast<std::ptrdiff_t>(from), entries.end(),
                   [](const SectionEntry& a, const SectionEntry& b) {
                       return a.hash != b.hash ? a.hash < b.hash : a.key < b.key;  // else in their order
                   });
     }
-    return count;
+    return stop;
 }
 
 // Of lines with the same key the first counts. But a key with white space before its "=" is looked up with

@@ -24,8 +24,10 @@ std::uint32_t HashText(const char* text, std::uint32_t bytes) noexcept;
 struct ConfigFileReader::SectionData::Lines : public CRefCount {
     explicit Lines(const SAnsiString& whole) : text(whole) {}
 
-    /// Adds a section's body, which is a part of the text. Returns how many lines it has.
-    std::uint32_t add(const char* body, const char* bodyEnd);
+    /// Adds the lines of a section's body, which is a part of the text. Returns where it stopped: at a line
+    /// without "=", or at the body's end.
+    const char* add(const char* body, const char* bodyEnd);
+    std::uint32_t count() const noexcept { return static_cast<std::uint32_t>(entries.size()); }
 
     SAnsiString text;
     std::vector<SectionEntry> entries;  ///< section by section; many lines of one are sorted by hash

@@ -2,24 +2,26 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <set>
 #include <string>
+#include <utility>
 
+#include "config/filereason.h"
 #include "strings/memory.h"
 #include "system/systemtext.h"
+#include "tarnlib/sfile.h"
 #include "tarnlib/simplebuffer.h"
 #include "tarnlib/sstringconv.h"
 
 #include <windows.h>
 
+#include <xercesc/framework/MemoryManager.hpp>
+#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/sax/InputSource.hpp>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/Attributes.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
-#include <xercesc/sax2/SAX2XMLReader.hpp>
-#include <xercesc/sax2/XMLReaderFactory.hpp>
 #include <xercesc/util/BinInputStream.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PanicHandler.hpp>
@@ -45,6 +47,44 @@ struct Refusal {
     SAnsiString problem;
 };
 
+// The memory of one document. When an allocation fails, the parser loses hold of some of what it has; here it
+// is freed with the rest.
+class DocumentMemory final : public xml::MemoryManager {
+  public:
+    ~DocumentMemory() override {
+        while (first_ != nullptr) memory::Free(std::exchange(first_, first_->next));
+    }
+
+    void* allocate(XMLSize_t bytes) override {
+        const std::uint64_t size = std::uint64_t{bytes} + sizeof(Block);
+        void* const room = size <= SIZE_MAX ? memory::HookAllocate(static_cast<std::size_t>(size)) : nullptr;
+        if (room == nullptr) throw xml::OutOfMemoryException();
+        first_ = new (room) Block{first_, nullptr};
+        if (first_->next != nullptr) first_->next->before = first_;
+        return first_ + 1;
+    }
+
+    void deallocate(void* bytes) override {
+        if (bytes == nullptr) return;
+        Block* const block = static_cast<Block*>(bytes) - 1;
+        (block->before != nullptr ? block->before->next : first_) = block->next;
+        if (block->next != nullptr) block->next->before = block->before;
+        memory::Free(block);
+    }
+
+    /// No exception of the parser outlives the document.
+    xml::MemoryManager* getExceptionMemoryManager() override { return this; }
+
+  private:
+    /// Stands before each block of the parser's.
+    struct alignas(8) Block {
+        Block* next;
+        Block* before;
+    };
+
+    Block* first_ = nullptr;
+};
+
 // True when the process ends: its other threads are gone then, and one may have held a lock of the heap.
 bool IsProcessEnding() {
     return RtlDllShutdownInProgress() != FALSE;
@@ -59,11 +99,21 @@ class ParserData : private xml::PanicHandler {
     ParserData& operator=(const ParserData&) = delete;
 
   private:
-    ParserData() { xml::XMLPlatformUtils::Initialize(xml::XMLUni::fgXercescDefaultLocale, nullptr, this); }
+    // It cannot be set up a second time after it failed half-way, so there has to be memory for all of it.
+    ParserData() {
+        constexpr std::uint64_t kRoomForAll = 1024 * 1024;
+        if (isHalfMade) throw Refusal{"the parser could not be set up for lack of memory"};
+        memory::Free(memory::Allocate(kRoomForAll));
+        isHalfMade = true;
+        xml::XMLPlatformUtils::Initialize(xml::XMLUni::fgXercescDefaultLocale, nullptr, this);
+        isHalfMade = false;
+    }
     ~ParserData() override {
         if (!IsProcessEnding()) xml::XMLPlatformUtils::Terminate();
     }
     void panic(PanicReasons reason) override { throw Refusal{getPanicReasonString(reason)}; }
+
+    static inline bool isHalfMade = false;
 };
 
 class Element final : public XmlElement {
@@ -91,9 +141,7 @@ class Handler final : public xml::DefaultHandler {
 
     void setDocumentLocator(const xml::Locator* locator) override { locator_ = locator; }
 
-    void startDTD(const XMLCh* /*name*/, const XMLCh* /*publicId*/, const XMLCh* /*systemId*/) override {
-        refuse("a document type declaration is not allowed");
-    }
+    [[noreturn]] void refuseDocumentType() const { refuse("a document type declaration is not allowed"); }
 
     void startElement(const XMLCh* /*uri*/, const XMLCh* /*localName*/, const XMLCh* name,
                       const xml::Attributes& attributes) override {
@@ -165,38 +213,49 @@ class Stream final : public xml::BinInputStream {
 
 class Source final : public xml::InputSource {
   public:
-    Source(const SSimpleBuffer& bytes, Handler& handler) : bytes_(bytes), handler_(handler) {}
+    Source(const SSimpleBuffer& bytes, Handler& handler, xml::MemoryManager* memory)
+        : InputSource(memory), bytes_(bytes), handler_(handler) {}
     /// The parser deletes it.
-    xml::BinInputStream* makeStream() const override { return new Stream(bytes_, handler_); }
+    xml::BinInputStream* makeStream() const override {
+        return new (getMemoryManager()) Stream(bytes_, handler_);
+    }
 
   private:
     const SSimpleBuffer& bytes_;
     Handler& handler_;
 };
 
-std::unique_ptr<xml::SAX2XMLReader> MakeReader(Handler& handler) {
-    std::unique_ptr<xml::SAX2XMLReader> reader(xml::XMLReaderFactory::createXMLReader());
-    reader->setFeature(xml::XMLUni::fgSAX2CoreNameSpaces, false);
-    reader->setFeature(xml::XMLUni::fgSAX2CoreValidation, false);
-    // The declaration is refused before any of this matters; off all the same.
-    reader->setFeature(xml::XMLUni::fgXercesLoadExternalDTD, false);
-    reader->setFeature(xml::XMLUni::fgXercesDisableDefaultEntityResolution, true);
-    reader->setContentHandler(&handler);
-    reader->setErrorHandler(&handler);
-    reader->setLexicalHandler(&handler);
-    return reader;
-}
+class Reader final : public xml::SAX2XMLReaderImpl {
+  public:
+    Reader(Handler& handler, xml::MemoryManager* memory) : SAX2XMLReaderImpl(memory), handler_(handler) {
+        setFeature(xml::XMLUni::fgSAX2CoreNameSpaces, false);
+        setFeature(xml::XMLUni::fgSAX2CoreValidation, false);
+        // The declaration is refused before any of this matters; off all the same.
+        setFeature(xml::XMLUni::fgXercesLoadExternalDTD, false);
+        setFeature(xml::XMLUni::fgXercesDisableDefaultEntityResolution, true);
+        setContentHandler(&handler);
+        setErrorHandler(&handler);
+        setLexicalHandler(&handler);
+    }
+    // Handlers are not told of a declaration that has nothing but a name.
+    void doctypeDecl(const xml::DTDElementDecl& /*root*/, const XMLCh* /*publicId*/,
+                     const XMLCh* /*systemId*/, bool /*hasSubset*/, bool /*hasExternalSubset*/) override {
+        handler_.refuseDocumentType();
+    }
 
-void Parse(const SSimpleBuffer& bytes, Handler& handler) {
+  private:
+    Handler& handler_;
+};
+
+void Parse(const SSimpleBuffer& bytes, Handler& handler, xml::MemoryManager* memory) {
     ParserData::Require();
-    const std::unique_ptr<xml::SAX2XMLReader> reader = MakeReader(handler);
-    const Source source(bytes, handler);
-    reader->parse(source);
+    Reader reader(handler, memory);
+    reader.parse(Source(bytes, handler, memory));
 }
 
 // Empty when all went well.
-SAnsiString ProblemOf(const SSimpleBuffer& bytes, Handler& handler) try {
-    Parse(bytes, handler);
+SAnsiString ProblemOf(const SSimpleBuffer& bytes, Handler& handler, xml::MemoryManager* memory) try {
+    Parse(bytes, handler, memory);
     return SAnsiString();
 } catch (const Refusal& refusal) {
     return refusal.problem;
@@ -210,21 +269,33 @@ SAnsiString ProblemOf(const SSimpleBuffer& bytes, Handler& handler) try {
     throw BadAllocation();
 }
 
+// A byte more than the limit tells that a file is too large.
+SAnsiString ReadBytes(const SAnsiString& path, std::uint32_t limit, SSimpleBuffer& bytes) try {
+    SFile file(path, SFile::readOnly | SFile::sequential, SFile::readWriteMask, SFile::denyNothing);
+    const auto room = static_cast<std::uint32_t>(std::min<long long>(file.sizeEx(), limit + 1LL));
+    if (room > limit) return "the file is too large";
+    SSimpleBuffer read(room);
+    std::uint32_t done = 0;
+    for (int count = -1; count != 0 && done < room; done += static_cast<std::uint32_t>(count))
+        count = file.read(read.getBuffer() + done, room - done);
+    if (done == 0) return "the file is empty";
+    read.releaseBuffer(done);
+    bytes = read;
+    return SAnsiString();
+} catch (const SFileException& failure) {
+    return ReasonOf(failure);
+}
+
 }  // namespace
 
 bool ReadXmlFile(const SAnsiString& path, const XmlLimits& limits, XmlReceiver& receiver,
                  SAnsiString& problem) {
     SSimpleBuffer bytes;
-    if (!bytes.loadFromFileEx(path, false, true, 0, limits.bytes + 1)) {
-        problem = "the file is empty or cannot be read";
-        return false;
-    }
-    if (bytes.getNBytes() > limits.bytes) {
-        problem = "the file is too large";
-        return false;
-    }
+    problem = ReadBytes(path, limits.bytes, bytes);
+    if (!problem.isEmpty()) return false;
+    DocumentMemory memory;
     Handler handler(limits, receiver);
-    problem = ProblemOf(bytes, handler);
+    problem = ProblemOf(bytes, handler, &memory);
     return problem.isEmpty();
 }
 

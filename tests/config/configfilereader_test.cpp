@@ -37,12 +37,15 @@ std::string Joined(const SIArray<SAnsiString>& texts) {
     return all;
 }
 
-/// Takes the trace texts of the reader.
+/// Takes the trace texts of the reader that a log shows by default, a line each.
 class ReaderTraces {
   public:
     ReaderTraces() {
-        sink_.shouldTrace = [](int, const char* unit) { return std::string(unit) == "configfilereader"; };
-        sink_.trace = [](int, const char*, const char* text) { text_ += text; };
+        take();
+        sink_.shouldTrace = [](int level, const char* unit) {
+            return level == 9 && std::string(unit) == "configfilereader";
+        };
+        sink_.trace = [](int, const char*, const char* text) { text_ += std::string(text) + "\n"; };
         before_ = InstallDiagnosticSink(&sink_);
     }
     ~ReaderTraces() { InstallDiagnosticSink(before_); }
@@ -80,6 +83,41 @@ TEST_F(ConfigFiles, LookUpsByTheLetter) {
         if (c[3] == "refused") continue;
         EXPECT_EQ(Bytes(reader.getValue(c[1].c_str(), c[2].c_str(), "-")), c[3]) << c[0];
     }
+}
+
+TEST_F(ConfigFiles, WhatIsNotReadIsTold) {
+    const std::string name = (folder / "file").string();
+    const auto told = [&](const std::string& bytes, const char* expected) {
+        ConfigFileReader reader;
+        const ReaderTraces traces;
+        const bool isRead = reader.initialize(write(bytes));
+        std::string text = Bytes(reader.GetLastErrorText());
+        EXPECT_EQ(traces.take(), isRead ? text + (text.empty() ? "" : "\n")
+                                        : "ConfigFileReader::initialize() failed: " + text + "\n");
+        for (std::size_t at = 0; (at = text.find(name, at)) != text.npos;)
+            text.replace(at, name.size(), "FILE");
+        EXPECT_EQ(text, expected) << bytes.substr(0, 60);
+    };
+    for (const auto& c : tarntest::ReadCases("config_losses.txt")) told(c[0], c[1].c_str());
+    told(std::string(4095, '\n') + "\xC3\xBC\xE2\x82\xAC" + std::string(9000, ' ') + "\xFF",
+         "FILE: not UTF-8 at byte 13100");
+    std::string many, lines;
+    for (int i = 1; i <= 22; ++i) {
+        many += "[A]\nx\n";
+        const std::string line = "line " + std::to_string(i * 2);
+        if (i <= 20) lines += "FILE, " + line + ": no =, " + line + " of [A] is not read\n";
+    }
+    told(many, (lines + "FILE: 2 more sections end before their last line").c_str());
+    ConfigFileReader reader;
+    EXPECT_FALSE(reader.initialize(Text(folder / "none")));
+    EXPECT_EQ(Bytes(reader.GetLastErrorText()), (folder / "none").string() + ": not found");
+    EXPECT_FALSE(reader.initializeFromXML(Text(folder)));
+    EXPECT_EQ(Bytes(reader.GetLastErrorText()).find(folder.string() + ": "), 0U);
+    EXPECT_TRUE(reader.initialize(write("[A]\nk=1")));
+    EXPECT_EQ(Bytes(reader.GetLastErrorText()), "");
+    const ReaderTraces traces;
+    const ConfigFileReader::SectionData section("A", "a=1\nb\nc=2\n");
+    EXPECT_EQ(traces.take(), "a section's text, line 2: no =, lines 2 to 3 of [A] are not read\n");
 }
 
 TEST_F(ConfigFiles, SectionsAndKeysAreListed) {
@@ -198,6 +236,8 @@ TEST_F(LandscapeFiles, HostileDocumentsAreRefused) {
         {"<!DOCTYPE Landscape [<!ENTITY x SYSTEM 'secret'>]><Landscape>&x;</Landscape>",
          "declaration is not"},
         {"<!DOCTYPE Landscape SYSTEM 'secret'><Landscape/>", "a document type declaration is not allowed"},
+        {"<!DOCTYPE Landscape><Landscape/>", "a document type declaration is not allowed"},
+        {"\n<!DOCTYPE Landscape []><Landscape/>", "line 2, column 21: a document type declaration"},
         {"<Landscape>\n&undefined;</Landscape>", "line 2, column 12: "},
         {nested, "line 1, column 204: elements are nested too deeply"},
         {longList, "too many elements and attributes"},
@@ -212,7 +252,7 @@ TEST_F(LandscapeFiles, HostileDocumentsAreRefused) {
         {"text", "line 1, column "},
         {std::string("\0\0\0\0", 4), "line 1, column "},
         {" ", "line 1, column "},
-        {"", "the file is empty or cannot be read"}};
+        {"", "the file is empty"}};
     const ReaderTraces traces;
     for (const auto& c : refused) {
         ConfigFileReader reader;

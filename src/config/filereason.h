@@ -1,0 +1,14 @@
+#pragma once
+
+#include "strings/lineend.h"
+#include "tarnlib/sfileexception.h"
+
+namespace TarnLibA500 {
+
+/// Why a file cannot be read, in a few words.
+inline SAnsiString ReasonOf(const SFileException& failure) {
+    return failure.DetailCode() == SFileException::notFound ? SAnsiString("not found")
+                                                            : WithoutLineEnd(failure.toString());
+}
+
+}  // namespace TarnLibA500
