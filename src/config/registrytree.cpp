@@ -117,7 +117,7 @@ bool Registry::DeleteKey() {
     if (error == ERROR_SUCCESS) {
         SAssert(kUnit, __LINE__, "false",
                 (SAnsiString("DeleteKey: There is subkey inside key ") + subKey_).getString());
-        return false;
+        return isDeleted(ERROR_DIR_NOT_EMPTY);
     }
     if (error != ERROR_NO_MORE_ITEMS) return isDeleted(error);
     close();

@@ -77,6 +77,8 @@ TEST(OptionChanges, HappenWholeOrNotAtAll) {
                 tarntest::FailAllocation(0);
                 EXPECT_EQ(isThrown, isHit) << change << " " << nth;
                 EXPECT_EQ(Listed(args) == before, isThrown) << change << " " << nth;
+                args.SetArg("last", "9");  // names and values are of one length
+                EXPECT_EQ(args.GetValue(args.GetCount() - 1), "9") << change << " " << nth;
             }
         }
     }

@@ -5,6 +5,7 @@
 #include "tarnlib/configfilereader.h"
 
 #include <set>
+#include <sstream>
 
 namespace tarn {
 namespace {
@@ -19,14 +20,23 @@ constexpr const char* kHelp =
     "value, or the default. Keys before the first section, or behind a line without \"=\", do not count.\n\n"
     "  -native   the file is in the code page, not UTF-8\n"
     "  -xml      the file is a landscape of connections\n\n"
-    "Exit status: 0; 1 when there is no such section or value; 2 when the file cannot be loaded: -trace w\n"
-    "logs why.\n";
+    "Lines that are not read are told on standard error.\n"
+    "Exit status: 0; 1 when there is no such section or value; 2 when the file cannot be loaded.\n";
 
 void Load(ConfigFileReader& reader, const Options& options) {
     const SAnsiString file = FileName(options.value("file"));
     const auto encoding = options.has("native") ? ConfigFileReader::nativeCodePage : ConfigFileReader::utf8;
-    if (!(options.has("xml") ? reader.initializeFromXML(file) : reader.initialize(file, encoding)))
-        throw Failure("cannot load " + options.value("file"));
+    const bool isLoaded =
+        options.has("xml") ? reader.initializeFromXML(file) : reader.initialize(file, encoding);
+    const std::string why = Utf8Text(reader.GetLastErrorText());
+    if (!isLoaded) throw Failure("cannot load " + why);
+    std::istringstream losses(why);
+    for (std::string line; std::getline(losses, line);) PrintError("tarn config: " + line);
+}
+
+ExitStatus SayMissing(const Options& options, const std::string& what) {
+    PrintError("tarn config: there is no " + what + " in " + options.value("file"));
+    return kNo;
 }
 
 // The value of a key, or null. Values may be empty, so two defaults tell whether there is one.
@@ -39,9 +49,15 @@ const SAnsiString* Find(const ConfigFileReader& reader, const SAnsiString& secti
 
 ExitStatus PrintValue(const ConfigFileReader& reader, const Options& options) {
     SAnsiString value;
-    const SAnsiString* const found = Find(reader, CodePageText(options.value("section"), "-section"),
-                                          CodePageText(options.value("key"), "-key"), value);
-    if (found == nullptr && !options.has("default")) return kNo;
+    const SAnsiString section = CodePageText(options.value("section"), "-section");
+    const SAnsiString* const found = Find(reader, section, CodePageText(options.value("key"), "-key"), value);
+    if (found == nullptr && !options.has("default")) {
+        SIArray<SAnsiString> keys;
+        const std::string where = "section [" + options.value("section") + "]";
+        return SayMissing(options, reader.enumerateSection(section, keys)
+                                       ? "key " + options.value("key") + " in " + where
+                                       : where);
+    }
     Print((found != nullptr ? Utf8Text(*found) : options.value("default")) + "\n");
     return kYes;
 }
@@ -49,7 +65,8 @@ ExitStatus PrintValue(const ConfigFileReader& reader, const Options& options) {
 ExitStatus PrintSection(const ConfigFileReader& reader, const Options& options) {
     const SAnsiString section = CodePageText(options.value("section"), "-section");
     SIArray<SAnsiString> keys;
-    if (!reader.enumerateSection(section, keys)) return kNo;
+    if (!reader.enumerateSection(section, keys))
+        return SayMissing(options, "section [" + options.value("section") + "]");
     std::set<SAnsiString> shown;
     for (const SAnsiString& key : keys) {
         SAnsiString value;

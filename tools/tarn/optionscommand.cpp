@@ -37,13 +37,17 @@ ExitStatus ShowOptions(const Words& words) {
     Print("program:  " + Utf8Text(args.GetProgramName()) + "\n");
     for (std::uint32_t i = 0; i < args.GetCount(); ++i)
         Print("  -" + Utf8Text(args.GetName(i)) + " = [" + Utf8Text(args.GetValue(i)) + "]\n");
-    if (args.GetProgramName().isEmpty()) return kNo;
+    if (args.GetProgramName().isEmpty()) {
+        PrintError("tarn options: there is no program name");
+        return kNo;
+    }
     Print("line:     " + Utf8Text(args.GetCmdLine()) + "\n");
     SIArray<SAnsiString> plain, quoted;
     args.GetArgs(plain);
     args.GetArgsWithQuote(quoted);
     PrintWords("words:   ", plain);
     PrintWords("quoted:  ", quoted);
+    if (args.GetCount() == 0) PrintError("tarn options: there are no options");
     return args.GetCount() != 0 ? kYes : kNo;
 }
 

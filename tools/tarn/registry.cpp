@@ -3,7 +3,10 @@
 #include "command.h"
 #include "options.h"
 #include "system.h"
+#include "tarnlib/sassert.h"
 #include "tarnlib/sstringconv.h"
+
+#include <string_view>
 
 #include <windows.h>
 
@@ -25,10 +28,45 @@ constexpr const char* kHelp =
     "  -copy K2      without -value: copies the key with everything below it to K2\n\n"
     "Exit status: 0; 1 when the key or the value is not there, or the registry refuses.\n";
 
-/// A root and the path below it.
+/// Keeps what the registry last said of a failure; the log gets its traces as before.
+class FailureWatch {
+  public:
+    FailureWatch() {
+        log = TarnLibA500::InstallDiagnosticSink(nullptr);
+        if (log != nullptr) sink_ = *log;
+        sink_.shouldTraceAt = [](int level, const char* unit, int line) {
+            return IsFailure(level, unit) || IsLogged(level, unit, line);
+        };
+        sink_.traceAt = [](int level, const char* unit, int line, const char* text) {
+            if (IsFailure(level, unit)) reason = text;
+            if (IsLogged(level, unit, line)) log->traceAt(level, unit, line, text);
+        };
+        TarnLibA500::InstallDiagnosticSink(&sink_);
+    }
+    ~FailureWatch() { TarnLibA500::InstallDiagnosticSink(log); }
+    FailureWatch(const FailureWatch&) = delete;
+    FailureWatch& operator=(const FailureWatch&) = delete;
+    static const SAnsiString& why() { return reason; }
+
+  private:
+    static bool IsFailure(int level, const char* unit) {
+        constexpr int kFailure = 7, kLoss = 9;
+        return (level == kFailure || level == kLoss) && std::string_view(unit) == "registry";
+    }
+    static bool IsLogged(int level, const char* unit, int line) {
+        return log != nullptr && log->shouldTraceAt != nullptr && log->shouldTraceAt(level, unit, line);
+    }
+
+    static inline const TarnLibA500::SDiagnosticSink* log = nullptr;
+    static inline SAnsiString reason;
+    TarnLibA500::SDiagnosticSink sink_;
+};
+
+/// A root and the path below it, and how they were given.
 struct Place {
     HKEY root;
     SAnsiStringCI path;
+    std::string text;
 };
 
 struct Root {
@@ -57,7 +95,7 @@ Place FindPlace(const std::string& key, const char* option) {
     const std::string path = backslash == key.npos ? std::string() : key.substr(backslash + 1);
     if (!path.empty() && path.back() == '\\')
         throw Failure(std::string(option) + " must not end with a backslash");
-    return {root->key, CodePageText(path, option)};
+    return {root->key, CodePageText(path, option), key};
 }
 
 std::string TypeName(unsigned long type) {
@@ -76,8 +114,24 @@ std::string TypeName(unsigned long type) {
     return type < std::size(names) ? names[type] : "type " + std::to_string(type);
 }
 
-ExitStatus Answer(bool isDone) {
-    return isDone ? kYes : kNo;
+ExitStatus SayNo(const std::string& why) {
+    PrintError("tarn registry: " + why);
+    return kNo;
+}
+
+// What was not there, or what the library said of it.
+ExitStatus SayWhy(const Place& place, const SAnsiStringCI* value) {
+    if (!FailureWatch::why().isEmpty()) return SayNo(Utf8Text(FailureWatch::why()));
+    Registry key(place.path, place.path, place.root, false);
+    if (!key.KeyExists()) return SayNo("there is no key " + place.text);
+    unsigned long type = 0;
+    if (value != nullptr && !key.GetType(*value, type))
+        return SayNo("there is no value \"" + Utf8Text(*value) + "\" in " + place.text);
+    return SayNo("the registry refuses");
+}
+
+ExitStatus Answer(bool isDone, const Place& place, const SAnsiStringCI* value = nullptr) {
+    return isDone ? kYes : SayWhy(place, value);
 }
 
 unsigned long ReadNumber(const std::string& text) {
@@ -88,15 +142,15 @@ unsigned long ReadNumber(const std::string& text) {
     return number;
 }
 
-ExitStatus PrintValue(Registry& key, const SAnsiStringCI& name) {
+ExitStatus PrintValue(Registry& key, const SAnsiStringCI& name, const Place& place) {
     unsigned long type = 0;
-    if (!key.GetType(name, type)) return kNo;
+    if (!key.GetType(name, type)) return SayWhy(place, &name);
     Print(TypeName(type) + " " + Utf8Text(key.ReadValue(name)) + "\n");
     return kYes;
 }
 
-ExitStatus PrintKey(Registry& key) {
-    if (!key.KeyExists()) return kNo;
+ExitStatus PrintKey(Registry& key, const Place& place) {
+    if (!key.KeyExists()) return SayWhy(place, nullptr);
     for (Registry::KeyIterator subKey = key.EnumSubKeys(); subKey; ++subKey)
         Print("[" + Utf8Text(subKey.GetKey()) + "]\n");
     for (Registry::ValueIterator value = key.EnumValues(); value; ++value) {
@@ -109,21 +163,23 @@ ExitStatus PrintKey(Registry& key) {
 
 ExitStatus UseValue(const Options& options, Registry& key, const Place& place) {
     const SAnsiStringCI name = CodePageText(options.value("value"), "-value");
-    if (options.has("set")) return Answer(key.WriteValue(name, CodePageText(options.value("set"), "-set")));
-    if (options.has("setnumber")) return Answer(key.WriteValue(name, ReadNumber(options.value("setnumber"))));
-    if (options.has("delete")) return Answer(key.DeleteValue(name));
-    if (!options.has("copy")) return PrintValue(key, name);
+    if (options.has("set"))
+        return Answer(key.WriteValue(name, CodePageText(options.value("set"), "-set")), place);
+    if (options.has("setnumber"))
+        return Answer(key.WriteValue(name, ReadNumber(options.value("setnumber"))), place);
+    if (options.has("delete")) return Answer(key.DeleteValue(name), place, &name);
+    if (!options.has("copy")) return PrintValue(key, name, place);
     const Place target = FindPlace(options.value("copy"), "-copy");
-    return Answer(Registry::CopyValue(place.root, place.path, name, target.root, target.path));
+    return Answer(Registry::CopyValue(place.root, place.path, name, target.root, target.path), place, &name);
 }
 
 ExitStatus UseKey(const Options& options, Registry& key, const Place& place) {
     if (options.has("set") || options.has("setnumber")) throw Failure("-set and -setnumber need -value");
-    if (options.has("delete")) return Answer(key.DeleteKey());
-    if (options.has("list")) return PrintKey(key);
-    if (!options.has("copy")) return Answer(key.KeyExists());
+    if (options.has("delete")) return Answer(key.DeleteKey(), place);
+    if (options.has("list")) return PrintKey(key, place);
+    if (!options.has("copy")) return Answer(key.KeyExists(), place);
     const Place target = FindPlace(options.value("copy"), "-copy");
-    return Answer(Registry::CopyKey(place.root, place.path, target.root, target.path));
+    return Answer(Registry::CopyKey(place.root, place.path, target.root, target.path), place);
 }
 
 ExitStatus UseRegistry(const Words& arguments) {
@@ -140,6 +196,7 @@ ExitStatus UseRegistry(const Words& arguments) {
         actions += options.has(action) ? 1 : 0;
     if (actions > 1) throw Failure("only one of -set, -setnumber, -delete, -list and -copy can be given");
     const Place place = FindPlace(options.value("key"), "-key");
+    const FailureWatch watch;
     Registry key(place.path, place.path, place.root, false);
     return options.has("value") ? UseValue(options, key, place) : UseKey(options, key, place);
 }
