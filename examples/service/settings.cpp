@@ -22,7 +22,7 @@ bool ReadNumber(const ConfigFileReader& reader, const char* key, int least, int 
     const SAnsiString text = reader.getValue(kSection, key, "");
     if (text.isEmpty()) return true;  // the usual one stays
     int value = 0;
-    if (!NeutralString::ToNumber(text, value) || value < least || value > most) {
+    if (!NeutralString::ToNumberStrict(text, value) || value < least || value > most) {
         why << key << "=" << text << " is no number from " << least << " to " << most;
         return false;
     }
