@@ -42,7 +42,7 @@ SAnsiString FindSettingsFile(const CParamLineArgs& args) {
 bool ReadSettings(const SAnsiString& file, Settings& settings, SAnsiString& why) {
     ConfigFileReader reader;
     if (!reader.initialize(file)) {
-        why << "cannot read " << file;
+        why = reader.GetLastErrorText();
         return false;
     }
     Settings read;
