@@ -173,7 +173,7 @@ bool MakeWritable(const TreeWalk& walk) {
 }
 
 void GiveAccessBelow(const SWCharString& root) {
-    TreeWalk walk(root, TreeWalk::Root::MayBeLink);
+    TreeWalk walk(root, TreeWalk::Care::BelowRoot);
     for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
         if (step == TreeWalk::Step::Failed)
             ThrowFileSys(Exception::fsGetAttributesFailed, walk.error(), ShownPath(walk.path()));
@@ -328,7 +328,7 @@ unsigned long long SFileSys::rsizeEx(const SAnsiString& path) {
     unsigned long long total = static_cast<unsigned long long>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
     if (!IsDirectory(data.dwFileAttributes)) return total;
     total = 0;
-    TreeWalk walk(LongSystemPath(path), TreeWalk::Root::MayBeLink);
+    TreeWalk walk(LongSystemPath(path), TreeWalk::Care::None);
     for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
         if (step == TreeWalk::Step::Failed)
             ThrowFileSys(Exception::fsSizeFailed, walk.error(), ShownPath(walk.path()));

@@ -38,8 +38,8 @@ void RemoveNoting(const TreeWalk& walk, DWORD attributes, FileSysFailure& failur
 }
 
 // All that is below: what a directory has, those below it, and then itself.
-void RemoveBelow(const SWCharString& root, TreeWalk::Root kind, FileSysFailure& failure) {
-    TreeWalk walk(root, kind);
+void RemoveBelow(const SWCharString& root, TreeWalk::Care care, FileSysFailure& failure) {
+    TreeWalk walk(root, care);
     for (TreeWalk::Step step = walk.next(); step != TreeWalk::Step::End; step = walk.next()) {
         if (step == TreeWalk::Step::Failed) {
             failure.note(Exception::fsRemoveDirFailed, walk.error(), ShownPath(walk.path()));
@@ -75,7 +75,7 @@ void SFileSys::rremove(const SAnsiString& path) {
     const SWCharString target = LongSystemPath(path);
     const DWORD attributes = AttributesToRemove(target, path);
     FileSysFailure failure;
-    if (IsDirectory(attributes)) RemoveBelow(target, TreeWalk::Root::IsNoLink, failure);
+    if (IsDirectory(attributes)) RemoveBelow(target, TreeWalk::Care::All, failure);
     if (!RemoveOne(target, attributes)) {
         const DWORD error = GetLastError();
         failure.note(RemovalFailure(attributes), error, path);
@@ -85,7 +85,7 @@ void SFileSys::rremove(const SAnsiString& path) {
 
 void SFileSys::rremoveContent(const SAnsiString& path) {
     FileSysFailure failure;
-    RemoveBelow(LongSystemPath(path), TreeWalk::Root::MayBeLink, failure);
+    RemoveBelow(LongSystemPath(path), TreeWalk::Care::BelowRoot, failure);
     failure.throwIfHappened();
 }
 

@@ -48,7 +48,8 @@ TreeWalk::Step TreeWalk::fail(DWORD error) noexcept {
 
 TreeWalk::Step TreeWalk::enterRoot() {
     path_ = root_;
-    const bool isFollowed = kind_ == Root::MayBeLink;
+    if (care_ == Care::None) return read(osfiles::File());
+    const bool isFollowed = care_ == Care::BelowRoot;
     osfiles::File held = Hold(root_, isFollowed ? 0 : FILE_FLAG_OPEN_REPARSE_POINT);
     const Kind kind = held && isFollowed ? Kind::Directory : KindOf(root_, held);
     if (kind == Kind::Link) return Step::End;
@@ -61,6 +62,7 @@ TreeWalk::Step TreeWalk::enterBelow() {
     name_ = level.below.back();
     level.below.pop_back();
     path_ = JoinSystemPath(ExactForm(level.path), name());
+    if (care_ == Care::None) return read(osfiles::File());
     osfiles::File held = osfiles::OpenIn(holder(), name(), FILE_LIST_DIRECTORY, osfiles::kShareButDelete, 0);
     const Kind kind = KindOf(path_, held);
     if (kind == Kind::Link) {

@@ -22,7 +22,11 @@ osfiles::File HoldDirectory(const SWCharString& path);
 /// be made a link where it is.
 class TreeWalk {
   public:
-    enum class Root { MayBeLink, IsNoLink };
+    enum class Care {
+        None,       ///< for looking only: nothing is held, which is faster
+        BelowRoot,  ///< the root may be a link; it, and what is below it, is held
+        All         ///< a root that is a link is not entered either
+    };
     enum class Step {
         Entry,  ///< an entry; a directory's own entries come later
         Left,  ///< the end of a directory below the root, or of what turned out to be a link: it is free again
@@ -30,13 +34,13 @@ class TreeWalk {
         End
     };
 
-    TreeWalk(const SWCharString& root, Root kind) : root_(root), kind_(kind) {}
+    TreeWalk(const SWCharString& root, Care care) : root_(root), care_(care) {}
     Step next();
     /// What an Entry is.
     const WIN32_FIND_DATAW& entry() const noexcept { return reader_.entry(); }
     /// Of the entry, or of the directory.
     const SWCharString& path() const noexcept { return path_; }
-    /// The directory that an Entry, or one that was Left, is in.
+    /// The directory that an Entry, or one that was Left, is in, where it is held.
     HANDLE holder() const noexcept { return levels_.back().held.get(); }
     /// The name that it has there.
     const wchar_t* name() const noexcept { return name_.getString(); }
@@ -59,7 +63,7 @@ class TreeWalk {
     Step leave();
 
     SWCharString root_;
-    Root kind_;
+    Care care_;
     bool hasBegun_ = false;
     std::vector<Level> levels_;
     DirectoryReader reader_;  // of the lowest level

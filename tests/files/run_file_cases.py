@@ -61,6 +61,11 @@ def programs(tool, folder):
     (folder / "link").symlink_to(folder.parent / "linked")
     if "elsewhere" in tool.must("files", "-list", folder, "-recurse"):
         sys.exit("a link was entered")
+    # Wine cannot remove such a link, and must not remove what it leads to.
+    if tool.run("files", "-remove", folder / "link", "-recurse").returncode == 0:
+        sys.exit("a link was removed")
+    if not (folder.parent / "linked" / "elsewhere").exists():
+        sys.exit("what a link leads to was removed")
     total = sum(path.stat().st_size for path in folder.iterdir() if path.is_file())
     if int(tool.must("files", "-size", folder)) != total:
         sys.exit("the sizes do not add up")

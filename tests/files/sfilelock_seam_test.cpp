@@ -8,6 +8,7 @@
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
 #include "tarnlib/sfilelock.h"
+#include "tarnlib/sinstancelock.h"
 
 using namespace TarnLibA500;
 
@@ -122,4 +123,31 @@ TEST(FileLock, TakesTurns) {
     osfiles::ReplaceSleep(nullptr);
     EXPECT_EQ(osfiles::OpenHandles(), handles);
     EXPECT_EQ(SFileLock(SAnsiString(), 9, 1, false).unlock(), SFileLock::lockOk);  // nothing to give back
+}
+
+// A lock that is taken stays taken, whether its holder can be told or not.
+TEST(InstanceLock, WhateverFailsNobodyElseGetsIt) {
+    const SAnsiString name(kPath.c_str());
+    const struct {
+        unsigned long nth;
+        DWORD error;
+        SInstanceLock::Result result, next;
+    } cases[] = {{1, ERROR_NO_SYSTEM_RESOURCES, SInstanceLock::failed, SInstanceLock::taken},
+                 {1, ERROR_ACCESS_DENIED, SInstanceLock::taken, SInstanceLock::heldByAnother},  // at first
+                 {2, ERROR_ACCESS_DENIED, SInstanceLock::taken, SInstanceLock::heldByAnother},
+                 {3, ERROR_ACCESS_DENIED, SInstanceLock::taken, SInstanceLock::heldByAnother}};
+    const long handles = osfiles::OpenHandles();
+    osfiles::ReplaceSleep([](DWORD) {});
+    for (const auto& c : cases) {
+        SInstanceLock lock(name);
+        SInstanceLock next(name);
+        osfiles::FailCall(c.nth, c.error);
+        EXPECT_EQ(lock.take(), c.result) << c.nth;
+        osfiles::FailCall(0, 0);
+        EXPECT_EQ(lock.lastError(), c.result == SInstanceLock::failed ? c.error : 0U);
+        EXPECT_EQ(next.take(), c.next) << c.nth;
+        EXPECT_EQ(next.ownerProcess(), GetCurrentProcessId()) << c.nth;
+    }
+    osfiles::ReplaceSleep(nullptr);
+    EXPECT_EQ(osfiles::OpenHandles(), handles);
 }
