@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include <windows.h>
+#include "waiting/waiting.h"
 
 // Nothing here may allocate by new, nor own anything with a destructor: the heap is used before the first
 // constructor of the program and after its last destructor.
@@ -46,16 +46,8 @@ struct FreedSpan {
 };
 constexpr std::size_t kMaxFreedSpans = kMaxArenas * kArenaPages / 2;
 
-class Lock {
-  public:
-    Lock() { AcquireSRWLockExclusive(&lock_); }
-    ~Lock() { ReleaseSRWLockExclusive(&lock_); }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-
-  private:
-    static inline SRWLOCK lock_ = SRWLOCK_INIT;
-};
+// Static destructors allocate and free, too, when the threads are gone that may have been here.
+constinit waiting::Lock heapLock;
 
 Arena arenas[kMaxArenas];
 std::size_t arenaCount = 0;
@@ -91,7 +83,10 @@ Arena* AddArena() {
     Arena& arena = arenas[arenaCount];
     arena.base = static_cast<unsigned char*>(Reserve(kArenaSize, 0, PAGE_NOACCESS));
     arena.pages = static_cast<Page*>(Reserve(kArenaPages * sizeof(Page), MEM_COMMIT, PAGE_READWRITE));
-    if (arena.base == nullptr || arena.pages == nullptr) return nullptr;
+    if (arena.base == nullptr || arena.pages == nullptr) {
+        if (arena.base != nullptr) VirtualFree(arena.base, 0, MEM_RELEASE);
+        return nullptr;
+    }
     ++arenaCount;
     return &arena;
 }
@@ -157,6 +152,7 @@ unsigned char* PlaceBlock(unsigned char* data, std::size_t dataSize, std::size_t
     return data + dataSize - (size + alignment - 1) / alignment * alignment;
 }
 
+/// Null when the address space is spent.
 void* AllocateGuarded(std::size_t size, std::size_t alignment) {
     const std::size_t spanPages = std::max<std::size_t>(1, (size + kPageSize - 1) / kPageSize) + 1;
     FreedSpan span{};
@@ -217,17 +213,17 @@ namespace tarntest {
 
 void* GuardAllocate(std::size_t bytes, std::size_t alignment) {
     if (alignment > kPageSize) Die("alignment of more than a page", nullptr);
-    const Lock lock;
+    const waiting::Guard guard(heapLock);
     InitialiseOnce();
-    if (bytes >= kArenaSize - kPageSize || liveBlocks >= kMaxLiveBlocks)
-        return AllocateUnguarded(bytes, alignment);
-    return AllocateGuarded(bytes, alignment);
+    const bool isGuarded = bytes < kArenaSize - kPageSize && liveBlocks < kMaxLiveBlocks;
+    void* const block = isGuarded ? AllocateGuarded(bytes, alignment) : nullptr;
+    return block != nullptr ? block : AllocateUnguarded(bytes, alignment);
 }
 
 void* GuardReallocate(void* block, std::size_t bytes) {
     std::size_t oldSize = 0;
     {
-        const Lock lock;
+        const waiting::Guard guard(heapLock);
         const Arena* arena = ArenaOf(block);
         if (arena == nullptr) return std::realloc(block, bytes);
         oldSize = RecordOf(*arena, block).size;
@@ -241,7 +237,7 @@ void* GuardReallocate(void* block, std::size_t bytes) {
 
 void GuardFree(void* block) {
     if (block == nullptr) return;
-    const Lock lock;
+    const waiting::Guard guard(heapLock);
     if (Arena* arena = ArenaOf(block))
         FreeGuarded(*arena, block);
     else

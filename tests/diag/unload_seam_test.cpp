@@ -1,6 +1,7 @@
 // The DLL itself, loaded and unloaded by a process that does not link to it.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -38,9 +39,14 @@ int Threads() {
     return threads;
 }
 
-DWORD Handles() {
-    DWORD count = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &count);
+// Wine counts no handles (GetProcessHandleCount says 0), so every value that may be one is tried.
+int Handles() {
+    constexpr std::uintptr_t kMostTried = 0x4000;
+    int count = 0;
+    for (std::uintptr_t value = 4; value < kMostTried; value += 4) {
+        DWORD flags = 0;
+        count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
+    }
     return count;
 }
 
@@ -75,7 +81,7 @@ TEST(Unloading, TheXmlParserGoesToo) {
     const std::filesystem::path folder = tarntest::MakeScratchFolder("unloading");
     tarntest::WriteBytes(folder / "landscape", "<Landscape/>");
     const SAnsiString path = tarntest::Text(folder / "landscape");
-    DWORD handles = 0;
+    int handles = 0;
     for (int round = 0; round < 10; ++round) {
         const HMODULE module = LoadLibraryW(kDll);
         for (const SAnsiString& file : {path, SAnsiString("none"), path}) {
@@ -86,7 +92,7 @@ TEST(Unloading, TheXmlParserGoesToo) {
         EXPECT_EQ(GetModuleHandleW(kDll), nullptr);
         if (round == 0) handles = Handles();
     }
-    EXPECT_LE(Handles(), handles + 3);
+    EXPECT_LE(Handles(), handles + 3);  // the system may have opened some of its own
     std::filesystem::remove_all(folder);
 }
 
@@ -106,10 +112,10 @@ TEST(Unloading, LeavesNothingBehind) {
         SetEnvironmentVariableW(L"ZQE_LOGGER_ENVIRONMENT", c.options);
         LoadAndUnload(c.terminate);
         const int threads = Threads();
-        const DWORD handles = Handles();
+        const int handles = Handles();
         for (int i = 0; i < kRounds; ++i) LoadAndUnload(c.terminate);
         EXPECT_LE(Threads(), threads);
-        EXPECT_LE(Handles(), handles + 3);
+        EXPECT_LE(Handles(), handles + 3);  // the system may have opened some of its own
         EXPECT_EQ(GetModuleHandleW(kDll) != nullptr, c.staysLoaded);
     }
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -65,6 +66,16 @@ TEST(GuardHeapDeathTest, FindsFaults) {
         SCOPED_TRACE(fault.name);
         EXPECT_DEATH(fault.commit(), fault.report);
     }
+}
+
+TEST(GuardHeapDeathTest, GoesOnUnguardedWhenItsAddressesAreSpent) {
+    const auto spend = [] {
+        for (int i = 0; i < 60; ++i) GuardFree(GuardAllocate(31U << 20));
+        void* const block = GuardAllocate(2U << 20);
+        GuardFree(block);
+        std::_Exit(block != nullptr ? 0 : 1);
+    };
+    EXPECT_EXIT(spend(), testing::ExitedWithCode(0), "");
 }
 
 TEST(GuardHeap, KeepsContentsWhenMoved) {
