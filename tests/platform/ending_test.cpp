@@ -39,7 +39,7 @@ TEST(Ending, WaitsForNoThreadThatIsGone) {
     for (const auto& c : cases) {
         for (int run = 0; run < c.runs; ++run) {
             const std::filesystem::path folder = tarntest::MakeScratchFolder("ending");
-            EXPECT_EQ(StatusOf(std::string("ending.exe ") + c.name + " -trace m -loggingPath \"" +
+            ASSERT_EQ(StatusOf(std::string("ending.exe ") + c.name + " -trace m -loggingPath \"" +
                                folder.string() + "\""),
                       0)
                 << c.name;

@@ -154,12 +154,18 @@ TEST_F(TraceLogs, AFileIsFullWhenTheNextLineDoesNotFit) {
     open();
     Write("a line");
     const std::size_t lineBytes = files()[".log"].size();
-    open(3 * lineBytes);
-    for (int i = 0; i < 2; ++i) Write("a line");
-    EXPECT_EQ(files().size(), 1U);
-    Write("a line");
-    EXPECT_EQ(CountWhole(files()[".001.log"]), 3U);
-    EXPECT_EQ(CountWhole(files()[".log"]), 1U);
+    DeviceAdmin::get().close_all();
+    for (const bool buffered : {false, true}) {
+        SetUp();
+        open(3 * lineBytes, true, buffered);
+        for (int i = 0; i < 3; ++i) Write("a line");
+        if (!buffered) EXPECT_EQ(files().size(), 1U);
+        Write("a line");
+        State::tick();
+        EXPECT_EQ(CountWhole(files()[".001.log"]), 3U);
+        EXPECT_EQ(CountWhole(files()[".log"]), 1U);
+        DeviceAdmin::get().close_all();
+    }
 }
 
 TEST_F(TraceLogs, ALineThatComesAfterTheCloseIsNotWritten) {
