@@ -12,6 +12,7 @@
 #include "tarnlib/sfile.h"
 #include "tarnlib/simplebuffer.h"
 #include "tarnlib/sstringconv.h"
+#include "waiting/waiting.h"
 
 #include <windows.h>
 
@@ -27,8 +28,6 @@
 #include <xercesc/util/PanicHandler.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/XMLUni.hpp>
-
-extern "C" BOOLEAN NTAPI RtlDllShutdownInProgress();
 
 namespace TarnLibA500 {
 namespace {
@@ -85,16 +84,15 @@ class DocumentMemory final : public xml::MemoryManager {
     Block* first_ = nullptr;
 };
 
-// True when the process ends: its other threads are gone then, and one may have held a lock of the heap.
-bool IsProcessEnding() {
-    return RtlDllShutdownInProgress() != FALSE;
-}
-
 // The parser's own data: made for the first document, which takes a while, and kept until the library is
 // unloaded. It is a panic handler, because without one the parser ends the process when it cannot be set up.
+// While the process ends, its other threads are gone, and one may have been at it: nothing is made or freed.
 class ParserData : private xml::PanicHandler {
   public:
-    static void Require() { static const ParserData data; }
+    static void Require() {
+        if (waiting::ProcessIsEnding()) throw Refusal{"the process is ending"};
+        static const ParserData data;
+    }
     ParserData(const ParserData&) = delete;
     ParserData& operator=(const ParserData&) = delete;
 
@@ -109,7 +107,7 @@ class ParserData : private xml::PanicHandler {
         isHalfMade = false;
     }
     ~ParserData() override {
-        if (!IsProcessEnding()) xml::XMLPlatformUtils::Terminate();
+        if (!waiting::ProcessIsEnding()) xml::XMLPlatformUtils::Terminate();
     }
     void panic(PanicReasons reason) override { throw Refusal{getPanicReasonString(reason)}; }
 

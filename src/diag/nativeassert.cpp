@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "tarnlib/sstring.h"
+#include "waiting/waiting.h"
 
 #include <windows.h>
 
@@ -44,6 +45,7 @@ WindowSystem LoadWindowSystem() {
 
 void ShowNativeAssert(const char* utf8) {
     if (IsDebuggerPresent()) return DebugBreak();
+    if (waiting::ProcessIsEnding()) return;  // a thread may have been ended while it loaded the dialog
     static const WindowSystem windows = LoadWindowSystem();
     if (!windows.isThere() || !windows.hasUser()) return;
     SWCharString text;

@@ -55,9 +55,12 @@ def full_disk(runner, tool, folder):
     finally:
         subprocess.run(["umount", folder], check=True)
     complaints = [line for line in run.stderr.splitlines() if "cannot write" in line]
-    if run.returncode != 0 or len(complaints) != 1 or not 100 < kept < 5000:
-        sys.exit(f"status {run.returncode}, {kept} lines, said {run.stderr!r}")
-    print(f"{kept} whole lines kept, then: {complaints[0]}")
+    lost = sum(int(number) for number in re.findall(r"^(\d+) lines were lost", run.stderr, re.MULTILINE))
+    if run.returncode != 0 or len(complaints) != 1 or not 100 < kept < 5000 or kept + lost != 5000:
+        sys.exit(f"status {run.returncode}, {kept} lines kept, {lost} lost, said {run.stderr!r}")
+    if "(112)" not in complaints[0]:
+        sys.exit(f"a full disk is called {complaints[0]!r}")
+    print(f"{kept} whole lines kept, {lost} lost: {complaints[0]}")
 
 
 def directory_taken_away(runner, tool, folder):

@@ -66,10 +66,21 @@ void UseThread() {
 }
 
 // Fills lines until it is stopped, mostly with the lock of the device.
-DWORD WINAPI Write(void*) {
+DWORD WINAPI Write(void* isWriting) {
     TraceLog400::EventInfo event;
     event.importance = 2;
-    for (;;) TraceLog400::Logger(TraceLog400::Logger::S, event) << "a line";
+    for (int line = 0;; ++line) {
+        TraceLog400::Logger(TraceLog400::Logger::S, event) << "a line";
+        if (line == 100) SetEvent(isWriting);
+    }
+}
+
+/// Returns when it writes: Wine does not end a thread that is only just beginning.
+HANDLE StartWriter() {
+    const HANDLE isWriting = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE writer = CreateThread(nullptr, 0, &Write, isWriting, 0, nullptr);
+    WaitForSingleObject(isWriting, INFINITE);
+    return writer;
 }
 
 LONG CALLBACK StayInDebugOutput(EXCEPTION_POINTERS* exception) {
@@ -93,8 +104,7 @@ void HoldDevice() {
 }
 
 void WriteALot() {
-    for (int i = 0; i < 4; ++i) CloseHandle(CreateThread(nullptr, 0, &Write, nullptr, 0, nullptr));
-    Sleep(20);
+    for (int i = 0; i < 4; ++i) CloseHandle(StartWriter());
 }
 
 const struct {
