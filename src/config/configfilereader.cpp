@@ -125,7 +125,7 @@ void ConfigFileReader::buildConfigData(const SAnsiString& text, ConfigLosses& lo
         if (close == end || close + 1 == end) break;
         at = FindSectionEnd(close + 1, end);
         const std::uint32_t first = lines->count();
-        const char* const stop = lines->add(close + 1, at);
+        const char* const stop = lines->add(page, close + 1, at);
         const SAnsiString sectionName(name, static_cast<std::uint32_t>(close - name));
         sections.Add(new SectionData(sectionName, lines, first, lines->count() - first));
         if (stop != at) losses.add("=", sectionName, stop, at);

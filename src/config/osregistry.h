@@ -4,6 +4,9 @@
 
 #include <windows.h>
 
+extern "C" LONG NTAPI NtDeleteKey(HANDLE key);
+extern "C" ULONG NTAPI RtlNtStatusToDosError(LONG status);
+
 /// The one way in which the library reaches the registry. Test builds (TARN_TEST_SEAMS) count the calls and
 /// the open keys, and make the n-th call fail; otherwise these are direct calls. Results are the system's
 /// error codes.
@@ -45,12 +48,20 @@ inline LONG Open(HKEY root, const wchar_t* path, REGSAM access, HKEY& key) {
     return Take(error, opened, key);
 }
 
-inline LONG Create(HKEY root, const wchar_t* path, REGSAM access, HKEY& key) {
+/// The same for a key right below an open one; of a link the link itself, which is not followed.
+inline LONG OpenEntry(HKEY key, const wchar_t* name, REGSAM access, HKEY& entry) {
+    LONG error = Before(true);
+    HKEY opened = nullptr;
+    if (error == ERROR_SUCCESS) error = RegOpenKeyExW(key, name, REG_OPTION_OPEN_LINK, access, &opened);
+    return Take(error, opened, entry);
+}
+
+inline LONG Create(HKEY root, const wchar_t* path, REGSAM access, HKEY& key,
+                   DWORD options = REG_OPTION_NON_VOLATILE) {
     LONG error = Before(true);
     HKEY opened = nullptr;
     if (error == ERROR_SUCCESS)
-        error = RegCreateKeyExW(root, path, 0, nullptr, REG_OPTION_NON_VOLATILE, access, nullptr, &opened,
-                                nullptr);
+        error = RegCreateKeyExW(root, path, 0, nullptr, options, access, nullptr, &opened, nullptr);
     return Take(error, opened, key);
 }
 
@@ -86,6 +97,12 @@ inline LONG DeleteValue(HKEY key, const wchar_t* name) {
 inline LONG DeleteKey(HKEY root, const wchar_t* path) {
     const LONG error = Before();
     return error != ERROR_SUCCESS ? error : RegDeleteKeyW(root, path);
+}
+
+/// Deletes an open key, which may be a link; RegDeleteKeyW may follow one.
+inline LONG DeleteOpened(HKEY key) {
+    const LONG error = Before();
+    return error != ERROR_SUCCESS ? error : static_cast<LONG>(RtlNtStatusToDosError(NtDeleteKey(key)));
 }
 
 inline LONG EnumKey(HKEY key, DWORD index, wchar_t* name, DWORD& units) {

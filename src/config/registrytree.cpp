@@ -25,17 +25,38 @@ bool IsDone(LONG error, const char* doing, HKEY key, const wchar_t* below = L"",
     return false;
 }
 
+// A link is a key with a value of this name, in which the place stands that it leads to.
+LONG LookForLink(HKEY key, bool& isLink) {
+    DWORD type = REG_NONE, bytes = 0;
+    const LONG error = osregistry::Query(key, L"SymbolicLinkValue", type, nullptr, bytes);
+    isLink = error == ERROR_SUCCESS && type == REG_LINK;
+    return registrypath::IsMissing(error) ? ERROR_SUCCESS : error;
+}
+
+// Opens a key below another, and a link for what it is: what it leads to is somebody else's.
+LONG OpenEntry(HKEY key, const wchar_t* below, REGSAM access, int depth, Key& entry, bool& isLink) {
+    if (depth == kMaxDepth) return ERROR_TOO_MANY_NAMES;
+    const LONG error = osregistry::OpenEntry(key, below, access, entry.room());
+    return error == ERROR_SUCCESS ? LookForLink(entry.get(), isLink) : error;
+}
+
 bool DeleteBelow(HKEY key, int depth) {
     std::wstring name;
     LONG error = ERROR_SUCCESS;
     while ((error = registryvalue::KeyName(key, 0, name)) == ERROR_SUCCESS) {
         const wchar_t* const below = name.c_str();
+        bool isLink = false;
         Key child;
-        error =
-            depth == kMaxDepth ? ERROR_TOO_MANY_NAMES : osregistry::Open(key, below, KEY_READ, child.room());
-        if (!IsDone(error, "open", key, below) || !DeleteBelow(child.get(), depth + 1)) return false;
-        child.close();
-        if (!IsDone(osregistry::DeleteKey(key, below), "delete", key, below)) return false;
+        error = OpenEntry(key, below, KEY_READ | DELETE, depth, child, isLink);
+        if (!IsDone(error, "open", key, below)) return false;
+        if (isLink) {
+            error = osregistry::DeleteOpened(child.get());
+        } else {
+            if (!DeleteBelow(child.get(), depth + 1)) return false;
+            child.close();
+            error = osregistry::DeleteKey(key, below);
+        }
+        if (!IsDone(error, "delete", key, below)) return false;
     }
     return error == ERROR_NO_MORE_ITEMS || IsDone(error, "list the keys of", key);
 }
@@ -72,14 +93,16 @@ bool CopyBelow(HKEY from, HKEY to, const std::wstring& top, int depth) {
     }
     for (const std::wstring& name : keys) {
         const wchar_t* const below = name.c_str();
+        bool isLink = false;
         Key source, target;
-        LONG error = depth == kMaxDepth ? ERROR_TOO_MANY_NAMES
-                                        : osregistry::Open(from, below, KEY_READ, source.room());
+        LONG error = OpenEntry(from, below, KEY_READ, depth, source, isLink);
         if (error == ERROR_SUCCESS && !top.empty() && registrypath::SystemName(source.get()) == top)
             error = ERROR_INVALID_PARAMETER;
-        if (!IsDone(error, "copy", from, below) ||
-            !IsDone(osregistry::Create(to, below, KEY_WRITE, target.room()), "create", to, below) ||
-            !CopyBelow(source.get(), target.get(), top, depth + 1))
+        if (!IsDone(error, "copy", from, below)) return false;
+        error = isLink ? osregistry::Create(to, below, KEY_WRITE | KEY_CREATE_LINK, target.room(),
+                                            REG_OPTION_CREATE_LINK)
+                       : osregistry::Create(to, below, KEY_WRITE, target.room());
+        if (!IsDone(error, "create", to, below) || !CopyBelow(source.get(), target.get(), top, depth + 1))
             return false;
     }
     return true;

@@ -18,7 +18,7 @@ SectionData::SectionData(const SAnsiString& name, const SAnsiString& body)
     : SectionData(name, new Lines(body), 0, 0) {
     const SAnsiString& text = lines_->text;
     const char* const end = text.end().getPtr();
-    const char* const stop = lines_->add(text.getString(), end);
+    const char* const stop = lines_->add(mbchar::CodePage::Current(), text.getString(), end);
     count_ = lines_->count();
     if (stop != end) ConfigLosses("a section's text", text).add("=", name, stop, end);
 }

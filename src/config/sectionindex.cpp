@@ -39,8 +39,8 @@ bool ReadLine(const mbchar::CodePage& page, const char* first, const char* last,
 }
 
 // Returns the line where the section ends before its end, or the end.
-const char* ReadLines(const char* at, const char* end, std::vector<SectionEntry>& entries) {
-    const mbchar::CodePage& page = mbchar::CodePage::Current();
+const char* ReadLines(const mbchar::CodePage& page, const char* at, const char* end,
+                      std::vector<SectionEntry>& entries) {
     while (at < end) {
         const char* const next = FindByte(at, end, '\n');
         const char* first = at;
@@ -66,9 +66,10 @@ std::uint32_t HashText(const char* text, std::uint32_t bytes) noexcept {
     return hash;
 }
 
-const char* ConfigFileReader::SectionData::Lines::add(const char* body, const char* bodyEnd) {
+const char* ConfigFileReader::SectionData::Lines::add(const mbchar::CodePage& page, const char* body,
+                                                      const char* bodyEnd) {
     const std::size_t from = entries.size();
-    const char* const stop = ReadLines(body, bodyEnd, entries);
+    const char* const stop = ReadLines(page, body, bodyEnd, entries);
     if (entries.size() - from > kMostUnsorted) {
         std::sort(entries.begin() + static_cast<std::ptrdiff_t>(from), entries.end(),
                   [](const SectionEntry& a, const SectionEntry& b) {

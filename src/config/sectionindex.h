@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "strings/mbchar.h"
 #include "tarnlib/configfilereader.h"
 
 namespace TarnLibA500 {
@@ -26,7 +27,7 @@ struct ConfigFileReader::SectionData::Lines : public CRefCount {
 
     /// Adds the lines of a section's body, which is a part of the text. Returns where it stopped: at a line
     /// without "=", or at the body's end.
-    const char* add(const char* body, const char* bodyEnd);
+    const char* add(const mbchar::CodePage& page, const char* body, const char* bodyEnd);
     std::uint32_t count() const noexcept { return static_cast<std::uint32_t>(entries.size()); }
 
     SAnsiString text;

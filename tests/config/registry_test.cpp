@@ -78,6 +78,15 @@ class RegistryKeys : public testing::Test {
         for (const char c : text) bytes.insert(bytes.end(), {static_cast<BYTE>(c), 0});
         return bytes;
     }
+    /// The key's path below HKEY_USERS, where this user's keys have another name.
+    SAnsiString pathInUsers() const {
+        Registry users("", "", HKEY_USERS, false);
+        for (Registry::KeyIterator hive = users.EnumSubKeys(); hive; ++hive) {
+            const SAnsiString found = hive.GetKey() + "\\" + top_;
+            if (Registry(found.getString(), "", HKEY_USERS, false).KeyExists()) return found;
+        }
+        return SAnsiString();
+    }
     void setRaw(const char* name, DWORD type, std::vector<BYTE> bytes) const {
         HKEY raw = nullptr;
         RegCreateKeyExA(HKEY_CURRENT_USER, top_.getString(), 0, nullptr, 0, KEY_WRITE, nullptr, &raw,
@@ -219,12 +228,7 @@ TEST_F(RegistryKeys, NoKeyIsCopiedIntoItself) {
     const SAnsiString machineClasses = "Software\\Classes\\" + classes;
     key("\\\xC4").WriteValue("v", 1UL);
     Registry(machineClasses.getString(), "", HKEY_LOCAL_MACHINE, false).WriteValue("v", 1UL);
-    SAnsiString user;  // the hive that this user's keys are in
-    Registry users("", "", HKEY_USERS, false);
-    for (Registry::KeyIterator hive = users.EnumSubKeys(); hive; ++hive) {
-        const SAnsiString path = hive.GetKey() + "\\" + top_;
-        if (Registry(path.getString(), "", HKEY_USERS, false).KeyExists()) user = path;
-    }
+    const SAnsiString user = pathInUsers();
     ASSERT_FALSE(user.isEmpty());
     const struct {
         HKEY sourceRoot;
@@ -255,6 +259,30 @@ TEST_F(RegistryKeys, NoKeyIsCopiedIntoItself) {
     EXPECT_TRUE(Registry::CopyKey(HKEY_CURRENT_USER, (top_ + "\\\xC4").getString(), HKEY_CURRENT_USER,
                                   (top_ + "\\\xC4\xC4").getString()));
     EXPECT_TRUE(Registry(machineClasses.getString(), "", HKEY_LOCAL_MACHINE, false).DeleteKeyRecursive());
+}
+
+TEST_F(RegistryKeys, LinksAreNotFollowed) {
+    key("\\kept").WriteValue("v", 1UL);
+    key("\\tree\\below").WriteValue("v", 2UL);
+    const std::vector<BYTE> target =
+        Utf16("\\REGISTRY\\USER\\" + std::string(pathInUsers().getString()) + "\\kept");
+    HKEY raw = nullptr;
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, (top_ + "\\tree\\link").getString(), 0, nullptr,
+                              REG_OPTION_CREATE_LINK, KEY_WRITE, nullptr, &raw, nullptr),
+              0);
+    RegSetValueExW(raw, L"SymbolicLinkValue", 0, REG_LINK, target.data(), static_cast<DWORD>(target.size()));
+    RegCloseKey(raw);
+    EXPECT_EQ(key("\\tree\\link").ReadValue("v"), "1");
+    const SAnsiString copy = top_ + "\\copy";
+    EXPECT_TRUE(Registry::CopyKey(HKEY_CURRENT_USER, (top_ + "\\tree").getString(), HKEY_CURRENT_USER,
+                                  copy.getString()));
+    EXPECT_EQ(key("\\copy\\below").ReadValue("v"), "2");
+    key("\\kept").WriteValue("v", 3UL);
+    EXPECT_EQ(key("\\copy\\link").ReadValue("v"), "3");  // a link again
+    EXPECT_TRUE(key("\\copy").DeleteKeyRecursive());
+    EXPECT_TRUE(key("\\tree").DeleteKeyRecursive());
+    EXPECT_FALSE(key("\\copy").KeyExists() || key("\\tree").KeyExists());
+    EXPECT_EQ(key("\\kept").ReadValue("v"), "3");
 }
 
 TEST_F(RegistryKeys, OnlyReadingAndWritingMakeAMissingKey) {

@@ -160,7 +160,7 @@ class TARN_API Registry {
     bool DeleteKey();
     /// Deletes everything below the key, depth first, and with "self" the key too. True when the key was
     /// there and all is gone; after a failure what was deleted until then is gone. What is below a root is
-    /// not deleted.
+    /// not deleted, nor what a link below the key leads to: the link goes.
     bool DeleteKeyRecursive(bool self = true);
 
     /// The sub-keys. On no entry when the key is missing.
@@ -171,7 +171,7 @@ class TARN_API Registry {
     /// Copies a key with its values, of all types byte by byte, and its sub-keys into another, which is made
     /// when it is missing; what is already there stays. False when the source is missing, when the target is
     /// the source or lies in it, in whatever words the two are named, and when the system refuses; what was
-    /// copied until then stays.
+    /// copied until then stays. A link below the source is copied as a link.
     static bool CopyKey(HKEY sourceRoot, const SAnsiStringCI& source, HKEY targetRoot,
                         const SAnsiStringCI& target);
     /// Copies one value, of any type, into a key, which is made when it is missing. False when the value is
