@@ -6,15 +6,13 @@
 
 #include "strings/bytesearch.h"
 #include "strings/mbchar.h"
+#include "strings/wipe.h"
 #include "tarnlib/UTFConverter.h"
 #include "tarnlib/mbcscodesetconverter.h"
-#include "tarnlib/sassert.h"
 
 namespace TarnLibA500 {
 namespace {
 
-constexpr const char* kUnit = "sfile";
-constexpr int kTraceLevel = 1;
 constexpr wchar_t kAsciiEnd = 0x80;
 // One piece at a time goes through UTF-16, so that it stays in the cache.
 constexpr std::uint32_t kPieceBytes = 4096;
@@ -46,6 +44,7 @@ void TextDecoder::addUtf8(const unsigned char* at, const unsigned char* end) {
         if (ascii >= kAsciiRunBytes || at + ascii == end) {
             text_.concat(text, ascii);
             at += ascii;
+            validBytes_ += ascii;
         }
         if (at != end) at = addPart(at, end);
     }
@@ -55,14 +54,26 @@ void TextDecoder::addUtf8(const unsigned char* at, const unsigned char* end) {
 const unsigned char* TextDecoder::addPart(const unsigned char* at, const unsigned char* end) {
     wchar_t units[kPieceBytes];
     wchar_t* last = units;
+    const unsigned char* const start = at;
     const unsigned char* const pieceEnd = at + std::min<std::ptrdiff_t>(end - at, kPieceBytes);
     const auto result = CUTFConverter::Convert(at, pieceEnd, last, units + kPieceBytes);
+    validBytes_ += static_cast<std::uint32_t>(at - start);
     encode(units, static_cast<std::uint32_t>(last - units));
+    Wipe(units, static_cast<std::size_t>(last - units) * sizeof(wchar_t));
     if (result == CUTFConverter::SourceIllegal) isLegal_ = false;
     if (result != CUTFConverter::SourceExhausted || pieceEnd != end) return at;
-    pendingBytes_ = static_cast<std::uint32_t>(end - at);
-    std::memcpy(pending_, at, pendingBytes_);
+    keepPending(at, end);
     return end;
+}
+
+// What is still not complete with as many bytes as a character can have becomes none with more of them either,
+// whatever its first byte promises.
+void TextDecoder::keepPending(const unsigned char* at, const unsigned char* end) {
+    const auto count = static_cast<std::uint32_t>(end - at);
+    isLegal_ = count < kMaxUtf8Bytes;
+    if (!isLegal_) return;
+    std::memcpy(pending_, at, count);
+    pendingBytes_ = count;
 }
 
 void TextDecoder::completePending(const unsigned char*& at, const unsigned char* end) {
@@ -72,9 +83,11 @@ void TextDecoder::completePending(const unsigned char*& at, const unsigned char*
         wchar_t* last = units;
         const unsigned char* source = pending_;
         const auto result = CUTFConverter::Convert(source, pending_ + pendingBytes_, last, units + 2);
-        if (result == CUTFConverter::SourceIllegal) isLegal_ = false;
-        if (result == CUTFConverter::SourceExhausted) continue;
+        if (result == CUTFConverter::SourceExhausted && pendingBytes_ < kMaxUtf8Bytes) continue;
+        isLegal_ = result == CUTFConverter::ConversionOK;
+        if (!isLegal_) return;
         encode(units, static_cast<std::uint32_t>(last - units));
+        validBytes_ += pendingBytes_;
         pendingBytes_ = 0;
     }
 }
@@ -93,35 +106,39 @@ void TextDecoder::encode(const wchar_t* units, std::uint32_t count) {
         out += written < 0 ? 1 : written;
     }
     text_.concat(bytes, static_cast<std::uint32_t>(out - bytes));
+    Wipe(bytes, static_cast<std::size_t>(out - bytes));
 }
 
 SAnsiString TextDecoder::finish() {
-    if (isLegal_ && pendingBytes_ == 0) return std::move(text_);
-    TraceText(kTraceLevel, kUnit, "the text is not valid UTF-8");
-    return SAnsiString();
+    if (pendingBytes_ != 0) isLegal_ = false;
+    return isLegal_ ? std::move(text_) : SAnsiString();
 }
 
 bool IsAsItIs(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding) noexcept {
     return encoding == SFile::nativeCodePage || FindNonAscii(bytes, bytes + count) == bytes + count;
 }
 
-SAnsiString DecodeFileText(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding) {
-    if (IsAsItIs(bytes, count, encoding)) return SAnsiString(bytes, count);
-    TextDecoder decoder(encoding, count);
-    decoder.add(bytes, count);
-    return decoder.finish();
-}
-
-SSimpleBuffer EncodeFileText(const SAnsiString& text) {
+SSimpleBuffer EncodeFileText(const SAnsiString& text, bool& isWhole) {
+    isWhole = true;
     // The converter takes zero-terminated texts, so it gets what stands between the zero bytes.
     SSimpleBuffer utf8;
+    const auto append = [&utf8](const void* bytes, std::uint32_t count) {
+        utf8.append(bytes, count,
+                    utf8.getNBytes());  // as much again in reserve: a buffer has none of its own
+    };
     const char* const end = text.end().getPtr();
     for (const char* at = text.getString(); at < end; ++at) {
-        const SSimpleBuffer part =
-            MBCSCodesetConverter::TToExplicitCodeset(SAnsiString(at), MBCSCodesetConverter::UTF8);
-        utf8.append(part.getBufferProtected(), part.getNBytes());
-        at += std::strlen(at);
-        if (at != end) utf8.append(0);
+        const auto length = static_cast<std::uint32_t>(std::strlen(at));
+        if (FindNonAscii(at, at + length) == at + length) {
+            append(at, length);
+        } else {
+            const SSimpleBuffer part =
+                MBCSCodesetConverter::TToExplicitCodeset(SAnsiString(at, length), MBCSCodesetConverter::UTF8);
+            append(part.getBufferProtected(), part.getNBytes());
+            if (part.isEmpty()) isWhole = false;
+        }
+        at += length;
+        if (at != end) append("", 1);
     }
     return utf8;
 }

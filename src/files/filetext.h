@@ -14,12 +14,16 @@ class TextDecoder {
     /// "expectedBytes" are reserved at once; the text can become longer.
     TextDecoder(SFile::FileEncoding encoding, std::uint32_t expectedBytes);
     void add(const char* bytes, std::uint32_t count);
-    /// The text. Empty, which is traced, when the bytes are not valid UTF-8.
+    /// The text. Empty when the bytes are not valid UTF-8, which isLegal tells from then on.
     SAnsiString finish();
+    bool isLegal() const noexcept { return isLegal_; }
+    /// How many bytes were valid: where the first byte stands that is no character.
+    std::uint32_t validBytes() const noexcept { return validBytes_; }
 
   private:
     void addUtf8(const unsigned char* at, const unsigned char* end);
     const unsigned char* addPart(const unsigned char* at, const unsigned char* end);
+    void keepPending(const unsigned char* at, const unsigned char* end);
     void completePending(const unsigned char*& at, const unsigned char* end);
     void encode(const wchar_t* units, std::uint32_t count);
 
@@ -28,6 +32,7 @@ class TextDecoder {
     SFile::FileEncoding encoding_;
     SAnsiString text_;
     bool isLegal_ = true;
+    std::uint32_t validBytes_ = 0;
     std::uint32_t pendingBytes_ = 0;  // the beginning of a character that a piece ended in
     unsigned char pending_[kMaxUtf8Bytes];
 };
@@ -35,10 +40,8 @@ class TextDecoder {
 /// True when bytes are their own text in the code page.
 bool IsAsItIs(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding) noexcept;
 
-/// The text of some bytes, at once.
-SAnsiString DecodeFileText(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding);
-
-/// A text in UTF-8, without a terminator.
-SSimpleBuffer EncodeFileText(const SAnsiString& text);
+/// A text in UTF-8, without a terminator. What stands between two zero bytes and is not valid in the code page
+/// is left out; "isWhole" says whether something was.
+SSimpleBuffer EncodeFileText(const SAnsiString& text, bool& isWhole);
 
 }  // namespace TarnLibA500

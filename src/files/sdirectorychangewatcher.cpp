@@ -4,14 +4,17 @@
 #include <memory>
 #include <new>
 
+#include "diag/levels.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
 #include "strings/memory.h"
 #include "system/systemtext.h"
+#include "tarnlib/straceobj.h"
 
 namespace TarnLibA500 {
 namespace {
 
+constexpr const char* kUnit = "sdirectorychangewatcher";
 constexpr DWORD kWatched = FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_DIR_NAME |
                            FILE_NOTIFY_CHANGE_ATTRIBUTES | FILE_NOTIFY_CHANGE_SIZE |
                            FILE_NOTIFY_CHANGE_LAST_WRITE | FILE_NOTIFY_CHANGE_CREATION;
@@ -54,6 +57,13 @@ void ReadRecords(const unsigned char* records, SIArray<SDirectoryChange>& change
         if (record.NextEntryOffset == 0) return;
         records += record.NextEntryOffset;
     }
+}
+
+void TraceFailure(const SWCharString& directory, const char* what, DWORD error) noexcept try {
+    TARN_TRACE_AT(levels::kFailure, kUnit, "watching \"%1\": %2 (%3)", ShownPath(directory), what,
+                  error != ERROR_SUCCESS ? SystemErrorText(error) : SAnsiString("no error of the system"));
+} catch (const std::bad_alloc&) {
+    TraceText(levels::kFailure, kUnit, what);
 }
 
 /// What is left of a time that began with the object.
@@ -123,6 +133,8 @@ struct SDirectoryChangeWatcher::Watch {
     OVERLAPPED request = {};
 };
 
+const unsigned long SDirectoryChangeWatcher::defaultRecordBytes;  // the object that a reference means
+
 SDirectoryChangeWatcher::SDirectoryChangeWatcher() noexcept : stopEvent_(nullptr) {
     osfiles::File event = osfiles::NewEvent();
     if (event)
@@ -138,13 +150,16 @@ SDirectoryChangeWatcher::~SDirectoryChangeWatcher() {
 
 bool SDirectoryChangeWatcher::open(const SAnsiString& directory, bool subtree, unsigned long recordBytes) {
     close();
-    if (stopEvent_ == nullptr) return false;  // lastError is the constructor's
+    if (stopEvent_ == nullptr) {  // lastError is the constructor's
+        TraceFailure(ToSystem(directory), "cannot make an event", lastError_);
+        return false;
+    }
     ResetEvent(stopEvent_);
     std::unique_ptr<Watch> watch(new (std::nothrow)
                                      Watch(directory, subtree, std::max(recordBytes, kMinRecordBytes)));
     if (!watch) throw BadAllocation();
     if (!watch->open()) {
-        fail();
+        fail(*watch);
         return false;
     }
     watch_ = watch.release();
@@ -161,6 +176,7 @@ SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::wait(unsigned long 
     changes.RemoveAll();
     if (!isOpen()) {
         lastError_ = ERROR_INVALID_HANDLE;
+        TraceFailure(SWCharString(), "no directory is open", lastError_);
         return failed;
     }
     const Countdown countdown(milliseconds);
@@ -168,14 +184,17 @@ SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::wait(unsigned long 
         const DWORD left = countdown.left();
         const WaitResult result = waitOnce(std::min(left, kLookMilliseconds), changes);
         if (result != timedOut) return result;
-        if (IsGone(watch_->path.getString())) return directoryGone;
+        if (IsGone(watch_->path.getString())) {
+            TraceFailure(watch_->path, "the directory is gone", ERROR_SUCCESS);
+            return directoryGone;
+        }
         if (left == 0) return timedOut;
     }
 }
 
 SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::waitOnce(unsigned long milliseconds,
                                                                       SIArray<SDirectoryChange>& changes) {
-    if (!watch_->ask()) return fail();
+    if (!watch_->ask()) return fail(*watch_);
     const HANDLE events[] = {stopEvent_, watch_->request.hEvent};
     switch (WaitForMultipleObjects(2, events, FALSE, milliseconds)) {
         case WAIT_OBJECT_0:
@@ -185,7 +204,7 @@ SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::waitOnce(unsigned l
         case WAIT_TIMEOUT:
             return timedOut;
         default:
-            return fail();
+            return fail(*watch_);
     }
 }
 
@@ -198,16 +217,20 @@ SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::fetch(SIArray<SDire
     if (hasSucceeded && bytes != 0) ReadRecords(watch_->records.get(), changes);
     watch_->isAsked = false;
     // The system drops what it has no room for, and says so in one of two ways.
-    if (error == ERROR_NOTIFY_ENUM_DIR || (hasSucceeded && bytes == 0)) return changesLost;
+    if (error == ERROR_NOTIFY_ENUM_DIR || (hasSucceeded && bytes == 0)) {
+        TraceFailure(watch_->path, "too many changes: they are lost", error);
+        return changesLost;
+    }
     // A request ends with the thread that made it.
-    if (error == ERROR_OPERATION_ABORTED) return watch_->ask() ? timedOut : fail();
+    if (error == ERROR_OPERATION_ABORTED) return watch_->ask() ? timedOut : fail(*watch_);
     if (hasSucceeded) return changesSeen;
     SetLastError(error);
-    return fail();
+    return fail(*watch_);
 }
 
-SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::fail() noexcept {
+SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::fail(const Watch& watch) noexcept {
     lastError_ = GetLastError();
+    TraceFailure(watch.path, "the system refuses", lastError_);
     return MeansGone(lastError_) ? directoryGone : failed;
 }
 

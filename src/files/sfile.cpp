@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "diag/levels.h"
 #include "diag/require.h"
 #include "files/filetext.h"
 #include "files/osfiles.h"
@@ -13,6 +14,7 @@
 #include "files/sreadahead.h"
 #include "files/systempath.h"
 #include "strings/bytesearch.h"
+#include "strings/lineend.h"
 #include "tarnlib/sfilesys.h"
 #include "tarnlib/straceobj.h"
 
@@ -20,8 +22,6 @@ namespace TarnLibA500 {
 namespace {
 
 constexpr const char* kUnit = "sfile";
-constexpr int kOpenTraceLevel = 2;
-constexpr int kFailureTraceLevel = 1;
 
 constexpr const char kLineEnd[] = "\r\n";
 constexpr std::uint32_t kLineEndBytes = 2;
@@ -87,33 +87,84 @@ const char* DispositionName(DWORD disposition) {
     }
 }
 
-void TraceFailure(const SFileException& failure) noexcept try {
-    TARN_TRACE_AT(kFailureTraceLevel, kUnit, "%1", failure.summary());
-} catch (const std::bad_alloc&) {
-    TraceText(kFailureTraceLevel, kUnit, "a file was not closed properly");
+// What a file was about to do, by the stage of the failure.
+const char* StageName(SFileException::ErrorCodes stage) {
+    constexpr const char* kNames[] = {"open", "read", "write", "flush", "seek in", "lock", "use", "close"};
+    return kNames[std::min<std::size_t>(stage, std::size(kNames) - 1)];
 }
 
-void AppendWithoutReturns(SAnsiString& line, const char* bytes, const char* end) {
+// The sentences of the exception leave the file and the reason out for some stages.
+void TraceFailure(int level, const SFileException& failure) noexcept try {
+    TARN_TRACE_AT(level, kUnit, "cannot %1 \"%2\": %3", StageName(failure.ErrCode()), failure.fileName(),
+                  WithoutLineEnd(failure.reason()));
+} catch (const std::bad_alloc&) {
+    TraceText(level, kUnit, "an operation on a file failed");
+}
+
+[[noreturn]] void Throw(const SFileException& failure) {
+    TraceFailure(levels::kFailure, failure);
+    throw failure;
+}
+
+// What a line keeps of its bytes: all but the carriage returns.
+void AppendWithoutReturns(SecretText& line, const char* bytes, const char* end) {
     while (bytes != end) {
         const char* const stop = FindByte(bytes, end, '\r');
-        line.concat(bytes, static_cast<std::uint32_t>(stop - bytes));
+        line.append(bytes, static_cast<std::uint32_t>(stop - bytes));
         bytes = stop != end ? stop + 1 : end;
     }
 }
 
-// A whole line, which usually is ASCII and has no carriage return but at its end.
-SAnsiString LineText(LineBlock& block, const char* bytes, const char* end, SFile::FileEncoding encoding) {
-    const char* const text = end != bytes && end[-1] == '\r' ? end - 1 : end;
-    const auto count = static_cast<std::uint32_t>(text - bytes);
-    if (FindByte(bytes, text, '\r') == text)
-        return IsAsItIs(bytes, count, encoding) ? block.assign(bytes, count)
-                                                : DecodeFileText(bytes, count, encoding);
-    SAnsiString line;
-    AppendWithoutReturns(line, bytes, text);
-    return DecodeFileText(line.getString(), line.getLength(), encoding);
+// Where in a line the byte stands that has so many before it, carriage returns not counted.
+std::uint32_t PlaceInLine(const char* bytes, std::uint32_t before) {
+    const char* at = bytes;
+    for (; *at == '\r' || before != 0; ++at) {
+        if (*at != '\r') --before;
+    }
+    return static_cast<std::uint32_t>(at - bytes);
 }
 
 }  // namespace
+
+// Their values stand in the class; these are the objects that references to them mean.
+const int SFile::readOnly;
+const int SFile::writeOnly;
+const int SFile::readAndWrite;
+const int SFile::append;
+const int SFile::random;
+const int SFile::sequential;
+const int SFile::temporary;
+const int SFile::noInherit;
+const int SFile::create;
+const int SFile::truncate;
+const int SFile::exclusive;
+const int SFile::denyReadAndWrite;
+const int SFile::denyWrite;
+const int SFile::denyRead;
+const int SFile::denyNothing;
+const int SFile::ownerRWXMask;
+const int SFile::ownerRMask;
+const int SFile::ownerWMask;
+const int SFile::ownerXMask;
+const int SFile::groupRWXMask;
+const int SFile::groupRMask;
+const int SFile::groupWMask;
+const int SFile::groupXMask;
+const int SFile::othersRWXMask;
+const int SFile::othersRMask;
+const int SFile::othersWMask;
+const int SFile::othersXMask;
+const int SFile::readMask;
+const int SFile::writeMask;
+const int SFile::readWriteMask;
+const int SFile::defaultPermissions;
+const int SFile::seekBegin;
+const int SFile::seekSet;
+const int SFile::seekCurrent;
+const int SFile::seekEnd;
+const int SFile::lockUnlock;
+const int SFile::lockRetryLock;
+const int SFile::lockNoRetryLock;
 
 const SAnsiString SFile::EOL(kLineEnd);
 
@@ -121,22 +172,22 @@ const SAnsiString SFile::EOL(kLineEnd);
 
 void SFile::raiseOwnError(SFileException::ErrorCodes stage, SFileException::DetailCodes detail,
                           const SAnsiString& reason) const {
-    throw SFileException(stage, 0, name_, detail, reason, SAnsiString());
+    Throw(SFileException(stage, 0, name_, detail, reason, SAnsiString()));
 }
 
 void SFile::raiseSystemError(SFileException::ErrorCodes stage, unsigned long code) const {
-    throw SFileException(stage, static_cast<int>(code), name_, SFileException::MapSystemError(code),
-                         SFileException::GetSystemMessage(code), SAnsiString());
+    Throw(SFileException(stage, static_cast<int>(code), name_, SFileException::MapSystemError(code),
+                         SFileException::GetSystemMessage(code), SAnsiString()));
 }
 
 void SFile::raisePosixError(SFileException::ErrorCodes stage, int error) const {
     char text[256];
     if (strerror_s(text, sizeof text, error) != 0) text[0] = '\0';
-    throw SFileException(stage, error, name_, SFileException::MapErrno(error), text, SAnsiString());
+    Throw(SFileException(stage, error, name_, SFileException::MapErrno(error), text, SAnsiString()));
 }
 
 void SFile::requireOpen(SFileException::ErrorCodes stage) const {
-    if (!isOpenNow()) raiseOwnError(stage, SFileException::notOpen, "File not opened yet.");
+    if (!isOpen()) raiseOwnError(stage, SFileException::notOpen, "File not opened yet.");
 }
 
 // ------------------------------------------------------------------------------------------------ opening
@@ -154,14 +205,14 @@ SFile::~SFile() {
     try {
         close();
     } catch (const SFileException& failure) {
-        TraceFailure(failure);
+        TraceFailure(levels::kLoss, failure);  // nobody else hears of it
     } catch (const std::bad_alloc&) {
-        TraceText(kFailureTraceLevel, kUnit, "out of memory while closing a file");
+        TraceText(levels::kLoss, kUnit, "out of memory while closing a file");
     }
 }
 
 // The handle decides: after a failed deletion isOpen_ is still set.
-bool SFile::isOpenNow() const noexcept {
+bool SFile::isOpen() const noexcept {
     return handle_ != INVALID_HANDLE_VALUE;
 }
 
@@ -195,7 +246,7 @@ void SFile::open(int mode, int /*permissions*/, int share) {
 void SFile::openNamed(int mode, int share) {
     const DWORD access = AccessOf(mode);
     const DWORD disposition = DispositionOf(mode);
-    TARN_TRACE_AT(kOpenTraceLevel, kUnit, "opening %1 with desired access: %2 and creation disposition: %3",
+    TARN_TRACE_AT(levels::kOpening, kUnit, "opening %1 with desired access: %2 and creation disposition: %3",
                   name_, AccessLetters(access), DispositionName(disposition));
     SECURITY_ATTRIBUTES security = {};
     security.nLength = sizeof security;
@@ -204,11 +255,11 @@ void SFile::openNamed(int mode, int share) {
     if ((mode & temporary) != 0) temporaryPath_ = path;
     handle_ = osfiles::Open(path.getString(), access, ShareOf(share), &security, disposition, FlagsOf(mode))
                   .release();
-    if (!isOpenNow()) raiseSystemError(SFileException::openError, GetLastError());
+    if (!isOpen()) raiseSystemError(SFileException::openError, GetLastError());
 }
 
 void SFile::close() {
-    if (isOpenNow()) {
+    if (isOpen()) {
         osfiles::Close(handle_);
         handle_ = INVALID_HANDLE_VALUE;
         delete std::exchange(ahead_, nullptr);
@@ -301,7 +352,7 @@ long long SFile::sizeNow(SFileException::ErrorCodes stage) {
 }
 
 int SFile::seek(int origin, int offset) {
-    Require(isOpenNow(), kUnit, "m_hFile != INVALID_HANDLE_VALUE");
+    Require(isOpen(), kUnit, "m_hFile != INVALID_HANDLE_VALUE");
     const long long reached = seekEx(origin, offset);
     if (reached > kMaxPosition32) raiseSystemError(SFileException::seekError, ERROR_INVALID_PARAMETER);
     return static_cast<int>(reached);
@@ -353,10 +404,42 @@ bool SFile::readMore(int& emptyReads) {
     return false;
 }
 
+// For a text that counts as empty; what is wrong with it stands so many bytes before the position.
+void SFile::traceIllegalText(std::uint32_t bytesBack) const {
+    long long reached = 0;
+    seekEx(handle_, seekCurrent, 0, &reached);
+    TARN_TRACE_AT(levels::kLoss, kUnit, "\"%1\" is not valid UTF-8 at byte %2, so its text counts as empty",
+                  name_, reached - ahead_->unread() - bytesBack);
+}
+
+// The text of a line, which usually is ASCII and has no carriage return but at its end. "endBytes" stand behind
+// it: its line feed, if there is one.
+SAnsiString SFile::lineText(const char* bytes, const char* end, std::uint32_t endBytes,
+                            FileEncoding encoding) {
+    const char* first = bytes;
+    const char* last = end != bytes && end[-1] == '\r' ? end - 1 : end;
+    SecretText kept;
+    if (FindByte(first, last, '\r') != last) {
+        AppendWithoutReturns(kept, first, last);
+        first = kept.getString();
+        last = first + kept.getLength();
+    }
+    const auto count = static_cast<std::uint32_t>(last - first);
+    if (IsAsItIs(first, count, encoding)) return ahead_->lines().lend(first, count);
+    TextDecoder text(encoding, count);
+    text.add(first, count);
+    SAnsiString line = text.finish();
+    if (!text.isLegal()) {
+        const char* const wrong = bytes + PlaceInLine(bytes, text.validBytes());
+        traceIllegalText(static_cast<std::uint32_t>(end - wrong) + endBytes);
+    }
+    return line;
+}
+
 SAnsiString SFile::readLine(FileEncoding encoding) try {
     requireOpen(SFileException::readError);
     int emptyReads = kEmptyReads;
-    SAnsiString line;
+    SecretText line;  // what lies across blocks
     bool isComplete = false;
     while (!isComplete && ((ahead_ != nullptr && ahead_->unread() != 0) || readMore(emptyReads))) {
         const char* const bytes = ahead_->bytes();
@@ -364,10 +447,10 @@ SAnsiString SFile::readLine(FileEncoding encoding) try {
         const char* const end = FindByte(bytes, blockEnd, '\n');
         isComplete = end != blockEnd;
         ahead_->consume(static_cast<std::uint32_t>(end - bytes) + (isComplete ? 1 : 0));
-        if (isComplete && line.isEmpty()) return LineText(ahead_->line(), bytes, end, encoding);
-        AppendWithoutReturns(line, bytes, end);
+        if (isComplete && line.isEmpty()) return lineText(bytes, end, 1, encoding);
+        line.append(bytes, static_cast<std::uint32_t>(end - bytes));
     }
-    return DecodeFileText(line.getString(), line.getLength(), encoding);
+    return lineText(line.getString(), line.end().getPtr(), isComplete ? 1 : 0, encoding);
 } catch (const std::bad_alloc&) {
     raisePosixError(SFileException::readError, ENOMEM);
 }
@@ -381,17 +464,22 @@ std::uint32_t SFile::remainingBytes() {
 SAnsiString SFile::readString(FileEncoding encoding) try {
     requireOpen(SFileException::readError);
     dropReadAhead(SFileException::readError);
-    std::uint32_t missing = remainingBytes();
-    if (missing == 0) return SAnsiString();
+    const std::uint32_t all = remainingBytes();
+    if (all == 0) return SAnsiString();
     if (ahead_ == nullptr) ahead_ = new SReadAhead;
-    TextDecoder text(encoding, missing);
+    TextDecoder text(encoding, all);
+    std::uint32_t missing = all;
     for (int emptyReads = kEmptyReads; missing != 0 && emptyReads > 0;) {
         const std::uint32_t count = readBlock(ahead_->room(), std::min(missing, SReadAhead::kBlockBytes));
+        ahead_->filled(count);
         text.add(ahead_->bytes(), count);
+        ahead_->drop();
         missing -= count;
         if (count == 0) --emptyReads;
     }
-    return text.finish();
+    SAnsiString whole = text.finish();
+    if (!text.isLegal()) traceIllegalText(all - missing - text.validBytes());
+    return whole;
 } catch (const std::bad_alloc&) {
     raisePosixError(SFileException::readError, ENOMEM);
 }
@@ -403,7 +491,11 @@ std::uint32_t SFile::writeString(const SAnsiString& text) {
         writeAll(bytes, text.getLength());
         return text.getLength();
     }
-    const SSimpleBuffer encoded = EncodeFileText(text);
+    bool isWhole = true;
+    const SSimpleBuffer encoded = EncodeFileText(text, isWhole);
+    if (!isWhole)
+        TARN_TRACE_AT(levels::kLoss, kUnit, "text for \"%1\" is not valid in the code page and left out",
+                      name_);
     writeAll(encoded.getBufferProtected(), encoded.getNBytes());
     return encoded.getNBytes();
 }

@@ -1,6 +1,7 @@
 #include "tarnlib/sfilesysexception.h"
 
 #include <cerrno>
+#include <new>
 
 #include "diag/levels.h"
 #include "files/failuretext.h"
@@ -136,8 +137,19 @@ SFileSysException::ErrorReasons SFileSysException::mapErrno(int error) noexcept 
 
 // ------------------------------------------------------------------------------------------------ throwing
 
-void ThrowTraced(const SFileSysException& failure) {
+namespace {
+
+// The reason, with the system's line end, stands at the end of each sentence. Failing memory costs only the line.
+void TraceFailure(const SFileSysException& failure) noexcept try {
     TARN_TRACE_AT(levels::kFailure, kUnit, "%1", WithoutLineEnd(failure.toString()));
+} catch (const std::bad_alloc&) {
+    TraceText(levels::kFailure, kUnit, "an operation of the file system failed");
+}
+
+}  // namespace
+
+void ThrowTraced(const SFileSysException& failure) {
+    TraceFailure(failure);
     throw failure;
 }
 

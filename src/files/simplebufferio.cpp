@@ -1,8 +1,10 @@
 #include <algorithm>
 
+#include "diag/levels.h"
 #include "diag/require.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
+#include "strings/lineend.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
 #include "tarnlib/simplebuffer.h"
@@ -13,15 +15,14 @@ namespace TarnLibA500 {
 namespace {
 
 constexpr const char* kUnit = "simplebuffer";
-constexpr int kTraceLevel = 1;
 constexpr long long kMaxBytes = 0xFFFFFFFF;
 constexpr int kSaveFromScratch = SFile::writeOnly | SFile::create | SFile::truncate;
 constexpr int kSaveOver = SFile::writeOnly | SFile::create | SFile::exclusive;
 static_assert(kSaveFromScratch == 769 && kSaveOver == 1281);
 
 void TraceSystemFailure(const char* what, const SAnsiString& file, DWORD error) {
-    TARN_TRACE_AT(kTraceLevel, kUnit, "%1 %2: error %3, %4", what, file, error,
-                  SFileException::GetSystemMessage(error));
+    TARN_TRACE_AT(levels::kFailure, kUnit, "%1 %2: error %3, %4", what, file, error,
+                  WithoutLineEnd(SFileException::GetSystemMessage(error)));
 }
 
 osfiles::File OpenToMap(const SAnsiString& file) {
@@ -51,7 +52,7 @@ void RemoveTorn(const SAnsiString& path) {
     try {
         SFileSys::remove(path);
     } catch (const SFileSysException& failure) {
-        TARN_TRACE_AT(kTraceLevel, kUnit, "%1", failure.summary());
+        TARN_TRACE_AT(levels::kLoss, kUnit, "half a file stays: %1", WithoutLineEnd(failure.toString()));
     }
 }
 
@@ -101,9 +102,8 @@ bool SSimpleBuffer::loadFromFileEx(const SAnsiString& path, bool map, bool seque
     if (!map) return readFrom(path, sequential, startByte, bytesToRead);
     const bool isWhole = startByte == 0 && bytesToRead == 0;
     return Require(isWhole, kUnit, "startByte==0 && bytesToRead==0") && mapFrom(path);
-} catch (const SFileException& failure) {
-    TARN_TRACE_AT(kTraceLevel, kUnit, "%1", failure.summary());
-    return false;
+} catch (const SFileException&) {
+    return false;  // the file has traced it
 }
 
 bool SSimpleBuffer::mapFrom(const SAnsiString& path) {
@@ -120,13 +120,13 @@ bool SSimpleBuffer::readFrom(const SAnsiString& path, bool sequential, long long
                SFile::denyNothing);
     const long long rest = startByte >= 0 ? file.sizeEx() - startByte : 0;
     if (rest <= 0) {
-        TARN_TRACE_AT(kTraceLevel, kUnit,
+        TARN_TRACE_AT(levels::kFailure, kUnit,
                       "SSimpleBuffer::loadFromFileEx: Out of range in reading from file %1. \n", path);
         return false;
     }
     const long long wanted = bytesToRead != 0 ? std::min<long long>(bytesToRead, rest) : rest;
     if (wanted > kMaxBytes) {
-        TARN_TRACE_AT(kTraceLevel, kUnit, "%1 is too large for a buffer", path);
+        TARN_TRACE_AT(levels::kFailure, kUnit, "%1 is too large for a buffer", path);
         return false;
     }
     file.seekEx(SFile::seekBegin, startByte);
@@ -136,14 +136,20 @@ bool SSimpleBuffer::readFrom(const SAnsiString& path, bool sequential, long long
     std::uint32_t done = 0;
     for (int count = -1; count != 0 && done < room; done += static_cast<std::uint32_t>(count))
         count = file.read(bytes + done, room - done);
-    if (done == 0) return false;
+    if (done == 0) {
+        TARN_TRACE_AT(levels::kFailure, kUnit, "nothing can be read from %1 any more", path);
+        return false;
+    }
     loaded.releaseBuffer(done);
     *this = loaded;
     return true;
 }
 
 bool SSimpleBuffer::saveToFile(const SAnsiString& path, bool truncate) try {
-    if (isEmpty()) return false;
+    if (isEmpty()) {
+        TARN_TRACE_AT(levels::kFailure, kUnit, "an empty buffer is not written to %1", path);
+        return false;
+    }
     SFile file(path, truncate ? kSaveFromScratch : kSaveOver, SFile::readWriteMask, SFile::denyNothing);
     try {
         file.writeAll(getBufferProtected(), getNBytes());
@@ -154,9 +160,8 @@ bool SSimpleBuffer::saveToFile(const SAnsiString& path, bool truncate) try {
     }
     file.close();
     return true;
-} catch (const SFileException& failure) {
-    TARN_TRACE_AT(kTraceLevel, kUnit, "%1", failure.summary());
-    return false;
+} catch (const SFileException&) {
+    return false;  // the file has traced it
 }
 
 }  // namespace TarnLibA500

@@ -1,37 +1,105 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
+#include "strings/lentblock.h"
+#include "strings/wipe.h"
 #include "tarnlib/sstring.h"
 
 namespace TarnLibA500 {
 
-/// The line before, whose memory serves the next one when nobody else holds it any more: a block from the
-/// heap takes longer than all the rest of reading a line.
-class LineBlock : public SAnsiString {
+/// A text that is overwritten when it goes.
+class SecretText : public SAnsiString {
   public:
-    /// The text becomes these bytes; copies that others hold stay what they are.
-    const SAnsiString& assign(const char* bytes, std::uint32_t count) {
-        SStringBuffer* const block = getStringBuffer();
-        const bool isFree = block->refCount.load(std::memory_order_acquire) == 1;
-        if (isFree && count < block->capacity && block->capacity <= count + kMostSlack) {
-            std::memcpy(block->getBuffer(), bytes, count);
-            terminateBuffer(count);
-        } else {
-            SAnsiString::operator=(SAnsiString(bytes, count));
+    using SAnsiString::SAnsiString;
+    SecretText() = default;
+    SecretText(const SecretText&) = delete;
+    SecretText& operator=(const SecretText&) = delete;
+    ~SecretText() { releaseBuffer(true); }
+
+    /// Appends bytes. A block that is too small is overwritten, not just left behind.
+    void append(const char* bytes, std::uint32_t count) {
+        const std::uint32_t length = getLength() + count;
+        if (length > room_) {
+            SecretText larger;
+            larger.setSize(room_ = std::max(length, 2 * getLength()));
+            larger.concat(getString(), getLength());
+            setBuffer(larger.getStringBuffer(), true);
+            larger.unlinkBuffer();
         }
-        return *this;
+        concat(bytes, count);
     }
 
   private:
-    static constexpr std::uint32_t kMostSlack = 256;  // so that no short line sits in a long one's memory
+    std::uint32_t room_ = 0;
 };
 
-/// Bytes that were read from a file before somebody asked for them.
+/// The memory of the line before, lent to the line and taken back for the next one when nobody holds it any
+/// more: a block from the heap takes longer than all the rest of reading a line.
+class LineMemory {
+  public:
+    LineMemory() = default;
+    ~LineMemory() { part(); }
+    LineMemory(const LineMemory&) = delete;
+    LineMemory& operator=(const LineMemory&) = delete;
+
+    /// A text with these bytes.
+    SAnsiString lend(const char* bytes, std::uint32_t count) {
+        if (count == 0) return SAnsiString();
+        if (isFree() && count < lent_->capacity && lent_->capacity <= count + kMostSlack)
+            return Line(lent_, bytes, count);
+        part();
+        Line line(bytes, count);
+        lent_ = line.block();
+        lent_->refCount.fetch_add(kLenderMark, std::memory_order_relaxed);
+        return line;
+    }
+
+  private:
+    using Block = SAnsiString::SStringBuffer;
+
+    /// A string that gives its block to see, or gets it given.
+    class Line : public SAnsiString {
+      public:
+        using SAnsiString::SAnsiString;
+        Line(Block* block, const char* bytes, std::uint32_t count) {
+            setBuffer(block);
+            std::memcpy(block->getBuffer(), bytes, count);
+            terminateBuffer(count);
+        }
+        Block* block() const noexcept { return getStringBuffer(); }
+        static void Free(Block* block) noexcept { releaseStringBuffer(block, true); }
+    };
+
+    static constexpr std::uint32_t kMostSlack = 256;  // so that no short line sits in a long one's memory
+
+    bool isFree() const noexcept {
+        return lent_ != nullptr && lent_->refCount.load(std::memory_order_acquire) == kLenderMark;
+    }
+    void part() noexcept {
+        Block* const block = std::exchange(lent_, nullptr);
+        if (block == nullptr) return;
+        if (block->refCount.fetch_sub(kLenderMark, std::memory_order_acq_rel) != kLenderMark) return;
+        block->refCount.store(1, std::memory_order_relaxed);
+        Line::Free(block);
+    }
+
+    Block* lent_ = nullptr;
+};
+
+/// Bytes that were read from a file before somebody asked for them. They may be secrets, so they are
+/// overwritten in the end.
 class SReadAhead {
   public:
     static constexpr std::uint32_t kBlockBytes = 64 * 1024;
+
+    SReadAhead() = default;
+    ~SReadAhead() { Wipe(block_, most_); }
+    SReadAhead(const SReadAhead&) = delete;
+    SReadAhead& operator=(const SReadAhead&) = delete;
 
     std::uint32_t unread() const noexcept { return end_ - at_; }
     const char* bytes() const noexcept { return block_ + at_; }
@@ -42,13 +110,17 @@ class SReadAhead {
         drop();
         return block_;
     }
-    void filled(std::uint32_t count) noexcept { end_ = count; }
-    LineBlock& line() noexcept { return line_; }
+    void filled(std::uint32_t count) noexcept {
+        end_ = count;
+        most_ = std::max(most_, count);
+    }
+    LineMemory& lines() noexcept { return lines_; }
 
   private:
     std::uint32_t at_ = 0;
     std::uint32_t end_ = 0;
-    LineBlock line_;
+    std::uint32_t most_ = 0;  // bytes that the block has ever held
+    LineMemory lines_;
     char block_[kBlockBytes];
 };
 

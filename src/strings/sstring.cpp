@@ -10,7 +10,9 @@
 #include "strings/collate.h"
 #include "strings/flavour.h"
 #include "strings/flavourconvert.h"
+#include "strings/lentblock.h"
 #include "strings/memory.h"
+#include "strings/wipe.h"
 
 namespace TarnLibA500 {
 namespace {
@@ -39,12 +41,6 @@ void CopyUnits(unit* to, const unit* from, std::uint32_t count) {
 template <class Buffer, class unit>
 std::uint64_t BlockBytes(std::uint64_t capacity) {
     return sizeof(Buffer) + capacity * sizeof(unit);
-}
-
-// The compiler may not drop this: the block is freed right after it.
-void Wipe(void* bytes, std::size_t count) {
-    std::memset(bytes, kWipeByte, count);
-    __asm__ volatile("" : : "r"(bytes) : "memory");
 }
 
 }  // namespace
@@ -92,8 +88,12 @@ void SString_t<unit, flavour>::allocBuffer(std::uint32_t n) {
 template <class unit, int flavour>
 bool SString_t<unit, flavour>::releaseStringBuffer(SStringBuffer* buffer, bool wipe) noexcept {
     if (buffer == nullptr || IsEmptyBuffer(buffer)) return true;
-    if (buffer->refCount.fetch_sub(1, std::memory_order_acq_rel) != 1) return !wipe;
-    if (wipe) Wipe(buffer->getBuffer(), std::size_t{buffer->capacity} * sizeof(unit));
+    const std::size_t bytes = std::size_t{buffer->capacity} * sizeof(unit);
+    // Before it is counted down, because the lender may take it back at once.
+    const bool isLent = wipe && buffer->refCount.load(std::memory_order_acquire) == kLenderMark + 1;
+    if (isLent) Wipe(buffer->getBuffer(), bytes, kWipeByte);
+    if (buffer->refCount.fetch_sub(1, std::memory_order_acq_rel) != 1) return !wipe || isLent;
+    if (wipe) Wipe(buffer->getBuffer(), bytes, kWipeByte);
     FreeBuffer(buffer);
     return true;
 }

@@ -5,6 +5,7 @@
 
 #include "files/filesysfailure.h"
 #include "files/osfiles.h"
+#include "files/sreadahead.h"
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
 #include "support/file_bytes.h"
@@ -67,7 +68,6 @@ class FileFaults : public testing::Test {
 };
 
 void Nothing() {}
-
 void NoPause(DWORD /*milliseconds*/) {}
 
 fs::path swapRoot;
@@ -110,6 +110,25 @@ void MakeParents() {
 
 void RemoveParents() {
     fs::remove_all(swapRoot / "x");
+}
+
+class Secret : public SAnsiString {
+  public:
+    using SAnsiString::getStringBuffer;
+    using SAnsiString::SAnsiString;
+    using SAnsiString::unlinkBuffer;
+    explicit Secret(SAnsiString&& text) : SAnsiString(std::move(text)) {}
+};
+
+// Every handle of the process whose value is small, as they are.
+std::set<HANDLE> Handles() {
+    std::set<HANDLE> handles;
+    for (std::uintptr_t value = 4; value < 4'096; value += 4) {
+        const auto handle = reinterpret_cast<HANDLE>(value);  // NOLINT(performance-no-int-to-ptr)
+        DWORD flags = 0;
+        if (GetHandleInformation(handle, &flags)) handles.insert(handle);
+    }
+    return handles;
 }
 
 }  // namespace
@@ -298,6 +317,52 @@ TEST_F(FileFaults, LinesCostFewCallsAndNoAllocations) {
     EXPECT_EQ(count, kLines);
     EXPECT_LT(osfiles::CallsSoFar() - before, kLines / 20U);
     EXPECT_LT(allocations.Taken(), kLines / 100U);  // for lines that lie across two blocks
+}
+
+TEST_F(FileFaults, WhatWasReadCanBeWiped) {
+    WriteBytes(folder / "file", "password\nnext\n");
+    SFile lines(file, SFile::readOnly, 0, kShared);
+    Secret line(lines.readLine());
+    const char* const characters = line.getString();
+    line.unlinkBuffer(true);                            // throws when the string has not got it for itself
+    EXPECT_EQ(std::string(characters, 8), "########");  // in memory that is the file's still
+    Secret next(lines.readLine());
+    EXPECT_EQ(next, "next");
+    lines.close();
+    char freed[sizeof(Secret::SStringBuffer) + 4] = {};
+    tarntest::CopyWhenFreed(next.getStringBuffer(), freed, sizeof freed);
+    next.unlinkBuffer(true);  // now it is the string's alone
+    EXPECT_EQ(std::string(freed + sizeof freed - 4, 4), "####");
+
+    alignas(SReadAhead) static char place[sizeof(SReadAhead)];
+    auto* const ahead = new (place) SReadAhead;
+    const char* volatile const read = std::strcpy(ahead->room(), "password");
+    ahead->filled(8);
+    ahead->~SReadAhead();
+    EXPECT_EQ(std::string(read, 8), std::string(8, '\0'));
+}
+
+TEST_F(FileFaults, ZeroBytesCostNoAllocationEach) {
+    SFile out(file, SFile::writeOnly | SFile::create, 0, kShared);
+    const std::string text = "\xFC" + std::string(10'000, '\0') + "\xFC";
+    const SAnsiString zeros(text.data(), static_cast<std::uint32_t>(text.size()));
+    const tarntest::AllocationCount allocations;
+    EXPECT_EQ(out.writeString(zeros), 10'004U);
+    EXPECT_LT(allocations.Taken(), 100U);
+}
+
+TEST_F(FileFaults, ChildrenInheritUnlessToldOtherwise) {
+    for (const int flag : {0, SFile::noInherit}) {
+        const std::set<HANDLE> before = Handles();
+        SFile opened(file, SFile::writeOnly | SFile::create | flag, 0, kShared);
+        std::size_t inherited = 0;
+        for (const HANDLE handle : Handles()) {
+            DWORD flags = 0;
+            GetHandleInformation(handle, &flags);
+            if (before.count(handle) == 0 && (flags & HANDLE_FLAG_INHERIT) != 0) ++inherited;
+        }
+        EXPECT_EQ(inherited, flag == 0 ? 1U : 0U);
+    }
 }
 
 TEST_F(FileFaults, TenReadsMayComeBackEmpty) {

@@ -1,12 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <clocale>
+#include <random>
 
 #include "support/assert_recorder.h"
 #include "support/case_file.h"
 #include "support/file_bytes.h"
 #include "support/locale_scope.h"
 #include "support/print_strings.h"
+#include "tarnlib/sdirectorychangewatcher.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
 
@@ -38,6 +39,37 @@ class Files : public testing::Test {
 using SFileText = Files;
 using Cp932SFile = Files;
 
+// Values behind references, which the compiler must not replace by what it knows.
+template <class First, class... More>
+[[gnu::noinline]] std::vector<First> Referred(const First& first, const More&... more) {
+    return {first, more...};
+}
+
+// What the unit traces while it lives: "level text|".
+class Traces {
+  public:
+    Traces() {
+        Lines().clear();
+        sink_.shouldTrace = [](int, const char* unit) { return std::string(unit) == "sfile"; };
+        sink_.trace = [](int level, const char*, const char* text) {
+            Lines() += std::to_string(level) + " " + text + "|";
+        };
+        before_ = InstallDiagnosticSink(&sink_);
+    }
+    ~Traces() { InstallDiagnosticSink(before_); }
+    Traces(const Traces&) = delete;
+    Traces& operator=(const Traces&) = delete;
+    std::string text() const { return Lines(); }
+
+  private:
+    static std::string& Lines() {
+        static std::string lines;
+        return lines;
+    }
+    SDiagnosticSink sink_;
+    const SDiagnosticSink* before_;
+};
+
 class BareFile : public SFile {
   public:
     using SFile::raisePosixError;
@@ -65,23 +97,38 @@ TEST_F(Files, OpensByTheModeAlone) {
     }
 }
 
-TEST_F(Files, OpeningIsTraced) {
-    static std::string traced;
-    SDiagnosticSink sink;
-    sink.shouldTrace = [](int level, const char* unit) { return level == 2 && std::string(unit) == "sfile"; };
-    sink.trace = [](int, const char*, const char* text) { traced += text + std::string("|"); };
-    const SDiagnosticSink* const before = InstallDiagnosticSink(&sink);
+TEST_F(Files, OpeningAndItsFailureAreTraced) {
+    const Traces traces;
     for (const int mode :
          {0, SFile::writeOnly | SFile::create | SFile::exclusive, kNewToReadToo, 3 | SFile::exclusive})
         Failure([&] { SFile("f", mode, kRights, kShared); });
-    InstallDiagnosticSink(before);
     std::string expected;
-    for (const char* how :
-         {"r and creation disposition: OPEN_EXISTING", "w and creation disposition: OPEN_ALWAYS",
-          "rw and creation disposition: CREATE_ALWAYS", " and creation disposition: CREATE_NEW"})
-        expected += std::string("opening f with desired access: ") + how + "|";
-    EXPECT_EQ(traced, expected);
+    for (const auto& [how, error] : {std::pair("r and creation disposition: OPEN_EXISTING", 2),
+                                     {"w and creation disposition: OPEN_ALWAYS", 0},
+                                     {"rw and creation disposition: CREATE_ALWAYS", 0},
+                                     {" and creation disposition: CREATE_NEW", 80}}) {
+        expected += std::string("2 opening f with desired access: ") + how + "|";
+        if (error == 0) continue;
+        expected +=
+            "7 cannot open \"f\": " + Bytes(SFileException::GetSystemMessage(error).trimRight()) + "|";
+    }
+    EXPECT_EQ(traces.text(), expected);
     fs::remove("f");
+}
+
+TEST_F(Files, ConstantsAreObjectsToo) {
+    using F = SFile;
+    const std::vector<int> values = Referred(
+        F::readOnly, F::writeOnly, F::readAndWrite, F::append, F::random, F::sequential, F::temporary,
+        F::noInherit, F::create, F::truncate, F::exclusive, F::denyReadAndWrite, F::denyWrite, F::denyRead,
+        F::denyNothing, F::ownerRWXMask, F::ownerRMask, F::ownerWMask, F::ownerXMask, F::groupRWXMask,
+        F::groupRMask, F::groupWMask, F::groupXMask, F::othersRWXMask, F::othersRMask, F::othersWMask,
+        F::othersXMask, F::readMask, F::writeMask, F::readWriteMask, F::defaultPermissions, F::seekBegin,
+        F::seekSet, F::seekCurrent, F::seekEnd, F::lockUnlock, F::lockRetryLock, F::lockNoRetryLock);
+    EXPECT_EQ(values, (std::vector<int>{0,  1,   2,   8,   16,         32, 64, 128, 256, 512, 1024, 16, 32,
+                                        48, 64,  448, 256, 128,        64, 0,  0,   0,   0,   0,    0,  0,
+                                        0,  256, 448, 448, 1610612736, 0,  0,  1,   2,   0,   1,    2}));
+    EXPECT_EQ(Referred(SDirectoryChangeWatcher::defaultRecordBytes), std::vector<unsigned long>{65'536});
 }
 
 TEST_F(Files, SharesByTheArgumentAlone) {
@@ -105,7 +152,10 @@ TEST_F(Files, SaysWhatIsWrongWithAName) {
     SFile kept(Text(write("old", "")), 0, kRights, kShared);
     EXPECT_NE(Failure([&] { kept.open(Text(folder / "new"), 0, kRights, kShared); }), "");
     WriteBytes(folder / "new", "now");
+    EXPECT_FALSE(kept.isOpen());
+    EXPECT_EQ(kept.name(), Text(folder / "new"));
     kept.open(0, kRights, kShared);  // the new name is there although it failed
+    EXPECT_TRUE(kept.isOpen());
     EXPECT_EQ(kept.readString(), "now");
 }
 
@@ -116,6 +166,8 @@ TEST_F(Files, LongNamesAndOnesThatEndOddly) {
     EXPECT_EQ(ReadBytes(L"\\\\?\\" + (deep / "file").wstring()), "deep");
     SFile(Text(folder / "blank. ."), kNew, kRights, kShared).writeString("cut");
     EXPECT_EQ(ReadBytes(folder / "blank"), "cut");
+    SFile(Text(folder) + "\\\x80.txt", kNew, kRights, kShared).writeString("euro");  // without a locale
+    EXPECT_EQ(ReadBytes(folder / L"\x20AC.txt"), "euro");
 }
 
 TEST_F(Files, BytesPositionsAndSizes) {
@@ -284,24 +336,95 @@ TEST_F(SFileText, CharactersMayLieAcrossBlocks) {
     }
 }
 
-TEST_F(SFileText, IllegalUtf8IsEmpty) {
-    for (const char* bytes : {"\xFF", "good \xE2\x82", "\xED\xA0\x80 good", "caf\xE9 au lait"}) {
-        SFile file(Text(write("illegal", bytes)), SFile::readOnly, kRights, kShared);
-        EXPECT_EQ(file.readString(), "") << bytes;
+TEST_F(SFileText, IllegalUtf8IsEmptyAndNamed) {
+    const std::string block(65'535, 'b');  // one less than is read at once
+    const struct {
+        std::string bytes;
+        std::size_t wrong;  // byte
+    } cases[] = {{"\xFF", 0},
+                 {"good \xE2\x82", 5},
+                 {"\xED\xA0\x80 good", 0},
+                 {"caf\xE9 au lait", 3},
+                 {"\r\xC3\xBC\ra\r\xE9\r\r", 6},
+                 {"\xFC"
+                  "ABCD",
+                  0},
+                 {"ab\xFC\x80\x80\x80\x80", 2},
+                 {block + "\xFC\x80\x80\x80\x80\x80", 65'535},
+                 {block + "\r\xE2\x82\xAC\xF8"
+                          "x",
+                  65'539}};
+    for (const auto& c : cases) {
+        SFile file(Text(write("illegal", "first\n" + c.bytes + "\nlast")), SFile::readOnly, kRights, kShared);
+        const Traces traces;
+        const std::string expected = "9 \"" + Bytes(file.name()) + "\" is not valid UTF-8 at byte " +
+                                     std::to_string(c.wrong + 6) + ", so its text counts as empty|";
+        EXPECT_EQ(file.readLine(), "first");
+        EXPECT_EQ(file.readLine(), "") << c.bytes.substr(0, 9);
+        EXPECT_EQ(traces.text(), expected);
+        EXPECT_EQ(file.readLine(), "last");
+        file.seek(SFile::seekBegin, 6);
+        EXPECT_EQ(file.readString(), "") << c.bytes.substr(0, 9);
+        EXPECT_EQ(traces.text(), expected + expected);
         EXPECT_TRUE(file.eof());
-        file.seek(SFile::seekBegin, 0);
-        EXPECT_EQ(file.readLine(), "") << bytes;
-        file.seek(SFile::seekBegin, 0);
-        EXPECT_EQ(file.readString(SFile::nativeCodePage), bytes);
+        file.seek(SFile::seekBegin, 6);
+        EXPECT_EQ(Bytes(file.readString(SFile::nativeCodePage)), c.bytes + "\nlast");
     }
 }
 
+// Lines, blocks, writes and seeks in any order are those of a reader that takes one byte at a time.
+TEST_F(SFileText, AnyMixtureIsThatOfSingleBytes) {
+    std::mt19937 random(5);
+    const auto below = [&](std::size_t end) { return random() % end; };
+    std::string bytes(200'000, 'x');
+    for (char& one : bytes) one = below(40) == 0 ? "\r\n\0a"[below(4)] : one;
+    for (std::size_t at : {50'000U, 120'000U}) bytes.replace(at, 60'000, std::string(60'000, 'y'));
+    SFile file(Text(write("any", bytes)), SFile::readAndWrite, kRights, kShared);
+    std::size_t at = 0;
+    for (int step = 0; step < 1'500; ++step) {
+        std::string block(below(9) == 0 ? below(70'000) : below(50), 'w');
+        block += "\r\n";
+        const auto count = static_cast<std::uint32_t>(block.size());
+        const std::size_t left = at < bytes.size() ? bytes.size() - at : 0;
+        switch (below(6)) {
+            case 0:
+                ASSERT_EQ(file.write(block.data(), count), static_cast<int>(count));
+                bytes.resize(std::max(bytes.size(), at + count));
+                bytes.replace(at, count, block);
+                at += count;
+                break;
+            case 1:
+                ASSERT_EQ(file.read(block.data(), count),
+                          static_cast<int>(std::min<std::size_t>(count, left)));
+                block.resize(std::min<std::size_t>(count, left));
+                ASSERT_TRUE(left == 0 || bytes.substr(at, block.size()) == block) << step;
+                at += block.size();
+                break;
+            case 2:
+                at = below(bytes.size() + 10);
+                file.seekEx(below(2) == 0 ? SFile::seekBegin : 7, static_cast<long long>(at));
+                break;
+            default:
+                std::string line;
+                for (bool isEnd = false; at < bytes.size() && !isEnd; ++at) {
+                    isEnd = bytes[at] == '\n';
+                    if (!isEnd && bytes[at] != '\r') line += bytes[at];
+                }
+                ASSERT_TRUE(Bytes(file.readLine()) == line) << step;
+        }
+        ASSERT_EQ(file.seekEx(SFile::seekCurrent, 0), static_cast<long long>(at)) << step;
+        ASSERT_EQ(file.eof(), at >= bytes.size()) << step;
+        ASSERT_EQ(file.sizeEx(), static_cast<long long>(bytes.size())) << step;
+    }
+    file.close();
+    EXPECT_TRUE(ReadBytes(folder / "any") == bytes);
+}
+
 TEST_F(Cp932SFile, NamesWithATrailByteThatLooksLikeASeparator) {
-    const tarntest::LocaleScope locale(tarntest::kLocale932);
     const SAnsiString name = Text(folder) + "\\\x95\x5C\x83\x5C.txt";
-    SFile(name, kNew, kRights, kShared).writeString("\x95\x5C");
-    EXPECT_EQ(ReadBytes(folder / L"\x8868\x30BD.txt"), "\xE8\xA1\xA8");
-    EXPECT_EQ(Failure([&] { SFile(Text(folder) + "\\\x95", kNew, kRights, kShared); }).substr(0, 1), "0");
+    SFile(name, 769, kRights, kShared).writeString("no locale is set");
+    EXPECT_EQ(ReadBytes(folder / L"\x8868\x30BD.txt"), "no locale is set");
+    EXPECT_EQ(Failure([&] { SFile(Text(folder) + "\\\x95", 769, kRights, kShared); }).substr(0, 1), "0");
 }
 
 TEST(SFileException, TextsAndMappings) {
@@ -319,6 +442,8 @@ TEST(SFileException, TextsAndMappings) {
     const std::string message = Bytes(Exception::GetSystemMessage(2));
     EXPECT_EQ(message.substr(message.size() - 2), "\r\n");
     BareFile file(name);
+    EXPECT_EQ(Exception(Exception::readError, 9, name, Exception::notFound, "why", "").fileName(), name);
+    EXPECT_EQ(Exception(Exception::readError, 9, name, Exception::notFound, "why", "").reason(), "why");
     EXPECT_EQ(Failure([&] { file.raisePosixError(Exception::readError, 12); }), "1 3 12");
     EXPECT_EQ(Failure([&] { file.raiseSystemError(Exception::lockError, 50); }), "5 4 50");
 }

@@ -31,22 +31,26 @@ namespace TarnLibA500 {
 
 /// One change of a directory.
 struct SDirectoryChange {
+    /// What happened.
     enum Kind {
-        added = 1,
-        removed = 2,
+        added = 1,        ///< made, or moved in
+        removed = 2,      ///< deleted, or moved out
         modified = 3,     ///< content, size, time or attributes
-        renamedFrom = 4,  ///< the old name; renamedTo follows. Moves out of and into what is watched are
-        renamedTo = 5     ///< removed and added instead
+        renamedFrom = 4,  ///< the old name; renamedTo follows
+        renamedTo = 5     ///< the new name
     };
 
+    /// What happened. Kinds of the system that are not among those count as modified.
     Kind kind = modified;
     /// Relative to the directory, with backslashes, in the code page; "?" for characters that it does not
     /// have.
     SAnsiString path;
 };
 
+/// A watch over a directory.
 class TARN_API SDirectoryChangeWatcher {
   public:
+    /// How a wait ends. What is neither changesSeen, timedOut nor stopped is traced.
     enum WaitResult {
         changesSeen = 0,    ///< there is at least one
         timedOut = 1,       ///< nothing happened in that time
@@ -58,13 +62,15 @@ class TARN_API SDirectoryChangeWatcher {
 
     /// What the system may record between two waits unless open is told otherwise: about 1,500 changes with
     /// names of 16 characters. Servers take no more.
-    static constexpr unsigned long defaultRecordBytes = 0x10000;
+    static const unsigned long defaultRecordBytes = 0x10000;
 
     /// Watches nothing.
     SDirectoryChangeWatcher() noexcept;
     /// Closes. No stop may be under way then.
     ~SDirectoryChangeWatcher();
+    /// A watch is one object's.
     SDirectoryChangeWatcher(const SDirectoryChangeWatcher&) = delete;
+    /// A watch is one object's.
     SDirectoryChangeWatcher& operator=(const SDirectoryChangeWatcher&) = delete;
 
     /// Closes what was open, forgets a stop, and begins to watch; with "subtree" everything below too. False
@@ -73,6 +79,7 @@ class TARN_API SDirectoryChangeWatcher {
     bool open(const SAnsiString& directory, bool subtree, unsigned long recordBytes = defaultRecordBytes);
     /// Ends the watch; changes that no wait has fetched are forgotten. Nothing happens when it is closed.
     void close() noexcept;
+    /// True from an open that succeeded to close, whatever became of the directory.
     bool isOpen() const noexcept { return watch_ != nullptr; }
 
     /// Returns what happened since the last wait, in its order, as soon as there is something; otherwise
@@ -92,7 +99,7 @@ class TARN_API SDirectoryChangeWatcher {
 
     WaitResult waitOnce(unsigned long milliseconds, SIArray<SDirectoryChange>& changes);
     WaitResult fetch(SIArray<SDirectoryChange>& changes);
-    WaitResult fail() noexcept;
+    WaitResult fail(const Watch& watch) noexcept;
 
     Watch* watch_ = nullptr;
     void* stopEvent_;
