@@ -8,7 +8,6 @@
 
 #include "config/filereason.h"
 #include "strings/memory.h"
-#include "system/systemtext.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/simplebuffer.h"
 #include "tarnlib/sstringconv.h"
@@ -36,8 +35,15 @@ namespace xml = XERCES_CPP_NAMESPACE;
 
 static_assert(sizeof(XMLCh) == sizeof(wchar_t));
 
+// A text, which is no name: by the C locale, as the texts of the other configuration files are.
 SAnsiString FromXml(const XMLCh* text) {
-    return text != nullptr ? FromSystem(reinterpret_cast<const wchar_t*>(text)) : SAnsiString();
+    SAnsiString narrow;
+    for (; text != nullptr && *text != 0; ++text) {
+        SChar_t<char, 0> character;
+        if (!character.fromUChar(static_cast<wchar_t>(*text))) character = '?';
+        narrow.concat(character);
+    }
+    return narrow;
 }
 
 // What is wrong with a document, as we see it, and where. The place is taken when it is thrown: when it is

@@ -110,7 +110,7 @@ SAnsiString GetLogFile() {
     if (Active() == nullptr) return SAnsiString();
     CollectedText path;
     TraceLog400::DeviceAdmin::get().device("main")->path(path);
-    return path.text();
+    return NameFromUtf8(path.utf8());
 }
 
 unsigned long long GetMajorTick() {

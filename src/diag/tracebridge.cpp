@@ -203,7 +203,7 @@ void WriteToChannel(const char* device, const EventInfo& event, const char* pref
 // What can fail comes before trace points and assertions are taken over.
 bool TraceBridge::Initialize(const TraceOptions& options, const SAnsiString& directory) {
     try {
-        ConfigureEngine(options, Utf8(directory).text());
+        ConfigureEngine(options, Utf8Name(directory).getString());
         if (!ValidateMapping()) {
             CloseEngine();
             return false;
@@ -221,7 +221,7 @@ bool TraceBridge::Initialize(const TraceOptions& options, const SAnsiString& dir
 }
 
 void TraceBridge::Reconfigure(const TraceOptions& options) {
-    ConfigureEngine(options, Utf8(directoryInEffect).text());
+    ConfigureEngine(options, Utf8Name(directoryInEffect).getString());
     TakeSwitches(options);
     OpenLevels(options.eval);
     WriteNotices(options);

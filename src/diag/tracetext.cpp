@@ -1,6 +1,7 @@
 #include "diag/tracetext.h"
 
 #include "strings/stringbuilder.h"
+#include "system/systemtext.h"
 
 namespace TarnLibA500 {
 namespace {
@@ -41,6 +42,19 @@ void Utf8::convert() {
     if (text_ == nullptr || IsAscii(text_)) return;
     kept_ = ToUtf8(text_);
     text_ = kept_.getString();
+}
+
+SAnsiString Utf8Name(const SAnsiString& name) {
+    const SWCharString wide = ToSystem(name);
+    StringBuilder<char, 0> utf8(wide.getNBytesForUTF8());
+    const int written = wide.toUTF8(utf8.units(), utf8.room());  // with the terminator
+    utf8.cut(written > 0 ? static_cast<std::uint32_t>(written - 1) : 0);
+    return utf8;
+}
+
+SAnsiString NameFromUtf8(const SAnsiString& utf8) {
+    SWCharString wide;
+    return wide.fromUTF8(utf8.getString()) ? FromSystem(wide.getString()) : AsciiOnly(utf8);
 }
 
 void CollectedText::append(const char* text, std::size_t bytes) {

@@ -26,11 +26,17 @@ class Utf8 {
     const char* text_;
 };
 
+/// The name of a file or a directory, which is in the system's code page and not the C locale's, in UTF-8.
+SAnsiString Utf8Name(const SAnsiString& name);
+/// The way back: such a name as the engine has it.
+SAnsiString NameFromUtf8(const SAnsiString& utf8);
+
 /// What the engine hands out, in the code page; "?" for characters that it does not have.
 class CollectedText : public TraceLog400::TextTarget {
   public:
     void append(const char* text, std::size_t bytes) override;
     SAnsiString text() const;
+    const SAnsiString& utf8() const { return utf8_; }
 
   private:
     SAnsiString utf8_;

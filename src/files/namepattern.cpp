@@ -1,8 +1,5 @@
 #include "files/namepattern.h"
 
-#include <cstring>
-
-#include "strings/mbchar.h"
 #include "system/systemtext.h"
 
 #include <windows.h>
@@ -22,24 +19,12 @@ bool SameLetter(wchar_t a, wchar_t b) noexcept {
     return a == b || CompareStringOrdinal(&a, 1, &b, 1, TRUE) == CSTR_EQUAL;
 }
 
-// What is no character would become "?", which matches any.
-bool HasOnlyCharacters(const SAnsiString& text) {
-    const mbchar::CodePage& page = mbchar::CodePage::Current();
-    wchar_t unit = 0;
-    for (const char* at = text.getString(); *at != '\0';) {
-        const int bytes = page.toWide(unit, at);
-        if (bytes <= 0) return false;
-        at += bytes;
-    }
-    return true;
-}
-
 }  // namespace
 
 NamePattern::NamePattern(const SAnsiString& pattern)
-    : isText_(std::strlen(pattern.getString()) == pattern.getLength() && HasOnlyCharacters(pattern)),
-      pattern_(ToSystem(pattern)),
-      takesAll_(pattern.isEmpty() || pattern == "*" || pattern == "*.*") {}
+    : takesAll_(pattern.isEmpty() || pattern == "*" || pattern == "*.*") {
+    isText_ = ToSystemExactly(pattern, pattern_);  // what is no character would be a "?", which matches any
+}
 
 // A star takes nothing at first; where the rest does not match, the last one takes one more. No earlier star
 // needs another look, so the time is the product of the lengths at most.

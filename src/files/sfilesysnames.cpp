@@ -45,9 +45,28 @@ SAnsiString UniqueDigits() {
     return padded.concat(digits);
 }
 
+// By the code page of names, which need not be the C locale's: a trail byte there is no backslash at the end.
+SAnsiString PathIn(const SAnsiString& directory, const SAnsiString& name) {
+    const SWCharString wide = ToSystem(directory);
+    if (wide.isEmpty()) return name;
+    const wchar_t last = wide.getString()[wide.getLength() - 1];
+    const SAnsiString bare = StripSlashOffDirBegin(name);
+    return last == L'\\' || last == L'/' ? directory + bare : directory + "\\" + bare;
+}
+
 [[noreturn]] void ThrowNoTempDirectory(Exception::ErrorCodes code, Exception::ErrorReasons reason,
                                        const SAnsiString& reasonText) {
     ThrowTraced(SFileSysException(code, reason, reasonText, SAnsiString(), SAnsiString(), kTempOperation));
+}
+
+// In the code page; by its short name when that does not have every character of the directory.
+SAnsiString TempDirectoryText(const wchar_t* directory) {
+    SAnsiString text;
+    wchar_t shortName[MAX_PATH];
+    if (FromSystemExactly(directory, text)) return text;
+    const DWORD length = GetShortPathNameW(directory, shortName, MAX_PATH);
+    SAnsiString shortText;
+    return length != 0 && length < MAX_PATH && FromSystemExactly(shortName, shortText) ? shortText : text;
 }
 
 SAnsiString LongTempDirectory(DWORD length) try {
@@ -56,7 +75,7 @@ SAnsiString LongTempDirectory(DWORD length) try {
     if (second == 0 || second >= length)
         ThrowNoTempDirectory(Exception::fsUniqueNameFailed, Exception::reasonTempDir,
                              "the directory for temporary files changes its length");
-    return FromSystem(room.units());
+    return TempDirectoryText(room.units());
 } catch (const std::bad_alloc&) {
     Require(false, kUnit, "tempDir");
     ThrowNoTempDirectory(Exception::fsOutOfMemory, Exception::reasonTempDir, SAnsiString());
@@ -100,7 +119,7 @@ SAnsiString SFileSys::getTempDirname() {
                              SFileException::GetSystemMessage(error));
     }
     if (Require(length <= kUsualTempChars, kUnit, "Length of temp dir returned is bigger than _MAX_DIR"))
-        return FromSystem(usual);
+        return TempDirectoryText(usual);
     return LongTempDirectory(length);
 }
 
@@ -125,7 +144,7 @@ SAnsiString SFileSys::getUniqueFilenameHelper(const SAnsiString& directory, cons
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         SAnsiString name = prefix + UniqueDigits() + suffix;
         checkAndRemoveReservedDeviceName(name);
-        const SAnsiString path = MakePath(directory, name);
+        const SAnsiString path = PathIn(directory, name);
         const SWCharString target = LongSystemPath(path, isDirectory ? kShortDirectoryEnd : kShortPathEnd);
         if (Take(target, create, isDirectory)) return path;
         error = GetLastError();

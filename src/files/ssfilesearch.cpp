@@ -15,7 +15,7 @@ namespace {
 
 FileProp PropOf(const WIN32_FIND_DATAW& entry) {
     FileProp prop;
-    prop.name = FromSystem(entry.cFileName);
+    prop.isExact = FromSystemExactly(entry.cFileName, prop.name);
     prop.isDirectory = IsDirectory(entry.dwFileAttributes);
     prop.isLink = IsLink(entry);
     prop.size = prop.isDirectory ? 0 : SizeOf(entry);

@@ -1,6 +1,5 @@
 #include "files/systempath.h"
 
-#include <cstring>
 #include <cwchar>
 
 #include "strings/stringbuilder.h"
@@ -48,6 +47,11 @@ bool LongPathsEnabled() {
 }
 
 bool FullSystemPath(const SWCharString& path, SWCharString& full) {
+    // Behind this prefix the system, too, takes every name as it is: "a." is not "a".
+    if (std::wcsncmp(path.getString(), kLongPrefix, kLongUnits) == 0) {
+        full = path;
+        return true;
+    }
     DWORD units = kShortPathEnd;
     for (;;) {
         StringBuilder<wchar_t, 1> room(units);
@@ -76,8 +80,8 @@ SWCharString ExactForm(const SWCharString& full) {
 
 SWCharString LongSystemPath(const SAnsiString& path, std::uint32_t shortEnd) {
     constexpr const wchar_t* kNoPath = L"?";
-    if (std::strlen(path.getString()) != path.getLength()) return kNoPath;
-    const SWCharString asGiven = ToSystem(path);
+    SWCharString asGiven;
+    if (!ToSystemExactly(path, asGiven)) return kNoPath;
     SWCharString full;
     return FullSystemPath(asGiven, full) ? LongForm(full, shortEnd) : asGiven;
 }

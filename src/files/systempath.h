@@ -11,8 +11,8 @@ constexpr std::uint32_t kShortPathEnd = 260;
 constexpr std::uint32_t kShortDirectoryEnd = 247;
 
 /// The absolute path, with the current directory or that of its drive where it has none, without "." and
-/// "..", and without blanks and full stops at the ends of its components. False, with the system's error code
-/// set, when there is none.
+/// "..", and without blanks and full stops at the ends of its components. A path behind "\\?\" stays as it is.
+/// False, with the system's error code set, when there is none.
 bool FullSystemPath(const SWCharString& path, SWCharString& full);
 
 /// An absolute path behind "\\?\" (or "\\?\UNC\") when it has "shortEnd" characters or more. Device paths,
@@ -24,7 +24,8 @@ SWCharString LongForm(const SWCharString& full, std::uint32_t shortEnd = kShortP
 bool LongPathsEnabled();
 
 /// What system calls get for a path in the code page. A text that has no absolute path goes as it is, so that
-/// the system says what is wrong with it; one with a zero byte inside is no path at all.
+/// the system says what is wrong with it; one with a zero byte inside, or with bytes that are no character, is
+/// no path at all: "?", which the system refuses.
 SWCharString LongSystemPath(const SAnsiString& path, std::uint32_t shortEnd = kShortPathEnd);
 
 /// A directory and a name in it, both as the system has them.

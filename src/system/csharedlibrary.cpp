@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "diag/levels.h"
 #include "strings/stringbuilder.h"
 #include "system/systemtext.h"
 #include "tarnlib/pathparts.h"
@@ -12,8 +13,6 @@
 
 namespace TarnLibA500 {
 namespace {
-
-constexpr int kFailureLevel = 7;
 
 // The directory that this library was loaded from, with its last slash; empty when the system does not tell.
 SWCharString OwnDirectory() {
@@ -34,8 +33,14 @@ bool IsFile(const SWCharString& path) {
 
 [[noreturn]] void Fail(const SAnsiString& module, const SAnsiString& symbol, unsigned long code) {
     const CSharedLibraryException failure(module, symbol, code);
-    TARN_TRACE_AT(kFailureLevel, "csharedlibrary", "%1", failure.toString());
+    TARN_TRACE_AT(levels::kFailure, "csharedlibrary", "%1", failure.toString());
     throw failure;
+}
+
+SWCharString SystemName(const SAnsiString& name) {
+    SWCharString wide;
+    if (!ToSystemExactly(name, wide)) Fail(name, SAnsiString(), ERROR_BAD_PATHNAME);
+    return wide;
 }
 
 }  // namespace
@@ -68,8 +73,9 @@ CSharedLibrary::~CSharedLibrary() {
 }
 
 void CSharedLibrary::Load(const SAnsiString& name) {
+    Unload();
     if (IsAbsolutePath(name)) return LoadAbsolute(name);
-    const SWCharString wideName = ToSystem(name);
+    const SWCharString wideName = SystemName(name);
     const SWCharString own = OwnDirectory();
     const SWCharString beside = own + wideName;
     if (!own.isEmpty() && IsFile(beside)) return load(name, beside, LOAD_WITH_ALTERED_SEARCH_PATH);
@@ -79,11 +85,10 @@ void CSharedLibrary::Load(const SAnsiString& name) {
 void CSharedLibrary::LoadAbsolute(const SAnsiString& path) {
     Unload();
     if (!IsAbsolutePath(path)) Fail(path, SAnsiString(), ERROR_BAD_PATHNAME);
-    load(path, ToSystem(UnifyAllSlashes(path)), LOAD_WITH_ALTERED_SEARCH_PATH);
+    load(path, SystemName(UnifyAllSlashes(path)), LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
 void CSharedLibrary::load(const SAnsiString& name, const SWCharString& path, unsigned long flags) {
-    Unload();
     module_ = static_cast<void*>(LoadLibraryExW(path.getString(), nullptr, flags));
     if (module_ == nullptr) Fail(name, SAnsiString(), GetLastError());
     name_ = name;

@@ -1,7 +1,9 @@
 #include "tarnlib/senvironment.h"
 
+#include "diag/levels.h"
 #include "strings/stringbuilder.h"
 #include "system/systemtext.h"
+#include "tarnlib/straceobj.h"
 
 #include <windows.h>
 
@@ -25,10 +27,18 @@ SAnsiString WithRoom(Call call) {
     }
 }
 
+// Without the value, which may be a secret.
+bool Refused(const SAnsiString& name, DWORD error) {
+    TARN_TRACE_AT(levels::kFailure, "senvironment", "cannot change the environment variable %1: %2", name,
+                  SystemErrorText(error));
+    return false;
+}
+
 }  // namespace
 
 bool SEnvironment::Get(const SAnsiString& name, SAnsiString& value) {
-    const SWCharString wideName = ToSystem(name);
+    SWCharString wideName;
+    if (!ToSystemExactly(name, wideName)) return false;
     bool isSet = true;
     const SAnsiString found = WithRoom([&](wchar_t* out, DWORD room) {
         SetLastError(ERROR_SUCCESS);
@@ -41,12 +51,20 @@ bool SEnvironment::Get(const SAnsiString& name, SAnsiString& value) {
 }
 
 bool SEnvironment::Set(const SAnsiString& name, const SAnsiString& value) {
-    return SetEnvironmentVariableW(ToSystem(name).getString(), ToSystem(value).getString()) != 0;
+    SWCharString wideName;
+    SWCharString wideValue;
+    if (!ToSystemExactly(name, wideName) || !ToSystemExactly(value, wideValue))
+        return Refused(name, ERROR_NO_UNICODE_TRANSLATION);
+    return SetEnvironmentVariableW(wideName.getString(), wideValue.getString()) != 0 ||
+           Refused(name, GetLastError());
 }
 
 bool SEnvironment::Remove(const SAnsiString& name) {
-    return SetEnvironmentVariableW(ToSystem(name).getString(), nullptr) != 0 ||
-           GetLastError() == ERROR_ENVVAR_NOT_FOUND;
+    SWCharString wideName;
+    if (!ToSystemExactly(name, wideName)) return true;  // no variable has such a name
+    if (SetEnvironmentVariableW(wideName.getString(), nullptr)) return true;
+    const DWORD error = GetLastError();
+    return error == ERROR_ENVVAR_NOT_FOUND || Refused(name, error);
 }
 
 SAnsiString SEnvironment::Expand(const SAnsiString& text) {

@@ -262,6 +262,42 @@ TEST_F(FileSys, NamesThatWouldMeanAnotherAreThemselves) {
     EXPECT_FALSE(SFileSys::exists(path("odd")));
 }
 
+// By likeness they would be "..\\keep.txt" and "L\xF3dz.txt", which are others.
+TEST_F(FileSys, NoNameIsTakenForASimilarOne) {
+    write("keep.txt", "1");
+    write(L"in/..\xFF3Ckeep.txt", "2");
+    write(
+        L"in/\x0141\x00F3"
+        L"d\x017A.txt",
+        "3");
+    write(L"in/\x20AC.txt", "4");
+    SIArray<FileProp> entries;
+    SFileSys::listing(path("in"), "*", entries);
+    std::set<std::string> found;
+    for (const FileProp& entry : entries) {
+        found.insert(Bytes(entry.name) + (entry.isExact ? "" : " shown"));
+        if (!entry.isExact)
+            EXPECT_EQ(Failure([&] { SFileSys::remove(path("in") + "\\" + entry.name); }), "4 8");
+    }
+    EXPECT_EQ(found, (std::set<std::string>{"..?keep.txt shown",
+                                            "?\xF3"
+                                            "d?.txt shown",
+                                            "\x80.txt"}));
+    EXPECT_TRUE(SFileSys::exists(path("keep.txt")));
+    EXPECT_EQ(SFileSys::size(path("in") + "\\\x80.txt"), 1U);
+}
+
+TEST_F(FileSys, ExactPathsAreTakenAsTheyAre) {
+    write("a", "1");
+    const SAnsiString exact = "\\\\?\\" + Text(folder) + "\\a.";
+    EXPECT_EQ(Failure([&] { SFileSys::remove(exact); }), "4 1");
+    EXPECT_EQ(SFileSys::getFullPath(exact), exact);
+    SFile(exact, SFile::writeOnly | SFile::create, 0, 0).writeString("12");
+    SFileSys::remove(exact);
+    EXPECT_EQ(SFileSys::countAll(Text(folder)), 1U);
+    EXPECT_EQ(SFileSys::size(path("a")), 1U);
+}
+
 TEST_F(FileSys, WhatIsNoPathIsNotTheCurrentDirectory) {
     const SAnsiString before = SFileSys::getCurrentDirectory();
     write("kept", "1");
@@ -356,12 +392,16 @@ TEST_F(FileSys, TheTemporaryDirectoryMayHaveALongName) {
     SetEnvironmentVariableA("TMP", directory.c_str());
     EXPECT_EQ(Bytes(SFileSys::getTempDirname()), directory + "\\");
     EXPECT_TRUE(recorder.sawLast("sfilesys", "Length of temp dir returned is bigger than _MAX_DIR"));
+    const fs::path polish = folder / L"\x0141ukasz";  // no character of the code page: by its short name
+    fs::create_directory(polish);
+    SetEnvironmentVariableW(L"TMP", polish.c_str());
+    EXPECT_TRUE(SFileSys::exists(SFileSys::getTempFilename("t")));
+    EXPECT_EQ(std::distance(fs::directory_iterator(polish), {}), 1);
     SetEnvironmentVariableW(L"TMP", before);
     EXPECT_EQ(SFileSys::getTempDirname().right(1), "\\");
 }
 
-TEST_F(Cp932FileSys, NamesOfTheCodePage) {
-    const tarntest::LocaleScope locale(tarntest::kLocale932);
+TEST_F(Cp932FileSys, NamesOfTheCodePage) {  // the process's, not the C locale's
     const SAnsiString directory = Text(folder) + "\\\x95\x5C";
     SFileSys::makeDirectories(directory + "\\\x83\x5C", kRights);
     SFile(directory + "\\\x83\x5C\\\x94\x5C.txt", kNew, 0, 0).writeString("x");
@@ -370,6 +410,9 @@ TEST_F(Cp932FileSys, NamesOfTheCodePage) {
     SFileSys::listing(directory + "\\\x83\x5C", "\x94\x5C.*", entries);
     ASSERT_EQ(entries.GetSize(), 1U);
     EXPECT_EQ(entries[0].name, "\x94\x5C.txt");
+    EXPECT_TRUE(entries[0].isExact);
+    const SAnsiString unique = SFileSys::getUniqueFilename(directory, "u", "", true, kRights);
+    EXPECT_EQ(unique.getLength(), directory.getLength() + sizeof "\\u12345678" - 1);
     SFileSys::rremove(directory);
     EXPECT_FALSE(SFileSys::exists(directory));
     write("a.txt", "");

@@ -26,6 +26,7 @@ TEST(SharedLibraries, AreLoadedResolvedAndUnloaded) {
     EXPECT_THROW(moved.Load("no-such-library.dll"), CSharedLibraryException);
     EXPECT_FALSE(moved.IsLoaded());
     EXPECT_THROW(moved.LoadAbsolute("Ole32.dll"), CSharedLibraryException);
+    EXPECT_THROW(moved.Load(SAnsiString("Ole32.dll\0x", 11)), CSharedLibraryException);
     moved.LoadAbsolute(TARN_TEST_PLUGINS "/log_xn_sample.dll");
     EXPECT_NE(moved.TryResolve("GetDLLVersion"), nullptr);
 }
@@ -49,4 +50,9 @@ TEST(Environment, ValuesOfAnyLengthAndNoneAreToldApart) {
     EXPECT_TRUE(SEnvironment::Remove("TARN_TEST_VARIABLE"));
     EXPECT_FALSE(SEnvironment::Get("TARN_TEST_VARIABLE", value));
     EXPECT_FALSE(SEnvironment::Set("", "x"));
+    EXPECT_FALSE(SEnvironment::Set(SAnsiString("TARN_TEST_VARIABLE\0x", 20), "x"));
+    EXPECT_FALSE(SEnvironment::Get("TARN_TEST_VARIABLE", value));
+    SetEnvironmentVariableW(L"TARN_TEST_VARIABLE", L"\x0141\x20AC\xFF3C");
+    EXPECT_TRUE(SEnvironment::Get("TARN_TEST_VARIABLE", value));
+    EXPECT_EQ(value, "?\x80?");  // no character by likeness
 }

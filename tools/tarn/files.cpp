@@ -45,7 +45,7 @@ void PrintEntry(const FileProp& entry, const std::string& below) {
     const SDateTime modified(entry.modified, STimeZone::TZ_UTC());
     const std::string time = Utf8Text(modified.Format("yyyy-MM-dd HH:mm:ss", STimeZone::TZ_UTC()));
     Print(std::string(kSizeWidth - std::min(kSizeWidth, size.size()), ' ') + size + "  " + time + "  " +
-          below + Utf8Text(entry.name) + "\n");
+          below + Utf8Name(entry.name) + "\n");
 }
 
 void List(const SAnsiString& directory, const SAnsiString& pattern, bool recurse, const std::string& below) {
@@ -56,7 +56,12 @@ void List(const SAnsiString& directory, const SAnsiString& pattern, bool recurse
     SFileSys::listing(directory, "*", entries);
     for (const FileProp& entry : entries) {
         if (!entry.isDirectory || entry.isLink) continue;
-        List(MakePath(directory, entry.name), pattern, true, below + Utf8Text(entry.name) + "\\");
+        const std::string shown = below + Utf8Name(entry.name) + "\\";
+        if (entry.isExact) {
+            List(directory + "\\" + entry.name, pattern, true, shown);
+        } else {
+            PrintError("tarn files: not entered, the code page cannot spell it: " + shown);
+        }
     }
 }
 
@@ -86,7 +91,7 @@ void Watch(const std::string& directory, int seconds, bool recurse) {
         SIArray<SDirectoryChange> changes;
         const auto result = watcher.wait(static_cast<unsigned long>(now < end ? end - now : 0), changes);
         for (const SDirectoryChange& change : changes)
-            Print(NameOf(change.kind) + Utf8Text(change.path) + "\n");
+            Print(NameOf(change.kind) + Utf8Name(change.path) + "\n");
         std::fflush(stdout);
         if (result == SDirectoryChangeWatcher::timedOut) return;
         if (result == SDirectoryChangeWatcher::changesLost) {
@@ -113,7 +118,7 @@ void Use(const Options& options) {
     } else if (options.has("watch")) {
         Watch(options.value("watch"), options.number("seconds", 0, kMaxSeconds), recurse);
     } else {
-        Print(Utf8Text(SFileSys::getUniqueFilename(
+        Print(Utf8Name(SFileSys::getUniqueFilename(
                   FileName(options.value("unique")), FileName(options.value("prefix")),
                   FileName(options.value("suffix")), true, SFile::defaultPermissions)) +
               "\n");

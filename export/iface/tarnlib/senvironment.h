@@ -5,25 +5,29 @@
 
 /// The environment variables of the process.
 ///
-/// Names ignore case, as the system has it. Texts are in the process's code page and of any length; the
-/// system's own code-page functions cut double-byte values, so the wide ones are asked. What the C runtime's
-/// getenv sees may differ. Functions may be called from any thread.
+/// Names ignore case, as the system has it. Texts are in the process's ANSI code page, whatever the C locale is,
+/// and of any length; the system's own functions for bytes cut double-byte values and replace characters by
+/// similar ones, so the wide ones are asked. What the C runtime's getenv sees may differ. Functions may be
+/// called from any thread.
 ///
 ///     SAnsiString proxy;
 ///     if (!SEnvironment::Get("HTTP_PROXY", proxy)) ...        // not set; set to nothing is another matter
 ///     SAnsiString path = SEnvironment::Expand("%TEMP%\\work"); // C:\users\me\Temp\work
 namespace TarnLibA500 {
 
+/// The environment variables of the process.
 class TARN_API SEnvironment {
   public:
     /// True, with the value, when the variable is set; otherwise the value stays as it was. Characters that
     /// the code page does not have become "?".
     static bool Get(const SAnsiString& name, SAnsiString& value);
-    /// False when the system refuses, for an empty name or one with "=" in it, for instance.
+    /// False, which is traced, when the system refuses, for an empty name or one with "=" in it, for instance;
+    /// also for texts with a zero byte inside or bytes that are no character.
     static bool Set(const SAnsiString& name, const SAnsiString& value);
     /// True when the variable is not there afterwards.
     static bool Remove(const SAnsiString& name);
-    /// The text with %NAME% replaced by the values of variables; unknown ones stay as they are.
+    /// The text, up to its first zero byte, with %NAME% replaced by the values of variables; unknown ones stay
+    /// as they are. Bytes that are no character, and characters that the code page does not have, become "?".
     static SAnsiString Expand(const SAnsiString& text);
 };
 

@@ -9,9 +9,9 @@
 ///
 /// A pattern has "*" for any characters, none included, and "?" for exactly one UTF-16 unit; letters are
 /// compared without regard to case, long names only. A text that is not valid in the code page matches
-/// nothing; a listed name with a "?" in it is no safe pattern. An empty pattern, "*" and "*.*" take every
-/// entry; "." and ".." are never among them. Entries come in the system's order. One thread at a time uses an
-/// object.
+/// nothing; a listed name with a "?" in it (see FileProp::isExact) is no safe pattern. An empty pattern, "*"
+/// and "*.*" take every entry; "." and ".." are never among them. Entries come in the system's order. One
+/// thread at a time uses an object.
 ///
 ///     SSFileSearch search;
 ///     for (bool found = search.FindFirst("C:\\data\\in", "*.csv"); found; found = search.FindNext())
@@ -21,22 +21,26 @@ namespace TarnLibA500 {
 /// One entry of a directory. Times are seconds since 1970 in universal time: SDateTime(entry.modified,
 /// STimeZone::TZ_UTC()) is the moment.
 struct FileProp {
-    SAnsiString name;  ///< without the directory; "?" for characters that the code page does not have
-    bool isDirectory = false;
-    bool isLink =
-        false;  ///< a link or another reparse point; who descends into such directories may go in circles
+    SAnsiString name;          ///< without the directory; "?" for characters that the code page does not have
+    bool isExact = true;       ///< false when the name has such a "?": it is shown, and leads to no file
+    bool isDirectory = false;  ///< a directory, or a link to one
+    bool isLink = false;       ///< a link or another reparse point: going into such directories may not end
     unsigned long long size = 0;  ///< bytes; 0 for a directory
-    long long created = 0;
-    long long modified = 0;
-    long long accessed = 0;
+    long long created = 0;        ///< when it was made
+    long long modified = 0;       ///< when it was last written
+    long long accessed = 0;       ///< when it was last read, as far as the file system notes that
 };
 
+/// A search over the entries of one directory.
 class TARN_API SSFileSearch {
   public:
     /// Stands on no entry.
     SSFileSearch() noexcept;
+    /// Ends the search.
     ~SSFileSearch();
+    /// A search is one object's.
     SSFileSearch(const SSFileSearch&) = delete;
+    /// A search is one object's.
     SSFileSearch& operator=(const SSFileSearch&) = delete;
 
     /// Goes to the first entry of a directory that matches; false when there is none. Throws
@@ -58,6 +62,7 @@ class TARN_API SSFileSearch {
     FileProp entry_;
 };
 
+/// Entries, as a listing gives them.
 extern template class TARN_API SIArray<FileProp>;
 
 }  // namespace TarnLibA500
