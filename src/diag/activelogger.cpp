@@ -10,7 +10,7 @@
 #include "diag/tracebridge.h"
 #include "diag/tracestateupdater.h"
 #include "diag/tracetext.h"
-#include "tarnlib/pathparts.h"
+#include "files/systempath.h"
 
 #include <windows.h>
 
@@ -90,7 +90,7 @@ void ActiveLogger::findIni(const TraceOptions& options, bool isDirectoryConfigur
     if (!options.iniPath.isEmpty()) {
         ini_ = TraceIni(AbsolutePath(options.iniPath));
     } else if (isDirectoryConfigured) {
-        ini_ = TraceIni(MakePath(directory_, kIniName));
+        ini_ = TraceIni(JoinPath(directory_, kIniName));
     }
 }
 

@@ -4,10 +4,10 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cwchar>
 #include <memory>
 
 #include "system/systemtext.h"
-#include "tarnlib/pathparts.h"
 #include "tarnlib/sstringconv.h"
 
 #include <windows.h>
@@ -64,7 +64,8 @@ SAnsiString ModuleName(HMODULE module) {
     wchar_t path[MAX_PATH];
     const DWORD length = GetModuleFileNameW(module, path, MAX_PATH);
     if (length == 0 || length == MAX_PATH) return "?";
-    return GetBottomLevelDir(UnifyAllSlashes(FromSystem(path)), '\\');
+    const wchar_t* const slash = std::wcsrchr(path, L'\\');
+    return FromSystem(slash != nullptr ? slash + 1 : path);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "diag/logdirectory.h"
 
-#include "tarnlib/pathparts.h"
+#include "files/systempath.h"
 #include "tarnlib/registry.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
@@ -30,7 +30,7 @@ LogDirectory FindLogDirectory(const SAnsiString& given) {
     if (path.isEmpty())
         path = Registry(kSettingsRoot, "Logging", HKEY_LOCAL_MACHINE, false).ReadValue("loggingPath");
     if (!path.isEmpty()) return {AbsolutePath(path), true};
-    return {AbsolutePath(MakePath(TempDirectory(), kDirectoryInTemp)), false};
+    return {AbsolutePath(JoinPath(TempDirectory(), kDirectoryInTemp)), false};
 }
 
 bool MakeLogDirectory(const SAnsiString& directory) try {

@@ -4,6 +4,7 @@
 
 #include "diag/levels.h"
 #include "diag/loggeroptions.h"
+#include "files/systempath.h"
 #include "tarnlib/pathparts.h"
 #include "tarnlib/registry.h"
 #include "tarnlib/ssfilesearch.h"
@@ -48,9 +49,9 @@ void LoggingDLL::load(const SAnsiString& directory, const SAnsiString& options) 
     const PluginTurn turn(turns_);
     try {
         for (const SAnsiString& name : FindModules(directory))
-            loadOne(MakePath(directory, name), Stem(name), options);
+            loadOne(JoinPath(directory, name), Stem(name), options);
     } catch (const SFileSysException& failure) {
-        TraceFailure(MakePath(directory, kPattern), failure.toString());
+        TraceFailure(JoinPath(directory, kPattern), failure.toString());
     }
     isEmpty_ = loggers_.IsEmpty();
 }

@@ -5,7 +5,6 @@
 #include "files/uniquename.h"
 #include "strings/stringbuilder.h"
 #include "system/systemtext.h"
-#include "tarnlib/pathparts.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
 #include "tarnlib/sstringconv.h"
@@ -43,15 +42,6 @@ SAnsiString UniqueDigits() {
     SAnsiString padded;
     for (std::uint32_t i = digits.getLength(); i < kDigits; ++i) padded.concat('0');
     return padded.concat(digits);
-}
-
-// By the code page of names, which need not be the C locale's: a trail byte there is no backslash at the end.
-SAnsiString PathIn(const SAnsiString& directory, const SAnsiString& name) {
-    const SWCharString wide = ToSystem(directory);
-    if (wide.isEmpty()) return name;
-    const wchar_t last = wide.getString()[wide.getLength() - 1];
-    const SAnsiString bare = StripSlashOffDirBegin(name);
-    return last == L'\\' || last == L'/' ? directory + bare : directory + "\\" + bare;
 }
 
 [[noreturn]] void ThrowNoTempDirectory(Exception::ErrorCodes code, Exception::ErrorReasons reason,
@@ -144,7 +134,7 @@ SAnsiString SFileSys::getUniqueFilenameHelper(const SAnsiString& directory, cons
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         SAnsiString name = prefix + UniqueDigits() + suffix;
         checkAndRemoveReservedDeviceName(name);
-        const SAnsiString path = PathIn(directory, name);
+        const SAnsiString path = JoinPath(directory, name);
         const SWCharString target = LongSystemPath(path, isDirectory ? kShortDirectoryEnd : kShortPathEnd);
         if (Take(target, create, isDirectory)) return path;
         error = GetLastError();

@@ -4,6 +4,7 @@
 
 #include "strings/stringbuilder.h"
 #include "system/systemtext.h"
+#include "tarnlib/pathparts.h"
 
 #include <windows.h>
 
@@ -91,6 +92,14 @@ SAnsiString ShownPath(const SWCharString& path) {
     if (std::wcsncmp(text, kLongNetworkPrefix, kLongNetworkUnits) == 0)
         return "\\" + FromSystem(text + kLongNetworkUnits);
     return FromSystem(std::wcsncmp(text, kLongPrefix, kLongUnits) == 0 ? text + kLongUnits : text);
+}
+
+SAnsiString JoinPath(const SAnsiString& directory, const SAnsiString& name) {
+    const SWCharString wide = ToSystem(directory);
+    if (wide.isEmpty()) return name;
+    const wchar_t last = wide.getString()[wide.getLength() - 1];
+    const SAnsiString bare = StripSlashOffDirBegin(name);
+    return last == L'\\' || last == L'/' ? directory + bare : directory + "\\" + bare;
 }
 
 SWCharString JoinSystemPath(const SWCharString& directory, const wchar_t* name) {

@@ -31,6 +31,10 @@ SWCharString LongSystemPath(const SAnsiString& path, std::uint32_t shortEnd = kS
 /// A directory and a name in it, both as the system has them.
 SWCharString JoinSystemPath(const SWCharString& directory, const wchar_t* name);
 
+/// The same in the code page: what MakePath makes of them, but by the code page of names, where the last byte of
+/// a directory may be half a character and look like a backslash to the C locale.
+SAnsiString JoinPath(const SAnsiString& directory, const SAnsiString& name);
+
 /// An absolute path behind "\\?\" whatever its length, so that what a listing gave is taken as it is: "a." is
 /// not "a" then, and "aux.c" no device.
 SWCharString ExactForm(const SWCharString& full);
