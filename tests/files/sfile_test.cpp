@@ -422,9 +422,9 @@ TEST_F(SFileText, AnyMixtureIsThatOfSingleBytes) {
 
 TEST_F(Cp932SFile, NamesWithATrailByteThatLooksLikeASeparator) {
     const SAnsiString name = Text(folder) + "\\\x95\x5C\x83\x5C.txt";
-    SFile(name, 769, kRights, kShared).writeString("no locale is set");
+    SFile(name, kNew, kRights, kShared).writeString("no locale is set");
     EXPECT_EQ(ReadBytes(folder / L"\x8868\x30BD.txt"), "no locale is set");
-    EXPECT_EQ(Failure([&] { SFile(Text(folder) + "\\\x95", 769, kRights, kShared); }).substr(0, 1), "0");
+    EXPECT_EQ(Failure([&] { SFile(Text(folder) + "\\\x95", kNew, kRights, kShared); }).substr(0, 1), "0");
 }
 
 TEST(SFileException, TextsAndMappings) {
