@@ -2,7 +2,7 @@
 SHELL := /bin/bash
 .NOTPARALLEL:
 .DEFAULT_GOAL := help
-.PHONY: help run test bench checked debug coverage format check-format layers tidy exports sdk clean
+.PHONY: help run test bench checked debug coverage format check-format layers comments tidy exports sdk clean
 
 export CMAKE_BUILD_PARALLEL_LEVEL ?= $(shell nproc)
 export CTEST_PARALLEL_LEVEL ?= $(CMAKE_BUILD_PARALLEL_LEVEL)
@@ -32,6 +32,7 @@ help:
 	@echo "make coverage    lines covered by the tests"
 	@echo "make format      format the sources; check-format only looks"
 	@echo "make layers      includes against the order of the areas"
+	@echo "make comments    public declarations without a comment of their own"
 	@echo "make tidy        clang-tidy over src, platform, examples and tools"
 	@echo "make exports     write docs/exports.txt anew"
 	@echo "make clean       remove build"
@@ -81,6 +82,11 @@ layers:
 	@$(STEP) "packages" deps-check deps/install.sh check
 	@$(STEP) "layers: the check itself" layers-self-test python3 cmake/check-layers.py --self-test
 	@$(STEP) "layers" layers python3 cmake/check-layers.py .
+
+comments:
+	@$(STEP) "packages" deps-check deps/install.sh check
+	@$(STEP) "comments: the check itself" comments-self-test python3 cmake/check-comments.py --self-test
+	@$(STEP) "comments" comments python3 cmake/check-comments.py .
 
 tidy:
 	@$(STEP) "packages" deps-tidy deps/install.sh build tidy

@@ -91,7 +91,7 @@ void Target::attempt(Action action) {
     try {
         action();
     } catch (const SFileException& failure) {
-        throw Failure("cannot write " + name_ + ": " + Reason(failure.toString()));
+        throw Failure("cannot write " + name_ + ": " + Reason(failure.reason()));
     } catch (const SFileSysException& failure) {
         throw Failure("cannot write " + name_ + ": " + Reason(failure.reason()));
     }
