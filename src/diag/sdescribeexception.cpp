@@ -22,12 +22,19 @@ SAnsiString Sentence(const Failure& failure) {
     return summary == sentence + ":" ? sentence : summary;
 }
 
+// Some stages of a file's failure have a sentence that does not name the file.
+SAnsiString FileSentence(const SFileException& failure) {
+    const SAnsiString sentence = Sentence(failure);
+    if (!sentence.find(failure.fileName()).isAtEnd()) return sentence;
+    return sentence + failure.fileName() + ": " + failure.reason();
+}
+
 SAnsiString Describe() {
     if (std::current_exception() == nullptr) return "no exception";
     try {
         throw;
     } catch (const SFileException& failure) {
-        return Sentence(failure);
+        return FileSentence(failure);
     } catch (const SFileSysException& failure) {
         return Sentence(failure);
     } catch (const CSharedLibraryException& failure) {

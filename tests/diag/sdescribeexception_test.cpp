@@ -22,6 +22,11 @@ TEST(Exceptions, AreDescribedInOneLine) {
          },
          "Failed to open the file a.txt.  Reason: Not there."},
         {[] {
+             throw SFileException(SFileException::seekError, 6, "a.txt", SFileException::otherError,
+                                  "Why.\r\n", "");
+         },
+         "Unknown error (exception).  a.txt: Why."},
+        {[] {
              throw SFileSysException(SFileSysException::fsRemoveFailed, SFileSysException::reasonOther,
                                      "why\r\n", "P1", "", "more\n");
          },
