@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <charconv>
 #include <clocale>
 #include <istream>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include "diag/levels.h"
 #include "diag/require.h"
+#include "tarnlib/neutralstr.h"
 #include "tarnlib/straceobj.h"
 #include "tarnlib/stringhelper.h"
 
@@ -48,12 +48,6 @@ constexpr std::uint32_t kMostUnordered = 32;
 // What the order of names depends on. A program may change its locale while options are there.
 std::uint64_t CollationNow() {
     return std::uint64_t{___lc_codepage_func()} << 32 | ___lc_handle_func()[LC_COLLATE];
-}
-
-bool ReadWhole(const SAnsiString& text, long long& number) {
-    const char* const end = text.getString() + text.getLength();
-    const auto [last, error] = std::from_chars(text.getString(), end, number);
-    return error == std::errc() && last == end;
 }
 
 SAnsiString AsItIs(const SAnsiString& text) {
@@ -232,7 +226,7 @@ bool CParamLineArgs::lookupNumber(const SAnsiString& name, long long& value, lon
     SAnsiString text;
     if (!Require(least <= most, kUnit, "least <= most") || !Lookup(name, text)) return false;
     long long number = 0;
-    const bool isUsable = ReadWhole(text, number) && number >= least && number <= most;
+    const bool isUsable = NeutralString::ToNumberStrict(text, number) && number >= least && number <= most;
     if (isUsable) {
         value = number;
     } else {

@@ -8,7 +8,7 @@ namespace TarnLibA500 {
 /// Why a file cannot be read, in a few words.
 inline SAnsiString ReasonOf(const SFileException& failure) {
     return failure.DetailCode() == SFileException::notFound ? SAnsiString("not found")
-                                                            : WithoutLineEnd(failure.toString());
+                                                            : WithoutLineEnd(failure.reason());
 }
 
 }  // namespace TarnLibA500
