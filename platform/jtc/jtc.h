@@ -31,6 +31,7 @@
 /// lock that one of them held goes to whoever asks for it, the threads are no longer alive, and joining
 /// returns at once.
 #if defined(JTC_STATIC)
+/// Marks what the module exports.
 #define JTC_API
 #elif defined(jtc_EXPORTS)
 #define JTC_API __declspec(dllexport)
@@ -43,6 +44,7 @@ class JTC_API JTCIllegalMonitorState : public std::exception {
   public:
     /// The text must outlive the exception.
     explicit JTCIllegalMonitorState(const char* text = "the monitor's lock is not held") noexcept;
+    /// Says what was done wrong, or what is lacking.
     const char* what() const noexcept override;
 
   private:
@@ -52,12 +54,14 @@ class JTC_API JTCIllegalMonitorState : public std::exception {
 /// start of a thread that was started before.
 class JTC_API JTCIllegalThreadStateException : public std::exception {
   public:
+    /// Says what was done wrong, or what is lacking.
     const char* what() const noexcept override;
 };
 
 /// The system has no more threads to give.
 class JTC_API JTCOutOfResources : public std::exception {
   public:
+    /// Says what was done wrong, or what is lacking.
     const char* what() const noexcept override;
 };
 
@@ -65,6 +69,7 @@ class JTC_API JTCOutOfResources : public std::exception {
 /// have ended, 30 seconds at most.
 class JTC_API JTCInitialize {
   public:
+    /// One more user.
     JTCInitialize();
     /// The arguments are left as they are.
     JTCInitialize(int& argc, char** argv);
@@ -73,8 +78,10 @@ class JTC_API JTCInitialize {
     JTCInitialize& operator=(const JTCInitialize&) = delete;
 };
 
+/// A lock that its holder may take again, with a place to wait.
 class JTC_API JTCMonitor {
   public:
+    /// Free, with nobody waiting.
     JTCMonitor();
     virtual ~JTCMonitor();
     JTCMonitor(const JTCMonitor&) = delete;
@@ -86,10 +93,12 @@ class JTC_API JTCMonitor {
     void wait();
     /// The same, for so long at most, also while the process ends; nothing at all when that is not positive.
     void wait(long milliseconds);
-    /// Wakes one waiting thread, or all of them. Throw JTCIllegalMonitorState without the lock.
+    /// Wakes one waiting thread. Throws JTCIllegalMonitorState without the lock.
     void notify();
+    /// Wakes all waiting threads. Throws JTCIllegalMonitorState without the lock.
     void notifyAll();
 
+    /// Waits until the lock is free; its holder takes it once more, and gives it back as often.
     void lock() const;
     /// Throws JTCIllegalMonitorState without the lock.
     void unlock() const;
@@ -102,6 +111,7 @@ class JTC_API JTCMonitor {
 /// Holds a monitor's lock as long as it lives.
 class JTC_API JTCSynchronized {
   public:
+    /// Takes the lock of a monitor that lives longer.
     explicit JTCSynchronized(const JTCMonitor& monitor);
     ~JTCSynchronized();
     JTCSynchronized(const JTCSynchronized&) = delete;
@@ -111,9 +121,17 @@ class JTC_API JTCSynchronized {
     const JTCMonitor& monitor_;
 };
 
+/// A thread: run() runs in it from start() on.
 class JTC_API JTCThread : public JTCMonitor {
   public:
-    enum Priority { kLowest = 0, kLow, kNormal, kHigh, kHighest };
+    /// How urgent a thread is beside the others of the process.
+    enum Priority {
+        kLowest = 0,  ///< the system's lowest but for idle threads
+        kLow,         ///< below normal
+        kNormal,      ///< what a thread begins with
+        kHigh,        ///< above normal
+        kHighest      ///< the system's highest but for time-critical threads
+    };
 
     /// The name is for people and debuggers; it is copied.
     explicit JTCThread(const char* name = "");
@@ -135,9 +153,11 @@ class JTC_API JTCThread : public JTCMonitor {
     /// True from start until run has ended.
     bool isAlive() const;
 
+    /// The name that was given; valid as long as the object.
     const char* getName() const;
     /// Takes effect at once, or with start.
     void setPriority(Priority priority);
+    /// The priority that was set last.
     Priority getPriority() const;
 
     /// The object of the calling thread; null in one that was neither started here nor adopted.
@@ -156,6 +176,7 @@ class JTC_API JTCThread : public JTCMonitor {
 /// nothing in a thread that has one.
 class JTC_API JTCAdoptCurrentThread {
   public:
+    /// Begins in the calling thread.
     JTCAdoptCurrentThread();
     ~JTCAdoptCurrentThread();
     JTCAdoptCurrentThread(const JTCAdoptCurrentThread&) = delete;

@@ -181,7 +181,8 @@ void LogFile::reportLoss() {
     if (writeWarning(textOfLoss())) lost_ = 0;
 }
 
-void LogFile::tellLoss() {
+// Without memory the count stays, for the next one who can tell it.
+void LogFile::tellLoss() noexcept try {
     if (lost_ == 0) return;
     if (file_ != INVALID_HANDLE_VALUE) {
         reportLoss();
@@ -189,6 +190,8 @@ void LogFile::tellLoss() {
         open();
     }
     if (lost_ != 0) Say(textOfLoss() + " of the log " + ToUtf8(openPath_));
+} catch (const std::bad_alloc&) {
+    return;
 }
 
 // Other processes' files grow old while this one writes, so it looks now and then, and after each full file.
@@ -245,11 +248,7 @@ void LogFile::removeWritten() {
 }
 
 void LogFile::finish(bool discard) {
-    try {
-        tellLoss();
-    } catch (const std::bad_alloc&) {
-        // The count stays, for the next one who can tell it.
-    }
+    tellLoss();
     close();
     if (discard) removeWritten();
     newestFull_.clear();

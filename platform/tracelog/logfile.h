@@ -20,7 +20,7 @@ class LogFile {
     /// Appends whole lines. What cannot be written is counted as lost.
     void append(const char* lines, std::size_t bytes);
     /// Says how many lines were lost and not told of yet: in the log, otherwise on standard error.
-    void tellLoss();
+    void tellLoss() noexcept;
     /// Tells the loss, closes the file and forgets what went wrong, but not what no log has told. With
     /// "discard" what was written is deleted: the file, and the last one that was renamed.
     void finish(bool discard);

@@ -36,6 +36,7 @@
 /// date and time with the offset from UTC, importance, component, process, thread, context ("[]": none), file
 /// and line ("-": unknown), text.
 #if defined(TRACELOG_STATIC)
+/// Marks what the module exports.
 #define TRACELOG_API
 #elif defined(tracelog_EXPORTS)
 #define TRACELOG_API __declspec(dllexport)
@@ -48,6 +49,7 @@ namespace TraceLog400 {
 /// Takes text in pieces: the way in which the engine hands out texts of any length.
 class TextTarget {
   public:
+    /// The next piece; it has no terminator.
     virtual void append(const char* text, std::size_t bytes) = 0;
 
   protected:
@@ -70,19 +72,24 @@ struct EventInfo {
 /// Picks events by their source file: only those that were set, or with invert all but those.
 class ByFileLine {
   public:
+    /// Passes everything.
     TRACELOG_API ByFileLine();
     TRACELOG_API ~ByFileLine();
+    /// A copy, independent of the other.
     TRACELOG_API ByFileLine(const ByFileLine& other);
+    /// Takes the files of the other.
     TRACELOG_API ByFileLine& operator=(const ByFileLine& other);
 
     /// Adds a file. The directory may be empty, otherwise it must stand directly before the name in an
     /// event's path. Case and the kind of slash do not matter; where one of the two names has no extension,
     /// extensions are not compared.
     TRACELOG_API void set(const char* directory, const char* name);
+    /// With true, all files but those that were set pass.
     TRACELOG_API void invert(bool on);
     /// True when the event passes. With no file set everything passes. An event without a file passes only
     /// when inverted.
     TRACELOG_API bool predicate(const char* file, int line) const;
+    /// True for the same files, spelled and ordered in the same way.
     TRACELOG_API bool isSameAs(const ByFileLine& other) const;
     /// One line a file, "  directory\name"; first "  all files except:" when inverted, "  all files" when
     /// empty.
@@ -134,6 +141,7 @@ struct LogFileConfig {
     std::uint64_t size = 0;           ///< bytes after which a new file is begun; 0: no limit
     unsigned files = 0;               ///< how many of the component's files stay; 0: no limit
     unsigned days = 0;                ///< after which a file that is not written any more goes; 0: never
+    /// Puts it into effect, at once for all threads.
     TRACELOG_API void apply() const;
 };
 
@@ -144,19 +152,22 @@ struct ActivationConfig {
     bool keep = true;                 ///< false: files are deleted by close_all
     bool buffered = false;            ///< lines may wait for State::tick, except those that matter most
     const char* component = nullptr;  ///< in lines and file names; null or empty: the program's file name
+    /// Puts it into effect, at once for all threads.
     TRACELOG_API void apply() const;
 };
 
 /// Whether lines also go to standard output.
 struct DisplayConfig {
-    bool to_stdout = false;
+    bool to_stdout = false;  ///< every line, whichever its device
+    /// Puts it into effect, at once for all threads.
     TRACELOG_API void apply() const;
 };
 
 /// Names a device that is to be created: "main", "request", "sdk" or another name of letters and digits.
 struct DeviceInfo {
+    /// The name is not copied.
     explicit DeviceInfo(const char* deviceName) : name(deviceName) {}
-    const char* name;
+    const char* name;  ///< UTF-8, and part of the file's name
 };
 
 /// A log file that is opened by its first line. It is named component_process.log; another device than "main"
@@ -191,6 +202,7 @@ class Device {
 /// Keeps the devices. They live until the process ends.
 class DeviceAdmin {
   public:
+    /// The only one.
     TRACELOG_API static DeviceAdmin& get();
     /// Null when there is none of this name. "main" is always there.
     TRACELOG_API Device* device(const char* name);
@@ -204,6 +216,7 @@ class DeviceAdmin {
 /// One record: text is streamed in, and the line is written when the temporary goes.
 class Logger {
   public:
+    /// What kind of record it is: decides whether it is written, and its letter.
     enum Kind {
         M,        ///< a message of the engine or its driver: always written
         S,        ///< an event: written when it would trace
@@ -211,6 +224,7 @@ class Logger {
         Warning,  ///< a warning: always written
         Assert    ///< an assertion or a wrong setting: always written, and handed to the system at once
     };
+    /// To the device "main".
     TRACELOG_API explicit Logger(Kind kind, const EventInfo& event = EventInfo());
     /// To another device than "main".
     TRACELOG_API Logger(Kind kind, const EventInfo& event, Device* device);
@@ -218,8 +232,11 @@ class Logger {
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
 
+    /// Appends a text; null appends nothing.
     TRACELOG_API Logger& operator<<(const char* text);
+    /// Appends a number in decimal digits.
     TRACELOG_API Logger& operator<<(long long number);
+    /// Appends so many bytes, zeros included; a character must not be cut between two calls.
     TRACELOG_API Logger& write(const char* text, std::size_t bytes);
 
   private:
@@ -243,18 +260,22 @@ class Scope {
     /// What is said of a scope.
     class Builder {
       public:
+        /// What the scope is called; null: nothing. Not copied.
         Builder& label(const char* text) {
             label_ = text != nullptr ? text : "";
             return *this;
         }
+        /// A caller's context; null: none. Not copied.
         Builder& context(const char* text) {
             context_ = text;
             return *this;
         }
-        const char* label_ = "";
-        const char* context_ = "";
+        const char* label_ = "";    ///< what label was given
+        const char* context_ = "";  ///< what context was given
     };
+    /// Begins to count.
     TRACELOG_API explicit Scope(const Builder& builder);
+    /// How long it has lasted so far.
     TRACELOG_API std::uint64_t microseconds() const;
 
   private:
@@ -267,8 +288,10 @@ namespace Context {
 struct Updater {
     /// An empty value removes the variable.
     TRACELOG_API static void set(const char* name, const char* value);
+    /// Removes all variables of the thread's request.
     TRACELOG_API static void clear();
 };
+/// What is known of the request that the thread works on.
 struct Info {
     /// True when the thread works on a request: after before_incoming_call or set.
     TRACELOG_API static bool has();
@@ -299,6 +322,7 @@ struct Interceptors {
     TRACELOG_API static void after_outgoing_call_no_response();
 };
 
+/// The engine as a whole.
 struct State {
     /// The settings in effect, the devices and the lines lost, for people.
     TRACELOG_API static void print(TextTarget& out);
