@@ -416,18 +416,14 @@ void SFile::traceIllegalText(std::uint32_t bytesBack) const {
 // it: its line feed, if there is one.
 SAnsiString SFile::lineText(const char* bytes, const char* end, std::uint32_t endBytes,
                             FileEncoding encoding) {
-    const char* first = bytes;
-    const char* last = end != bytes && end[-1] == '\r' ? end - 1 : end;
+    const char* const last = end != bytes && end[-1] == '\r' ? end - 1 : end;
+    const auto count = static_cast<std::uint32_t>(last - bytes);
+    const bool hasReturns = FindByte(bytes, last, '\r') != last;
+    if (!hasReturns && IsAsItIs(bytes, count, encoding)) return ahead_->lines().lend(bytes, count);
     SecretText kept;
-    if (FindByte(first, last, '\r') != last) {
-        AppendWithoutReturns(kept, first, last);
-        first = kept.getString();
-        last = first + kept.getLength();
-    }
-    const auto count = static_cast<std::uint32_t>(last - first);
-    if (IsAsItIs(first, count, encoding)) return ahead_->lines().lend(first, count);
+    if (hasReturns) AppendWithoutReturns(kept, bytes, last);
     TextDecoder text(encoding, count);
-    text.add(first, count);
+    text.add(hasReturns ? kept.getString() : bytes, hasReturns ? kept.getLength() : count);
     SAnsiString line = text.finish();
     if (!text.isLegal()) {
         const char* const wrong = bytes + PlaceInLine(bytes, text.validBytes());
@@ -436,10 +432,10 @@ SAnsiString SFile::lineText(const char* bytes, const char* end, std::uint32_t en
     return line;
 }
 
-SAnsiString SFile::readLine(FileEncoding encoding) try {
-    requireOpen(SFileException::readError);
+// What lies across blocks, or ends with the file.
+SAnsiString SFile::longLine(FileEncoding encoding) {
     int emptyReads = kEmptyReads;
-    SecretText line;  // what lies across blocks
+    SecretText line;
     bool isComplete = false;
     while (!isComplete && ((ahead_ != nullptr && ahead_->unread() != 0) || readMore(emptyReads))) {
         const char* const bytes = ahead_->bytes();
@@ -447,10 +443,20 @@ SAnsiString SFile::readLine(FileEncoding encoding) try {
         const char* const end = FindByte(bytes, blockEnd, '\n');
         isComplete = end != blockEnd;
         ahead_->consume(static_cast<std::uint32_t>(end - bytes) + (isComplete ? 1 : 0));
-        if (isComplete && line.isEmpty()) return lineText(bytes, end, 1, encoding);
         line.append(bytes, static_cast<std::uint32_t>(end - bytes));
     }
     return lineText(line.getString(), line.end().getPtr(), isComplete ? 1 : 0, encoding);
+}
+
+SAnsiString SFile::readLine(FileEncoding encoding) try {
+    requireOpen(SFileException::readError);
+    if (ahead_ == nullptr || ahead_->unread() == 0) return longLine(encoding);
+    const char* const bytes = ahead_->bytes();
+    const char* const blockEnd = bytes + ahead_->unread();
+    const char* const end = FindByte(bytes, blockEnd, '\n');
+    if (end == blockEnd) return longLine(encoding);
+    ahead_->consume(static_cast<std::uint32_t>(end - bytes) + 1);
+    return lineText(bytes, end, 1, encoding);
 } catch (const std::bad_alloc&) {
     raisePosixError(SFileException::readError, ENOMEM);
 }

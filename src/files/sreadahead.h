@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <utility>
+#include <memory>
 
 #include "strings/lentblock.h"
 #include "strings/wipe.h"
@@ -49,45 +49,47 @@ class LineMemory {
     /// A text with these bytes.
     SAnsiString lend(const char* bytes, std::uint32_t count) {
         if (count == 0) return SAnsiString();
-        if (isFree() && count < lent_->capacity && lent_->capacity <= count + kMostSlack)
-            return Line(lent_, bytes, count);
-        part();
-        Line line(bytes, count);
-        lent_ = line.block();
-        lent_->refCount.fetch_add(kLenderMark, std::memory_order_relaxed);
-        return line;
+        if (!held_.isFree() || !held_.take(bytes, count)) {
+            part();
+            held_ = Line(bytes, count);
+            held_.block()->refCount.fetch_add(kLenderMark - 1, std::memory_order_relaxed);
+        }
+        return held_;
     }
 
   private:
-    using Block = SAnsiString::SStringBuffer;
-
-    /// A string that gives its block to see, or gets it given.
+    /// The string that holds the block; with it the mark is complete.
     class Line : public SAnsiString {
       public:
         using SAnsiString::SAnsiString;
-        Line(Block* block, const char* bytes, std::uint32_t count) {
-            setBuffer(block);
-            std::memcpy(block->getBuffer(), bytes, count);
-            terminateBuffer(count);
+        Line() = default;
+        SStringBuffer* block() const noexcept { return getStringBuffer(); }
+        bool isFree() const noexcept {
+            return block()->refCount.load(std::memory_order_acquire) == kLenderMark;
         }
-        Block* block() const noexcept { return getStringBuffer(); }
-        static void Free(Block* block) noexcept { releaseStringBuffer(block, true); }
+        bool take(const char* bytes, std::uint32_t count) noexcept {
+            const std::uint32_t room = block()->capacity;
+            if (count >= room || room > count + kMostSlack) return false;
+            std::memcpy(block()->getBuffer(), bytes, count);
+            terminateBuffer(count);
+            return true;
+        }
+        void wipe() { unlinkBuffer(true); }
     };
 
     static constexpr std::uint32_t kMostSlack = 256;  // so that no short line sits in a long one's memory
 
-    bool isFree() const noexcept {
-        return lent_ != nullptr && lent_->refCount.load(std::memory_order_acquire) == kLenderMark;
-    }
     void part() noexcept {
-        Block* const block = std::exchange(lent_, nullptr);
-        if (block == nullptr) return;
-        if (block->refCount.fetch_sub(kLenderMark, std::memory_order_acq_rel) != kLenderMark) return;
-        block->refCount.store(1, std::memory_order_relaxed);
-        Line::Free(block);
+        if (held_.isEmpty()) return;
+        if (held_.block()->refCount.fetch_sub(kLenderMark, std::memory_order_acq_rel) == kLenderMark) {
+            held_.block()->refCount.store(1, std::memory_order_relaxed);
+            held_.wipe();
+        } else {
+            std::construct_at(&held_);  // forgets the block, where it is not counted any more
+        }
     }
 
-    Block* lent_ = nullptr;
+    Line held_;
 };
 
 /// Bytes that were read from a file before somebody asked for them. They may be secrets, so they are

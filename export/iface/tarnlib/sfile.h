@@ -178,6 +178,7 @@ class TARN_API SFile {
     std::uint32_t readBlock(void* bytes, std::uint32_t count);
     bool readMore(int& emptyReads);
     SAnsiString lineText(const char* bytes, const char* end, std::uint32_t endBytes, FileEncoding encoding);
+    SAnsiString longLine(FileEncoding encoding);
     void traceIllegalText(std::uint32_t bytesBack) const;
     std::uint32_t remainingBytes();
 
