@@ -8,28 +8,16 @@
 
 #include <windows.h>
 
+using namespace std::string_literals;
 using namespace TarnLibA500;
 
-namespace {
-
-// Names that must not be taken for one another.
-std::vector<SAnsiString> DifferentNames() {
-    const std::string base = "tarn test " + std::to_string(GetCurrentProcessId());
-    std::vector<SAnsiString> names;
-    for (const std::string& end :
-         {std::string(), std::string("\\"), std::string("%005C"), std::string("/"), std::string("\0", 1),
-          std::string("%0000"), std::string("A"), std::string("a"), std::string("\t:*?\"<>|\xE4"),
-          std::string(40'000, '\\') + "1", std::string(40'000, '\\') + "2"}) {
-        const std::string name = base + end;
-        names.emplace_back(name.data(), static_cast<std::uint32_t>(name.size()));
-    }
-    return names;
-}
-
-}  // namespace
-
 TEST(InstanceLock, OneHolderForEachNameWhateverItsCharacters) {
-    const auto names = DifferentNames();
+    const std::string base = "tarn test " + std::to_string(GetCurrentProcessId());
+    const std::string slashes(40'000, '\\');
+    std::vector<SAnsiString> names;
+    for (const std::string& end : {""s, "\\"s, "%005C"s, "/"s, "\0"s, "%0000"s, "A"s, "a"s, "\t:*?\"<>|\xE4"s,
+                                   slashes + "1", slashes + "2"})
+        names.push_back(SAnsiString((base + end).data(), static_cast<std::uint32_t>((base + end).size())));
     std::vector<std::unique_ptr<SInstanceLock>> held;
     for (const SAnsiString& name : names) {
         held.push_back(std::make_unique<SInstanceLock>(name));
