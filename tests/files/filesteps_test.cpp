@@ -5,6 +5,7 @@
 #include <optional>
 #include <set>
 
+#include "support/assert_recorder.h"
 #include "support/case_file.h"
 #include "support/file_bytes.h"
 #include "support/locale_scope.h"
@@ -63,6 +64,7 @@ class FileSteps : public testing::Test {
     }
 
     void play(const std::string& cases) {
+        const tarntest::AssertRecorder recorder;
         for (const auto& fields : tarntest::ReadCases(cases)) {
             arguments_.clear();
             for (const std::string& field : fields) arguments_.push_back(expanded(field));
@@ -74,6 +76,7 @@ class FileSteps : public testing::Test {
             EXPECT_TRUE(seen == expected) << test_ << ": " << testing::PrintToString(fields)
                                           << "\nseen: " << testing::PrintToString(seen.substr(0, 300));
         }
+        EXPECT_EQ(recorder.count(), 0U);
     }
 
   private:
