@@ -1,14 +1,14 @@
-// A logging plug-in that does what none should: the variable TARN_HOSTILE says what. The test that loads it asks what
-// it saw.
+// A logging plug-in that does what none should: the variable TARN_HOSTILE says what. What
+// it saw it leaves in TARN_HOSTILE_SAW.
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <stdexcept>
 #include <thread>
 
 #include "tarnlib/loggingplugin.h"
 #include "tarnlib/senvironment.h"
 #include "tarnlib/slogger.h"
+#include "tarnlib/straceobj.h"
 
 using namespace TarnLibA500;
 
@@ -28,14 +28,14 @@ void Log(const char* text) {
 
 }  // namespace
 
-extern "C" {
+#define EXPORTED extern "C" __declspec(dllexport)
 
-__declspec(dllexport) int GetDLLVersion() {
+EXPORTED int GetDLLVersion() {
     SEnvironment::Get("TARN_HOSTILE", behaviour);
     return LoggingPlugin::kInterfaceVersion + (behaviour == "of-another-time" ? 1 : 0);
 }
 
-__declspec(dllexport) int Initialize(const char* options) {
+EXPORTED int Initialize(const char* options) {
     given = options;
     if (behaviour == "throws-at-start") throw SAnsiString("not\r\ntoday\r\n");
     if (behaviour == "restarts" && SLogger::Initialize()) SLogger::Terminate();
@@ -47,7 +47,7 @@ __declspec(dllexport) int Initialize(const char* options) {
     return 1;
 }
 
-__declspec(dllexport) void Trace(int, int, unsigned long, const char*, const char* const*, unsigned) {
+EXPORTED void Trace(int, int, unsigned long, const char*, const char* const*, unsigned) {
     if (inside.exchange(true)) ++overlaps;
     ++calls;
     std::this_thread::yield();
@@ -56,31 +56,19 @@ __declspec(dllexport) void Trace(int, int, unsigned long, const char*, const cha
     if (behaviour == "throws") throw std::runtime_error("broken");
 }
 
-__declspec(dllexport) void Terminate() {
+EXPORTED void Terminate() {
     mayEnd = true;
     if (logging.joinable()) logging.join();
+    SEnvironment::Set("TARN_HOSTILE_SAW", STraceHelper("%1 calls, %2 in another, options %3", calls.load(),
+                                                       overlaps.load(), given));
     if (behaviour == "throws-at-end") throw 1;
 }
 
-__declspec(dllexport) char* GetParam(const char*) {
+EXPORTED char* GetParam(const char*) {
     if (behaviour == "throws-when-asked") throw std::bad_alloc();
     return nullptr;
 }
 
-__declspec(dllexport) void FreeString(char* text) {
+EXPORTED void FreeString(char* text) {
     std::free(text);
 }
-
-__declspec(dllexport) int Overlaps() {
-    return overlaps;
-}
-
-__declspec(dllexport) int Calls() {
-    return calls;
-}
-
-__declspec(dllexport) const char* Options() {
-    return given.getString();
-}
-
-}  // extern "C"

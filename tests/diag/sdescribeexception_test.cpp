@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
 #include <stdexcept>
+#include <utility>
 
 #include "support/print_strings.h"
 #include "tarnlib/csharedlibrary.h"
@@ -12,40 +14,31 @@
 using namespace TarnLibA500;
 
 TEST(Exceptions, AreDescribedInOneLine) {
-    const struct {
-        void (*thrower)();
-        const char* text;
-    } cases[] = {
-        {[] {
-             throw SFileException(SFileException::openError, 2, "a.txt", SFileException::notFound,
-                                  "Not there.\r\n", "");
-         },
-         "Failed to open the file a.txt.  Reason: Not there."},
-        {[] {
-             throw SFileException(SFileException::seekError, 6, "a.txt", SFileException::otherError,
-                                  "Why.\r\n", "");
-         },
-         "Unknown error (exception).  a.txt: Why."},
-        {[] {
-             throw SFileSysException(SFileSysException::fsRemoveFailed, SFileSysException::reasonOther,
-                                     "why\r\n", "P1", "", "more\n");
-         },
-         "Failed to remove the file P1 in a file system operation. Please check access rights or for a "
-         "sharing "
-         "violation.  Reason: why :more"},
-        {[] { throw CSharedLibraryException("m.dll", "f", 127); }, "m.dll: has no function f (127): "},
-        {[] { throw SAnsiString("two\r\n\r\nlines\n"); }, "two lines"},
-        {[] { throw SAnsiStringCI("any case"); }, "any case"},
-        {[] { throw std::logic_error("misuse\n"); }, "misuse"},
-        {[] { throw 1; }, "an exception of an unknown type"},
+    using Sys = SFileSysException;
+    const auto file = [](SFileException::ErrorCodes stage, int error, SFileException::DetailCodes detail,
+                         const char* reason) {
+        return std::make_exception_ptr(SFileException(stage, error, "a.txt", detail, reason, ""));
     };
-    for (const auto& c : cases) {
+    const std::pair<std::exception_ptr, const char*> cases[] = {
+        {file(SFileException::openError, 2, SFileException::notFound, "Not there.\r\n"),
+         "Failed to open the file a.txt.  Reason: Not there."},
+        {file(SFileException::seekError, 6, SFileException::otherError, "Why.\r\n"),
+         "Unknown error (exception).  a.txt: Why."},
+        {std::make_exception_ptr(Sys(Sys::fsRemoveFailed, Sys::reasonOther, "why\r\n", "P1", "", "more\n")),
+         "Failed to remove the file P1 in a file system operation. Please check access rights or for a "
+         "sharing violation.  Reason: why :more"},
+        {std::make_exception_ptr(CSharedLibraryException("m.dll", "f", 127)),
+         "m.dll: has no function f (127): "},
+        {std::make_exception_ptr(SAnsiString("two\r\n\r\nlines\n")), "two lines"},
+        {std::make_exception_ptr(SAnsiStringCI("any case")), "any case"},
+        {std::make_exception_ptr(std::logic_error("misuse\n")), "misuse"},
+        {std::make_exception_ptr(1), "an exception of an unknown type"}};
+    for (const auto& [failure, expected] : cases) {
         try {
-            c.thrower();
-            ADD_FAILURE() << c.text;
+            std::rethrow_exception(failure);
         } catch (...) {
             const SAnsiString text = SDescribeException();
-            EXPECT_EQ(text.left(SAnsiString(c.text).getNChars()), c.text);
+            EXPECT_EQ(text.left(SAnsiString(expected).getNChars()), expected);
             EXPECT_TRUE(text.find("\n").isAtEnd() && text.find("\r").isAtEnd());
         }
     }
