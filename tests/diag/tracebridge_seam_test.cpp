@@ -130,8 +130,7 @@ TEST(LoggerStarts, LeaveNothingWhenMemoryFails) {
     SAssert("unit", 1, "opens the log");
     const tarntest::AllocationCount count;
     SLogger::Terminate();
-    const unsigned long taken = count.Taken();
-    EXPECT_EQ(taken, 0U);
+    EXPECT_EQ(count.Taken(), 0U);
     EXPECT_EQ(SLogger::GetLogFile(), "");
     EXPECT_TRUE(fs::is_empty(folder));
 }
@@ -170,7 +169,6 @@ TEST(TraceBridges, TracePointsAllocateNothing) {
     trace();  // opens the file
     const tarntest::AllocationCount count;
     trace();
-    const unsigned long taken = count.Taken();
-    EXPECT_EQ(taken, 0U);
+    EXPECT_EQ(count.Taken(), 0U);
     EXPECT_EQ(bridge.texts().size(), 2U);
 }

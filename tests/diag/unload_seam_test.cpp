@@ -11,22 +11,18 @@
 
 #include "support/file_bytes.h"
 #include "tarnlib/configfilereader.h"
+#include "tarnlib/csharedlibrary.h"
 
 using namespace TarnLibA500;
 
 namespace {
 
 constexpr int kHandlesOfTheSystem = 3;  // it may have opened some of its own
-constexpr const wchar_t* kDll = L"tarnlib-5-0.dll";
+constexpr const char* kDll = "tarnlib-5-0.dll";
 constexpr const char* kInitialize = "_ZN11TarnLibA5007SLogger10InitializeEv";
 constexpr const char* kTerminate = "_ZN11TarnLibA5007SLogger9TerminateEv";
 constexpr const char* kLoadLandscape =
     "_ZN11TarnLibA50016ConfigFileReader17initializeFromXMLERKNS_11SAnsiStringE";
-
-template <class Function>
-Function Find(HMODULE module, const char* name) {
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
-}
 
 int Threads() {
     const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
@@ -49,11 +45,9 @@ int Handles() {
 }
 
 void LoadAndUnload(bool terminate) {
-    const HMODULE module = LoadLibraryW(kDll);
-    ASSERT_NE(module, nullptr) << GetLastError();
-    ASSERT_TRUE(Find<bool (*)()>(module, kInitialize)());
-    if (terminate) Find<void (*)()>(module, kTerminate)();
-    FreeLibrary(module);
+    const CSharedLibrary module(kDll);
+    ASSERT_TRUE(reinterpret_cast<bool (*)()>(module.Resolve(kInitialize))());
+    if (terminate) reinterpret_cast<void (*)()>(module.Resolve(kTerminate))();
 }
 
 }  // namespace
@@ -67,17 +61,16 @@ TEST(Unloading, TheXmlParserGoesToo) {
     const SAnsiString path = tarntest::Text(folder / "landscape");
     int handles = 0;
     for (int round = 0; round < 10; ++round) {
-        const HMODULE module = LoadLibraryW(kDll);
-        // A pointer to a member function is its address and an offset.
-        const std::pair<FARPROC, std::ptrdiff_t> parts(GetProcAddress(module, kLoadLandscape), 0);
-        bool (ConfigFileReader::*load)(const SAnsiString&) = nullptr;
-        std::memcpy(&load, &parts, sizeof load);
-        for (const SAnsiString& file : {path, SAnsiString("none"), path}) {
-            ConfigFileReader reader;
-            EXPECT_EQ((reader.*load)(file), file != "none");
+        {
+            const CSharedLibrary module(kDll);
+            // A pointer to a member function is its address and an offset.
+            const std::pair<void*, std::ptrdiff_t> parts(module.Resolve(kLoadLandscape), 0);
+            bool (ConfigFileReader::*load)(const SAnsiString&) = nullptr;
+            std::memcpy(&load, &parts, sizeof load);
+            for (const SAnsiString& file : {path, SAnsiString("none"), path})
+                EXPECT_EQ((ConfigFileReader().*load)(file), file != "none");
         }
-        FreeLibrary(module);
-        EXPECT_EQ(GetModuleHandleW(kDll), nullptr);
+        EXPECT_EQ(GetModuleHandleA(kDll), nullptr);
         if (round == 0) handles = Handles();
     }
     EXPECT_LE(Handles(), handles + kHandlesOfTheSystem);
@@ -99,6 +92,6 @@ TEST(Unloading, LeavesNothingBehind) {
         for (int i = 0; i < 100; ++i) LoadAndUnload(c.terminate);
         EXPECT_LE(Threads(), threads);
         EXPECT_LE(Handles(), handles + kHandlesOfTheSystem);
-        EXPECT_EQ(GetModuleHandleW(kDll) != nullptr, c.staysLoaded);
+        EXPECT_EQ(GetModuleHandleA(kDll) != nullptr, c.staysLoaded);
     }
 }
