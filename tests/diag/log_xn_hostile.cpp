@@ -14,17 +14,10 @@ using namespace TarnLibA500;
 
 namespace {
 
-SAnsiString given;
-SAnsiString behaviour;
-std::atomic<bool> inside{false};
-std::atomic<int> overlaps{0};
-std::atomic<int> calls{0};
-std::atomic<bool> mayEnd{false};
+SAnsiString given, behaviour;
+std::atomic<bool> inside{false}, mayEnd{false};
+std::atomic<int> overlaps{0}, calls{0};
 std::thread logging;
-
-void Log(const char* text) {
-    SLog(loglevel_debug, logcategory_general, 1, text);
-}
 
 }  // namespace
 
@@ -41,7 +34,7 @@ EXPORTED int Initialize(const char* options) {
     if (behaviour == "restarts" && SLogger::Initialize()) SLogger::Terminate();
     if (behaviour == "waits-at-end") {
         logging = std::thread([] {
-            while (!mayEnd) Log("from another thread");
+            while (!mayEnd) SLog(loglevel_debug, logcategory_general, 1, "from another thread");
         });
     }
     return 1;
@@ -51,7 +44,7 @@ EXPORTED void Trace(int, int, unsigned long, const char*, const char* const*, un
     if (inside.exchange(true)) ++overlaps;
     ++calls;
     std::this_thread::yield();
-    if (behaviour == "logs") Log("from within");
+    if (behaviour == "logs") SLog(loglevel_debug, logcategory_general, 1, "from within");
     inside = false;
     if (behaviour == "throws") throw std::runtime_error("broken");
 }

@@ -38,7 +38,6 @@ def several_processes(runner, tool, folder):
     logs = sorted(tuple(texts(path)) for path in folder.glob("*.log"))
     if logs != [(word,) * LINES for word in words]:
         sys.exit(f"{len(logs)} logs with {[len(log) for log in logs]} lines")
-    print(f"{len(words)} processes, {LINES} lines each")
 
 
 def full_disk(runner, tool, folder):
@@ -72,7 +71,6 @@ def directory_taken_away(runner, tool, folder):
     kept = sum(len(texts(path)) for path in logs.glob("*.log"))
     if not 20 < kept < 40:
         sys.exit(f"{kept} lines after the directory was made anew")
-    print(f"the directory was made anew and has {kept} whole lines")
 
 
 def main(runner, tool, scratch, case):

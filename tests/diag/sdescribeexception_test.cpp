@@ -14,15 +14,12 @@
 using namespace TarnLibA500;
 
 TEST(Exceptions, AreDescribedInOneLine) {
+    using File = SFileException;
     using Sys = SFileSysException;
-    const auto file = [](SFileException::ErrorCodes stage, int error, SFileException::DetailCodes detail,
-                         const char* reason) {
-        return std::make_exception_ptr(SFileException(stage, error, "a.txt", detail, reason, ""));
-    };
     const std::pair<std::exception_ptr, const char*> cases[] = {
-        {file(SFileException::openError, 2, SFileException::notFound, "Not there.\r\n"),
+        {std::make_exception_ptr(File(File::openError, 2, "a.txt", File::notFound, "Not there.\r\n", "")),
          "Failed to open the file a.txt.  Reason: Not there."},
-        {file(SFileException::seekError, 6, SFileException::otherError, "Why.\r\n"),
+        {std::make_exception_ptr(File(File::seekError, 6, "a.txt", File::otherError, "Why.\r\n", "")),
          "Unknown error (exception).  a.txt: Why."},
         {std::make_exception_ptr(Sys(Sys::fsRemoveFailed, Sys::reasonOther, "why\r\n", "P1", "", "more\n")),
          "Failed to remove the file P1 in a file system operation. Please check access rights or for a "

@@ -146,13 +146,12 @@ TEST_F(Logging, SurvivesHostilePlugIns) {
 TEST_F(Logging, OneThreadAtATimeIsInThePlugIns) {
     start("-trace c -Password hunter2 -theKeyFile c:\\k.pem -passive -hostile no" +
           plugin("log_xn_hostile.dll"));
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([] {
-            for (int i = 0; i < 1000; ++i) SLog(loglevel_error, logcategory_general, 1, "entry");
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    const auto log = [] {
+        for (int i = 0; i < 1000; ++i) SLog(loglevel_error, logcategory_general, 1, "entry");
+    };
+    std::vector<std::jthread> threads;
+    for (int t = 0; t < 4; ++t) threads.emplace_back(log);
+    threads.clear();  // when they have ended
     const SAnsiString own = SLogger::GetCmdLine();
     EXPECT_NE(own.find("hunter2"), own.end());
     stop();

@@ -67,11 +67,11 @@ TEST(TraceTexts, ArgumentsOfEveryType) {
     EXPECT_EQ(STraceHelper("%1 %2 %3", SWCharString(L"w\x00E9\x4E00"), SOCAString(L"o\x00E9"),
                            SWCharStringCI(L"case")),
               "w\xE9? o\xE9 case");
-    EXPECT_EQ(STraceHelper("%1 %2", SDateTime(2024, 2, 29, 23, 59, 58, 7, STimeZone::TZ_UTC()), SDateTime()),
-              "2024-02-29@23:59:58.007 invalid-date-time");
-    EXPECT_EQ(STraceHelper("%1 %2", SDate(2024, 2, 29), SDate()), "2024-02-29 invalid-date");
-    EXPECT_EQ(STraceHelper("%1 %2", STime(23, 59, 58, 7, STimeZone::TZ_UTC()), STime()),
-              "23:59:58.007 invalid-time");
+    EXPECT_EQ(STraceHelper("%1 %2 %3", SDateTime(2024, 2, 29, 23, 59, 58, 7, STimeZone::TZ_UTC()),
+                           SDate(2024, 2, 29), STime(23, 59, 58, 7, STimeZone::TZ_UTC())),
+              "2024-02-29@23:59:58.007 2024-02-29 23:59:58.007");
+    EXPECT_EQ(STraceHelper("%1 %2 %3", SDateTime(), SDate(), STime()),
+              "invalid-date-time invalid-date invalid-time");
     const STimeSpan day(1, 2, 3, 4, 5);
     EXPECT_EQ(STraceHelper("%1, %2, %3", STimeSpan(), day, STimeSpan() - day),
               "00:00:00.000, 1d 02:03:04.005, -1d 02:03:04.005");
