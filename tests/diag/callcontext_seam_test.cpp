@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 #include "diag/open_bridge.h"
 #include "support/alloc_hooks.h"
@@ -28,9 +30,11 @@ TEST(CallContexts, GoOnAfterCallsWithoutAnEnd) {
     }
     for (int i = 0; i < kAbandoned; ++i) SLogger::AfterOutgoingCallNoResponse();
     EXPECT_EQ(SLogger::GetActionID(), "");  // it was made for those calls
-    int ends = 0;
-    for (const std::string& text : bridge.texts()) ends += text.rfind("<- Outgoing: last (", 0) == 0 ? 1 : 0;
-    EXPECT_EQ(ends, 2);
+    const std::vector<std::string> texts = bridge.texts();
+    const auto isEndOfLast = [](const std::string& text) {
+        return text.rfind("<- Outgoing: last (", 0) == 0;
+    };
+    EXPECT_EQ(std::count_if(texts.begin(), texts.end(), isEndOfLast), 2);
     for (int i = 0; i < kAbandoned; ++i) SLogger::BeforeIncomingCall("abandoned", "");
     SLogger::BeforeIncomingCall("last", "ActionID=C");
     EXPECT_EQ(SLogger::GetActionID(), "C");

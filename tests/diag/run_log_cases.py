@@ -23,21 +23,25 @@ def command(runner, tool, folder, text, lines, *more):
 
 def texts(path):
     """The texts of a log; a torn line is an error."""
-    matches = [(line, LINE.fullmatch(line)) for line in path.read_text(encoding="utf-8").splitlines()]
-    torn = [line for line, match in matches if not match]
-    if torn:
-        sys.exit(f"{path.name}: torn lines {torn!r}")
-    return [match[1] for _, match in matches]
+    found = []
+    for line in path.read_text(encoding="utf-8").splitlines():
+        match = LINE.fullmatch(line)
+        if not match:
+            sys.exit(f"{path.name}: torn line {line!r}")
+        found.append(match[1])
+    return found
 
 
 def several_processes(runner, tool, folder):
     words = ["alpha", "beta", "gamma"]
-    running = [subprocess.Popen(command(runner, tool, folder, word, LINES)) for word in words]
+    running = [subprocess.Popen(command(runner, tool, folder, word, LINES), stdout=subprocess.DEVNULL)
+               for word in words]
     if any(process.wait(timeout=120) for process in running):
         sys.exit("a process failed")
     logs = sorted(tuple(texts(path)) for path in folder.glob("*.log"))
     if logs != [(word,) * LINES for word in words]:
         sys.exit(f"{len(logs)} logs with {[len(log) for log in logs]} lines")
+    print(f"{len(words)} processes, {LINES} lines each")
 
 
 def full_disk(runner, tool, folder):
@@ -52,9 +56,10 @@ def full_disk(runner, tool, folder):
         subprocess.run(["umount", folder], check=True)
     complaints = [line for line in run.stderr.splitlines() if "cannot write" in line]
     lost = sum(int(number) for number in re.findall(r"^(\d+) lines were lost", run.stderr, re.MULTILINE))
-    if run.returncode != 0 or len(complaints) != 1 or not 100 < kept < 5000 or kept + lost != 5000 \
-            or "(112)" not in complaints[0]:
+    if run.returncode != 0 or len(complaints) != 1 or not 100 < kept < 5000 or kept + lost != 5000:
         sys.exit(f"status {run.returncode}, {kept} lines kept, {lost} lost, said {run.stderr!r}")
+    if "(112)" not in complaints[0]:
+        sys.exit(f"a full disk is called {complaints[0]!r}")
     print(f"{kept} whole lines kept, {lost} lost: {complaints[0]}")
 
 
@@ -71,12 +76,14 @@ def directory_taken_away(runner, tool, folder):
     kept = sum(len(texts(path)) for path in logs.glob("*.log"))
     if not 20 < kept < 40:
         sys.exit(f"{kept} lines after the directory was made anew")
+    print(f"the directory was made anew and has {kept} whole lines")
 
 
 def main(runner, tool, scratch, case):
     folder = pathlib.Path(scratch).resolve()
-    shutil.rmtree(folder, ignore_errors=True)
-    folder.mkdir(parents=True)
+    folder.mkdir(parents=True, exist_ok=True)
+    for left_over in folder.iterdir():
+        shutil.rmtree(left_over) if left_over.is_dir() else left_over.unlink()
     cases = {"processes": several_processes, "full-disk": full_disk, "directory": directory_taken_away}
     cases[case](runner, str(pathlib.Path(tool).resolve()), folder)
 

@@ -2,15 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "support/assert_recorder.h"
-#include "support/case_file.h"
-#include "support/file_bytes.h"
 #include "support/print_strings.h"
+#include "support/scratch_folder.h"
 #include "tarnlib/senvironment.h"
 #include "tarnlib/sstackwalk.h"
 #include "tarnlib/straceobj.h"
@@ -25,70 +26,82 @@ namespace fs = std::filesystem;
 
 class Logging : public testing::Test {
   protected:
-    void SetUp() override { fs::create_directories(folder_); }
+    void SetUp() override { folder_ = tarntest::MakeScratchFolder("slogger") / "log files"; }
     void TearDown() override {
         for (; started_ > 0; --started_) SLogger::Terminate();
         SEnvironment::Remove("ZQE_LOGGER_ENVIRONMENT");
         SEnvironment::Remove("TARN_HOSTILE");
     }
     void start(const std::string& options) {
-        startWith(options + " -loggingPath \"" + folder_.string() + "\"");
+        startWith("prog.exe " + options + " -loggingPath \"" + folder_.string() + "\"");
     }
-    void startWith(const std::string& options) {
-        EXPECT_TRUE(SLogger::Initialize(CParamLineArgs(("prog.exe " + options).c_str())));
+    void startWith(const std::string& line) {
+        EXPECT_TRUE(SLogger::Initialize(CParamLineArgs(line.c_str())));
         ++started_;
     }
     /// The options that load a plug-in of the tests' or of the examples'.
     std::string plugin(const std::string& name) const {
+        fs::create_directories(folder_);
         fs::copy_file(fs::path(TARN_TEST_PLUGINS) / name, folder_ / name,
                       fs::copy_options::overwrite_existing);
         return " -loggingPluginDir \"" + folder_.string() + "\"";
     }
-    /// Takes the lines of the log with it.
-    std::vector<std::string> stop() {
-        const fs::path path = SLogger::GetLogFile().getString();
+    /// Stops and returns the log.
+    std::string stopAndRead() {
+        const std::string path = SLogger::GetLogFile().getString();
+        stop();
+        std::string log;
+        for (const std::string& line : Lines(path)) log += line + "\n";
+        fs::remove(path);
+        return log;
+    }
+    void stop() {
         SLogger::Terminate();
         --started_;
-        std::vector<std::string> lines = tarntest::ReadLines(path);
-        std::error_code ignored;
-        fs::remove(path, ignored);
+    }
+    static std::vector<std::string> Lines(const fs::path& file) {
+        std::vector<std::string> lines;
+        std::ifstream log(file);
+        for (std::string line; std::getline(log, line);) lines.push_back(line);
         return lines;
     }
+    static bool WaitFor(int seconds, bool (*holds)()) {
+        for (int i = 0; i < seconds * 20; ++i) {
+            if (holds()) return true;
+            Sleep(50);
+        }
+        return false;
+    }
+    void write(const std::string& name, const std::string& text) const {
+        fs::create_directories(folder_);
+        std::ofstream(folder_ / name, std::ios::binary) << text;
+    }
 
-    const fs::path folder_ = tarntest::MakeScratchFolder("slogger") / "log files";
-    const fs::path ini_ = folder_ / "trace.ini";
+    fs::path folder_;
     int started_ = 0;
 };
-
-/// How many lines hold a text.
-auto Count(const std::vector<std::string>& lines, const std::string& text) {
-    return std::count_if(lines.begin(), lines.end(),
-                         [&](const std::string& line) { return line.find(text) != line.npos; });
-}
-
-/// Every line holds its text, and there are no others.
-void ExpectLines(const std::vector<std::string>& lines, const std::vector<std::string>& texts) {
-    ASSERT_EQ(lines.size(), texts.size()) << testing::PrintToString(lines);
-    for (std::size_t i = 0; i < lines.size(); ++i)
-        EXPECT_NE(lines[i].find(texts[i]), std::string::npos) << lines[i];
-}
 
 }  // namespace
 
 TEST_F(Logging, IsCountedAndTellsItsOptions) {
+    EXPECT_EQ(SLogger::GetCmdLine(), "");
     SEnvironment::Set("ZQE_LOGGER_ENVIRONMENT", "-tracecmpname \"my part\" -trace d -stackdump");
     start("-trace s");
-    const std::string options = "prog.exe -tracecmpname \"my part\" -stackdump -trace s -loggingPath ";
-    EXPECT_EQ(SLogger::GetCmdLine(), (options + "\"" + folder_.string() + "\"").c_str());
-    const std::string file = "my part_" + std::to_string(GetCurrentProcessId()) + ".log";
-    EXPECT_EQ(SLogger::GetLogFile(), tarntest::Text(folder_ / file));
+    EXPECT_EQ(
+        SLogger::GetCmdLine(),
+        ("prog.exe -tracecmpname \"my part\" -stackdump -trace s -loggingPath \"" + folder_.string() + "\"")
+            .c_str());
+    const std::string file = "my part_" + std::to_string(_getpid()) + ".log";
+    EXPECT_EQ(SLogger::GetLogFile(), (folder_ / file).string().c_str());
+    EXPECT_TRUE(SLogger::CanStackDump());
+    EXPECT_FALSE(SLogger::IsNativeAssert());
     start("-trace d");  // counted, not read
+    EXPECT_TRUE(SLogger::ShouldTrace(2, "f.cpp"));
     EXPECT_FALSE(SLogger::ShouldTrace(6, "f.cpp"));
-    for (const bool isOn : {true, false}) {
-        SLogger::Terminate();
-        EXPECT_EQ(SLogger::ShouldTrace(2, "f.cpp"), isOn);
-    }
-    started_ = 0;
+    stop();
+    EXPECT_TRUE(SLogger::ShouldTrace(2, "f.cpp"));
+    stop();
+    EXPECT_FALSE(SLogger::ShouldTrace(2, "f.cpp"));
     EXPECT_EQ(SLogger::GetLogFile(), "");
     tarntest::AssertRecorder recorder;
     SLogger::Terminate();
@@ -97,8 +110,10 @@ TEST_F(Logging, IsCountedAndTellsItsOptions) {
 
 TEST_F(Logging, CarriesTheContextOfARequest) {
     start("-trace d");
+    EXPECT_FALSE(SLogger::HasLogContext());
     SLogger::BeforeIncomingCall("Order", "ActionID=A%3B1;user=\xFC");
     EXPECT_TRUE(SLogger::HasPassport());
+    EXPECT_EQ(SLogger::GetActionID(), "A;1");
     EXPECT_EQ(SLogger::GetContextVar("user"), "\xFC");
     SLogger::SetContextVar("step", "2");
     SAnsiString sent, reply;
@@ -117,85 +132,131 @@ TEST_F(Logging, CarriesTheContextOfARequest) {
     SLogger::BeforeOutgoingCall("", sent);
     SLogger::AfterOutgoingCallNoResponse();
     EXPECT_NE(sent.find("ActionID="), sent.end());
-    EXPECT_GE(Count(stop(), "ActionID=A"), 3);
+    const std::string path = SLogger::GetLogFile().getString();
+    stop();
+    int inContext = 0;
+    for (const std::string& line : Lines(path)) inContext += line.find("ActionID=A") != line.npos ? 1 : 0;
+    EXPECT_GE(inContext, 3);
 }
 
 TEST_F(Logging, StructuredEntriesReachTheLogAndThePlugIns) {
     const fs::path journal = folder_.parent_path() / "journal.txt";
-    tarntest::WriteBytes(folder_ / "log_xn_broken.dll", "not a module");
+    write("log_xn_broken.dll", "not a module");
     start("-trace m -sampleJournal \"" + journal.string() + "\"" + plugin("log_xn_sample.dll"));
     SLog(loglevel_warning, logcategory_network, 4711, "a", nullptr, "b\nc");
     SLog(loglevel_error, static_cast<logcategory>(32), 1, "beyond the plug-in's categories");
-    ExpectLines(stop(), {"", "log_xn_broken.dll is not used: ",  // behind the failure itself
-                         " slogger Log: level=1 cat=2 msg=4711 p=a p=b\\nc", ""});
-    EXPECT_EQ(tarntest::ReadLines(journal), std::vector<std::string>{"1/2/4711 a b c"});
+    const std::string path = SLogger::GetLogFile().getString();
+    stop();
+    const std::vector<std::string> lines = Lines(path);
+    ASSERT_EQ(lines.size(), 4U);  // the failure, what follows from it, and two entries
+    EXPECT_NE(lines[1].find("log_xn_broken.dll is not used: "), std::string::npos) << lines[1];
+    EXPECT_NE(lines[2].find(" slogger Log: level=1 cat=2 msg=4711 p=a p=b\\nc"), std::string::npos)
+        << lines[1];
+    EXPECT_EQ(Lines(journal), std::vector<std::string>{"1/2/4711 a b c"});
 }
 
 #ifndef TARN_STATIC
+namespace {
+
+template <class Function>
+Function InHostile(const char* name) {
+    const HMODULE module = GetModuleHandleW(L"log_xn_hostile.dll");
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+}  // namespace
+
 TEST_F(Logging, SurvivesHostilePlugIns) {
-    for (const auto& c : tarntest::ReadCases("plugins_hostile.txt")) {
-        SEnvironment::Set("TARN_HOSTILE", c[0].c_str());
+    const struct {
+        const char* behaviour;
+        const char* inLog;
+    } cases[] = {
+        {"of-another-time", "is not used: it was built for version 2 of the interface\n"},
+        {"throws-at-start", "log_xn_hostile.dll is not used: its function Initialize threw: not today\n"},
+        {"throws-when-asked",
+         "log_xn_hostile.dll is not used: its function GetParam threw: std::bad_alloc\n"},
+        {"throws", "log_xn_hostile.dll is not used: its function Trace threw: broken\n"},
+        {"throws-at-end", "log_xn_hostile.dll threw at its end: an exception of an unknown type\n"},
+        {"logs", "p=from within\n"},
+        {"waits-at-end", "p=entry\n"},
+        {"restarts", "(!isChanging : no message)."},
+    };
+    for (const auto& c : cases) {
+        SEnvironment::Set("TARN_HOSTILE", c.behaviour);
         start("-trace m" + plugin("log_xn_hostile.dll"));
         for (int i = 0; i < 3; ++i) SLog(loglevel_error, logcategory_general, 1, "entry");
-        const std::vector<std::string> log = stop();
-        EXPECT_EQ(Count(log, c[2]), std::stoi(c[1])) << c[0] << "\n" << testing::PrintToString(log);
-        EXPECT_EQ(GetModuleHandleW(L"log_xn_hostile.dll"), nullptr) << c[0];
+        const std::string log = stopAndRead();
+        EXPECT_NE(log.find(c.inLog), log.npos) << c.behaviour << "\n" << log;
+        EXPECT_EQ(log.find(c.inLog) == log.rfind(c.inLog), std::string(c.inLog).find("p=") != 0)
+            << c.behaviour;
+        EXPECT_EQ(GetModuleHandleW(L"log_xn_hostile.dll"), nullptr) << c.behaviour;
     }
 }
 
 TEST_F(Logging, OneThreadAtATimeIsInThePlugIns) {
+    constexpr int kThreads = 4;
+    constexpr int kEntries = 1000;
     start("-trace c -Password hunter2 -theKeyFile c:\\k.pem -passive -hostile no" +
           plugin("log_xn_hostile.dll"));
-    const auto log = [] {
-        for (int i = 0; i < 1000; ++i) SLog(loglevel_error, logcategory_general, 1, "entry");
-    };
-    std::vector<std::jthread> threads;
-    for (int t = 0; t < 4; ++t) threads.emplace_back(log);
-    threads.clear();  // when they have ended
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([] {
+            for (int i = 0; i < kEntries; ++i) SLog(loglevel_error, logcategory_general, 1, "entry");
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(InHostile<int (*)()>("Overlaps")(), 0);
+    EXPECT_EQ(InHostile<int (*)()>("Calls")(), kThreads * kEntries);
+    const std::string options = InHostile<const char* (*)()>("Options")();
+    EXPECT_NE(options.find(" -Password **** -theKeyFile **** -passive "), options.npos) << options;
     const SAnsiString own = SLogger::GetCmdLine();
     EXPECT_NE(own.find("hunter2"), own.end());
-    stop();
-    SAnsiString seen;
-    SEnvironment::Get("TARN_HOSTILE_SAW", seen);
-    EXPECT_EQ(seen.left(34), "4000 calls, 0 in another, options ");
-    EXPECT_NE(seen.find(" -Password **** -theKeyFile **** -passive "), seen.end()) << seen.getString();
 }
 #endif
 
 TEST_F(Logging, TakesUpAChangedIniFile) {
-    tarntest::WriteBytes(ini_, "\xEF\xBB\xBFtrace = s \n# at the start\nfileLogFilter=g.cpp\n");
+    write("trace.ini", "\xEF\xBB\xBFtrace = s \n# at the start\n");
     start("-trace c -keep perhaps");
-    EXPECT_TRUE(SLogger::ShouldTrace(2, "g.cpp"));
-    EXPECT_FALSE(SLogger::ShouldTrace(2, "f.cpp") || SLogger::ShouldTrace(8, "g.cpp"));
+    EXPECT_TRUE(SLogger::ShouldTrace(2, "f.cpp"));
+    EXPECT_FALSE(SLogger::ShouldTrace(8, "f.cpp"));
     const SAnsiString file = SLogger::GetLogFile();
-    tarntest::WriteBytes(ini_,
-                         "trace=d\nmaxLogFileSize=x\ntracecmpname=other\nNoAssert\nneverTrace\nnativeassert");
-    for (int i = 0; i < 1200 && !SLogger::ShouldTrace(4, "f.cpp"); ++i) Sleep(50);
-    EXPECT_TRUE(SLogger::ShouldTrace(4, "f.cpp"));
+    write("trace.ini",
+          "trace=d\nfileLogFilter=f.cpp\nmaxLogFileSize=x\ntracecmpname="
+          "other\nNoAssert\nneverTrace\nnativeassert");
+    EXPECT_TRUE(WaitFor(60, [] { return SLogger::ShouldTrace(4, "f.cpp"); }));
+    EXPECT_FALSE(SLogger::ShouldTrace(4, "g.cpp"));
     EXPECT_TRUE(SLogger::ShouldAssert());
     EXPECT_FALSE(SLogger::IsNativeAssert());
     EXPECT_EQ(SLogger::GetLogFile(), file);  // the name cannot be changed under way
-    ExpectLines(
-        stop(),  // each said once
-        {"Using ByFileLine predicate:\\n  g.cpp", "Invalid argument perhaps provided to keep",
-         "Invalid argument x provided to maxLogFileSize", "the option tracecmpname is not taken from there",
-         "the option nativeassert is not taken from there", "the option noassert is not taken from there",
-         "the option nevertrace is not taken from there"});
+    fs::remove(folder_ / "trace.ini");
+    EXPECT_TRUE(WaitFor(60, [] { return !SLogger::ShouldTrace(4, "f.cpp"); }));
+    EXPECT_TRUE(SLogger::ShouldTrace(8, "g.cpp"));
+    const std::string path = SLogger::GetLogFile().getString();
+    stop();
+    const char* const expected[] = {
+        // each said once
+        "Invalid argument perhaps provided to keep",       "Using ByFileLine predicate:\\n  f.cpp",
+        "Invalid argument x provided to maxLogFileSize",   "the option tracecmpname is not taken from there",
+        "the option nativeassert is not taken from there", "the option noassert is not taken from there",
+        "the option nevertrace is not taken from there"};
+    const std::vector<std::string> lines = Lines(path);
+    ASSERT_EQ(lines.size(), std::size(expected)) << testing::PrintToString(lines);
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        EXPECT_NE(lines[i].find(expected[i]), std::string::npos) << lines[i];
 }
 
 TEST_F(Logging, TrustsNoIniFileInTheTemporaryDirectory) {
     const fs::path temp = folder_.parent_path();
-    const fs::path ini = temp / "velmora" / "logging" / "trace.ini";
-    fs::create_directories(ini.parent_path());
-    tarntest::WriteBytes(ini, "trace=*");
+    fs::create_directories(temp / "velmora" / "logging");
+    std::ofstream(temp / "velmora" / "logging" / "trace.ini") << "trace=*";
     SAnsiString before;
     SEnvironment::Get("TMP", before);
-    SEnvironment::Set("TMP", tarntest::Text(temp));
-    startWith("");
+    SEnvironment::Set("TMP", temp.string().c_str());
+    startWith("prog.exe");
     EXPECT_NE(SLogger::GetLogFile().find("velmora\\logging\\tarn"), SLogger::GetLogFile().end());
     EXPECT_FALSE(SLogger::ShouldTrace(4, "f.cpp"));
     stop();
-    startWith("-traceinipath \"" + ini.string() + "\"");
+    startWith("prog.exe -traceinipath \"" + (temp / "velmora" / "logging" / "trace.ini").string() + "\"");
     EXPECT_TRUE(SLogger::ShouldTrace(4, "f.cpp"));
     SEnvironment::Set("TMP", before);
 }
@@ -203,8 +264,8 @@ TEST_F(Logging, TrustsNoIniFileInTheTemporaryDirectory) {
 TEST_F(Logging, StaysWhereItWasWhenTheCurrentDirectoryChanges) {
     const fs::path before = fs::current_path();
     fs::current_path(folder_.parent_path());
-    tarntest::WriteBytes(ini_, "trace=s");
-    startWith("-loggingPath \"log files\"");
+    write("trace.ini", "trace=s");
+    startWith("prog.exe -loggingPath \"log files\"");
     fs::current_path(before);
     EXPECT_TRUE(SLogger::ShouldTrace(2, "f.cpp"));
     EXPECT_EQ(SLogger::GetCmdLine(), ("prog.exe -loggingPath \"" + folder_.string() + "\"").c_str());
@@ -213,35 +274,36 @@ TEST_F(Logging, StaysWhereItWasWhenTheCurrentDirectoryChanges) {
 }
 
 TEST_F(Logging, GoesOnWithoutItsDirectory) {
-    fs::remove(folder_);
-    tarntest::WriteBytes(folder_, "a file in the way");
+    std::ofstream(folder_.parent_path() / "log files") << "a file in the way";
     testing::internal::CaptureStderr();
     start("-trace d");
     TARN_TRACE(4, "lost");
     SAssert("unit", 1, "lost too");
     stop();
-    const std::string expected =
-        "The internal logger count not create the required directories\n"
-        "The specified path is not accessible or does not exist: ";
     const std::string errors = testing::internal::GetCapturedStderr();
-    EXPECT_NE(errors.find(expected + folder_.string()), errors.npos) << errors;
+    EXPECT_NE(errors.find("The internal logger count not create the required directories\n"
+                          "The specified path is not accessible or does not exist: " +
+                          folder_.string()),
+              std::string::npos)
+        << errors;
 }
 
 TEST(StackWalks, NameTheExportedFunctionsOnTheStack) {
-    static SAnsiString all, fewer;
+    SAnsiString all, fewer;
+    EXPECT_TRUE(SStackWalk::StackWalkAll(all, 0));
+    EXPECT_TRUE(SStackWalk::StackWalkAll(fewer, 1));
+    EXPECT_LT(fewer.getLength(), all.getLength());
+    EXPECT_NE(all.find("  0 tarn_"), all.end()) << all.getString();
+    // Called back by an exported function: its name is on the stack.
+    static SAnsiString inside;
     SDiagnosticSink sink;
-    sink.assertion = [](const char*) {  // called back by an exported function
-        EXPECT_TRUE(SStackWalk::StackWalkAll(all, 0));
-        EXPECT_TRUE(SStackWalk::StackWalkAll(fewer, 1));
-    };
+    sink.assertion = [](const char*) { SStackWalk::StackWalkAll(inside, 0); };
     const SDiagnosticSink* const before = InstallDiagnosticSink(&sink);
     SAssert("unit", 1, "e");
     InstallDiagnosticSink(before);
-    EXPECT_LT(fewer.getLength(), all.getLength());
-    EXPECT_EQ(all.left(9), "  0 tarn_");
 #ifndef TARN_STATIC
-    EXPECT_NE(all.find("tarnlib-5-0.dll TarnLibA500::SAssert(char const*, int, char const*"), all.end())
-        << all.getString();
+    EXPECT_NE(inside.find("tarnlib-5-0.dll TarnLibA500::SAssert(char const*, int, char const*"), inside.end())
+        << inside.getString();
 #endif
 }
 
@@ -252,7 +314,7 @@ TEST(StackWalks, StartFromAnExceptionToo) {
     EXCEPTION_POINTERS pointers{&record, &context};
     SAnsiString text("before: ");
     EXPECT_TRUE(SStackWalk::StackWalkAll(text, 0, &pointers));
-    EXPECT_EQ(text.left(17), "before:   0 tarn_");
+    EXPECT_EQ(text.left(17), "before:   0 tarn_") << text.getString();
     context.Eip = context.Ebp = 0;
     text.empty();
     EXPECT_FALSE(SStackWalk::StackWalkAll(text, 0, &pointers));

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <string>
 #include <vector>
 
@@ -15,27 +14,38 @@ using namespace TarnLibA500;
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
-Texts seen;
-
-/// Takes the trace texts of the levels up to 6.
-class TracePoints : public testing::Test {
-  protected:
-    void SetUp() override {
-        seen.clear();
-        sink_.shouldTraceAt = [](int level, const char*, int) { return level <= 6; };
+/// Takes trace texts of all levels up to a limit.
+class TraceRecorder {
+  public:
+    explicit TraceRecorder(int highestLevel) {
+        highest = highestLevel;
+        Lines().clear();
+        sink_.shouldTraceAt = [](int level, const char*, int) { return level <= highest; };
         sink_.traceAt = [](int level, const char* file, int line, const char* text) {
-            seen.push_back(std::to_string(level) + " " + (file != nullptr ? file : "-") +
-                           (line != 0 ? ":line " : " ") + text);
+            Lines().push_back(std::to_string(level) + " " + (file != nullptr ? file : "-") +
+                              (line != 0 ? ":line " : " ") + text);
         };
         before_ = InstallDiagnosticSink(&sink_);
     }
-    void TearDown() override { InstallDiagnosticSink(before_); }
+    ~TraceRecorder() { InstallDiagnosticSink(before_); }
+    TraceRecorder(const TraceRecorder&) = delete;
+    TraceRecorder& operator=(const TraceRecorder&) = delete;
 
+    static std::vector<std::string>& Lines() {
+        static std::vector<std::string> lines;
+        return lines;
+    }
+
+  private:
+    static inline int highest = 0;
     SDiagnosticSink sink_;
-    const SDiagnosticSink* before_ = nullptr;
+    const SDiagnosticSink* before_;
 };
+
+std::string WithoutTimes(std::string line) {
+    const std::size_t bracket = line.find(" (");
+    return bracket == line.npos ? line : line.substr(0, bracket) + " (us)";
+}
 
 }  // namespace
 
@@ -58,55 +68,78 @@ TEST(TraceTexts, PlacesAreFilledOnceAndNeverRescanned) {
 TEST(TraceTexts, ArgumentsOfEveryType) {
     enum class Color : unsigned char { Red = 200 };
     enum Plain : long long { kLarge = 1LL << 40 };
-    const SChar_t<wchar_t, 1> wide(L'\x00E9');
-    EXPECT_EQ(STraceHelper("%1%2%3 %4%5%6", 'x', L'\x00E9', L'\x4E00', SChar_t<char, 0>('c'),
-                           SChar_t<char, 1>('d'), wide),
-              "x\xE9? cd\xE9");
-    EXPECT_EQ(STraceHelper("%1 %2 %3", SAnsiString("ansi"), SAnsiStringCI("case"), SAsciiString("ascii")),
-              "ansi case ascii");
-    EXPECT_EQ(STraceHelper("%1 %2 %3", SWCharString(L"w\x00E9\x4E00"), SOCAString(L"o\x00E9"),
-                           SWCharStringCI(L"case")),
-              "w\xE9? o\xE9 case");
-    EXPECT_EQ(STraceHelper("%1 %2 %3", SDateTime(2024, 2, 29, 23, 59, 58, 7, STimeZone::TZ_UTC()),
-                           SDate(2024, 2, 29), STime(23, 59, 58, 7, STimeZone::TZ_UTC())),
-              "2024-02-29@23:59:58.007 2024-02-29 23:59:58.007");
-    EXPECT_EQ(STraceHelper("%1 %2 %3", SDateTime(), SDate(), STime()),
-              "invalid-date-time invalid-date invalid-time");
+    const SChar_t<wchar_t, 1> wideCharacter(L'\x00E9');
     const STimeSpan day(1, 2, 3, 4, 5);
-    EXPECT_EQ(STraceHelper("%1, %2, %3", STimeSpan(), day, STimeSpan() - day),
-              "00:00:00.000, 1d 02:03:04.005, -1d 02:03:04.005");
-    EXPECT_EQ(STraceHelper("%1", STimeSpan::FromMilliseconds(LLONG_MIN)), "-106751991167d 07:12:55.808");
-    EXPECT_EQ(STraceHelper("%1 %2 %3 %4 %5", static_cast<unsigned char>(120), -1, 4294967295U, -2L, 3UL),
-              "120 -1 4294967295 -2 3");
-    EXPECT_EQ(STraceHelper("%1 %2", LLONG_MIN, ULLONG_MAX), "-9223372036854775808 18446744073709551615");
-    EXPECT_EQ(STraceHelper("%1 %2 %3", Color::Red, kLarge, 1.5), "200 1099511627776 1.500000");
-    EXPECT_EQ(STraceHelper("%1 %2 %3", static_cast<const char*>(nullptr),
-                           static_cast<const wchar_t*>(nullptr), nullptr),
-              "(null) (null) (null)");
-    EXPECT_EQ(STraceHelper("%1 %2 %3", reinterpret_cast<const void*>(0xABC), true, false),
-              "0x00000ABC true false");
+    const struct {
+        STraceParameter parameter;
+        const char* text;
+    } cases[] = {
+        {'x', "x"},
+        {L'\x00E9', "\xE9"},
+        {L'\x4E00', "?"},
+        {static_cast<unsigned char>(120), "120"},
+        {SChar_t<char, 0>('c'), "c"},
+        {SChar_t<char, 1>('c'), "c"},
+        {wideCharacter, "\xE9"},
+        {SAnsiString("text"), "text"},
+        {SAnsiStringCI("text"), "text"},
+        {SAsciiString("text"), "text"},
+        {SWCharString(L"t\x00E9\x4E00"), "t\xE9?"},
+        {SOCAString(L"t\x00E9"), "t\xE9"},
+        {SWCharStringCI(L"text"), "text"},
+        {SDateTime(2024, 2, 29, 23, 59, 58, 7, STimeZone::TZ_UTC()), "2024-02-29@23:59:58.007"},
+        {SDateTime(), "invalid-date-time"},
+        {SDate(2024, 2, 29), "2024-02-29"},
+        {SDate(), "invalid-date"},
+        {STime(23, 59, 58, 7, STimeZone::TZ_UTC()), "23:59:58.007"},
+        {STime(), "invalid-time"},
+        {STimeSpan(), "00:00:00.000"},
+        {day, "1d 02:03:04.005"},
+        {STimeSpan() - day, "-1d 02:03:04.005"},
+        {STimeSpan::FromMilliseconds(-9223372036854775807LL - 1), "-106751991167d 07:12:55.808"},
+        {-1, "-1"},
+        {4294967295U, "4294967295"},
+        {-2L, "-2"},
+        {3UL, "3"},
+        {-9223372036854775807LL - 1, "-9223372036854775808"},
+        {18446744073709551615ULL, "18446744073709551615"},
+        {Color::Red, "200"},
+        {kLarge, "1099511627776"},
+        {1.5, "1.500000"},
+        {static_cast<const char*>(nullptr), "(null)"},
+        {static_cast<const wchar_t*>(nullptr), "(null)"},
+        {nullptr, "(null)"},
+        {reinterpret_cast<const void*>(0xABC), "0x00000ABC"},
+        {true, "true"},
+        {false, "false"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(c.parameter.GetString(), c.text);
 }
 
-TEST_F(TracePoints, EvaluateTheirArgumentsOnlyWhenSwitchedOn) {
+TEST(TracePoints, EvaluateTheirArgumentsOnlyWhenSwitchedOn) {
     int evaluated = 0;
+    TARN_TRACE(0, "%1", ++evaluated);  // no sink: off
+    EXPECT_EQ(evaluated, 0);
+    const TraceRecorder recorder(5);
+    TARN_TRACE_AT(5, "unit", "n=%1", ++evaluated);
     TARN_TRACE_AT(6, "unit", "n=%1", ++evaluated);
-    TARN_TRACE_AT(7, "unit", "n=%1", ++evaluated);
-    InstallDiagnosticSink(nullptr);  // off
-    TARN_TRACE(0, "%1", ++evaluated);
-    EXPECT_EQ(seen, Texts{"6 unit:line n=1"});
     EXPECT_EQ(evaluated, 1);
+    EXPECT_EQ(recorder.Lines(), std::vector<std::string>{"5 unit:line n=1"});
 }
 
-TEST_F(TracePoints, LoseNothingBehindAZeroByteAndDropLineEnds) {
+TEST(TracePoints, LoseNothingBehindAZeroByteAndDropLineEnds) {
+    const TraceRecorder recorder(5);
     const SAnsiString zeros("a\0b\0", 4);
     const std::string filling(600, 'x');  // more than has room without memory
     TARN_TRACE_AT(5, "unit", "%1|%2", zeros, "Access denied.\r\n");
     TARN_TRACE_AT(5, "unit", "%1%2|%3", filling.c_str(), SWCharString(L"a\0b\0", 4), "end\n");
-    EXPECT_EQ(seen, (Texts{"5 unit:line a\\x00b\\x00|Access denied.",
-                           "5 unit:line " + filling + "a\\x00b\\x00|end"}));
+    const std::vector<std::string> expected = {"5 unit:line a\\x00b\\x00|Access denied.",
+                                               "5 unit:line " + filling + "a\\x00b\\x00|end"};
+    EXPECT_EQ(recorder.Lines(), expected);
 }
 
-TEST_F(TracePoints, ScopesHaveABeginningAndAnEndInOrder) {
+TEST(TracePoints, ScopesHaveABeginningAndAnEndInOrder) {
+    const TraceRecorder recorder(6);
     {
         const WorkflowScopeTrace root(true, "order", nullptr, "42");
         const InstrumentScopeTrace inner("file.cpp", "Load");
@@ -115,9 +148,10 @@ TEST_F(TracePoints, ScopesHaveABeginningAndAnEndInOrder) {
         EXPECT_EQ(off.GetMicroseconds(), 0U);
     }
     { const WorkflowScopeTrace step(false, "pay", "", nullptr); }
-    for (std::string& line : seen) {  // the times differ
-        if (line.find(" (") != line.npos) line.replace(line.find(" ("), line.npos, " (us)");
-    }
-    EXPECT_EQ(seen, (Texts{"6 - -> Root: order 42", "5 file.cpp   -> Load", "5 file.cpp   <- Load (us)",
-                           "6 - <- Root: order 42 (us)", "6 - -> Step: pay", "6 - <- Step: pay (us)"}));
+    std::vector<std::string> lines;
+    for (const std::string& line : recorder.Lines()) lines.push_back(WithoutTimes(line));
+    const std::vector<std::string> expected = {"6 - -> Root: order 42",     "5 file.cpp   -> Load",
+                                               "5 file.cpp   <- Load (us)", "6 - <- Root: order 42 (us)",
+                                               "6 - -> Step: pay",          "6 - <- Step: pay (us)"};
+    EXPECT_EQ(lines, expected);
 }

@@ -11,18 +11,22 @@
 
 #include "support/file_bytes.h"
 #include "tarnlib/configfilereader.h"
-#include "tarnlib/csharedlibrary.h"
 
 using namespace TarnLibA500;
 
 namespace {
 
-constexpr int kHandlesOfTheSystem = 3;  // it may have opened some of its own
-constexpr const char* kDll = "tarnlib-5-0.dll";
+constexpr int kRounds = 100;
+constexpr const wchar_t* kDll = L"tarnlib-5-0.dll";
 constexpr const char* kInitialize = "_ZN11TarnLibA5007SLogger10InitializeEv";
 constexpr const char* kTerminate = "_ZN11TarnLibA5007SLogger9TerminateEv";
 constexpr const char* kLoadLandscape =
     "_ZN11TarnLibA50016ConfigFileReader17initializeFromXMLERKNS_11SAnsiStringE";
+
+template <class Function>
+Function Find(HMODULE module, const char* name) {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
 
 int Threads() {
     const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
@@ -37,22 +41,40 @@ int Threads() {
 
 // Wine counts no handles (GetProcessHandleCount says 0), so every value that may be one is tried.
 int Handles() {
+    constexpr std::uintptr_t kMostTried = 0x4000;
     int count = 0;
-    DWORD flags = 0;
-    for (std::uintptr_t value = 4; value < 0x4000; value += 4)
+    for (std::uintptr_t value = 4; value < kMostTried; value += 4) {
+        DWORD flags = 0;
         count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
+    }
     return count;
 }
 
 void LoadAndUnload(bool terminate) {
-    const CSharedLibrary module(kDll);
-    ASSERT_TRUE(reinterpret_cast<bool (*)()>(module.Resolve(kInitialize))());
-    if (terminate) reinterpret_cast<void (*)()>(module.Resolve(kTerminate))();
+    const HMODULE module = LoadLibraryW(kDll);
+    ASSERT_NE(module, nullptr) << GetLastError();
+    ASSERT_TRUE(Find<bool (*)()>(module, kInitialize)());
+    if (terminate) Find<void (*)()>(module, kTerminate)();
+    FreeLibrary(module);
 }
 
 }  // namespace
 
 #ifndef TARN_GUARD_HEAP  // its strings stand at odd addresses, which the checks in the DLL do not take
+
+namespace {
+
+// A pointer to a member function is its address and an offset.
+using Load = bool (ConfigFileReader::*)(const SAnsiString&);
+Load FindLoad(HMODULE module) {
+    const std::pair<FARPROC, std::ptrdiff_t> parts(GetProcAddress(module, kLoadLandscape), 0);
+    Load load = nullptr;
+    static_assert(sizeof load == sizeof parts);
+    std::memcpy(&load, &parts, sizeof load);
+    return load;
+}
+
+}  // namespace
 
 // With the library's own copy of the parser; strings and readers look the same on both sides.
 TEST(Unloading, TheXmlParserGoesToo) {
@@ -61,19 +83,17 @@ TEST(Unloading, TheXmlParserGoesToo) {
     const SAnsiString path = tarntest::Text(folder / "landscape");
     int handles = 0;
     for (int round = 0; round < 10; ++round) {
-        {
-            const CSharedLibrary module(kDll);
-            // A pointer to a member function is its address and an offset.
-            const std::pair<void*, std::ptrdiff_t> parts(module.Resolve(kLoadLandscape), 0);
-            bool (ConfigFileReader::*load)(const SAnsiString&) = nullptr;
-            std::memcpy(&load, &parts, sizeof load);
-            for (const SAnsiString& file : {path, SAnsiString("none"), path})
-                EXPECT_EQ((ConfigFileReader().*load)(file), file != "none");
+        const HMODULE module = LoadLibraryW(kDll);
+        for (const SAnsiString& file : {path, SAnsiString("none"), path}) {
+            ConfigFileReader reader;
+            EXPECT_EQ((reader.*FindLoad(module))(file), file != "none");
         }
-        EXPECT_EQ(GetModuleHandleA(kDll), nullptr);
+        FreeLibrary(module);
+        EXPECT_EQ(GetModuleHandleW(kDll), nullptr);
         if (round == 0) handles = Handles();
     }
-    EXPECT_LE(Handles(), handles + kHandlesOfTheSystem);
+    EXPECT_LE(Handles(), handles + 3);  // the system may have opened some of its own
+    std::filesystem::remove_all(folder);
 }
 
 #endif
@@ -81,17 +101,21 @@ TEST(Unloading, TheXmlParserGoesToo) {
 TEST(Unloading, LeavesNothingBehind) {
     struct {
         const wchar_t* options;
-        bool terminate, staysLoaded;
-    } const cases[] = {{L"", true, false}, {L"-notracethread", false, false}, {L"", false, true}};
-    // The last one's thread keeps the module, once and not a hundred times.
+        bool terminate;
+        bool staysLoaded;
+    } const cases[] = {
+        {L"", true, false},
+        {L"-notracethread", false, false},
+        {L"", false, true},  // last: its thread keeps the module, once and not a hundred times
+    };
     for (const auto& c : cases) {
         SetEnvironmentVariableW(L"ZQE_LOGGER_ENVIRONMENT", c.options);
         LoadAndUnload(c.terminate);
         const int threads = Threads();
         const int handles = Handles();
-        for (int i = 0; i < 100; ++i) LoadAndUnload(c.terminate);
+        for (int i = 0; i < kRounds; ++i) LoadAndUnload(c.terminate);
         EXPECT_LE(Threads(), threads);
-        EXPECT_LE(Handles(), handles + kHandlesOfTheSystem);
-        EXPECT_EQ(GetModuleHandleA(kDll) != nullptr, c.staysLoaded);
+        EXPECT_LE(Handles(), handles + 3);  // the system may have opened some of its own
+        EXPECT_EQ(GetModuleHandleW(kDll) != nullptr, c.staysLoaded);
     }
 }

@@ -14,19 +14,6 @@ namespace {
 
 constexpr unsigned char kBytes[] = "bytes";
 
-/// Makes the nth allocation of the work fail; false when it has fewer.
-bool FailsAt(unsigned long nth, const std::function<void()>& work) {
-    tarntest::FailAllocation(nth);
-    try {
-        work();
-    } catch (const std::bad_alloc& e) {
-        EXPECT_STREQ(e.what(), "bad allocation");
-    }
-    const bool failed = tarntest::FailureHappened();
-    tarntest::FailAllocation(0);
-    return failed;
-}
-
 }  // namespace
 
 TEST(BufferTorture, AFailedAllocationLeavesTheBytesAsTheyWere) {
@@ -49,7 +36,7 @@ TEST(BufferTorture, AFailedAllocationLeavesTheBytesAsTheyWere) {
         for (bool failed = true; failed; failures += failed) {
             const SSimpleBuffer sharer(kBytes, 5, false);
             SSimpleBuffer buffer(sharer);
-            failed = FailsAt(failures + 1, [&, &work = run] { work(buffer); });
+            failed = tarntest::FailsAt(failures + 1, [&, &work = run] { work(buffer); });
             EXPECT_TRUE(sharer == kBytes && (!failed || buffer == sharer));
         }
         EXPECT_EQ(failures, allocations);

@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "support/assert_recorder.h"
+#include "support/case_file.h"
 #include "support/locale_scope.h"
 #include "support/print_strings.h"
 #include "tarnlib/codesetconverter.h"
@@ -33,34 +34,27 @@ std::string Bytes(const SSimpleBuffer& buffer) {
 TEST(AsciiConversion, RefusesWhatIsNotAscii) {
     tarntest::AssertRecorder asserts;
     SAsciiString s("kept");
-    EXPECT_FALSE(s.fromMBCS("a\xE9"));
-    EXPECT_TRUE(asserts.sawLast("sstring", "Not a valid ASCII string in MBCS"));
-    EXPECT_FALSE(s.fromOCA(L"a\x100"));
-    EXPECT_TRUE(asserts.sawLast("sstring", "Not a valid ASCII string in OCA"));
-    EXPECT_FALSE(s.fromWChar(L"\xE9"));
-    EXPECT_TRUE(asserts.sawLast("sstring", "Not a valid ASCII string in WChar"));
-    EXPECT_FALSE(s.fromUTF8("\xC3\xA9"));
-    EXPECT_EQ(s, "kept");
-    EXPECT_FALSE(s.fromUTF8("\xC3"));
-    EXPECT_EQ(s, "");
-    EXPECT_TRUE(s.fromWChar(L"plain text", 5));
-    EXPECT_EQ(s, "plain");
-    EXPECT_TRUE(s.fromMBCS(s.getString() + 1));
-    EXPECT_EQ(s, "lain");
+    const auto refuses = [&](bool converted, const std::string& source) {
+        return !converted && asserts.sawLast("sstring", "Not a valid ASCII string in " + source);
+    };
+    EXPECT_TRUE(refuses(s.fromMBCS("a\xE9"), "MBCS"));
+    EXPECT_TRUE(refuses(s.fromOCA(L"a\x100"), "OCA"));
+    EXPECT_TRUE(refuses(s.fromWChar(L"\xE9"), "WChar"));
+    EXPECT_TRUE(!s.fromUTF8("\xC3\xA9") && s == "kept");
+    EXPECT_TRUE(!s.fromUTF8("\xC3") && s.isEmpty());
+    EXPECT_TRUE(s.fromWChar(L"plain text", 5) && s == "plain");
+    EXPECT_TRUE(s.fromMBCS(s.getString() + 1) && s == "lain");
 
     const SAsciiString stray("a\xE9");
     char bytes[8];
     wchar_t units[8];
-    EXPECT_EQ(stray.toAscii(bytes, 2), -1);
-    EXPECT_EQ(stray.toAscii(bytes, 3), 3);
+    EXPECT_TRUE(stray.toAscii(bytes, 2) == -1 && stray.toAscii(bytes, 3) == 3);
     EXPECT_TRUE(asserts.sawLast("sstring", "Not a valid ASCII string in SString"));
     EXPECT_STREQ(bytes, "a?");
-    EXPECT_EQ(stray.toMBCS(bytes, 2), -1);
-    EXPECT_TRUE(asserts.sawLast("sstring", "nBytesInBuffer >= nBytesUsed"));
+    EXPECT_TRUE(stray.toMBCS(bytes, 2) == -1 && asserts.sawLast("sstring", "nBytesInBuffer >= nBytesUsed"));
     EXPECT_EQ(stray.toMBCS(bytes, 3), 3);
     EXPECT_STREQ(bytes, "a\xE9");
-    EXPECT_EQ(stray.toWChar(units, 6), 3);
-    EXPECT_EQ(units[1], 0xFFE9);  // widened with its sign
+    EXPECT_TRUE(stray.toWChar(units, 6) == 3 && units[1] == 0xFFE9);  // widened with its sign
     EXPECT_EQ(stray.toOCA(units, 5), -1);
     EXPECT_EQ(stray.toUTF8(bytes, 3), 3);
 }
@@ -71,24 +65,18 @@ TEST(AnsiConversion, GoesThroughUTF16) {
     char bytes[32];
     wchar_t units[32];
     EXPECT_EQ(s.getNBytesForWChar(), 14U);
-    EXPECT_EQ(s.toWChar(units, 13), -1);
-    EXPECT_EQ(s.toWChar(units, 14), 7);
+    EXPECT_TRUE(s.toWChar(units, 13) == -1 && s.toWChar(units, 14) == 7);
     EXPECT_STREQ(units, L"\x20AC caf\xE9");
     EXPECT_EQ(s.getNBytesForUTF8(), 10U);
-    EXPECT_EQ(s.toUTF8(bytes, 9), -1);
-    EXPECT_EQ(s.toUTF8(bytes, 10), 9);  // the terminator not counted
+    EXPECT_TRUE(s.toUTF8(bytes, 9) == -1 && s.toUTF8(bytes, 10) == 9);  // the terminator not counted
     EXPECT_STREQ(bytes, "\xE2\x82\xAC caf\xC3\xA9");
     EXPECT_EQ(s.toAscii(bytes, 7), 7);
     EXPECT_STREQ(bytes, "? caf?");
     SAnsiString back;
-    EXPECT_TRUE(back.fromUTF8("\xE2\x82\xAC caf\xC3\xA9 \xE0\xB8\x81"));
-    EXPECT_EQ(back, "\x80 caf\xE9 ?");
-    EXPECT_TRUE(back.fromWChar(L"\x141\xFF21\x3000", 2));
-    EXPECT_EQ(back, "LA");  // near likenesses
-    EXPECT_FALSE(back.fromUTF8("abc\xFF"));
-    EXPECT_EQ(back, "");
-    EXPECT_TRUE(back.fromAscii("a\xE9z", 2));
-    EXPECT_EQ(back, "a?");
+    EXPECT_TRUE(back.fromUTF8("\xE2\x82\xAC caf\xC3\xA9 \xE0\xB8\x81") && back == "\x80 caf\xE9 ?");
+    EXPECT_TRUE(back.fromWChar(L"\x141\xFF21\x3000", 2) && back == "LA");  // near likenesses
+    EXPECT_TRUE(!back.fromUTF8("abc\xFF") && back.isEmpty());
+    EXPECT_TRUE(back.fromAscii("a\xE9z", 2) && back == "a?");
     const SAnsiString large(std::string(3000, '\xE9').c_str());  // more than one piece
     EXPECT_EQ(large.getNBytesForUTF8(), 6001U);
     std::string utf8(6001, '#');
@@ -108,17 +96,12 @@ TEST(WideConversion, CutsWithQuestionMarks) {
     EXPECT_EQ(s.toUTF8(bytes, 0xFFFFFFFF), 10);  // "there is room enough"
     EXPECT_STREQ(bytes, "a\xC3\xA9\xE3\x82\xBD\xEF\xBF\xBD");
     SWCharString back(L"old");
-    EXPECT_TRUE(back.fromMBCS("\x80\x81"));
-    EXPECT_EQ(back, L"\x20AC\x81");
-    EXPECT_FALSE(back.fromUTF8("\xED\xA0\x80"));
-    EXPECT_EQ(back, L"");
+    EXPECT_TRUE(back.fromMBCS("\x80\x81") && back == L"\x20AC\x81");
+    EXPECT_TRUE(!back.fromUTF8("\xED\xA0\x80") && back.isEmpty());
     tarntest::AssertRecorder asserts;
-    EXPECT_TRUE(back.fromMBCS(nullptr));
-    EXPECT_TRUE(asserts.sawLast("sstring", "inBuffer != 0"));
-    EXPECT_EQ(s.toMBCS(nullptr, 9), -1);
-    EXPECT_TRUE(asserts.sawLast("sstring", "outBuffer != 0"));
-    EXPECT_EQ(s.toUTF8(nullptr, 9), -1);
-    EXPECT_TRUE(asserts.sawLast("sstring", "outBuffer!=NULL"));
+    EXPECT_TRUE(back.fromMBCS(nullptr) && asserts.sawLast("sstring", "inBuffer != 0"));
+    EXPECT_TRUE(s.toMBCS(nullptr, 9) == -1 && asserts.sawLast("sstring", "outBuffer != 0"));
+    EXPECT_TRUE(s.toUTF8(nullptr, 9) == -1 && asserts.sawLast("sstring", "outBuffer!=NULL"));
     EXPECT_EQ(SDecodedString(SWCharString(L"x")), L"x");
 }
 
@@ -145,29 +128,18 @@ TEST(Cp932Conversion, NeverCutsACharacterInHalf) {
     for (int i = 0; i < 1000; ++i) large += "\x83\x5C";
     EXPECT_EQ(large.getNBytesForUTF8(), 3001U);
     SAnsiString back;
-    EXPECT_TRUE(back.fromUTF8("\xE3\x82\xBD\xC3\xA9"));
-    EXPECT_EQ(back,
-              "\x83\x5C"
-              "e");
+    EXPECT_TRUE(back.fromUTF8("\xE3\x82\xBD\xC3\xA9") && back == "\x83\x5C\x65");
 }
 
 TEST(NamedCodesets, ConvertBothWays) {
     const LocaleScope locale(kLocale1252);
-    struct Case {
-        Codeset::ExplicitCodeset codeset;
-        const char *bytes, *text;
-    };
-    for (const Case& c : {Case{Codeset::Current, "\xE9\x80", "\xE9\x80"},
-                          {Codeset::UTF8, "\xC3\xA9\xE2\x82\xAC", "\xE9\x80"},
-                          {Codeset::Windows1252, "\xE9\x80", "\xE9\x80"},
-                          {Codeset::Windows1252Too, "\xE9\x80", "\xE9\x80"},
-                          {Codeset::ISO8859_15, "\xE9\xA4\xBD", "\xE9\x80\x9C"},
-                          {Codeset::Windows932, "A\x5C", "A\x5C"}}) {
-        EXPECT_EQ(Codeset::ExplicitCodesetToT(c.bytes, c.codeset), c.text) << c.codeset;
-        const SSimpleBuffer bytes = Codeset::TToExplicitCodeset(c.text, c.codeset);
-        EXPECT_EQ(Bytes(bytes), c.bytes) << c.codeset;
+    for (const auto& c : tarntest::ReadCases("codesets.txt")) {
+        const auto codeset = static_cast<Codeset::ExplicitCodeset>(std::stoi(c[0]));
+        EXPECT_EQ(Codeset::ExplicitCodesetToT(c[1].c_str(), codeset), c[2].c_str()) << codeset;
+        const SSimpleBuffer bytes = Codeset::TToExplicitCodeset(c[2].c_str(), codeset);
+        EXPECT_EQ(Bytes(bytes), c[1]) << codeset;
         EXPECT_EQ(bytes.getBufferProtected()[bytes.getNBytes()], 0);
-        EXPECT_EQ(Codeset::ExplicitCodesetToT(bytes, c.codeset), c.text);
+        EXPECT_EQ(Codeset::ExplicitCodesetToT(bytes, codeset), c[2].c_str());
     }
     EXPECT_EQ(Codeset::ExplicitCodesetToT("\x83\x5C", Codeset::Windows932),
               "?");  // not in this process's code page
@@ -179,17 +151,10 @@ TEST(NamedCodesets, ConvertBothWays) {
 }
 
 TEST(NamedCodesets, TraceIllegalUTF8) {
-    static std::string traced;
-    SDiagnosticSink sink;
-    sink.shouldTrace = [](int, const char*) { return true; };
-    sink.trace = [](int level, const char* unit, const char* text) {
-        traced = std::to_string(level) + " " + unit + ": " + text;
-    };
-    const SDiagnosticSink* const before = InstallDiagnosticSink(&sink);
+    const tarntest::AssertRecorder recorder(tarntest::kTracesToo);
     const std::string text = std::string(1000, 'x') + "\xC3\xA9\xFF!";
     EXPECT_EQ(Codeset::ExplicitCodesetToT(text.c_str(), Codeset::UTF8), "");
-    InstallDiagnosticSink(before);
-    EXPECT_EQ(traced, "9 mbcscodesetconverter: failed UTF8 -> UCS2 conversion at byte 1002 of 1004");
+    EXPECT_EQ(recorder.last(), "9 mbcscodesetconverter: failed UTF8 -> UCS2 conversion at byte 1002 of 1004");
 }
 
 // A count is a count: only texts without one end at their zero.

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "support/thrown.h"
 #include "tarnlib/refcount.h"
 #include "tarnlib/siarray.h"
 #include "tarnlib/simap.h"
@@ -41,12 +42,8 @@ TEST(Array, GrowsInStepsOfAtMost4096) {
         array.SetSize(capacity + 1);
         EXPECT_NE(array.Data(), data) << growBy;  // and not one more
     }
-    try {
-        SIArray<int>().SetSize(0xFFFFFFFF, 4);
-        FAIL();
-    } catch (const std::length_error& e) {
-        EXPECT_STREQ(e.what(), "vector<T> too long");
-    }
+    EXPECT_EQ(tarntest::WhatOf<std::length_error>([] { SIArray<int>().SetSize(0xFFFFFFFF, 4); }),
+              "vector<T> too long");
 }
 
 TEST(Map, OrdersByLengthAndIgnoresCase) {

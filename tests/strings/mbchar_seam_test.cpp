@@ -10,8 +10,10 @@
 
 using TarnLibA500::mbchar::CodePage;
 
+constexpr unsigned kCodePages[] = {1252, 932, 936, 949, 950, 28605, 1250, 1251, 874};
+
 TEST(CodePageDifferential, DecodesLikeTheSystem) {
-    for (const unsigned number : {1252U, 932U, 936U, 949U, 950U, 28605U, 1250U, 1251U, 874U}) {
+    for (const unsigned number : kCodePages) {
         const CodePage& page = CodePage::Of(number);
         for (unsigned first = 1; first < 256; ++first) {
             for (unsigned second = 0; second < (page.isSingleByte() ? 1 : 256); ++second) {
@@ -22,10 +24,8 @@ TEST(CodePageDifferential, DecodesLikeTheSystem) {
                                                       lead ? 2 : 1, system, 4);
                 const bool valid = units == 1 && (!lead || second != 0);
                 wchar_t ours = L'#';
-                ASSERT_EQ(page.toWide(ours, text), !valid ? -1
-                                                   : lead ? 2
-                                                          : 1)
-                    << number << ' ' << first << ' ' << second;
+                const int used = page.toWide(ours, text);
+                ASSERT_EQ(used, valid ? 1 + lead : -1) << number << ' ' << first << ' ' << second;
                 ASSERT_EQ(ours, valid ? system[0] : L'#') << number << ' ' << first << ' ' << second;
                 ASSERT_EQ(page.step(text), valid && lead ? 2U : 1U);
                 if (!lead && second != 0) break;
@@ -35,18 +35,15 @@ TEST(CodePageDifferential, DecodesLikeTheSystem) {
 }
 
 TEST(CodePageDifferential, EncodesLikeTheSystem) {
-    for (const unsigned number : {1252U, 932U, 936U, 949U, 950U, 28605U, 1250U, 1251U, 874U}) {
+    for (const unsigned number : kCodePages) {
         const CodePage& page = CodePage::Of(number);
         for (unsigned unit = 1; unit < 0x10000; ++unit) {
             const auto code = static_cast<wchar_t>(unit);
-            char system[8] = {};
-            char ours[8] = {};
+            char system[8] = {}, ours[8] = {};
             BOOL replaced = FALSE;
             const int bytes = WideCharToMultiByte(number, 0, &code, 1, system, 8, nullptr, &replaced);
             ASSERT_EQ(page.fromWide(ours, code), replaced ? -1 : bytes) << number << ' ' << unit;
-            if (!replaced) {
-                ASSERT_STREQ(ours, system) << number << ' ' << unit;
-            }
+            if (!replaced) ASSERT_STREQ(ours, system) << number << ' ' << unit;
         }
     }
 }
@@ -56,20 +53,16 @@ TEST(CodePageTables, TheCLocaleIsLatinOneAndUnknownPagesAreLikeIt) {
         const CodePage& page = CodePage::Of(number);
         wchar_t unit = 0;
         char encoded = 0;
-        EXPECT_TRUE(page.isSingleByte());
-        EXPECT_EQ(page.toWide(unit, "\xE9"), 1);
-        EXPECT_EQ(unit, 0xE9);
-        EXPECT_EQ(page.fromWide(&encoded, 0xFF), 1);
-        EXPECT_EQ(page.fromWide(&encoded, 0x100), -1);
-        EXPECT_EQ(page.foldByte('\xC9'), 0xC9);
+        EXPECT_TRUE(page.isSingleByte() && page.foldByte('\xC9') == 0xC9);
+        EXPECT_TRUE(page.toWide(unit, "\xE9") == 1 && unit == 0xE9);
+        EXPECT_TRUE(page.fromWide(&encoded, 0xFF) == 1 && page.fromWide(&encoded, 0x100) == -1);
     }
     EXPECT_EQ(CodePage::Of(1252).foldByte('\xC9'), 0xE9);
     EXPECT_EQ(CodePage::Of(932).foldByte('\x83'), 0x83);
 }
 
 TEST(CharacterClasses, FollowTheUnicodeTable) {
-    unsigned spaces = 0;
-    unsigned uppers = 0;
+    unsigned spaces = 0, uppers = 0;
     for (unsigned code = 0x80; code < 0x10000; ++code) {
         spaces += TarnLibA500::is_space(static_cast<wchar_t>(code));
         uppers += TarnLibA500::is_upper(static_cast<wchar_t>(code));

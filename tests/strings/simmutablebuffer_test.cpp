@@ -3,26 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <functional>
 #include <stdexcept>
 #include <string>
 
 #include "support/assert_recorder.h"
+#include "support/thrown.h"
 
 using namespace TarnLibA500;
+using tarntest::WhatOf;
 
 namespace {
 
 SImmutableBuffer Of(const std::string& bytes) {
     return {reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<std::uint32_t>(bytes.size()),
             CopyData};
-}
-
-std::string LogicErrorOf(const std::function<void()>& work) try {
-    work();
-    return "";
-} catch (const std::logic_error& e) {
-    return e.what();
 }
 
 }  // namespace
@@ -51,10 +45,10 @@ TEST(ImmutableBuffer, RangesShareAndAreChecked) {
     other = SImmutableBuffer(middle, 1, 2);
     EXPECT_TRUE(other == Of("cd") && end == Of("") && other.at(1) == 'd');
     for (const auto& [offset, length] : {std::pair{0U, 5U}, {5U, 0U}, {0xFFFFFFFFU, 2U}, {2U, 0xFFFFFFFFU}}) {
-        EXPECT_EQ(LogicErrorOf([&] { SImmutableBuffer(middle, offset, length); }),
+        EXPECT_EQ(WhatOf<std::logic_error>([&] { SImmutableBuffer(middle, offset, length); }),
                   "SImmutableBuffer subset operation out of range");
     }
-    EXPECT_EQ(LogicErrorOf([&] { middle.at(4); }), "out-of-bounds SImmutableBuffer access");
+    EXPECT_EQ(WhatOf<std::logic_error>([&] { middle.at(4); }), "out-of-bounds SImmutableBuffer access");
     EXPECT_EQ((other = *&other, whole.refcount()), 4);
 }
 

@@ -5,9 +5,10 @@
 #include <string>
 #include <tuple>
 
-#include "tarnlib/sassert.h"
+#include "support/assert_recorder.h"
 
 using namespace TarnLibA500;
+using tarntest::AssertRecorder;
 
 namespace {
 
@@ -21,21 +22,6 @@ struct Buffer : SSimpleBuffer {
         releaseBuffer(static_cast<std::uint32_t>(bytes.size()));
     }
     std::string text() const { return {getBufferProtected(), getBufferProtected() + getNBytes()}; }
-};
-
-int reports;  // assertions and traces since the last Reporting began
-std::string lastReport;
-
-struct Reporting {
-    Reporting() {
-        static const SDiagnosticSink sink{[](const char* text) { lastReport = (++reports, text); }, nullptr,
-                                          [](int, const char*) { return true; },
-                                          [](int level, const char*, const char* text) {
-                                              lastReport = std::to_string(level) + " " + text;
-                                          }};
-        InstallDiagnosticSink((reports = 0, &sink));
-    }
-    ~Reporting() { InstallDiagnosticSink(nullptr); }
 };
 
 }  // namespace
@@ -69,11 +55,11 @@ TEST(SimpleBuffer, AppendsItsOwnBytesAndRefusesOverflow) {
     buffer.append(buffer.getBufferProtected() + 1, 2);
     buffer.concat(buffer, 1);
     EXPECT_EQ(buffer.getNBytesAllocated(), 11U);
-    const Reporting reporting;
+    const AssertRecorder reports(tarntest::kTracesToo);
     buffer.append("x", 0xFFFFFFF5);
     buffer.append("x", 1, 0xFFFFFFFE);
     EXPECT_EQ((buffer << 0xFF, buffer.text()), "abcdabcdbca\xFF");
-    EXPECT_EQ(reports, 2);
+    EXPECT_EQ(reports.count(), 2U);
 }
 
 TEST(SimpleBuffer, WhatWasWrittenSurvivesASharerInBetween) {
@@ -88,33 +74,33 @@ TEST(SimpleBuffer, TheEmptyBlockIsOneAndIsNeverWritten) {
     const auto* empty = Buffer::GetEmptyBuffer();
     Buffer a, b(a);
     EXPECT_TRUE(a.getInternalBuffer() == empty && a.detach() == nullptr && a.getBuffer() != empty->data);
-    const Reporting reporting;
+    const AssertRecorder reports(tarntest::kTracesToo);
     b.releaseBuffer(2);
-    EXPECT_NE(lastReport.find("(bytesUsed <= buffer->bytesAllocated : "), std::string::npos);
+    EXPECT_NE(reports.last().find("(bytesUsed <= buffer->bytesAllocated : "), std::string::npos);
     EXPECT_TRUE(b.text() == std::string(2, '\0') && empty->bytesUsed == 0 && empty->refCount == -1);
 }
 
 TEST(SimpleBuffer, AnObjectWithoutABlockSurvivesEveryMember) {
-    const Reporting reporting;
+    const AssertRecorder reports(tarntest::kTracesToo);
     Buffer none(nullptr, 3, true), copy(none), other("x", 0, false);
-    EXPECT_EQ(lastReport.find("assert failure: (simplebuffer:324). "), 0U);
+    EXPECT_EQ(reports.last().find("assert failure: (simplebuffer:324). "), 0U);
     EXPECT_TRUE(none.isEmpty() && none.getNBytesAllocated() == 0 && none == other && none == nullptr);
     EXPECT_TRUE(none.compare(Buffer("a")) == -1 && Buffer("a").compare(none) == 1);
     (copy << 'x', copy).concat("x", 1);
-    EXPECT_TRUE(copy.getBuffer(5) == nullptr && copy.detach() == nullptr && reports == 6);
+    EXPECT_TRUE(copy.getBuffer(5) == nullptr && copy.detach() == nullptr && reports.count() == 6);
     copy.releaseBuffer(1);
     EXPECT_EQ(copy.text(), std::string(1, '\0'));
     EXPECT_EQ((other.empty(), other << 'y', none = other, none.text()), "y");
 }
 
 TEST(SimpleBuffer, DetachHandsOverOrCopies) {
-    const Reporting reporting;
+    const AssertRecorder reports(tarntest::kTracesToo);
     Buffer own("own");
     const unsigned char* bytes = own;
     const Buffer adopting(own.detach(), 3, true);
     Buffer shared = adopting;
     const Buffer copied(shared.detach(), 3, true);
-    EXPECT_EQ(lastReport, "6 SSimpleBuffer::detach() copying buffer before detaching");
+    EXPECT_EQ(reports.last(), "6 simplebuffer: SSimpleBuffer::detach() copying buffer before detaching");
     EXPECT_TRUE(own.isEmpty() && shared.isEmpty() && adopting.getBufferProtected() == bytes);
     EXPECT_TRUE(copied.getBufferProtected() != bytes && copied == adopting);
 }

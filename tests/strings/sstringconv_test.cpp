@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "support/assert_recorder.h"
+#include "support/case_file.h"
 #include "support/locale_scope.h"
 
 using namespace TarnLibA500;
@@ -85,20 +86,10 @@ TEST(StringConv, WritesIntegersOfEveryTypeRadixAndLength) {
 }
 
 TEST(StringConv, ReadsIntegers) {
-    const struct {
-        const char* text;
-        int number;
-        int radix;
-    } read[] = {{"", 0, 10},      {"-", 0, 10},   {" 5", 0, 10},        {".5", 0, 10},
-                {"12.5", 12, 10}, {"5 a", 5, 10}, {"12abc", 76476, 16}, {"0x1F", 31, 16},
-                {"1x2", 18, 16},  {"x", 0, 16},   {"-x1", -1, 16},      {"0x1F", 42819, 36}};
-    for (const auto& c : read) {
+    for (const auto& c : tarntest::ReadCases("integer_reads.txt")) {
         int number = 1;
-        EXPECT_TRUE(Conv::FromString(c.text, number, c.radix) && number == c.number) << c.text;
-    }
-    for (const char* text : {"+5", "--5", "12\t", "12abc", "x", "\xB5", "2147483648", "-2147483649"}) {
-        int number = 1;
-        EXPECT_TRUE(!Conv::FromString(text, number) && number == 0) << text;
+        EXPECT_EQ(Conv::FromString(c[0].c_str(), number, std::stoi(c[1])), c[2] != "no") << c[0];
+        EXPECT_EQ(number, c[2] == "no" ? 0 : std::stoi(c[2])) << c[0];
     }
     int number = 1;
     EXPECT_FALSE(SWCharStringConv::FromString(L"\x0131", number));  // its low byte is the digit 1

@@ -14,9 +14,8 @@ TEST(StrTokSeam, ReportsFailingMemoryAndLosesNothing) {
     RSStrTok tokenizer("name=value");
     tokenizer.SetToken("=");
     tarntest::AssertRecorder recorder;
-    tarntest::FailAllocation(1);
-    const SAnsiString piece = tokenizer.Next();
-    tarntest::FailAllocation(0);
+    SAnsiString piece("old");
+    EXPECT_TRUE(tarntest::FailsAt(1, [&] { piece = tokenizer.Next(); }));
     EXPECT_TRUE(recorder.sawLast("nvpairs", "FALSE"));
     EXPECT_EQ(piece, "");
     EXPECT_EQ(tokenizer.Next(), "name");
@@ -42,12 +41,7 @@ TEST(WordsSeam, NothingOfTheOldWordsIsLeftWhenMemoryFails) {
         SIArray<SAnsiString> words;
         for (int i = 0; i < 5; ++i) words.Add("old");
         const SIArray<SAnsiString> sharer(words);
-        tarntest::FailAllocation(nth);
-        try {
-            SStringHelper::makeWords(text, words, blank, false, false);
-        } catch (const std::bad_alloc&) {
-        }
-        tarntest::FailAllocation(0);
+        tarntest::FailsAt(nth, [&] { SStringHelper::makeWords(text, words, blank, false, false); });
         for (const SAnsiString& word : words) EXPECT_EQ(word, "new");
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <new>
 
 /// Counting and failing allocations, for the test programs that hold the library's sources. Counted are the
@@ -38,6 +40,20 @@ class AllocationCount {
   private:
     unsigned long before_;
 };
+
+/// Makes the nth allocation of the work fail; false when the work has fewer.
+template <class Work>
+bool FailsAt(unsigned long nth, Work work) {
+    FailAllocation(nth);
+    try {
+        work();
+    } catch (const std::bad_alloc& e) {
+        EXPECT_STREQ(e.what(), "bad allocation");
+    }
+    const bool failed = FailureHappened();
+    FailAllocation(0);
+    return failed;
+}
 
 /// False when an allocation fails under way.
 template <class Action>

@@ -7,12 +7,20 @@
 
 namespace tarntest {
 
+enum Recorded { kAssertions, kTracesToo };
+
 /// Collects the assertions that are reported while it lives, instead of printing them.
 class AssertRecorder {
   public:
-    AssertRecorder() {
+    explicit AssertRecorder(Recorded recorded = kAssertions) {
         Lines().clear();
         sink_.assertion = [](const char* text) { Lines().push_back(text); };
+        if (recorded == kTracesToo) {
+            sink_.shouldTrace = [](int, const char*) { return true; };
+            sink_.trace = [](int level, const char* unit, const char* text) {
+                Lines().push_back(std::to_string(level) + " " + unit + ": " + text);
+            };
+        }
         before_ = TarnLibA500::InstallDiagnosticSink(&sink_);
     }
     ~AssertRecorder() { TarnLibA500::InstallDiagnosticSink(before_); }
@@ -20,9 +28,10 @@ class AssertRecorder {
     AssertRecorder& operator=(const AssertRecorder&) = delete;
 
     std::size_t count() const { return Lines().size(); }
+    std::string last() const { return Lines().empty() ? "" : Lines().back(); }
     /// True when the last assertion came from this unit with this expression; forgets what was collected.
     bool sawLast(const std::string& unit, const std::string& expression) {
-        const std::string line = Lines().empty() ? "" : Lines().back();
+        const std::string line = last();
         Lines().clear();
         return line.find("assert failure: (" + unit + ":") == 0 &&
                line.find("). (" + expression + " : ") != line.npos;

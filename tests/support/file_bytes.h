@@ -3,7 +3,6 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <vector>
 
 #include "support/scratch_folder.h"
 #include "tarnlib/sfileexception.h"
@@ -20,13 +19,6 @@ inline void WriteBytes(const std::filesystem::path& file, const std::string& byt
 inline std::string ReadBytes(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(stream), {});
-}
-
-inline std::vector<std::string> ReadLines(const std::filesystem::path& file) {
-    std::vector<std::string> lines;
-    std::ifstream stream(file);
-    for (std::string line; std::getline(stream, line);) lines.push_back(line);
-    return lines;
 }
 
 inline TarnLibA500::SAnsiString Text(const std::filesystem::path& path) {
