@@ -87,7 +87,7 @@ void Registry::SetRemoteKeyHandle(HKEY root) {
 SAnsiString Registry::place(const SAnsiStringCI* value) const {
     const SWCharString path = ToSystem(subKey_);
     const SWCharString name = value != nullptr ? ToSystem(*value) : SWCharString();
-    const SAnsiString key =
+    SAnsiString key =
         registrypath::Describe(root_, path.getString(), value != nullptr ? name.getString() : nullptr);
     if (machine_.isEmpty()) return key;
     return "\\\\" + machineName() + "\\" + key;

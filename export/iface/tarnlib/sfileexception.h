@@ -13,7 +13,7 @@
 ///         report.open("C:\\data\\report.txt", SFile::readOnly, SFile::readWriteMask, SFile::denyNothing);
 ///     } catch (const SFileException& failure) {
 ///         if (failure.DetailCode() == SFileException::notFound) return UsualReport();
-///         TARN_TRACE(1, "%1", failure.summary());
+///         TARN_TRACE(7, "%1", failure.summary());
 ///         throw;
 ///     }
 namespace TarnLibA500 {

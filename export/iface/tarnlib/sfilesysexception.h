@@ -15,7 +15,7 @@ namespace TarnLibA500 {
 ///         SFileSys::makeDirectories("D:\\data\\in", SFile::defaultPermissions);
 ///     } catch (const SFileSysException& failure) {
 ///         if (failure.ErrReason() != SFileSysException::reasonDiskFull) throw;
-///         TARN_TRACE(1, "%1", failure.summary());
+///         TARN_TRACE(7, "%1", failure.summary());
 ///     }
 class TARN_API SFileSysException {
   public:
