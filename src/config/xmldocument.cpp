@@ -105,7 +105,7 @@ class ParserData : private xml::PanicHandler {
   private:
     // It cannot be set up a second time after it failed half-way, so there has to be memory for all of it.
     ParserData() {
-        constexpr std::uint64_t kRoomForAll = 1024 * 1024;
+        constexpr std::uint64_t kRoomForAll = 1ULL << 20;
         if (isHalfMade) throw Refusal{"the parser could not be set up for lack of memory"};
         memory::Free(memory::Allocate(kRoomForAll));
         isHalfMade = true;

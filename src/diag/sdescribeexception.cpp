@@ -24,7 +24,7 @@ SAnsiString Sentence(const Failure& failure) {
 
 // Some stages of a file's failure have a sentence that does not name the file.
 SAnsiString FileSentence(const SFileException& failure) {
-    const SAnsiString sentence = Sentence(failure);
+    SAnsiString sentence = Sentence(failure);
     if (!sentence.find(failure.fileName()).isAtEnd()) return sentence;
     return sentence + failure.fileName() + ": " + failure.reason();
 }
