@@ -34,8 +34,4 @@ inline TarnLibA500::SAnsiString Number(long long number) {
     return std::to_string(number).c_str();
 }
 
-inline std::uint32_t Count(const TarnLibA500::SAnsiString& text) {
-    return static_cast<std::uint32_t>(std::stoul(text.getString()));
-}
-
 }  // namespace tarntest
