@@ -1,7 +1,7 @@
 // A process that ends while its threads are in the middle of something. Another module's static destructor
 // then wants what they held, and traces that it came through.
 //
-//     ending log|monitor|thread|writing LOG_FOLDER
+//     ending log|writing|threads -loggingPath FOLDER
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -41,19 +41,15 @@ class Holder : public JTCThread {
 };
 Holder& holder = *new Holder;
 
-void StartHolder() {
+void HoldMonitor() {
     holder.start();
     WaitForSingleObject(isAtIt, INFINITE);
 }
 
-void UseMonitor() {
+void UseMonitorAndThread() {
     const JTCSynchronized lock(monitor);
     monitor.wait(1);
     monitor.notifyAll();
-    Trace();
-}
-
-void UseThread() {
     holder.setPriority(JTCThread::kHigh);
     holder.join();
     holder.join(60'000);
@@ -114,8 +110,7 @@ const struct {
 } kCases[] = {
     {"log", &HoldDevice, &Trace},
     {"writing", &WriteALot, &Trace},
-    {"monitor", &StartHolder, &UseMonitor},
-    {"thread", &StartHolder, &UseThread},
+    {"threads", &HoldMonitor, &UseMonitorAndThread},
 };
 
 }  // namespace
@@ -123,10 +118,10 @@ const struct {
 int main(int count, char** arguments) {
     const std::string wanted = count > 1 ? arguments[1] : "";
     SLogger::Initialize(CParamLineArgs(GetCommandLineA()));
-    for (const auto& c : kCases) {
-        if (wanted != c.name) continue;
-        AtTheEnd(c.atTheEnd);
-        c.prepare();
+    for (const auto& [name, prepare, atTheEnd] : kCases) {
+        if (wanted != name) continue;
+        AtTheEnd(atTheEnd);
+        prepare();
         return 0;
     }
     return 2;

@@ -2,6 +2,7 @@
 // modules trace then must be in the log.
 #include <gtest/gtest.h>
 
+#include <process.h>
 #include <string>
 
 #include "support/file_bytes.h"
@@ -12,41 +13,31 @@ namespace {
 
 constexpr DWORD kLongestMilliseconds = 60'000;
 
-/// The exit status of a command, or -1 when it does not end.
-int StatusOf(std::string command) {
-    STARTUPINFOA startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                        &process))
-        return -2;
-    DWORD status = 0;
-    const bool hasEnded = WaitForSingleObject(process.hProcess, kLongestMilliseconds) == WAIT_OBJECT_0;
-    if (!hasEnded) TerminateProcess(process.hProcess, 1);
-    GetExitCodeProcess(process.hProcess, &status);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    return hasEnded ? static_cast<int>(status) : -1;
+/// The exit status of a case of ending.exe; -1 when it does not end.
+int StatusOf(const char* name, const std::string& folder) {
+    const std::string program = (std::filesystem::path(_pgmptr).parent_path() / "ending.exe").string();
+    const std::intptr_t process =
+        _spawnl(_P_NOWAIT, program.c_str(), "ending", name, "-trace", "m", "-notracethread", "-loggingPath",
+                ('"' + folder + '"').c_str(), nullptr);
+    if (process == -1) return -2;
+    const auto handle = reinterpret_cast<HANDLE>(process);
+    if (WaitForSingleObject(handle, kLongestMilliseconds) != WAIT_OBJECT_0) TerminateProcess(handle, ~0U);
+    int status = -3;
+    _cwait(&status, process, 0);
+    return status;
 }
 
 }  // namespace
 
 TEST(Ending, WaitsForNoThreadThatIsGone) {
-    const struct {
-        const char* name;
-        int runs;
-    } cases[] = {{"log", 3}, {"writing", 5}, {"monitor", 1}, {"thread", 1}};
-    for (const auto& c : cases) {
-        for (int run = 0; run < c.runs; ++run) {
+    for (const auto& [name, runs] : {std::pair("log", 3), {"writing", 5}, {"threads", 1}}) {
+        for (int run = 0; run < runs; ++run) {
             const std::filesystem::path folder = tarntest::MakeScratchFolder("ending");
-            ASSERT_EQ(StatusOf(std::string("ending.exe ") + c.name +
-                               " -trace m -notracethread -loggingPath \"" + folder.string() + "\""),
-                      0)
-                << c.name;
+            ASSERT_EQ(StatusOf(name, folder.string()), 0) << name;
             std::string log;
             for (const auto& entry : std::filesystem::directory_iterator(folder))
                 log += tarntest::ReadBytes(entry.path());
-            EXPECT_NE(log.find("came through"), log.npos) << c.name;
+            EXPECT_NE(log.find("came through"), log.npos) << name;
             std::filesystem::remove_all(folder);
         }
     }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -30,28 +31,14 @@ class Receiver : public JTCThread {
     int number_ = 0;
 };
 
-class Thrower : public JTCThread {
+/// Does what it is given.
+class Worker : public JTCThread {
   public:
-    void run() override { throw std::runtime_error("on purpose"); }
-};
-
-/// Ends when the other thread lets it.
-class Sleeper : public JTCThread {
-  public:
-    void run() override { WaitForSingleObject(mayEnd, INFINITE); }
-    HANDLE mayEnd = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-};
-
-class Waker : public JTCThread {
-  public:
-    explicit Waker(HANDLE event) : event_(event) {}
-    void run() override {
-        sleep(100);
-        SetEvent(event_);
-    }
+    explicit Worker(std::function<void()> work) : work_(std::move(work)) {}
+    void run() override { work_(); }
 
   private:
-    HANDLE event_;
+    std::function<void()> work_;
 };
 
 }  // namespace
@@ -76,27 +63,31 @@ TEST(Threads, RunAreJoinedAndStartOnce) {
 
 TEST(Threads, SurviveTheirExceptions) {
     testing::internal::CaptureStderr();
-    Thrower thrower;
+    Worker thrower([] { throw std::runtime_error("on purpose"); });
     thrower.start();
     thrower.join();
     EXPECT_NE(testing::internal::GetCapturedStderr().find("on purpose"), std::string::npos);
 }
 
 TEST(Threads, AreWaitedForUntilADeadline) {
-    const ULONGLONG start = GetTickCount64();
-    Sleeper sleeper;
+    const HANDLE mayEnd = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    Worker sleeper([&] { WaitForSingleObject(mayEnd, INFINITE); });
     sleeper.start();
+    const ULONGLONG start = GetTickCount64();
     sleeper.join(50);
     EXPECT_TRUE(sleeper.isAlive());
     EXPECT_GE(GetTickCount64() - start, 40U);
-    Waker waker(sleeper.mayEnd);
+    Worker waker([&] {
+        JTCThread::sleep(100);
+        SetEvent(mayEnd);
+    });
     {
         const JTCInitialize first;
         const JTCInitialize second;
         waker.start();
     }  // the last one waits
     EXPECT_FALSE(sleeper.isAlive());
-    CloseHandle(sleeper.mayEnd);
+    CloseHandle(mayEnd);
 }
 
 TEST(Threads, StartedElsewhereCanBeAdopted) {

@@ -2,17 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <regex>
-#include <set>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "support/alloc_hooks.h"
-#include "support/scratch_folder.h"
+#include "support/case_file.h"
+#include "support/file_bytes.h"
 #include "tracelog/osfile.h"
 
 #include <windows.h>
@@ -56,34 +55,25 @@ class TraceLogs : public testing::Test {
         masks.assign_mask("*");
         masks.apply();
     }
+    /// The files' contents; "#" in a name stands for this process, "@" for another one that lives.
     std::map<std::string, std::string> files() const {
         std::map<std::string, std::string> contents;
-        for (const auto& entry : fs::directory_iterator(folder_)) {
-            std::ifstream file(entry.path(), std::ios::binary);
-            const std::string name = entry.path().filename().string();
-            contents[name.substr(name.find('.'))].assign(std::istreambuf_iterator<char>(file), {});
-        }
+        for (const auto& entry : fs::directory_iterator(folder_))
+            contents[Replaced(Replaced(entry.path().filename().string(), own_, "_#."), living_, "_@.")] =
+                tarntest::ReadBytes(entry.path());
         return contents;
     }
-    std::set<std::string> names() const {
-        std::set<std::string> found;
-        for (const auto& entry : fs::directory_iterator(folder_))
-            found.insert(entry.path().filename().string());
-        return found;
+    std::string log() const { return files()["unit_#.log"]; }
+    std::size_t countLines() const {
+        std::size_t lines = 0;
+        for (const auto& [name, text] : files()) lines += CountWhole(text);
+        return lines;
     }
-    static std::string Own(std::string name) {
-        const std::size_t at = name.find('#');
-        return at != name.npos ? name.replace(at, 1, std::to_string(GetCurrentProcessId())) : name;
+    static std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+        const std::size_t at = text.find(from);
+        return at == text.npos ? text : text.replace(at, from.size(), to);
     }
-    static PROCESS_INFORMATION StartSuspended() {
-        wchar_t command[] = L"cmd.exe /c exit";
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        PROCESS_INFORMATION process{};
-        EXPECT_TRUE(CreateProcessW(nullptr, command, nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr,
-                                   nullptr, &startup, &process));
-        return process;
-    }
+    void take(const std::string& step);
     static void Write(const char* text) { Logger(Logger::S, Event()) << text; }
     static EventInfo Event() {
         EventInfo event;
@@ -109,7 +99,50 @@ class TraceLogs : public testing::Test {
     }
 
     fs::path folder_;
+    const std::string own_ = "_" + std::to_string(GetCurrentProcessId()) + ".";
+    std::string living_ = "_none.";
+    std::size_t lineBytes_ = 0;
+    HANDLE held_ = nullptr;
 };
+
+/// A step of tracelog_files.txt.
+void TraceLogs::take(const std::string& step) {
+    std::istringstream in(step);
+    std::string verb, name, left;
+    in >> verb;
+    unsigned number = 0;
+    if (verb == "open") {
+        unsigned files = 0, days = 0;
+        in >> number >> files >> days;
+        open(number * lineBytes_, step.find("dropped") == step.npos, step.find("buffered") != step.npos,
+             files, days);
+    } else if (verb == "write") {
+        for (in >> number; number > 0; --number) Write("a line");
+    } else if (verb == "tick") {
+        State::tick();
+    } else if (verb == "close") {
+        DeviceAdmin::get().close_all();
+    } else if (verb == "hours") {
+        in >> number;
+        osfile::PassTime(number * 3'600'000);
+    } else if (verb == "release") {
+        CloseHandle(held_);
+    } else if (verb == "left") {
+        for (const auto& [file, text] : files())
+            left += " " + file + (text == "x" ? "" : "=" + std::to_string(CountWhole(text)));
+        EXPECT_EQ(verb + left, step);
+    } else {
+        in >> number >> name;
+        const fs::path path = folder_ / Replaced(Replaced(name, "_#.", own_), "_@.", living_);
+        if (verb == "old") {
+            tarntest::WriteBytes(path, "x");
+            fs::last_write_time(path, fs::file_time_type::clock::now() - std::chrono::hours(24 * number));
+        } else {
+            ASSERT_EQ(verb, "hold");
+            held_ = CreateFileW(path.c_str(), GENERIC_READ, number, nullptr, OPEN_EXISTING, 0, nullptr);
+        }
+    }
+}
 
 }  // namespace
 
@@ -122,7 +155,7 @@ TEST_F(TraceLogs, ARecordIsOneLineWhateverItsText) {
         << "\xC2\x80|\xC2\x9F|\xE2\x80\xA8|\xE2\x80\xA9|\xC2\xA0|\xE2\x80\xA7|\xE2\x80\xAA";
     Logger(Logger::S, Event()) << std::string(70'000, 'x').c_str() << "not any more";
     Logger(Logger::XL, Event()) << (std::string(70'000, 'x') + "\xC3\xBC").c_str();
-    const std::string text = files()[".log"];
+    const std::string text = log();
     EXPECT_EQ(CountWhole(text), 4U);
     EXPECT_NE(text.find(" m unit "), text.npos);
     EXPECT_NE(
@@ -135,37 +168,26 @@ TEST_F(TraceLogs, ARecordIsOneLineWhateverItsText) {
     EXPECT_NE(text.find("xxx\xC3\xBC\r\n"), text.npos);
 }
 
-TEST_F(TraceLogs, AFullFileIsRenamedAndNothingIsLost) {
-    open(2000);
-    fs::create_directory(folder_ / ("unit_" + std::to_string(GetCurrentProcessId()) + ".001.log"));  // taken
-    for (int i = 0; i < 50; ++i) Write("a line of some bytes");
-    fs::remove(folder_ / ("unit_" + std::to_string(GetCurrentProcessId()) + ".001.log"));
-    std::size_t lines = 0;
-    for (const auto& [name, text] : files()) {
-        lines += CountWhole(text);
-        EXPECT_LE(text.size(), 2000U) << name;
-    }
-    EXPECT_EQ(lines, 50U);
-    EXPECT_EQ(files().count(".002.log"), 1U);
-    EXPECT_GE(files().size(), 3U);
-}
-
-TEST_F(TraceLogs, AFileIsFullWhenTheNextLineDoesNotFit) {
+TEST_F(TraceLogs, LeaveTheirFilesAsTheLimitsSay) {
     open();
     Write("a line");
-    const std::size_t lineBytes = files()[".log"].size();
-    DeviceAdmin::get().close_all();
-    for (const bool buffered : {false, true}) {
-        SetUp();
-        open(3 * lineBytes, true, buffered);
-        for (int i = 0; i < 3; ++i) Write("a line");
-        if (!buffered) EXPECT_EQ(files().size(), 1U);
-        Write("a line");
-        State::tick();
-        EXPECT_EQ(CountWhole(files()[".001.log"]), 3U);
-        EXPECT_EQ(CountWhole(files()[".log"]), 1U);
+    lineBytes_ = log().size();
+    wchar_t command[] = L"cmd.exe /c exit";
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION other{};
+    ASSERT_TRUE(CreateProcessW(nullptr, command, nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr,
+                               &startup, &other));
+    living_ = "_" + std::to_string(other.dwProcessId) + ".";
+    for (const auto& fields : tarntest::ReadCases("tracelog_files.txt")) {
+        SCOPED_TRACE(fields[0]);
         DeviceAdmin::get().close_all();
+        SetUp();
+        for (std::size_t i = 1; i < fields.size(); ++i) take(fields[i]);
     }
+    TerminateProcess(other.hProcess, 0);
+    CloseHandle(other.hThread);
+    CloseHandle(other.hProcess);
 }
 
 TEST_F(TraceLogs, ALineThatComesAfterTheCloseIsNotWritten) {
@@ -176,76 +198,6 @@ TEST_F(TraceLogs, ALineThatComesAfterTheCloseIsNotWritten) {
         late << "too late";
     }
     EXPECT_TRUE(files().empty());
-}
-
-// What stands in the directory before, what is left when a line was written; "#" is this process.
-TEST_F(TraceLogs, OldFilesGoWhereLimitsSaySo) {
-    PROCESS_INFORMATION living = StartSuspended();
-    const std::string alive = std::to_string(living.dwProcessId);
-    struct {
-        unsigned files, days;
-        std::vector<std::string> before;  // the oldest first, a day apart, the last one of now
-        std::set<std::string> gone;
-    } const cases[] = {
-        {0, 0, {"unit_999999996.log", "unit_999999996.001.log"}, {}},
-        {3,
-         0,
-         {"unit_999999996.log", "unit_999999992.request.001.log", "unit_#.001.log", "unit_#.sdk.log"},
-         {"unit_999999996.log", "unit_999999992.request.001.log"}},
-        {1, 0, {"unit_#.request.log", "unit_#.002.log"}, {"unit_#.002.log"}},
-        {0,
-         2,
-         {"unit_999999996.log", "unit_#.001.log", "unit_999999996.002.log", "unit_999999996.003.log"},
-         {"unit_999999996.log", "unit_#.001.log"}},
-        {1, 1, {"unit_" + alive + ".log", "unit_" + alive + ".001.log"}, {}},
-        {1,
-         1,
-         {"unit.log", "unit_.log", "unit_0.log", "unit_x12.log", "unit_12.old.log", "unit_12.01.log",
-          "unit_12.0001.log", "unit_12.001.log.gz", "unit_12.001.txt", "other_12.log", "unit_9999999999.log",
-          "unit_2_12.log", "unit_12..log"},
-         {}},
-    };
-    for (const auto& c : cases) {
-        SetUp();
-        std::set<std::string> left = {Own("unit_#.log")};
-        for (std::size_t i = 0; i < c.before.size(); ++i) {
-            std::ofstream(folder_ / Own(c.before[i])) << "x";
-            fs::last_write_time(
-                folder_ / Own(c.before[i]),
-                fs::file_time_type::clock::now() - std::chrono::hours(24 * (c.before.size() - 1 - i)));
-            if (c.gone.count(c.before[i]) == 0) left.insert(Own(c.before[i]));
-        }
-        open(0, true, false, c.files, c.days);
-        Write("a line");
-        DeviceAdmin::get().close_all();
-        EXPECT_EQ(names(), left) << c.files << " " << c.days;
-    }
-    TerminateProcess(living.hProcess, 0);
-    CloseHandle(living.hThread);
-    CloseHandle(living.hProcess);
-}
-
-TEST_F(TraceLogs, OldFilesAreLookedForWhileTheProcessRuns) {
-    open(500, true, false, 3, 1);
-    for (int i = 0; i < 50; ++i) Write("a line of some bytes");
-    EXPECT_EQ(files().size(), 3U);
-    const fs::path held = folder_ / "unit_999999996.log";
-    std::ofstream(held) << "x";
-    fs::last_write_time(held, fs::file_time_type::clock::now() - std::chrono::hours(48));
-    const HANDLE reader =
-        CreateFileW(held.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                    nullptr, OPEN_EXISTING, 0, nullptr);
-    osfile::PassTime(2 * 3'600'000);
-    open(0, true, false, 0, 1);
-    Write("later");
-    EXPECT_TRUE(fs::exists(held));
-    CloseHandle(reader);
-    Write("not yet an hour later");
-    EXPECT_TRUE(fs::exists(held));
-    osfile::PassTime(2 * 3'600'000);
-    Write("again");
-    EXPECT_FALSE(fs::exists(held));
-    EXPECT_EQ(files().count(".log"), 1U);
 }
 
 // The second start takes what the first has left for the third and all others.
@@ -268,37 +220,17 @@ TEST_F(TraceLogs, StartingAndStoppingTakesNoMoreEachTime) {
     }
 }
 
-TEST_F(TraceLogs, AFileThatCannotBeRenamedGoesOn) {
-    open(500);
-    Write("first");
-    const HANDLE holder =
-        CreateFileW((folder_ / ("unit_" + std::to_string(GetCurrentProcessId()) + ".log")).c_str(),
-                    GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
-    for (int i = 0; i < 20; ++i) Write("more");
-    CloseHandle(holder);
-    EXPECT_EQ(files().size(), 1U);
-    EXPECT_EQ(CountWhole(files()[".log"]), 21U);
-}
-
-TEST_F(TraceLogs, FilesThatAreNotKeptGo) {
-    open(500, false);
-    for (int i = 0; i < 50; ++i) Write("a line of some bytes");
-    EXPECT_EQ(files().size(), 2U);  // the newest full one and the current one
-    DeviceAdmin::get().close_all();
-    EXPECT_TRUE(files().empty());
-}
-
 TEST_F(TraceLogs, LinesWaitOnlyWhileTheyMay) {
     open(0, true, true);
     Write("waits");
     EXPECT_TRUE(files().empty());
     State::tick();
-    EXPECT_EQ(CountWhole(files()[".log"]), 1U);
+    EXPECT_EQ(CountWhole(log()), 1U);
     Logger(Logger::Warning) << "at once";
     EventInfo urgent;
     urgent.attribute = 2;
     Logger(Logger::S, urgent) << "at once, too";
-    EXPECT_EQ(CountWhole(files()[".log"]), 3U);
+    EXPECT_EQ(CountWhole(log()), 3U);
 }
 
 TEST_F(TraceLogs, WhateverCallFailsLinesAreWholeAndCounted) {
@@ -311,8 +243,7 @@ TEST_F(TraceLogs, WhateverCallFailsLinesAreWholeAndCounted) {
         osfile::FailCall(0, 0);
         DeviceAdmin::get().close_all();
         const std::string said = testing::internal::GetCapturedStderr();
-        std::size_t lines = 0;
-        for (const auto& [name, text] : files()) lines += CountWhole(text);
+        const std::size_t lines = countLines();
         EXPECT_TRUE(lines == 12 || said.find("cannot write the log ") != said.npos)
             << "call " << nth << ": " << lines;
         EXPECT_LE(lines, 12U);
@@ -334,7 +265,7 @@ TEST_F(TraceLogs, AFullDiskIsSaidOnceAndTheLossIsCounted) {
     const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_EQ(said.find("cannot write the log "), said.rfind("cannot write the log "));
     EXPECT_NE(said.find("(112); lines are lost until this works again"), said.npos) << said;
-    const std::string text = files()[".log"];
+    const std::string text = log();
     EXPECT_EQ(CountWhole(text), 3U);
     EXPECT_NE(text.find(" w unit "), text.npos);
     EXPECT_NE(text.find("100 lines were lost\r\n"), text.npos) << text;
@@ -355,13 +286,13 @@ TEST_F(TraceLogs, AShortWriteIsAFullDiskAndNoLineIsForgotten) {
     testing::internal::CaptureStderr();
     open();
     Write("after");
-    EXPECT_NE(files()[".log"].find(" 30 lines were lost\r\n"), std::string::npos) << files()[".log"];
-    EXPECT_EQ(CountWhole(files()[".log"]), 3U);
+    EXPECT_NE(log().find(" 30 lines were lost\r\n"), std::string::npos) << log();
+    EXPECT_EQ(CountWhole(log()), 3U);
     osfile::ShortenWrites(0);
     Write("lost");
     osfile::ShortenWrites(-1);
     DeviceAdmin::get().close_all();  // now there is room for the report
-    EXPECT_NE(files()[".log"].find(" 1 lines were lost\r\n"), std::string::npos);
+    EXPECT_NE(log().find(" 1 lines were lost\r\n"), std::string::npos);
     said = testing::internal::GetCapturedStderr();
     EXPECT_EQ(said.find("of the log"), said.npos) << said;
 }
@@ -379,10 +310,8 @@ TEST_F(TraceLogs, EightThreadsLoseAndTearNothing) {
     for (std::thread& thread : threads) thread.join();
     State::tick();
     std::map<std::string, int> last;  // of each thread: its lines are in order, in the files' order too
-    const std::map<std::string, std::string> all = files();
-    std::string whole;
-    for (const auto& [name, text] : all) whole += name == ".log" ? "" : text;
-    whole += all.at(".log");
+    std::string whole;                // the current file sorts last
+    for (const auto& [name, text] : files()) whole += text;
     std::size_t count = 0;
     for (std::size_t at = whole.find(") thread "); at != whole.npos;
          at = whole.find(") thread ", at + 1), ++count) {

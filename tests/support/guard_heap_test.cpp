@@ -25,37 +25,29 @@ volatile unsigned char* Bytes(void* block) {
     return static_cast<volatile unsigned char*>(block);
 }
 
+void* Freed(void* block) {
+    GuardFree(block);
+    return block;
+}
+
+void* WrittenBefore(void* block) {
+    Bytes(block)[-1] = 0;
+    return block;
+}
+
+void WriteAfterMove(void* block) {
+    GuardReallocate(block, 800);
+    Bytes(block)[0] = 0;
+}
+
 const Fault kFaults[] = {
     {"write behind", [] { Bytes(GuardAllocate(13))[13] = 0; }, "CRASH code"},
     {"read behind", [] { (void)Bytes(GuardAllocate(4096))[4096]; }, "CRASH code"},
-    {"use after free",
-     [] {
-         void* block = GuardAllocate(8);
-         GuardFree(block);
-         Bytes(block)[0] = 0;
-     },
-     "CRASH code"},
-    {"use after a move",
-     [] {
-         void* block = GuardAllocate(8);
-         GuardReallocate(block, 800);
-         Bytes(block)[0] = 0;
-     },
-     "CRASH code"},
-    {"write before",
-     [] {
-         void* block = GuardAllocate(8);
-         Bytes(block)[-1] = 0;
-         GuardFree(block);
-     },
+    {"use after free", [] { Bytes(Freed(GuardAllocate(8)))[0] = 0; }, "CRASH code"},
+    {"use after a move", [] { WriteAfterMove(GuardAllocate(8)); }, "CRASH code"},
+    {"write before", [] { GuardFree(WrittenBefore(GuardAllocate(8))); },
      "GUARD: bytes were written before the block"},
-    {"second free",
-     [] {
-         void* block = GuardAllocate(8);
-         GuardFree(block);
-         GuardFree(block);
-     },
-     "GUARD: second free"},
+    {"second free", [] { GuardFree(Freed(GuardAllocate(8))); }, "GUARD: second free"},
     {"free inside", [] { GuardFree(static_cast<char*>(GuardAllocate(8)) + 4); },
      "GUARD: free of an address that is no block"},
     {"operator new is guarded", [] { Bytes(new char[5])[behindFive] = 0; }, "CRASH code"},
