@@ -10,31 +10,11 @@
 
 namespace {
 
-/// Waits for a number to be handed over, and says that it came.
-class Receiver : public JTCThread {
-  public:
-    Receiver() : JTCThread("receiver") {}
-    void run() override {
-        const JTCSynchronized lock(*this);
-        const JTCSynchronized again(*this);  // a wait gives both up
-        while (number_ == 0) wait();
-        seen = currentThread() == this ? number_ : -1;
-    }
-    void send(int number) {
-        const JTCSynchronized lock(*this);
-        number_ = number;
-        notifyAll();
-    }
-    int seen = 0;
-
-  private:
-    int number_ = 0;
-};
-
 /// Does what it is given.
 class Worker : public JTCThread {
   public:
-    explicit Worker(std::function<void()> work) : work_(std::move(work)) {}
+    explicit Worker(std::function<void()> work, const char* name = "worker")
+        : JTCThread(name), work_(std::move(work)) {}
     void run() override { work_(); }
 
   private:
@@ -44,7 +24,16 @@ class Worker : public JTCThread {
 }  // namespace
 
 TEST(Threads, RunAreJoinedAndStartOnce) {
-    Receiver receiver;
+    int number = 0;
+    int seen = 0;
+    Worker receiver(
+        [&] {
+            const JTCSynchronized lock(receiver);
+            const JTCSynchronized again(receiver);  // a wait gives both up
+            while (number == 0) receiver.wait();
+            seen = JTCThread::currentThread() == &receiver ? number : -1;
+        },
+        "receiver");
     EXPECT_FALSE(receiver.isAlive());
     receiver.join();  // not started: at once
     receiver.setPriority(JTCThread::kHigh);
@@ -52,10 +41,14 @@ TEST(Threads, RunAreJoinedAndStartOnce) {
     EXPECT_THROW(receiver.start(), JTCIllegalThreadStateException);
     JTCThread::sleep(20);
     EXPECT_TRUE(receiver.isAlive());
-    receiver.send(7);
+    {
+        const JTCSynchronized lock(receiver);
+        number = 7;
+        receiver.notifyAll();
+    }
     receiver.join();
     EXPECT_FALSE(receiver.isAlive());
-    EXPECT_EQ(receiver.seen, 7);
+    EXPECT_EQ(seen, 7);
     EXPECT_STREQ(receiver.getName(), "receiver");
     EXPECT_EQ(receiver.getPriority(), JTCThread::kHigh);
     EXPECT_THROW(receiver.start(), JTCIllegalThreadStateException);

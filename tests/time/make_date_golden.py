@@ -21,12 +21,11 @@ GREGORIAN = (FIRST_GREGORIAN + datetime.timedelta(days=n)
              for n in range((datetime.date(4001, 1, 1) - FIRST_GREGORIAN).days))
 
 years = {}
-number = 2299160 - len(JULIAN)
-for year, month, day in JULIAN + [(date.year, date.month, date.day) for date in GREGORIAN]:
+days = JULIAN + [(date.year, date.month, date.day) for date in GREGORIAN]
+for number, (year, month, day) in enumerate(days, 2299160 - len(JULIAN)):
     first, count, check = years.get(year, (number, 0, 0))
     weekday = (number - 2299160 + 5) % 7
     years[year] = first, count + 1, (check * 31 + month * 512 + day * 8 + weekday) % 2**32
-    number += 1
 
 print("# Made by tests/time/make_date_golden.py: year, first day number, days, check sum over the days.")
 for year, (first, count, check) in years.items():

@@ -40,11 +40,8 @@ TEST(Date, NumbersEveryDayAsAnotherCalendarDoes) {
 
 TEST(Date, LeadsBackFromEveryDay) {
     for (std::int32_t day = kFirstThatLeadsBack; day <= kLast; ++day) {
-        short y = 0;
-        unsigned char m = 0;
-        unsigned char d = 0;
-        SDate::FromDayNumber(day).GetYearMonthDay(y, m, d);
-        ASSERT_EQ(SDate(y, m, d).GetDayNumber(), day);
+        const SDate date = SDate::FromDayNumber(day);
+        ASSERT_EQ(SDate(date.GetYear(), date.GetMonth(), date.GetDay()).GetDayNumber(), day);
     }
 }
 
@@ -66,13 +63,11 @@ TEST(Date, BuildsAndReads) {
 // The sheet of a month is drawn day by day: a week begins with the first day of the month and on every first
 // day.
 TEST(Date, CountsWeeksOfMonths) {
-    int week = 0;
+    int weeks[7] = {};
     for (SDate date(1583, 1, 1); date < SDate(1585, 1, 1); date += STimeSpan(1, 0, 0, 0, 0)) {
         for (unsigned char firstDay = 0; firstDay < 7; ++firstDay) {
-            week = 1;
-            for (SDate day = date; day.GetDay() > 1; day -= STimeSpan(1, 0, 0, 0, 0)) {
-                if (day.GetDayOfWeek() == firstDay) ++week;
-            }
+            int& week = weeks[firstDay];
+            week = date.GetDay() == 1 ? 1 : week + (date.GetDayOfWeek() == firstDay);
             ASSERT_EQ(date.GetWeekOfMonth(firstDay), week) << Text(date);
         }
         const bool isLast = (date + STimeSpan(1, 0, 0, 0, 0)).GetDay() == 1;
