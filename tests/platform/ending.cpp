@@ -19,9 +19,6 @@ extern "C" __declspec(dllimport) void AtTheEnd(void (*say)());
 
 namespace {
 
-constexpr DWORD kDebugOutput = 0x40010006;  // what the system raises for a debugger's text
-constexpr DWORD kWideDebugOutput = 0x4001000A;
-
 JTCMonitor& monitor = *new JTCMonitor;
 HANDLE isAtIt = CreateEventW(nullptr, TRUE, FALSE, nullptr);
 
@@ -71,17 +68,9 @@ DWORD WINAPI Write(void* isWriting) {
     }
 }
 
-/// Returns when it writes: Wine does not end a thread that is only just beginning.
-HANDLE StartWriter() {
-    const HANDLE isWriting = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    const HANDLE writer = CreateThread(nullptr, 0, &Write, isWriting, 0, nullptr);
-    WaitForSingleObject(isWriting, INFINITE);
-    return writer;
-}
-
 LONG CALLBACK StayInDebugOutput(EXCEPTION_POINTERS* exception) {
     const DWORD code = exception->ExceptionRecord->ExceptionCode;
-    if (code != kDebugOutput && code != kWideDebugOutput) return EXCEPTION_CONTINUE_SEARCH;
+    if (code != DBG_PRINTEXCEPTION_C && code != DBG_PRINTEXCEPTION_WIDE_C) return EXCEPTION_CONTINUE_SEARCH;
     SetEvent(isAtIt);
     Sleep(INFINITE);
     return EXCEPTION_CONTINUE_SEARCH;
@@ -100,7 +89,11 @@ void HoldDevice() {
 }
 
 void WriteALot() {
-    for (int i = 0; i < 4; ++i) CloseHandle(StartWriter());
+    for (int i = 0; i < 4; ++i) {
+        const HANDLE isWriting = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        CloseHandle(CreateThread(nullptr, 0, &Write, isWriting, 0, nullptr));
+        WaitForSingleObject(isWriting, INFINITE);  // Wine does not end a thread that is only just beginning
+    }
 }
 
 const struct {

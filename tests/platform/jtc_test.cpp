@@ -13,8 +13,7 @@ namespace {
 /// Does what it is given.
 class Worker : public JTCThread {
   public:
-    explicit Worker(std::function<void()> work, const char* name = "worker")
-        : JTCThread(name), work_(std::move(work)) {}
+    explicit Worker(std::function<void()> work) : work_(std::move(work)) {}
     void run() override { work_(); }
 
   private:
@@ -26,14 +25,12 @@ class Worker : public JTCThread {
 TEST(Threads, RunAreJoinedAndStartOnce) {
     int number = 0;
     int seen = 0;
-    Worker receiver(
-        [&] {
-            const JTCSynchronized lock(receiver);
-            const JTCSynchronized again(receiver);  // a wait gives both up
-            while (number == 0) receiver.wait();
-            seen = JTCThread::currentThread() == &receiver ? number : -1;
-        },
-        "receiver");
+    Worker receiver([&] {
+        const JTCSynchronized lock(receiver);
+        const JTCSynchronized again(receiver);  // a wait gives both up
+        while (number == 0) receiver.wait();
+        seen = JTCThread::currentThread() == &receiver ? number : -1;
+    });
     EXPECT_FALSE(receiver.isAlive());
     receiver.join();  // not started: at once
     receiver.setPriority(JTCThread::kHigh);
@@ -49,7 +46,6 @@ TEST(Threads, RunAreJoinedAndStartOnce) {
     receiver.join();
     EXPECT_FALSE(receiver.isAlive());
     EXPECT_EQ(seen, 7);
-    EXPECT_STREQ(receiver.getName(), "receiver");
     EXPECT_EQ(receiver.getPriority(), JTCThread::kHigh);
     EXPECT_THROW(receiver.start(), JTCIllegalThreadStateException);
 }

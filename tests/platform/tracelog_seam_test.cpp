@@ -31,7 +31,10 @@ class Text : public TextTarget {
 /// The engine, writing everything into a folder of its own.
 class TraceLogs : public testing::Test {
   protected:
-    void SetUp() override { folder_ = tarntest::MakeScratchFolder("tracelog"); }
+    void SetUp() override {
+        DeviceAdmin::get().close_all();
+        folder_ = tarntest::MakeScratchFolder("tracelog");
+    }
     void TearDown() override {
         osfile::FailCall(0, 0);
         osfile::ShortenWrites(-1);
@@ -79,16 +82,14 @@ class TraceLogs : public testing::Test {
     }
     /// Whole lines only; returns how many.
     static std::size_t CountWhole(const std::string& text) {
-        static const std::regex line(
-            R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d [-dlmhciwa] unit \d+ \d+ \[[^\]]*\] (-|[^ ]+) .*)");
+        static const std::regex beginning(
+            R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d [-dlmhciwa] unit \d+ \d+ \[[^\]]*\] (-|[^ ]+) .*\r?)");
+        EXPECT_TRUE(text.empty() || text.ends_with("\n")) << "torn: " << text.substr(text.rfind('\n') + 1);
+        std::istringstream lines(text);
         std::size_t count = 0;
-        for (std::size_t start = 0; start < text.size(); ++count) {
-            const std::size_t end = text.find("\r\n", start);
-            EXPECT_NE(end, text.npos) << "torn: " << text.substr(start);
-            if (end == text.npos) break;
-            const std::string beginning = text.substr(start, std::min<std::size_t>(end - start, 200));
-            EXPECT_TRUE(std::regex_match(beginning, line)) << beginning;
-            start = end + 2;
+        for (std::string line; std::getline(lines, line); ++count) {
+            EXPECT_TRUE(line.ends_with("\r") && std::regex_match(line.substr(0, 200), beginning))
+                << line.substr(0, 200);
         }
         return count;
     }
@@ -104,15 +105,15 @@ class TraceLogs : public testing::Test {
 void TraceLogs::take(const std::string& step) {
     std::istringstream in(step);
     std::string verb, name, left;
-    in >> verb;
     unsigned number = 0;
+    in >> verb >> number;
     if (verb == "open") {
         unsigned files = 0, days = 0;
-        in >> number >> files >> days;
+        in >> files >> days;
         open(number * lineBytes_, step.find("dropped") == step.npos, step.find("buffered") != step.npos,
              files, days);
     } else if (verb == "write") {
-        for (in >> number; number > 0; --number) Write("a line");
+        for (; number > 0; --number) Write("a line");
     } else if (verb == "urgent") {
         Logger(Logger::Warning) << "at once";
         EventInfo urgent;
@@ -123,7 +124,6 @@ void TraceLogs::take(const std::string& step) {
     } else if (verb == "close") {
         DeviceAdmin::get().close_all();
     } else if (verb == "hours") {
-        in >> number;
         osfile::PassTime(number * 3'600'000);
     } else if (verb == "release") {
         CloseHandle(held_);
@@ -132,7 +132,7 @@ void TraceLogs::take(const std::string& step) {
             left += " " + file + (text == "x" ? "" : "=" + std::to_string(CountWhole(text)));
         EXPECT_EQ(verb + left, step);
     } else {
-        in >> number >> name;
+        in >> name;
         const fs::path path = folder_ / Replaced(Replaced(name, "_#.", own_), "_@.", living_);
         if (verb == "old") {
             tarntest::WriteBytes(path, "x");
@@ -178,7 +178,6 @@ TEST_F(TraceLogs, LeaveTheirFilesAsTheLimitsSay) {
     living_ = "_" + std::to_string(other.dwProcessId) + ".";
     for (const auto& fields : tarntest::ReadCases("tracelog_files.txt")) {
         SCOPED_TRACE(fields[0]);
-        DeviceAdmin::get().close_all();
         SetUp();
         for (std::size_t i = 1; i < fields.size(); ++i) take(fields[i]);
     }
@@ -200,11 +199,10 @@ TEST_F(TraceLogs, ALineThatComesAfterTheCloseIsNotWritten) {
 // The second start takes what the first has left for the third and all others.
 TEST_F(TraceLogs, StartingAndStoppingTakesNoMoreEachTime) {
     long blocks = 0;
+    const fs::path folder = folder_;
     for (int cycle = 0; cycle < 20; ++cycle) {
-        const fs::path folder = folder_;
         folder_ = folder / std::to_string(cycle % 2);
         open();
-        folder_ = folder;
         ByFileLine filter;
         filter.set("", cycle % 2 == 0 ? "a.cpp" : "b.cpp");
         EvalConfig masks;
@@ -234,50 +232,39 @@ TEST_F(TraceLogs, WhateverCallFailsLinesAreWholeAndCounted) {
     }
 }
 
+// A file system may take what it has room for and call that a success; the error that was left is another's.
 TEST_F(TraceLogs, AFullDiskIsSaidOnceAndTheLossIsCounted) {
-    open();
-    Write("before");
-    testing::internal::CaptureStderr();
-    osfile::FailCall(1, ERROR_DISK_FULL, true);
-    for (int i = 0; i < 100; ++i) {
-        if (i == 50) osfile::PassTime(1000);  // tried again, and still full
-        Write("lost");
+    for (const bool isShort : {false, true}) {
+        SetUp();
+        open();
+        Write("before");
+        testing::internal::CaptureStderr();
+        isShort ? osfile::ShortenWrites(10) : osfile::FailCall(1, ERROR_DISK_FULL, true);
+        for (int i = 0; i < 100; ++i) {
+            if (i == 50) osfile::PassTime(1000);  // tried again, and still full
+            Write("lost");
+        }
+        if (isShort) DeviceAdmin::get().close_all();
+        osfile::FailCall(0, 0);
+        osfile::ShortenWrites(-1);
+        osfile::PassTime(1000);
+        if (isShort) open();
+        Write("after");
+        const std::string said = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(said.find("cannot write the log "), said.rfind("cannot write the log ")) << said;
+        EXPECT_NE(said.find("(112); lines are lost until this works again"), said.npos) << said;
+        EXPECT_EQ(said.find("\n100 lines were lost of the log ") != said.npos, isShort) << said;
+        EXPECT_EQ(CountWhole(log()), 3U);
+        EXPECT_NE(log().find(" w unit "), std::string::npos);
+        EXPECT_NE(log().find(" 100 lines were lost\r\n"), std::string::npos) << log();
     }
-    osfile::FailCall(0, 0);
-    osfile::PassTime(1000);
-    Write("after");
-    const std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(said.find("cannot write the log "), said.rfind("cannot write the log "));
-    EXPECT_NE(said.find("(112); lines are lost until this works again"), said.npos) << said;
-    const std::string text = log();
-    EXPECT_EQ(CountWhole(text), 3U);
-    EXPECT_NE(text.find(" w unit "), text.npos);
-    EXPECT_NE(text.find("100 lines were lost\r\n"), text.npos) << text;
-}
-
-// The file system takes what it has room for and calls that a success; the error that was left is another's.
-TEST_F(TraceLogs, AShortWriteIsAFullDiskAndNoLineIsForgotten) {
-    open();
-    Write("before");
     testing::internal::CaptureStderr();
-    osfile::ShortenWrites(10);
-    for (int i = 0; i < 30; ++i) Write("lost");
-    DeviceAdmin::get().close_all();
-    std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_NE(said.find("(112); lines are lost"), said.npos) << said;
-    EXPECT_NE(said.find("\n30 lines were lost of the log "), said.npos) << said;
-    osfile::ShortenWrites(-1);
-    testing::internal::CaptureStderr();
-    open();
-    Write("after");
-    EXPECT_NE(log().find(" 30 lines were lost\r\n"), std::string::npos) << log();
-    EXPECT_EQ(CountWhole(log()), 3U);
     osfile::ShortenWrites(0);
     Write("lost");
     osfile::ShortenWrites(-1);
     DeviceAdmin::get().close_all();  // now there is room for the report
     EXPECT_NE(log().find(" 1 lines were lost\r\n"), std::string::npos);
-    said = testing::internal::GetCapturedStderr();
+    const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_EQ(said.find("of the log"), said.npos) << said;
 }
 
@@ -293,18 +280,17 @@ TEST_F(TraceLogs, EightThreadsLoseAndTearNothing) {
     }
     for (std::thread& thread : threads) thread.join();
     State::tick();
-    std::map<std::string, int> last;  // of each thread: its lines are in order, in the files' order too
-    std::string whole;                // the current file sorts last
-    for (const auto& [name, text] : files()) whole += text;
-    std::size_t count = 0;
-    for (std::size_t at = whole.find(") thread "); at != whole.npos;
-         at = whole.find(") thread ", at + 1), ++count) {
-        const std::size_t line = whole.find(" line ", at);
-        EXPECT_EQ(std::strtol(whole.c_str() + line + 6, nullptr, 10),
-                  last[whole.substr(at + 9, line - at - 9)]++);
+    int next[kThreads] =
+        {};  // of each thread: its lines are in order, in the files' order too, the current one last
+    for (const auto& [name, text] : files()) {
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);) {
+            int thread = 0, number = 0;
+            ASSERT_EQ(std::sscanf(line.c_str(), "%*[^)]) thread %d line %d\r", &thread, &number), 2) << line;
+            ASSERT_EQ(number, next[thread]++);
+        }
     }
-    EXPECT_EQ(count, static_cast<std::size_t>(kThreads) * kLines);
-    EXPECT_EQ(std::count(whole.begin(), whole.end(), '\n'), kThreads * kLines);
+    for (const int count : next) EXPECT_EQ(count, kLines);
 }
 
 TEST(TraceContexts, SurviveHostileTexts) {

@@ -23,27 +23,25 @@ def wait_for(what, condition):
 class Service:
     def __init__(self, runner, program, folder):
         self.folder = folder
-        self.running = []
+        self.process = None
         self.ini = folder / "service.ini"
         self.command = [runner, program, "-config", f"Z:{self.ini}", "-name", f"test-{folder.name}"]
         for name in ("in", "out", "out2", "logs"):
             (folder / name).mkdir(parents=True)
 
-    def configure(self, text):
+    def configure(self, *settings):
+        lines = ["[service]", f"inbox=Z:{self.folder}/in", "pollMilliseconds=20", *settings,
+                 "[logging]", f"loggingPath=Z:{self.folder}/logs", "trace=m", "keep=on", "notracethread=", ""]
         new = self.folder / "service.new"
-        new.write_text(text + f"\n[logging]\nloggingPath=Z:{self.folder}/logs\ntrace=m\nkeep=on\nnotracethread=\n")
+        new.write_text("\n".join(lines))
         new.replace(self.ini)
 
-    def settings(self, outbox, more=""):
-        self.configure(f"[service]\ninbox=Z:{self.folder}/in\noutbox=Z:{self.folder}/{outbox}\npollMilliseconds=20\n{more}")
-
     def start(self):
-        process = subprocess.Popen(self.command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding="utf-8")
-        self.running.append(process)
-        line = process.stdout.readline().strip()
+        self.process = subprocess.Popen(self.command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding="utf-8")
+        line = self.process.stdout.readline().strip()
         if not line.startswith("running, process "):
-            sys.exit(f"not running: {line!r} {process.communicate()}")
-        return process, line.rsplit(" ", 1)[1]
+            sys.exit(f"not running: {line!r} {self.process.communicate()}")
+        return line.rsplit(" ", 1)[1]
 
     def run(self, *more):
         return subprocess.run([*self.command, *more], capture_output=True, encoding="utf-8", timeout=PATIENCE)
@@ -68,29 +66,30 @@ def expect(what, found, wanted):
 
 def walk(service):
     folder = service.folder
-    service.configure("[service]\ninbox=x\n")
+    out, out2 = (f"outbox=Z:{folder}/{name}" for name in ("out", "out2"))
+    service.configure()
     run = service.run()
     expect("a setting that is missing", (run.returncode, run.stderr), (2, "service: [service] has no outbox\n"))
     expect("nothing to stop", service.run("-stop").returncode, 1)
 
-    service.settings("out")
-    process, number = service.start()
+    service.configure(out)
+    number = service.start()
     expect("words", service.count("first", "a b\nc\n"), ("out", 3))
 
     second = service.run()
     expect("a second instance", (second.returncode, second.stderr), (1, f"service: already running, process {number}\n"))
 
-    service.settings("out2")
+    service.configure(out2)
     wait_for("the ini file is read again", lambda: "was read again" in service.log())
     names = (f"new-{number}" for number in range(1000))
     wait_for("new settings", lambda: service.count(next(names), "a") == ("out2", 1))  # what is in work keeps the old ones
-    service.settings("out", "workers=none\n")
+    service.configure(out, "workers=none")
     wait_for("a mistake is told", lambda: "workers=none is no number from 1 to 64" in service.log())
     expect("a mistake changes nothing", service.count("last", "a b"), ("out2", 2))
 
     expect("a stop is asked for", service.run("-stop").returncode, 0)
-    process.communicate(timeout=PATIENCE)
-    expect("stopped", process.returncode, 0)
+    service.process.communicate(timeout=PATIENCE)
+    expect("stopped", service.process.returncode, 0)
     expect("left in work", [path.name for path in (folder / "in").iterdir()], [])
     expect("the log tells it", ") stopped" in service.log(), True)
 
@@ -102,8 +101,8 @@ def main(runner, program, scratch):
     try:
         walk(service)
     finally:
-        for process in service.running:
-            process.kill()
+        if service.process:
+            service.process.kill()
     print("the service started, worked, renewed its settings and stopped")
 
 

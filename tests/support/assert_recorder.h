@@ -24,8 +24,6 @@ class AssertRecorder {
         before_ = TarnLibA500::InstallDiagnosticSink(&sink_);
     }
     ~AssertRecorder() { TarnLibA500::InstallDiagnosticSink(before_); }
-    AssertRecorder(const AssertRecorder&) = delete;
-    AssertRecorder& operator=(const AssertRecorder&) = delete;
 
     std::size_t count() const { return Lines().size(); }
     std::string last() const { return Lines().empty() ? "" : Lines().back(); }

@@ -14,8 +14,6 @@ class LocaleScope {
         EXPECT_NE(std::setlocale(category, name), nullptr) << name;
     }
     ~LocaleScope() { std::setlocale(category_, before_.c_str()); }
-    LocaleScope(const LocaleScope&) = delete;
-    LocaleScope& operator=(const LocaleScope&) = delete;
 
   private:
     int category_;

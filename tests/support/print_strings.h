@@ -12,11 +12,10 @@ void PrintTo(const SString_t<unit, flavour>& text, std::ostream* out) {
     *out << '"';
     for (std::uint32_t i = 0; i < text.getLength(); ++i) {
         const auto code = static_cast<unsigned>(static_cast<std::make_unsigned_t<unit>>(text.getString()[i]));
-        if (code >= 0x20 && code < 0x7F) {
+        if (code >= 0x20 && code < 0x7F)
             *out << static_cast<char>(code);
-        } else {
+        else
             *out << "\\x" << std::hex << code << std::dec;
-        }
     }
     *out << '"';
 }

@@ -42,9 +42,8 @@ def check(mark, text, run, paths):
 
 def main(*arguments):
     runner, tool, scratch = (pathlib.Path(argument).resolve() for argument in arguments)
-    scratch.mkdir(parents=True, exist_ok=True)
-    for left_over in scratch.iterdir():
-        shutil.rmtree(left_over) if left_over.is_dir() else left_over.unlink()
+    shutil.rmtree(scratch, ignore_errors=True)
+    scratch.mkdir(parents=True)
     paths = {"texts": EXAMPLES / "texts", "config": EXAMPLES / "config", "out": scratch}
     failures = count = 0
     for file in sorted(HERE.glob("*_cases.txt")):
