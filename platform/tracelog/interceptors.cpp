@@ -179,7 +179,7 @@ void Interceptors::after_outgoing_call(const char* reply) {
     try {
         TakeReply(*context, reply);
     } catch (const std::bad_alloc&) {
-        // The call ends all the same, without the variables of its reply.
+        return EndCall(*context);  // all the same, without the variables of its reply
     }
     EndCall(*context);
 }
