@@ -2,87 +2,65 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <new>
-#include <string>
 
 #include "support/alloc_hooks.h"
 #include "support/file_bytes.h"
 #include "support/scratch_folder.h"
-#include "tarnlib/sfilesys.h"
 
 using namespace TarnLibA500;
-namespace fs = std::filesystem;
 
-namespace {
-
-class ConfigMemory : public testing::Test {
-  protected:
-    const fs::path folder = tarntest::MakeScratchFolder("config-memory");
-    const SAnsiString file = tarntest::Text(folder / "file");
-    ~ConfigMemory() override { SFileSys::rremove(tarntest::Text(folder)); }
-
-    /// Fails each allocation of a use in turn: nothing may stay behind.
-    template <class Use>
-    void failEach(Use use) {
+// Each allocation of a use fails in turn.
+TEST(ConfigMemory, WhatFailsLeavesNothingBehind) {
+    const std::filesystem::path folder = tarntest::MakeScratchFolder("config-memory");
+    const auto file = [&](const char* name, const char* bytes) {
+        tarntest::WriteBytes(folder / name, bytes);
+        return tarntest::Text(folder / name);
+    };
+    const SAnsiString sections =
+        file("sections", "[A]\na long key that has a block=\xC3\xBC\nb=2\n[A]\nc=3\n[C]\nx\ny=1\n");
+    const SAnsiString landscape =
+        file("landscape",
+             "<?xml version='1.0' encoding='utf-8'?><Landscape><Services><Service type='mirelms' "
+             "name='one' server='host:3200'/><Service type='mirelms' name='two' msid='m'/></Services>"
+             "<Messageservers><Messageserver uuid='m' host='h:1'/></Messageservers></Landscape>");
+    const SAnsiString broken = file("broken", "<Landscape>\n<Services></Landscape>");
+    ConfigFileReader loaded;
+    ASSERT_TRUE(loaded.initialize(sections));
+    const std::function<bool()> uses[] = {
+        [&] { return ConfigFileReader().initialize(sections); },
+        [&] { return ConfigFileReader().initializeFromXML(landscape); },
+        [&] {
+            ConfigFileReader reader;
+            return !reader.initializeFromXML(broken) && !reader.GetLastErrorText().isEmpty();
+        },
+        [&] {
+            SIArray<SAnsiString> names;
+            names.Add("before");
+            try {
+                return loaded.getSections(names) && loaded.enumerateSection("A", names) &&
+                       names.GetSize() == 3;
+            } catch (const std::bad_alloc&) {
+                EXPECT_TRUE(names[0] == "before" || names.GetSize() == 3U);  // whole or not at all
+                throw;
+            }
+        },
+    };
+    for (const auto& use : uses) {
         use();  // what is made once
-
         bool isHit = true;
         for (unsigned long nth = 1; isHit; ++nth) {
             const long before = tarntest::LiveBlocks();
             bool isDone = false;
             tarntest::FailAllocation(nth);
-            try {
-                isDone = use();
-            } catch (const std::bad_alloc&) {
-            }
+            tarntest::Succeeds([&] { isDone = use(); });
             isHit = tarntest::FailureHappened();
             tarntest::FailAllocation(0);
             const long after = tarntest::LiveBlocks();
-            EXPECT_EQ(isDone, !isHit) << nth;
-            ASSERT_EQ(after, before) << nth;
+            EXPECT_EQ(isDone, !isHit) << &use - uses << " " << nth;
+            ASSERT_EQ(after, before) << &use - uses << " " << nth;
         }
     }
-};
-
-}  // namespace
-
-TEST_F(ConfigMemory, AFailedLoadLeavesNothingBehind) {
-    tarntest::WriteBytes(folder / "file", "[A]\nk=\xC3\xBC\n[B]\nx\ny=1\n");
-    failEach([this] {
-        ConfigFileReader reader;
-        return reader.initialize(file);
-    });
-}
-
-TEST_F(ConfigMemory, AFailedLandscapeLeavesNothingBehind) {
-    tarntest::WriteBytes(
-        folder / "file",
-        "<?xml version='1.0' encoding='utf-8'?><Landscape><Services><Service type='mirelms' "
-        "name='one' server='host:3200'/><Service type='mirelms' name='two' msid='m'/></Services>"
-        "<Messageservers><Messageserver uuid='m' host='h:1'/></Messageservers></Landscape>");
-    failEach([this] {
-        ConfigFileReader reader;
-        return reader.initializeFromXML(file);
-    });
-    tarntest::WriteBytes(folder / "file", "<Landscape>\n<Services></Landscape>");
-    failEach([this] {
-        ConfigFileReader reader;
-        return !reader.initializeFromXML(file) && !reader.GetLastErrorText().isEmpty();
-    });
-}
-
-TEST_F(ConfigMemory, ListsAreFilledWholeOrNotAtAll) {
-    tarntest::WriteBytes(folder / "file", "[A]\na long key that has a block=1\nb=2\n[A]\nc=3\n[C]\n");
-    ConfigFileReader reader;
-    ASSERT_TRUE(reader.initialize(file));
-    failEach([&] {
-        SIArray<SAnsiString> names;
-        names.Add("before");
-        try {
-            return reader.getSections(names) && reader.enumerateSection("A", names) && names.GetSize() == 3;
-        } catch (const std::bad_alloc&) {
-            EXPECT_TRUE(names[0] == "before" || names.GetSize() == 3U);
-            throw;
-        }
-    });
+    std::filesystem::remove_all(folder);
 }

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <new>
 #include <string>
 #include <string_view>
 
@@ -13,54 +12,46 @@ using namespace TarnLibA500;
 
 namespace {
 
-const std::string kTop = "Software\\tarnlib-test\\" + std::to_string(GetCurrentProcessId()) + "-seam";
+const SAnsiStringCI kTop =
+    ("Software\\tarnlib-test\\" + std::to_string(GetCurrentProcessId()) + "-seam").c_str();
 
-SAnsiStringCI Path(const char* below) {
-    return (kTop + below).c_str();
-}
-
-Registry Key(const char* below, bool create = false) {
-    return Registry(Path(below), "name", HKEY_CURRENT_USER, create);
+Registry Key(const char* below) {
+    return Registry(kTop + below, "name", HKEY_CURRENT_USER, false);
 }
 
 /// Notices what is traced and asserted, without allocating.
-class Watch {
-  public:
+struct Watch : SDiagnosticSink {
     Watch() {
-        traces = 0;
-        sink_.assertion = [](const char*) {};
-        sink_.shouldTrace = [](int level, const char* unit) {
+        assertion = [](const char*) {};
+        shouldTrace = [](int level, const char* unit) {
             return level >= 7 && std::string_view(unit) == "registry";
         };
-        sink_.trace = [](int, const char*, const char*) { ++traces; };
-        before_ = InstallDiagnosticSink(&sink_);
+        trace = [](int, const char*, const char*) { ++traces; };
+        before = InstallDiagnosticSink(this);
     }
-    ~Watch() { InstallDiagnosticSink(before_); }
+    ~Watch() { InstallDiagnosticSink(before); }
     static inline int traces = 0;
-
-  private:
-    SDiagnosticSink sink_;
-    const SDiagnosticSink* before_;
+    const SDiagnosticSink* before;
 };
 
 /// A key with a value and two keys below it, which other means than ours make, look at and remove.
 struct Tree {
     Tree() {
-        set("\\from", "v", "7");
-        set("\\from\\below\\deep", "v", "deep");
-        set("\\from\\other", "v", "other");
+        set("\\from", "7");
+        set("\\from\\below\\deep", "deep");
+        set("\\from\\other", "other");
     }
-    ~Tree() { RegDeleteTreeA(HKEY_CURRENT_USER, kTop.c_str()); }
-    static void set(const char* below, const char* name, const std::string& text) {
-        RegSetKeyValueA(HKEY_CURRENT_USER, (kTop + below).c_str(), name, REG_SZ, text.c_str(),
+    ~Tree() { RegDeleteTreeA(HKEY_CURRENT_USER, kTop.getString()); }
+    static void set(const char* below, const std::string& text) {
+        RegSetKeyValueA(HKEY_CURRENT_USER, (kTop + below).getString(), "v", REG_SZ, text.c_str(),
                         static_cast<DWORD>(text.size()) + 1);
     }
-    /// The text of a value, a number as "number N", "-" for none.
-    static std::string get(const char* below, const char* name) {
+    /// The text of the value, a number as "number N", "-" for none.
+    static std::string get(const char* below) {
         char bytes[64] = "";
         DWORD type = REG_NONE, size = sizeof bytes - 1;
-        if (RegGetValueA(HKEY_CURRENT_USER, (kTop + below).c_str(), name, RRF_RT_ANY, &type, bytes, &size) !=
-            0)
+        if (RegGetValueA(HKEY_CURRENT_USER, (kTop + below).getString(), "v", RRF_RT_ANY, &type, bytes,
+                         &size) != 0)
             return "-";
         return type == REG_DWORD ? "number " + std::to_string(*reinterpret_cast<DWORD*>(bytes)) : bytes;
     }
@@ -75,8 +66,13 @@ std::string Listed() {
     return all;
 }
 
-bool CopyTo(const char* below) {
-    return Registry::CopyKey(HKEY_CURRENT_USER, Path("\\from"), HKEY_CURRENT_USER, Path(below));
+bool CopyAll() {
+    return Registry::CopyKey(HKEY_CURRENT_USER, kTop + "\\from", HKEY_CURRENT_USER, kTop + "\\to\\here") &&
+           Tree::get("\\to\\here") == "7" && Tree::get("\\to\\here\\other") == "other";
+}
+
+bool CopyOne() {
+    return Registry::CopyValue(HKEY_CURRENT_USER, kTop + "\\from", "v", HKEY_CURRENT_USER, kTop + "\\to");
 }
 
 bool HasType() {
@@ -84,46 +80,31 @@ bool HasType() {
     return Key("\\from").GetType("v", type) && type == REG_SZ;
 }
 
-/// What is done, and whether the registry bears out what it said.
+/// What is done, and what the value of a key is then.
 const struct Operation {
     const char* name;
     bool (*act)();
-    bool (*holds)(bool said);
+    const char* below;
+    std::string whenDone;
+    std::string whenFailed;  // * for any
 } kOperations[] = {
-    {"exists", [] { return Key("\\from").KeyExists(); }, [](bool) { return true; }},
-    {"type", HasType, [](bool) { return true; }},
-    {"read", [] { return Key("\\from").ReadValue("v") == "7"; }, [](bool) { return true; }},
-    {"list", [] { return Listed() == "belowotherv7" && Watch::traces == 0; }, [](bool) { return true; }},
-    {"read a missing one with a default", [] { return Key("\\new").ReadValue("d", SAnsiString("x")) == "x"; },
-     [](bool said) { return !said || Tree::get("\\new", "d") == "x"; }},
+    {"exists", [] { return Key("\\from").KeyExists(); }, "\\from", "7", "7"},
+    {"type", HasType, "\\from", "7", "7"},
+    {"read", [] { return Key("\\from").ReadValue("v") == "7"; }, "\\from", "7", "7"},
+    {"list", [] { return Listed() == "belowotherv7" && Watch::traces == 0; }, "\\from", "7", "7"},
+    {"read a missing one with a default", [] { return Key("\\new").ReadValue("v", SAnsiString("x")) == "x"; },
+     "\\new", "x", "*"},
     {"read one that is there with a default",
-     [] { return Key("\\from").ReadValue("v", 8UL) == "7" && Watch::traces == 0; },
-     [](bool) { return Tree::get("\\from", "v") == "7"; }},
-    {"write a text", [] { return Key("\\new").WriteValue("v", SAnsiString("x")); },
-     [](bool said) { return (Tree::get("\\new", "v") == "x") == said; }},
-    {"write a number", [] { return Key("\\from").WriteValue("v", 7UL); },
-     [](bool said) { return Tree::get("\\from", "v") == (said ? "number 7" : "7"); }},
-    {"delete a value", [] { return Key("\\from").DeleteValue("v"); },
-     [](bool said) { return (Tree::get("\\from", "v") == "-") == said; }},
-    {"delete a key", [] { return Key("\\from\\other").DeleteKey(); },
-     [](bool said) { return (Tree::get("\\from\\other", "v") == "-") == said; }},
-    {"delete all", [] { return Key("\\from").DeleteKeyRecursive(); },
-     [](bool said) { return (Tree::get("\\from", "v") == "-") == said; }},
-    {"delete what is below", [] { return Key("\\from").DeleteKeyRecursive(false); },
-     [](bool said) {
-         return (!said || Tree::get("\\from\\other", "v") == "-") && Tree::get("\\from", "v") == "7";
-     }},
-    {"copy a key", [] { return CopyTo("\\to\\here"); },
-     [](bool said) {
-         return !said ||
-                (Tree::get("\\to\\here", "v") == "7" && Tree::get("\\to\\here\\other", "v") == "other" &&
-                 Tree::get("\\to\\here\\below\\deep", "v") == "deep");
-     }},
-    {"copy a value",
-     [] {
-         return Registry::CopyValue(HKEY_CURRENT_USER, Path("\\from"), "v", HKEY_CURRENT_USER, Path("\\to"));
-     },
-     [](bool said) { return (Tree::get("\\to", "v") == "7") == said; }},
+     [] { return Key("\\from").ReadValue("v", 8UL) == "7" && Watch::traces == 0; }, "\\from", "7", "7"},
+    {"write a text", [] { return Key("\\new").WriteValue("v", SAnsiString("x")); }, "\\new", "x", "-"},
+    {"write a number", [] { return Key("\\from").WriteValue("v", 7UL); }, "\\from", "number 7", "7"},
+    {"delete a value", [] { return Key("\\from").DeleteValue("v"); }, "\\from", "-", "7"},
+    {"delete a key", [] { return Key("\\from\\other").DeleteKey(); }, "\\from\\other", "-", "other"},
+    {"delete all", [] { return Key("\\from").DeleteKeyRecursive(); }, "\\from", "-", "7"},
+    {"delete below", [] { return Key("\\from").DeleteKeyRecursive(false); }, "\\from\\other", "-", "*"},
+    {"delete only below", [] { return Key("\\from").DeleteKeyRecursive(false); }, "\\from", "7", "7"},
+    {"copy a key", CopyAll, "\\to\\here\\below\\deep", "deep", "*"},
+    {"copy a value", CopyOne, "\\to", "7", "-"},
 };
 
 }  // namespace
@@ -148,48 +129,41 @@ TEST(RegistryCalls, AKeyIsOpenedOnceAndAssignmentTurnsToTheOther) {
     EXPECT_EQ(osregistry::OpenKeys(), openBefore);
 }
 
-TEST(RegistryCalls, WhicheverFailsTheResultSaysSo) {
+class RegistryFailures : public testing::TestWithParam<bool> {};
+
+// Calls of the system's, or allocations.
+TEST_P(RegistryFailures, AreToldAndLeaveNothingOpen) {
     const Watch watch;
     const long openBefore = osregistry::OpenKeys();
     for (const Operation& operation : kOperations) {
         bool isHit = true;
         for (unsigned long nth = 1; isHit; ++nth) {
+            SCOPED_TRACE(operation.name + std::to_string(nth));
             const Tree tree;
             const unsigned long callsBefore = osregistry::CallsSoFar();
-            Watch::traces = 0;
-            osregistry::FailCall(nth, ERROR_NOT_ENOUGH_MEMORY);
-            const bool said = operation.act();
-            osregistry::FailCall(0, 0);
-            isHit = osregistry::CallsSoFar() - callsBefore >= nth;
-            EXPECT_EQ(said, !isHit) << operation.name << nth;
-            EXPECT_TRUE(operation.holds(said)) << operation.name << nth;
-            EXPECT_EQ(Watch::traces != 0, isHit) << operation.name << nth;
-            ASSERT_EQ(osregistry::OpenKeys(), openBefore) << operation.name << nth;
-        }
-    }
-}
-
-TEST(RegistryCalls, MemoryThatFailsLeavesNothingOpenAndNothingBehind) {
-    const Watch watch;
-    const long openBefore = osregistry::OpenKeys();
-    for (const Operation& operation : kOperations) {
-        bool isHit = true;
-        for (unsigned long nth = 1; isHit; ++nth) {
-            const Tree tree;
             const long blocksBefore = tarntest::LiveBlocks();
-            bool isThrown = false;
-            tarntest::FailAllocation(nth);
-            try {
-                operation.act();
-            } catch (const std::bad_alloc&) {
-                isThrown = true;
+            bool said = false;
+            Watch::traces = 0;
+            if (GetParam()) {
+                osregistry::FailCall(nth, ERROR_NOT_ENOUGH_MEMORY);
+            } else {
+                tarntest::FailAllocation(nth);
             }
-            isHit = tarntest::FailureHappened();
+            const bool isThrown = !tarntest::Succeeds([&] { said = operation.act(); });
+            isHit = GetParam() ? osregistry::CallsSoFar() - callsBefore >= nth : tarntest::FailureHappened();
+            osregistry::FailCall(0, 0);
             tarntest::FailAllocation(0);
             const long blocks = tarntest::LiveBlocks();
-            EXPECT_EQ(isThrown, isHit) << operation.name << nth;
-            EXPECT_EQ(blocks, blocksBefore) << operation.name << nth;
-            ASSERT_EQ(osregistry::OpenKeys(), openBefore) << operation.name << nth;
+            const std::string value = Tree::get(operation.below);
+            EXPECT_EQ(blocks, blocksBefore);
+            ASSERT_EQ(osregistry::OpenKeys(), openBefore);
+            EXPECT_EQ(said, !isHit);
+            EXPECT_EQ(isThrown, isHit && !GetParam());
+            if (isThrown) continue;
+            EXPECT_EQ(Watch::traces != 0, isHit);
+            const std::string& expected = said ? operation.whenDone : operation.whenFailed;
+            EXPECT_TRUE(expected == "*" || value == expected) << value;
         }
     }
 }
+INSTANTIATE_TEST_SUITE_P(Calls, RegistryFailures, testing::Bool());

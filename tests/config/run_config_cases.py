@@ -4,6 +4,7 @@
     run_config_cases.py RUNNER TARN_EXE SCRATCH_FOLDER
 """
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -14,31 +15,23 @@ SOURCES = [("/usr/lib", "os-release"), ("/etc", "*.conf"), ("/etc", "*.ini"), ("
            ("/usr/lib/python3", "*.cfg"), ("/usr/share/wine", "wine.inf")]
 MOST_OF_A_KIND = 6
 MOST_SECTIONS = 5
+SECTION = re.compile(r"\[([^]]*)\](?!\Z)(.*?)(?=\n\[|\Z)", re.DOTALL)
 
 
 def read(text):
     """A list of (name, {key: value})."""
     sections = []
-    at = 0
-    while True:
-        opened = text.find("[", at)
-        closed = text.find("]", opened + 1)
-        if opened < 0 or closed < 0 or closed + 1 == len(text):
-            return sections
-        end = text.find("\n[", closed + 1)
-        end = len(text) if end < 0 else end
+    for name, body in SECTION.findall(text):
         values = {}
-        for line in text[closed + 1:end].split("\n"):
+        for line in body.split("\n"):
             line = line.strip(SPACE)
-            if not line:
-                continue
-            if "=" not in line:
+            key, equals, value = line.partition("=")
+            if line and not equals:
                 break
-            key, value = line.split("=", 1)
-            if key not in values:
+            if line and key not in values:
                 values[key.strip(SPACE)] = value.strip(SPACE)
-        sections.append((text[opened + 1:closed], values))
-        at = end
+        sections.append((name, values))
+    return sections
 
 
 def candidates():
@@ -50,24 +43,20 @@ def candidates():
             except (UnicodeDecodeError, OSError):
                 continue  # the tool's code page does not have every character
             if text and "\0" not in text:
-                yield path, text
+                yield text
 
 
-class Reader:
-    def __init__(self, runner, tool):
-        self.command = [runner, tool, "config", "-file"]
-
-    def lines(self, path, *more):
-        run = subprocess.run([*self.command, path, *more], capture_output=True, text=True, timeout=60)
-        if run.returncode:
-            sys.exit(f"{path} {more}: status {run.returncode} {run.stderr}")
-        return run.stdout.split("\n")[:-1]
+def printed(command, path, *more):
+    run = subprocess.run([*command, "config", "-file", path, *more], capture_output=True, text=True, timeout=60)
+    if run.returncode:
+        sys.exit(f"{path} {more}: status {run.returncode} {run.stderr}")
+    return run.stdout.split("\n")[:-1]
 
 
-def check(reader, path, text):
+def check(command, path, text):
     """How many keys were compared."""
     sections = read(text)
-    names = reader.lines(path)
+    names = printed(command, path)
     if names != [line for name, _ in sections for line in f"[{name}]".split("\n")]:
         sys.exit(f"{path}: sections {names}")
     keys = 0
@@ -76,23 +65,21 @@ def check(reader, path, text):
         # Keys are listed section by section; a look-up sees the last one only.
         keys_listed = dict.fromkeys(key for values in named for key in sorted(values))
         wanted = [f"{key}={named[-1][key]}" for key in keys_listed if key in named[-1]]
-        if reader.lines(path, "-section", name) != wanted:
+        if printed(command, path, "-section", name) != wanted:
             sys.exit(f"{path}: [{name}] should be {wanted}")
         keys += len(wanted)
     return keys
 
 
 def main(runner, tool, scratch):
-    folder = pathlib.Path(scratch).resolve()
-    folder.mkdir(parents=True, exist_ok=True)
-    reader = Reader(runner, tool)
+    copy = pathlib.Path(scratch).resolve() / "file"
+    copy.parent.mkdir(parents=True, exist_ok=True)
     files = keys = 0
-    for path, text in candidates():
+    for text in candidates():
         if not text.lstrip().startswith("["):
             text = "[all]\n" + text
-        copy = folder / "file"
         copy.write_bytes(text.encode("ascii"))
-        keys += check(reader, copy, text)
+        keys += check([runner, tool], copy, text)
         files += 1
     print(f"{files} files, {keys} keys")
     return 0 if files >= 5 and keys >= 50 else 1

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tarnlib/sassert.h"
@@ -33,6 +34,15 @@ class AssertRecorder {
         Lines().clear();
         return line.find("assert failure: (" + unit + ":") == 0 &&
                line.find("). (" + expression + " : ") != line.npos;
+    }
+    /// What was collected that begins with this, without it, a line each; forgets all.
+    std::string take(const std::string& beginning = "") {
+        std::string text;
+        for (const std::string& line : std::exchange(Lines(), {})) {
+            if (line.compare(0, beginning.size(), beginning) == 0)
+                text += line.substr(beginning.size()) + "\n";
+        }
+        return text;
     }
 
   private:
