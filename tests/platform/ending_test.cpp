@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr DWORD kLongestMilliseconds = 60'000;
-
 /// The exit status of a case of ending.exe; -1 when it does not end.
 int StatusOf(const char* name, const std::string& folder) {
     const std::string program = (std::filesystem::path(_pgmptr).parent_path() / "ending.exe").string();
@@ -21,7 +19,7 @@ int StatusOf(const char* name, const std::string& folder) {
                 ('"' + folder + '"').c_str(), nullptr);
     if (process == -1) return -2;
     const auto handle = reinterpret_cast<HANDLE>(process);
-    if (WaitForSingleObject(handle, kLongestMilliseconds) != WAIT_OBJECT_0) TerminateProcess(handle, ~0U);
+    if (WaitForSingleObject(handle, 60'000) != WAIT_OBJECT_0) TerminateProcess(handle, ~0U);
     int status = -3;
     _cwait(&status, process, 0);
     return status;

@@ -62,8 +62,7 @@ TEST(DateText, ReadsOnlyWhatIsADate) {
         EXPECT_EQ(hasDate, read);
         if (!read) EXPECT_TRUE(value == before && !hasTime) << text.getString();
         short year = 1970;  // the parts of what is untouched
-        unsigned char month = 1;
-        unsigned char day = 1;
+        unsigned char month = 1, day = 1;
         EXPECT_EQ(StringToYMD(text, year, month, day), read && !hasTime) << text.getString();
         if (!hasTime) EXPECT_EQ(SDate(year, month, day), value.GetDate(Zone(fields[1]))) << text.getString();
     }

@@ -17,8 +17,7 @@ constexpr std::int32_t kLast = 13'689'324;           // 32767-12-31
 
 std::string Text(const SDate& date) {
     short year = 1;
-    unsigned char month = 1;
-    unsigned char day = 1;
+    unsigned char month = 1, day = 1;
     date.GetYearMonthDay(year, month, day);
     return std::to_string(year) + "-" + std::to_string(month) + "-" + std::to_string(day);
 }
@@ -48,8 +47,7 @@ TEST(Date, LeadsBackFromEveryDay) {
 TEST(Date, BuildsAndReads) {
     for (const auto& fields : tarntest::ReadCases("date_builds.txt")) {
         int year = 0;
-        unsigned month = 0;
-        unsigned day = 0;
+        unsigned month = 0, day = 0;
         ASSERT_EQ(std::sscanf(fields[0].c_str(), "%d-%u-%u", &year, &month, &day), 3);
         const SDate date(static_cast<short>(year), static_cast<unsigned char>(month),
                          static_cast<unsigned char>(day), fields[1] == "c");
