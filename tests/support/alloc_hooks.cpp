@@ -1,6 +1,5 @@
 #include "support/alloc_hooks.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
@@ -21,27 +20,38 @@ thread_local unsigned long failingAllocation = 0;  // in terms of `allocations`;
 thread_local bool failureHappened = false;
 std::atomic<long> liveBlocks{0};
 
-thread_local struct {
+struct Watch {
     const void* block;
     void* copy;
     unsigned long bytes;
-} watch{};
+};
+thread_local Watch watch{};
 
 constexpr std::size_t kDefaultAlignment = 0;
 
 #ifdef TARN_GUARD_HEAP
-constexpr auto* RawAllocate = &tarntest::GuardAllocate;
-constexpr auto* RawReallocate = &tarntest::GuardReallocate;
-constexpr auto* RawFree = &tarntest::GuardFree;
-#else
 void* RawAllocate(std::size_t bytes, std::size_t alignment) {
-    return _aligned_malloc(bytes, std::max(alignment, alignof(std::max_align_t)));
+    return tarntest::GuardAllocate(bytes, alignment);
 }
 void* RawReallocate(void* block, std::size_t bytes) {
-    return _aligned_realloc(block, bytes, alignof(std::max_align_t));
+    return tarntest::GuardReallocate(block, bytes);
 }
-void RawFree(void* block) {
-    _aligned_free(block);
+void RawFree(void* block, std::size_t) {
+    tarntest::GuardFree(block);
+}
+#else
+void* RawAllocate(std::size_t bytes, std::size_t alignment) {
+    const std::size_t size = bytes == 0 ? 1 : bytes;
+    return alignment == kDefaultAlignment ? std::malloc(size) : _aligned_malloc(size, alignment);
+}
+void* RawReallocate(void* block, std::size_t bytes) {
+    return std::realloc(block, bytes);
+}
+void RawFree(void* block, std::size_t alignment) {
+    if (alignment == kDefaultAlignment)
+        std::free(block);
+    else
+        _aligned_free(block);
 }
 #endif
 
@@ -61,10 +71,10 @@ void* TakeBlock(std::size_t bytes, std::size_t alignment = kDefaultAlignment) {
     return MayAllocate() ? Counted(RawAllocate(bytes, alignment)) : nullptr;
 }
 
-void GiveBlock(void* block) {
+void GiveBlock(void* block, std::size_t alignment = kDefaultAlignment) {
     if (block == nullptr) return;
     liveBlocks.fetch_sub(1, std::memory_order_relaxed);
-    RawFree(block);
+    RawFree(block, alignment);
 }
 
 void* AllocateOrThrow(std::size_t bytes, std::size_t alignment = kDefaultAlignment) {
@@ -134,9 +144,9 @@ void operator delete(void* block) noexcept {
 void operator delete(void* block, std::size_t) noexcept {
     GiveBlock(block);
 }
-void operator delete(void* block, std::align_val_t) noexcept {
-    GiveBlock(block);
+void operator delete(void* block, std::align_val_t alignment) noexcept {
+    GiveBlock(block, static_cast<std::size_t>(alignment));
 }
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
-    GiveBlock(block);
+void operator delete(void* block, std::size_t, std::align_val_t alignment) noexcept {
+    GiveBlock(block, static_cast<std::size_t>(alignment));
 }
