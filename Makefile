@@ -7,9 +7,9 @@ SHELL := /bin/bash
 export CMAKE_BUILD_PARALLEL_LEVEL ?= $(shell nproc)
 export CTEST_PARALLEL_LEVEL ?= $(CMAKE_BUILD_PARALLEL_LEVEL)
 
-STEP := cmake/step
+STEP := scripts/step
 # Programs run under Wine from here on; its server ends with the recipe.
-WINE := trap cmake/wine-stop EXIT;
+WINE := trap scripts/wine-stop EXIT;
 CTEST_LINES := sed -n '/tests passed/,$$p' build/log/ctest-
 
 # $(1): preset; $(2): targets, otherwise everything; $(3): more for the configuration
@@ -40,7 +40,7 @@ help:
 run:
 	@$(STEP) "packages" deps-run deps/install.sh build
 	@$(call configure-and-build,release,tarn)
-	@$(WINE) cmake/run-demo.sh build/release
+	@$(WINE) scripts/run-demo.sh build/release
 
 test:
 	@$(STEP) "packages" deps-test deps/install.sh build test
@@ -72,31 +72,31 @@ coverage:
 
 format:
 	@$(STEP) "packages" deps-check deps/install.sh check
-	@cmake/format.sh
+	@scripts/format.sh
 
 check-format:
 	@$(STEP) "packages" deps-check deps/install.sh check
-	@$(STEP) "format" format cmake/format.sh --check
+	@$(STEP) "format" format scripts/format.sh --check
 
 layers:
 	@$(STEP) "packages" deps-check deps/install.sh check
-	@$(STEP) "layers: the check itself" layers-self-test python3 cmake/check-layers.py --self-test
-	@$(STEP) "layers" layers python3 cmake/check-layers.py .
+	@$(STEP) "layers: the check itself" layers-self-test python3 scripts/check-layers.py --self-test
+	@$(STEP) "layers" layers python3 scripts/check-layers.py .
 
 comments:
 	@$(STEP) "packages" deps-check deps/install.sh check
-	@$(STEP) "comments: the check itself" comments-self-test python3 cmake/check-comments.py --self-test
-	@$(STEP) "comments" comments python3 cmake/check-comments.py .
+	@$(STEP) "comments: the check itself" comments-self-test python3 scripts/check-comments.py --self-test
+	@$(STEP) "comments" comments python3 scripts/check-comments.py .
 
 tidy:
 	@$(STEP) "packages" deps-tidy deps/install.sh build tidy
 	@$(STEP) "configure (debug)" configure-debug cmake --preset debug
-	@$(STEP) "clang-tidy" tidy cmake/clang-tidy.sh build/debug
+	@$(STEP) "clang-tidy" tidy scripts/clang-tidy.sh build/debug
 
 exports:
 	@$(STEP) "packages" deps-run deps/install.sh build
 	@$(call configure-and-build,release,tarnlib)
-	@mkdir -p docs && cmake/exports.sh build/release/bin/tarnlib-5-0.dll > docs/exports.txt
+	@mkdir -p docs && scripts/exports.sh build/release/bin/tarnlib-5-0.dll > docs/exports.txt
 	@wc -l docs/exports.txt
 
 sdk:
@@ -104,12 +104,12 @@ sdk:
 	@$(call configure-and-build,release,tarnlib tarn)
 	@rm -rf build/sdk
 	@$(STEP) "install into build/sdk" sdk-install cmake --install build/release --prefix build/sdk
-	@$(STEP) "build the examples against it" sdk-examples cmake/build-client.sh build/sdk build/sdk/share/tarnlib/examples build/examples
-	@$(STEP) "build a client of ten lines" sdk-client cmake/build-client.sh build/sdk tests/sdk build/client
-	@$(WINE) $(STEP) "run them" sdk-run cmake/run-examples.sh build/examples build/client && cat build/log/sdk-run.log
+	@$(STEP) "build the examples against it" sdk-examples scripts/build-client.sh build/sdk build/sdk/share/tarnlib/examples build/examples
+	@$(STEP) "build a client of ten lines" sdk-client scripts/build-client.sh build/sdk tests/sdk build/client
+	@$(WINE) $(STEP) "run them" sdk-run scripts/run-examples.sh build/examples build/client && cat build/log/sdk-run.log
 	@$(WINE) $(STEP) "run the service" sdk-service python3 tests/sdk/run_service_cases.py cmake/wine-run \
 	    build/examples/service/service.exe build/service
 
 clean:
-	@cmake/wine-stop
+	@scripts/wine-stop
 	@rm -rf build

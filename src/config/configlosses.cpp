@@ -1,7 +1,7 @@
 #include "config/configlosses.h"
 
 #include "config/configtext.h"
-#include "diag/levels.h"
+#include "diag/assert/levels.h"
 #include "tarnlib/sstringconv.h"
 #include "tarnlib/straceobj.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "strings/bytesearch.h"
-#include "strings/characterset.h"
-#include "strings/mbchar.h"
+#include "strings/base/bytesearch.h"
+#include "strings/characters/mbchar.h"
+#include "strings/words/characterset.h"
 #include "tarnlib/sstring.h"
 
 /// Looking at configuration text in place.

@@ -7,8 +7,8 @@
 #include <string>
 #include <utility>
 
-#include "diag/levels.h"
-#include "diag/require.h"
+#include "diag/assert/levels.h"
+#include "diag/assert/require.h"
 #include "tarnlib/neutralstr.h"
 #include "tarnlib/straceobj.h"
 #include "tarnlib/stringhelper.h"

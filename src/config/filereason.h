@@ -1,6 +1,6 @@
 #pragma once
 
-#include "strings/lineend.h"
+#include "strings/text/lineend.h"
 #include "tarnlib/sfileexception.h"
 
 namespace TarnLibA500 {

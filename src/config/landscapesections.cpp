@@ -3,7 +3,7 @@
 
 #include "config/landscape.h"
 #include "config/xmldocument.h"
-#include "diag/levels.h"
+#include "diag/assert/levels.h"
 #include "tarnlib/configfilereader.h"
 #include "tarnlib/straceobj.h"
 

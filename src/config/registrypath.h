@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "diag/levels.h"
+#include "diag/assert/levels.h"
 #include "system/systemtext.h"
 #include "tarnlib/sstring.h"
 #include "tarnlib/straceobj.h"

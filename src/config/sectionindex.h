@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "strings/mbchar.h"
+#include "strings/characters/mbchar.h"
 #include "tarnlib/configfilereader.h"
 
 namespace TarnLibA500 {

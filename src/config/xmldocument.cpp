@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "config/filereason.h"
-#include "strings/memory.h"
+#include "strings/base/memory.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/simplebuffer.h"
 #include "tarnlib/sstringconv.h"

@@ -4,9 +4,9 @@
 #include <cstring>
 #include <utility>
 
-#include "strings/bytesearch.h"
-#include "strings/mbchar.h"
-#include "strings/wipe.h"
+#include "strings/base/bytesearch.h"
+#include "strings/base/wipe.h"
+#include "strings/characters/mbchar.h"
 #include "tarnlib/UTFConverter.h"
 #include "tarnlib/mbcscodesetconverter.h"
 

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <iterator>
 
-#include "diag/levels.h"
+#include "diag/assert/levels.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
 #include "files/uniquename.h"

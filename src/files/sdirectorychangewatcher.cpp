@@ -4,10 +4,10 @@
 #include <memory>
 #include <new>
 
-#include "diag/levels.h"
+#include "diag/assert/levels.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
-#include "strings/memory.h"
+#include "strings/base/memory.h"
 #include "system/systemtext.h"
 #include "tarnlib/straceobj.h"
 

@@ -6,15 +6,15 @@
 #include <new>
 #include <utility>
 
-#include "diag/levels.h"
-#include "diag/require.h"
+#include "diag/assert/levels.h"
+#include "diag/assert/require.h"
 #include "files/filetext.h"
 #include "files/osfiles.h"
 #include "files/removal.h"
 #include "files/sreadahead.h"
 #include "files/systempath.h"
-#include "strings/bytesearch.h"
-#include "strings/lineend.h"
+#include "strings/base/bytesearch.h"
+#include "strings/text/lineend.h"
 #include "tarnlib/sfilesys.h"
 #include "tarnlib/straceobj.h"
 

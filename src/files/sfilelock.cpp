@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "diag/levels.h"
+#include "diag/assert/levels.h"
 #include "files/filetimes.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"

@@ -10,8 +10,8 @@
 #include "files/osfiles.h"
 #include "files/systempath.h"
 #include "files/treewalk.h"
-#include "strings/pathroot.h"
-#include "strings/stringbuilder.h"
+#include "strings/paths/pathroot.h"
+#include "strings/text/stringbuilder.h"
 #include "system/systemtext.h"
 #include "tarnlib/sfile.h"
 

@@ -3,10 +3,10 @@
 #include <cerrno>
 #include <new>
 
-#include "diag/levels.h"
+#include "diag/assert/levels.h"
 #include "files/failuretext.h"
 #include "files/filesysfailure.h"
-#include "strings/lineend.h"
+#include "strings/text/lineend.h"
 #include "tarnlib/straceobj.h"
 
 namespace TarnLibA500 {

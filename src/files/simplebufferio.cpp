@@ -1,10 +1,10 @@
 #include <algorithm>
 
-#include "diag/levels.h"
-#include "diag/require.h"
+#include "diag/assert/levels.h"
+#include "diag/assert/require.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
-#include "strings/lineend.h"
+#include "strings/text/lineend.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
 #include "tarnlib/simplebuffer.h"

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <utility>
 
-#include "diag/levels.h"
+#include "diag/assert/levels.h"
 #include "files/osfiles.h"
 #include "system/systemtext.h"
 #include "tarnlib/straceobj.h"

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <memory>
 
-#include "strings/lentblock.h"
-#include "strings/wipe.h"
+#include "strings/base/lentblock.h"
+#include "strings/base/wipe.h"
 #include "tarnlib/sstring.h"
 
 namespace TarnLibA500 {

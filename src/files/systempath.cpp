@@ -2,7 +2,7 @@
 
 #include <cwchar>
 
-#include "strings/stringbuilder.h"
+#include "strings/text/stringbuilder.h"
 #include "system/systemtext.h"
 #include "tarnlib/pathparts.h"
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "diag/levels.h"
+#include "diag/assert/levels.h"
 #include "files/systempath.h"
 #include "tarnlib/straceobj.h"
 

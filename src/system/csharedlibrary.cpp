@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "diag/levels.h"
-#include "strings/stringbuilder.h"
+#include "diag/assert/levels.h"
+#include "strings/text/stringbuilder.h"
 #include "system/systemtext.h"
 #include "tarnlib/pathparts.h"
 #include "tarnlib/sstringconv.h"

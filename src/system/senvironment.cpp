@@ -1,7 +1,7 @@
 #include "tarnlib/senvironment.h"
 
-#include "diag/levels.h"
-#include "strings/stringbuilder.h"
+#include "diag/assert/levels.h"
+#include "strings/text/stringbuilder.h"
 #include "system/systemtext.h"
 #include "tarnlib/straceobj.h"
 

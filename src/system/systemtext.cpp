@@ -4,8 +4,8 @@
 #include <cstring>
 #include <cwchar>
 
-#include "strings/mbchar.h"
-#include "strings/stringbuilder.h"
+#include "strings/characters/mbchar.h"
+#include "strings/text/stringbuilder.h"
 #include "tarnlib/UTFConverter.h"
 #include "tarnlib/sstringconv.h"
 

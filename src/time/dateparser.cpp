@@ -1,4 +1,4 @@
-#include "diag/require.h"
+#include "diag/assert/require.h"
 #include "tarnlib/sdatetimeconv.h"
 #include "time/dateparts.h"
 

@@ -3,9 +3,9 @@
 #include <cstring>
 #include <utility>
 
-#include "diag/require.h"
-#include "strings/intconv.h"
-#include "strings/mbchar.h"
+#include "diag/assert/require.h"
+#include "strings/base/intconv.h"
+#include "strings/characters/mbchar.h"
 #include "tarnlib/sdatetimestring.h"
 #include "time/dateparts.h"
 

@@ -1,6 +1,6 @@
 #include "tarnlib/sdate.h"
 
-#include "diag/require.h"
+#include "diag/assert/require.h"
 #include "tarnlib/sdatetime.h"
 #include "time/calendar.h"
 #include "time/dateparts.h"

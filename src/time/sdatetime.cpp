@@ -6,7 +6,7 @@
 #include <ctime>
 #include <limits>
 
-#include "diag/require.h"
+#include "diag/assert/require.h"
 #include "tarnlib/sdatetimeconv.h"
 #include "time/dateparts.h"
 #include "time/datepattern.h"

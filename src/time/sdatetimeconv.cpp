@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include "diag/require.h"
+#include "diag/assert/require.h"
 #include "time/dateparts.h"
 
 namespace TarnLibA500 {

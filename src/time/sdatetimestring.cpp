@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include "strings/mbchar.h"
+#include "strings/characters/mbchar.h"
 #include "tarnlib/slocale.h"
 #include "time/calendar.h"
 

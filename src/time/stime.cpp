@@ -2,7 +2,7 @@
 // After <windows.h>, whose macro the header takes away.
 #include "tarnlib/stime.h"
 
-#include "diag/require.h"
+#include "diag/assert/require.h"
 #include "time/dateparts.h"
 #include "time/datepattern.h"
 

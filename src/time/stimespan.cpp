@@ -1,6 +1,6 @@
 #include "tarnlib/stimespan.h"
 
-#include "diag/require.h"
+#include "diag/assert/require.h"
 
 namespace TarnLibA500 {
 namespace {

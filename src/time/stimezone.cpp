@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "diag/require.h"
-#include "strings/intconv.h"
+#include "diag/assert/require.h"
+#include "strings/base/intconv.h"
 #include "tarnlib/sdatetime.h"
 #include "time/dateparts.h"
 #include "time/systemzone.h"

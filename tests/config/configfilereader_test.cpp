@@ -66,7 +66,7 @@ std::string Shown(const ConfigFileReader& reader) {
 
 TEST_F(ConfigFiles, LookUpsByTheLetter) {
     const tarntest::LocaleScope locale(tarntest::kLocale1252);
-    for (const auto& c : tarntest::ReadCases("config_texts.txt")) {
+    for (const auto& c : tarntest::ReadCases("config/config_texts.txt")) {
         ConfigFileReader reader;
         ASSERT_EQ(reader.initialize(write(c[0])), c[3] != "refused") << c[0];
         if (c[3] == "refused") continue;
@@ -77,7 +77,7 @@ TEST_F(ConfigFiles, LookUpsByTheLetter) {
 TEST_F(ConfigFiles, WhatIsNotReadIsTold) {
     const std::string name = (folder / "file").string();
     tarntest::AssertRecorder recorder(tarntest::kTracesToo);
-    for (const auto& c : tarntest::ReadCases("config_losses.txt")) {
+    for (const auto& c : tarntest::ReadCases("config/config_losses.txt")) {
         ConfigFileReader reader;
         const bool isRead = reader.initialize(write(Expanded(c[0])));
         std::string text = Bytes(reader.GetLastErrorText());
@@ -152,7 +152,7 @@ TEST_F(Cp932ConfigFiles, TrailBytesAreNoBracketsAndWideBlanksAreTrimmed) {
 }
 
 TEST_F(ConfigFiles, LandscapesBecomeSectionsAndHostileOnesAreRefused) {
-    for (const auto& c : tarntest::ReadCases("config_landscapes.txt")) {
+    for (const auto& c : tarntest::ReadCases("config/config_landscapes.txt")) {
         ConfigFileReader reader;
         tarntest::AssertRecorder recorder(tarntest::kTracesToo);
         EXPECT_EQ(reader.initializeFromXML(write(Expanded(c[0]))), c[1] == "read") << c[0];

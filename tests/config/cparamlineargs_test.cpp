@@ -33,7 +33,7 @@ std::string Joined(const SIArray<SAnsiString>& words) {
 }  // namespace
 
 TEST(CommandLines, AreParsedAndRebuilt) {
-    for (const auto& fields : tarntest::ReadCases("options_lines.txt")) {
+    for (const auto& fields : tarntest::ReadCases("config/options_lines.txt")) {
         const CParamLineArgs args(fields[0].c_str());
         EXPECT_EQ(args.GetProgramName(), fields[1].c_str()) << fields[0];
         EXPECT_EQ(Listed(args), fields[2]) << fields[0];
@@ -95,7 +95,7 @@ TEST(CommandLines, OptionsAreSetFoundMergedAndRemoved) {
 }
 
 TEST(CommandLines, NumbersAreWholeAndWithinTheirLimits) {
-    for (const auto& c : tarntest::ReadCases("options_numbers.txt")) {
+    for (const auto& c : tarntest::ReadCases("config/options_numbers.txt")) {
         CParamLineArgs args;
         args.SetArg("Days", c[0].c_str());
         int number = 77;
@@ -166,7 +166,7 @@ TEST(CommandLines, ManyOptionsAreFoundAsFewAre) {
 }
 
 TEST(CommandLines, PropertiesAreReadLineByLine) {
-    for (const auto& c : tarntest::ReadCases("options_properties.txt")) {
+    for (const auto& c : tarntest::ReadCases("config/options_properties.txt")) {
         std::istringstream in(c[0]);
         CParamLineArgs args;
         args.ReadArgsAsProperties(in, std::stoul(c[1]));

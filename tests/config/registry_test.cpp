@@ -82,7 +82,7 @@ TEST_F(RegistryKeys, ValuesAreWrittenAndReadExactly) {
     for (const char* name : {"empty", "missing"}) EXPECT_EQ(settings.ReadValue(name), "") << name;
     SEnvironment::Set("TARN_TEST", "expanded");
     unsigned long type = 0;
-    for (const auto& c : tarntest::ReadCases("registry_values.txt")) {
+    for (const auto& c : tarntest::ReadCases("config/registry_values.txt")) {
         setRaw(L"theirs", std::stoul(c[0]), c[1]);
         EXPECT_EQ(settings.ReadValue("theirs"), c[2].c_str()) << c[1];
         EXPECT_TRUE(settings.GetType("theirs", type));

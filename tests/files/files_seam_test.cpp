@@ -393,7 +393,7 @@ TEST_F(FileFaults, UniqueNamesEndSomewhere) {
 }
 
 TEST(FileSysFailure, ReasonsOfEveryError) {
-    for (const auto& c : tarntest::ReadCases("file_errors.txt")) {
+    for (const auto& c : tarntest::ReadCases("files/file_errors.txt")) {
         const auto error = static_cast<DWORD>(std::stoul(c[0]));
         EXPECT_EQ(SFileException::MapSystemError(error), std::stoi(c[1])) << error;
         EXPECT_EQ(FileSysFailure::reasonOf(error), std::stoi(c[2])) << error;

@@ -261,9 +261,9 @@ using Cp932FileSteps = FileSteps;
 }  // namespace
 
 TEST_F(FileSteps, GiveWhatTheyMust) {
-    play("file_steps.txt");
+    play("files/file_steps.txt");
 }
 
 TEST_F(Cp932FileSteps, GiveWhatTheyMust) {
-    play("file_steps_932.txt");
+    play("files/file_steps_932.txt");
 }

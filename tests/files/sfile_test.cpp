@@ -72,7 +72,7 @@ class BareFile : public SFile {
 }  // namespace
 
 TEST_F(Files, OpensByTheModeAlone) {
-    for (const auto& c : tarntest::ReadCases("file_modes.txt")) {
+    for (const auto& c : tarntest::ReadCases("files/file_modes.txt")) {
         const int mode = std::stoi(c[0]);
         const fs::path file = folder / "file";
         fs::remove(file);
@@ -134,7 +134,7 @@ TEST_F(SFileText, CharactersMayLieAcrossBlocks) {
 }
 
 TEST_F(SFileText, IllegalUtf8IsEmptyAndNamed) {
-    for (const auto& c : tarntest::ReadCases("file_illegal_texts.txt")) {
+    for (const auto& c : tarntest::ReadCases("files/file_illegal_texts.txt")) {
         const std::string bytes = std::string(std::stoul(c[0]), 'b') + c[1];
         SFile file(Text(write("illegal", "first\n" + bytes + "\nlast")), SFile::readOnly, kRights, kShared);
         const Traces traces;
@@ -204,7 +204,7 @@ TEST_F(SFileText, AnyMixtureIsThatOfSingleBytes) {
 TEST(SFileException, TextsAndMappings) {
     using Exception = SFileException;
     const SAnsiString name("N%2");
-    for (const auto& c : tarntest::ReadCases("file_failures.txt")) {
+    for (const auto& c : tarntest::ReadCases("files/file_failures.txt")) {
         const auto stage = static_cast<Exception::ErrorCodes>(std::stoi(c[0]));
         const Exception e(stage, 9, name, Exception::notFound, "why", "more");
         EXPECT_EQ(Bytes(e.toString()), c[1]);

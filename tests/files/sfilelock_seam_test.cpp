@@ -98,7 +98,7 @@ std::string Play(char step, std::optional<SFileLock>& lock) {
 TEST(FileLock, TakesTurns) {
     const long handles = osfiles::OpenHandles();
     osfiles::ReplaceSleep(SleepAmongOthers);
-    for (const auto& c : tarntest::ReadCases("lock_turns.txt")) {
+    for (const auto& c : tarntest::ReadCases("files/lock_turns.txt")) {
         const auto number = [&](std::size_t field) {
             return static_cast<unsigned short>(std::stoi(c[field]));
         };

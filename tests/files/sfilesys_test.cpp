@@ -123,7 +123,7 @@ TEST_F(FileSys, TheTemporaryDirectoryMayHaveALongName) {
 }
 
 TEST(SFileSysException, TextsOfEveryCode) {
-    for (const auto& c : tarntest::ReadCases("filesys_failures.txt")) {
+    for (const auto& c : tarntest::ReadCases("files/filesys_failures.txt")) {
         const auto code = static_cast<SFileSysException::ErrorCodes>(std::stoi(c[0]));
         const SFileSysException e(code, SFileSysException::reasonOther, "why", "P1", "P2", "extra");
         EXPECT_EQ(Bytes(e.toString()), c[1]);

@@ -96,7 +96,7 @@ class TraceLogs : public testing::Test {
     HANDLE held_ = nullptr;
 };
 
-/// A step of tracelog_files.txt.
+/// A step of platform/tracelog_files.txt.
 void TraceLogs::take(const std::string& step) {
     std::istringstream in(step);
     std::string verb, name, left;
@@ -151,7 +151,7 @@ TEST_F(TraceLogs, ARecordIsOneLineWhateverItsText) {
     std::vector<std::string> wanted = {" m unit ",
                                        "[name=a%C2%85] unit.cpp(12) text -9223372036854775808\r\n",
                                        "xxx...\r\n", "xxx\xC3\xBC\r\n"};
-    for (const auto& fields : tarntest::ReadCases("tracelog_texts.txt")) {
+    for (const auto& fields : tarntest::ReadCases("platform/tracelog_texts.txt")) {
         Logger(Logger::S, Event()).write(fields[0].data(), fields[0].size());
         wanted.push_back("[] unit.cpp(12) " + fields[1] + "\r\n");
     }
@@ -171,7 +171,7 @@ TEST_F(TraceLogs, LeaveTheirFilesAsTheLimitsSay) {
     ASSERT_TRUE(CreateProcessW(nullptr, command, nullptr, nullptr, FALSE, CREATE_SUSPENDED, nullptr, nullptr,
                                &startup, &other));
     living_ = "_" + std::to_string(other.dwProcessId) + ".";
-    for (const auto& fields : tarntest::ReadCases("tracelog_files.txt")) {
+    for (const auto& fields : tarntest::ReadCases("platform/tracelog_files.txt")) {
         SCOPED_TRACE(fields[0]);
         SetUp();
         for (std::size_t i = 1; i < fields.size(); ++i) take(fields[i]);

@@ -6,10 +6,10 @@
 #include <cstring>
 #include <new>
 
-#include "strings/memory.h"
+#include "strings/base/memory.h"
 
 #ifdef TARN_GUARD_HEAP
-#include "guard_heap.h"
+#include "support/guard_heap.h"
 #endif
 
 namespace {

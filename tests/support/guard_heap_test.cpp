@@ -1,4 +1,4 @@
-#include "guard_heap.h"
+#include "support/guard_heap.h"
 
 #include <gtest/gtest.h>
 

@@ -19,7 +19,7 @@ std::wstring Units(const std::string& hex) {
 }  // namespace
 
 TEST(SystemText, IsExactOrSaysSo) {
-    for (const auto& c : tarntest::ReadCases("system_texts.txt")) {
+    for (const auto& c : tarntest::ReadCases("system/system_texts.txt")) {
         const auto page = static_cast<unsigned>(std::stoul(c[0]));
         const SAnsiString bytes(c[1].c_str());
         const std::wstring units = Units(c[2]);

@@ -24,7 +24,7 @@ STimeZone Zone(const std::string& rules) {
 
 TEST(DateText, FollowsThePattern) {
     SetThreadLocale(kEnglish);
-    for (const auto& fields : tarntest::ReadCases("date_formats.txt")) {
+    for (const auto& fields : tarntest::ReadCases("time/date_formats.txt")) {
         const tarntest::LocaleScope locale(fields.size() > 4 ? fields[4].c_str() : "C");
         SDateTime value;
         if (fields[1] != "-") ASSERT_TRUE(StringToDate(fields[1].c_str(), value, utc)) << fields[1];
@@ -47,7 +47,7 @@ TEST(DateText, FollowsThePattern) {
 }
 
 TEST(DateText, ReadsOnlyWhatIsADate) {
-    for (const auto& fields : tarntest::ReadCases("date_parses.txt")) {
+    for (const auto& fields : tarntest::ReadCases("time/date_parses.txt")) {
         const SAnsiString text(fields[0].data(), static_cast<std::uint32_t>(fields[0].size()));
         const SDateTime before(1LL, utc);
         SDateTime value = before;
@@ -69,7 +69,7 @@ TEST(DateText, ReadsOnlyWhatIsADate) {
 }
 
 TEST(DateText, TakesNamesFromTheThreadsLocale) {
-    for (const auto& fields : tarntest::ReadCases("date_names.txt")) {
+    for (const auto& fields : tarntest::ReadCases("time/date_names.txt")) {
         const LCID language = std::stoul(fields[0], nullptr, 16);
         SetThreadLocale(language);
         const tarntest::LocaleScope locale(fields[1].c_str());

@@ -25,7 +25,7 @@ std::string Text(const SDate& date) {
 }  // namespace
 
 TEST(Date, NumbersEveryDayAsAnotherCalendarDoes) {
-    for (const auto& fields : tarntest::ReadCases("date_years.txt")) {
+    for (const auto& fields : tarntest::ReadCases("time/date_years.txt")) {
         const std::int32_t first = std::stoi(fields[1]);
         unsigned check = 0;
         for (std::int32_t day = first; day < first + std::stoi(fields[2]); ++day) {
@@ -45,7 +45,7 @@ TEST(Date, LeadsBackFromEveryDay) {
 }
 
 TEST(Date, BuildsAndReads) {
-    for (const auto& fields : tarntest::ReadCases("date_builds.txt")) {
+    for (const auto& fields : tarntest::ReadCases("time/date_builds.txt")) {
         int year = 0;
         unsigned month = 0, day = 0;
         ASSERT_EQ(std::sscanf(fields[0].c_str(), "%d-%u-%u", &year, &month, &day), 3);

@@ -47,7 +47,7 @@ SDateTime At(const char* text) {
 }  // namespace
 
 TEST(TimeSpan, IsTheSumOfItsComponents) {
-    for (const auto& fields : tarntest::ReadCases("date_spans.txt")) {
+    for (const auto& fields : tarntest::ReadCases("time/date_spans.txt")) {
         std::istringstream parts(fields[0]);
         long d, h, m, s, ms;
         parts >> d >> h >> m >> s >> ms;
@@ -132,7 +132,7 @@ TEST(DateTime, CountsFromOneInstantToAnother) {
 }
 
 TEST(DateTime, TakesSecondsAndOleDates) {
-    for (const auto& fields : tarntest::ReadCases("date_numbers.txt")) {
+    for (const auto& fields : tarntest::ReadCases("time/date_numbers.txt")) {
         const bool isOle = fields[0] == "o";
         const double ole = std::strtod(fields[1].c_str(), nullptr);
         tarntest::AssertRecorder recorder;

@@ -40,7 +40,7 @@ SYSTEMTIME ShownBySystem(const SDateTime& value) {
 }  // namespace
 
 TEST(TimeZone, ReadsAndWritesRules) {
-    for (const auto& fields : tarntest::ReadCases("zone_rules.txt")) {
+    for (const auto& fields : tarntest::ReadCases("time/zone_rules.txt")) {
         const bool refused = fields.back() == "-";
         tarntest::AssertRecorder recorder;
         const STimeZone zone(SAnsiString(fields.size() == 2 ? fields[0].c_str() : ""));
@@ -52,7 +52,7 @@ TEST(TimeZone, ReadsAndWritesRules) {
 }
 
 TEST(TimeZone, SwitchesAsItsRulesSay) {
-    for (const auto& fields : tarntest::ReadCases("zone_switches.txt")) {
+    for (const auto& fields : tarntest::ReadCases("time/zone_switches.txt")) {
         const STimeZone zone(SAnsiString(fields[0].c_str()));
         const SDateTime value = Read(fields[1], zone);
         EXPECT_EQ(value.Format("yyyy-MM-dd HH:mm", utc), fields[2].c_str()) << fields[0] << fields[1];
@@ -68,7 +68,7 @@ TEST(TimeZone, SwitchesAsItsRulesSay) {
 TEST(ZoneLocal, IsTheZoneOfTheProcess) {
     const char* const wanted = std::getenv("TZ");
     bool found = wanted == nullptr;
-    for (const auto& fields : tarntest::ReadCases("zone_processes.txt")) {
+    for (const auto& fields : tarntest::ReadCases("time/zone_processes.txt")) {
         if (wanted == nullptr || fields[0] != wanted) continue;
         found = true;
         EXPECT_EQ(Read(fields[1], utc).Format("yyyy-MM-dd HH:mm", local), fields[2].c_str());

@@ -79,7 +79,7 @@ TEST(SystemZoneSeam, UnderstandsEveryFormOfData) {
         std::istringstream in(text);
         for (int i = 0; i < 8; ++i) in >> parts[i];
     };
-    for (const auto& fields : tarntest::ReadCases("zone_system.txt")) {
+    for (const auto& fields : tarntest::ReadCases("time/zone_system.txt")) {
         FakeSystem::tick += 1000;
         FakeSystem::zone.Bias = 180;
         FakeSystem::zone.DaylightBias = -60;

@@ -1,0 +1,1 @@
+#include "tarnlib/tarnapi.h"  // everything is there; the header compiles alone

@@ -1,0 +1,183 @@
+#include "diag/logging/activelogger.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <utility>
+
+#include "diag/logging/logdirectory.h"
+#include "diag/logging/loggeroptions.h"
+#include "diag/logging/tracebridge.h"
+#include "diag/logging/tracestateupdater.h"
+#include "diag/logging/tracetext.h"
+#include "files/systempath.h"
+
+#include <windows.h>
+
+namespace TarnLibA500 {
+namespace {
+
+constexpr long kStopMilliseconds = 10'000;
+constexpr const char* kIniName = "trace.ini";
+
+// What the ini file cannot do: change where the log is or what was started, open dialogs, or silence the
+// process.
+constexpr const char* kNotFromIni[] = {"loggingPath",   "tracecmpname", "loggingPluginDir",
+                                       "notracethread", "traceinipath", "notraceini",
+                                       "nativeassert",  "noassert",     "nevertrace"};
+
+void PrintToStandardOutput(const SAnsiString& text) {
+    std::fwrite(text.getString(), 1, text.getLength(), stdout);
+    std::fflush(stdout);
+}
+
+// Its two lines one by one: a report is one line, whatever stands in the path.
+void ReportDirectoryFailure(const SAnsiString& directory) {
+    const SAnsiString text = LogDirectoryFailure(directory);
+    const auto lineEnd = text.find("\n");
+    TraceBridge::UnloadedAssert(text.left(lineEnd).getString());
+    TraceBridge::UnloadedAssert(lineEnd.getPtr() + 1);
+}
+
+SIArray<OptionNotice> WithoutKnown(const SIArray<OptionNotice>& notices, const SIArray<OptionNotice>& known) {
+    SIArray<OptionNotice> news;
+    for (const OptionNotice& notice : notices) {
+        if (std::find(known.begin(), known.end(), notice) == known.end()) news.Add(notice);
+    }
+    return news;
+}
+
+SAnsiString DescribeEngine() {
+    CollectedText description;
+    TraceLog400::State::print(description);
+    return description.text();
+}
+
+// The module that this code is in, once more or once less: a thread that runs in it keeps it loaded.
+void HoldModule() {
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(&HoldModule),
+                       &module);
+}
+void ReleaseModule() {
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       reinterpret_cast<LPCWSTR>(&HoldModule), &module);
+    FreeLibrary(module);
+}
+
+}  // namespace
+
+ActiveLogger::ActiveLogger(const CParamLineArgs& commandLine) : options_(MergedLoggerOptions(commandLine)) {
+    TraceOptions options = readOptions();
+    const LogDirectory directory = FindLogDirectory(options.directory);
+    directory_ = directory.path;
+    findIni(options, directory.isConfigured);
+    if (ini_.update()) options = readOptions();
+    notices_ = options.notices;
+    openLog(options);
+    try {
+        start(options);
+    } catch (...) {
+        stop();
+        throw;
+    }
+}
+
+// Anybody could put one beside the default directory for logs.
+void ActiveLogger::findIni(const TraceOptions& options, bool isDirectoryConfigured) {
+    if (options.noIni) return;
+    if (!options.iniPath.isEmpty()) {
+        ini_ = TraceIni(AbsolutePath(options.iniPath));
+    } else if (isDirectoryConfigured) {
+        ini_ = TraceIni(JoinPath(directory_, kIniName));
+    }
+}
+
+void ActiveLogger::start(TraceOptions& options) {
+    plugins_.load(options.pluginDirectory, PluginOptions(options_));
+    if (!options.noThread) startUpdater(options);
+}
+
+void ActiveLogger::stop() noexcept {
+    isStopped_ = true;
+    stopUpdater();
+    plugins_.unload();
+    TraceBridge::Terminate();
+}
+
+TraceOptions ActiveLogger::readOptions() {
+    CParamLineArgs changes(ini_.options());
+    SIArray<OptionNotice> refusals;
+    for (const char* name : kNotFromIni) {
+        if (changes.RemoveArg(name))
+            refusals.Add(
+                {OptionNotice::Loss, ini_.path() + ": the option " + name + " is not taken from there"});
+    }
+    if (!ini_.problem().isEmpty()) refusals.Add({OptionNotice::Loss, ini_.problem()});
+    CParamLineArgs inEffect(options_);
+    inEffect.MergeArgs(changes);
+    CParamLineTracker tracker(inEffect);
+    TraceOptions options = ReadTraceOptions(tracker);
+    options.notices.Append(refusals);
+    tracker_ = std::move(tracker);
+    return options;
+}
+
+void ActiveLogger::openLog(const TraceOptions& options) {
+    if (options.verbose)
+        PrintToStandardOutput("Admin before TraceBridge::Initialize: " + DescribeEngine() + "\n");
+    if (!MakeLogDirectory(directory_)) ReportDirectoryFailure(directory_);
+    TraceBridge::Initialize(options, directory_);
+    if (options.verbose) PrintToStandardOutput("TraceLog state:\n" + DescribeEngine() + "\n");
+}
+
+// What was said before is not said again.
+void ActiveLogger::refresh() {
+    isIniPending_ |= ini_.update();
+    if (!isIniPending_) return;
+    TraceOptions options = readOptions();
+    SIArray<OptionNotice> all(options.notices);
+    options.notices = WithoutKnown(all, notices_);
+    if (!isStopped_) TraceBridge::Reconfigure(options);
+    std::swap(notices_, all);
+    isIniPending_ = false;
+}
+
+// Without a thread logging goes on; then every line is written at once.
+void ActiveLogger::startUpdater(TraceOptions& options) {
+    HoldModule();
+    try {
+        updater_ = new TraceStateUpdaterThread([this] { refresh(); });
+        updater_->start();
+    } catch (const std::exception& failure) {
+        delete updater_;
+        updater_ = nullptr;
+        ReleaseModule();
+        options.noThread = true;
+        options.notices.RemoveAll();
+        options.notices.Add({OptionNotice::Loss, SAnsiString("no trace state updater: ") + failure.what()});
+        TraceBridge::Reconfigure(options);
+    }
+}
+
+void ActiveLogger::stopUpdater() {
+    if (updater_ == nullptr) return;
+    updater_->stop();
+    updater_->join(kStopMilliseconds);
+    if (updater_->isAlive()) {
+        AddRef();  // stuck in the system: it and what it uses are left behind, rather than taken away from it
+        return;
+    }
+    delete updater_;
+    updater_ = nullptr;
+    ReleaseModule();
+}
+
+SAnsiString ActiveLogger::getCmdLine() const {
+    CParamLineArgs options(options_);
+    options.SetArg("loggingPath", directory_);
+    return options.GetCmdLine();
+}
+
+}  // namespace TarnLibA500

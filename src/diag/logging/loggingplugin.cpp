@@ -1,0 +1,1 @@
+#include "tarnlib/loggingplugin.h"  // everything is there; the header compiles alone

@@ -1,0 +1,69 @@
+#include "diag/logging/tracetext.h"
+
+#include "strings/text/stringbuilder.h"
+#include "system/systemtext.h"
+
+namespace TarnLibA500 {
+namespace {
+
+bool IsAscii(const char* text) {
+    while (*text > 0) ++text;
+    return *text == '\0';
+}
+
+SAnsiString AsciiOnly(SAnsiString text) {
+    char* const bytes = text.detach();
+    for (std::uint32_t i = 0; i < text.getLength(); ++i) {
+        if (bytes[i] < 0) bytes[i] = '?';
+    }
+    return text;
+}
+
+SAnsiString ToUtf8(const char* text) {
+    const SAnsiString codePageText(text);
+    StringBuilder<char, 0> utf8(codePageText.getNBytesForUTF8());
+    const int written = codePageText.toUTF8(utf8.units(), utf8.room());
+    if (written < 0) return AsciiOnly(codePageText);
+    utf8.cut(static_cast<std::uint32_t>(written));
+    return utf8;
+}
+
+}  // namespace
+
+Utf8::Utf8(const char* text) : text_(text) {
+    convert();
+}
+
+Utf8::Utf8(const SAnsiString& text) : kept_(text), text_(kept_.getString()) {
+    convert();
+}
+
+void Utf8::convert() {
+    if (text_ == nullptr || IsAscii(text_)) return;
+    kept_ = ToUtf8(text_);
+    text_ = kept_.getString();
+}
+
+SAnsiString Utf8Name(const SAnsiString& name) {
+    const SWCharString wide = ToSystem(name);
+    StringBuilder<char, 0> utf8(wide.getNBytesForUTF8());
+    const int written = wide.toUTF8(utf8.units(), utf8.room());  // with the terminator
+    utf8.cut(written > 0 ? static_cast<std::uint32_t>(written - 1) : 0);
+    return utf8;
+}
+
+SAnsiString NameFromUtf8(const SAnsiString& utf8) {
+    SWCharString wide;
+    return wide.fromUTF8(utf8.getString()) ? FromSystem(wide.getString()) : AsciiOnly(utf8);
+}
+
+void CollectedText::append(const char* text, std::size_t bytes) {
+    utf8_.concat(text, static_cast<std::uint32_t>(bytes));
+}
+
+SAnsiString CollectedText::text() const {
+    SAnsiString text;
+    return text.fromUTF8(utf8_.getString()) ? text : AsciiOnly(utf8_);
+}
+
+}  // namespace TarnLibA500

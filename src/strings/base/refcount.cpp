@@ -1,0 +1,1 @@
+#include "tarnlib/refcount.h"  // everything is there; the header compiles alone

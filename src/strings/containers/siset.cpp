@@ -1,0 +1,1 @@
+#include "tarnlib/siset.h"  // everything is there; the header compiles alone

@@ -1,0 +1,118 @@
+#include "strings/text/casemap.h"
+
+#include <cstring>
+#include <cwchar>
+#include <cwctype>
+
+#include "diag/assert/require.h"
+#include "strings/characters/mbchar.h"
+#include "tarnlib/sstring.h"
+
+namespace TarnLibA500 {
+namespace {
+
+constexpr const char* kUnit = "sstring";
+constexpr std::uint32_t kOwnLength = 0xFFFFFFFF;
+
+struct MapTexts {
+    const char* notWide;
+    const char* notBack;
+};
+constexpr MapTexts kLowerTexts{"MakeLowerCaseChar: Fail to convert to wchar_t",
+                               "MakeLowerCaseChar: Fail to convert back to MBCS"};
+constexpr MapTexts kUpperTexts{"MakeUpperCaseChar: Fail to convert to wchar_t",
+                               "MakeUpperCaseChar: Fail to convert back to MBCS"};
+
+wchar_t MapWide(wchar_t unit, LetterCase to) {
+    return static_cast<wchar_t>(to == LetterCase::Lower ? std::towlower(unit) : std::towupper(unit));
+}
+
+char MapAscii(char byte, LetterCase to) {
+    const char first = to == LetterCase::Lower ? 'A' : 'a';
+    const bool maps = byte >= first && byte < first + 26;
+    return maps ? static_cast<char>(byte ^ ('a' ^ 'A')) : byte;
+}
+
+bool MapOne(const mbchar::CodePage& page, char* position, std::uint32_t room, std::uint32_t& nBytes,
+            LetterCase to) {
+    nBytes = 0;
+    const MapTexts& texts = to == LetterCase::Lower ? kLowerTexts : kUpperTexts;
+    if (!Require(position != nullptr, kUnit, "inBuffer != 0")) return false;
+    wchar_t unit = 0;
+    if (!Require(page.toWide(unit, position) >= 0, kUnit, texts.notWide)) return false;
+    char mapped[mbchar::kMaxCharacterBytes];
+    const int bytes = page.fromWide(mapped, MapWide(unit, to));
+    const bool fits = bytes > 0 && static_cast<std::uint32_t>(bytes) <= room;
+    if (!Require(fits, kUnit, texts.notBack)) return false;
+    nBytes = static_cast<std::uint32_t>(bytes);
+    std::memcpy(position, mapped, nBytes);
+    return true;
+}
+
+void MapZeroTerminated(char* text, std::uint32_t size, LetterCase to) {
+    if (!Require(text != nullptr, kUnit, "inBuffer != 0")) return;
+    const auto length = static_cast<std::uint32_t>(std::strlen(text));
+    text[MapCase(text, length, size == kOwnLength ? length : size, to)] = '\0';
+}
+
+void MapZeroTerminated(wchar_t* text, std::uint32_t size, LetterCase to) {
+    if (!Require(text != nullptr, kUnit, "inBuffer != 0")) return;
+    MapCase(text, static_cast<std::uint32_t>(wcsnlen(text, size)), to);
+}
+
+}  // namespace
+
+// Done in place: the bytes written never pass the bytes read, since a character that would get longer stays
+// as it is.
+std::uint32_t MapCase(char* text, std::uint32_t length, std::uint32_t limit, LetterCase to) {
+    const mbchar::CodePage& page = mbchar::CodePage::Current();
+    std::uint32_t read = 0;
+    std::uint32_t written = 0;
+    while (read < length) {
+        const unsigned bytes = page.step(text + read);
+        const bool invalid = bytes == 1 && page.isLeadByte(text[read]);
+        if (bytes == 0 || invalid || written + bytes > limit) break;
+        std::uint32_t mapped = bytes;
+        std::memmove(text + written, text + read, bytes);
+        const bool isAscii = bytes == 1 && static_cast<unsigned char>(text[written]) < 0x80;
+        if (isAscii) {
+            text[written] = MapAscii(text[written], to);
+        } else if (!MapOne(page, text + written, bytes, mapped, to)) {
+            mapped = bytes;
+        }
+        read += bytes;
+        written += mapped;
+    }
+    std::memmove(text + written, text + read, length - read);
+    return written + (length - read);
+}
+
+void MapCase(wchar_t* text, std::uint32_t length, LetterCase to) {
+    for (std::uint32_t i = 0; i < length; ++i) text[i] = MapWide(text[i], to);
+}
+
+void MapAsciiCase(char* text, std::uint32_t length, LetterCase to) {
+    for (std::uint32_t i = 0; i < length; ++i) text[i] = MapAscii(text[i], to);
+}
+
+void MakeLowerCase(char* text, std::uint32_t size) {
+    MapZeroTerminated(text, size, LetterCase::Lower);
+}
+void MakeLowerCase(wchar_t* text, std::uint32_t size) {
+    MapZeroTerminated(text, size, LetterCase::Lower);
+}
+void MakeUpperCase(char* text, std::uint32_t size) {
+    MapZeroTerminated(text, size, LetterCase::Upper);
+}
+void MakeUpperCase(wchar_t* text, std::uint32_t size) {
+    MapZeroTerminated(text, size, LetterCase::Upper);
+}
+
+bool MakeLowerCaseChar(char* position, std::uint32_t room, std::uint32_t& nBytes) {
+    return MapOne(mbchar::CodePage::Current(), position, room, nBytes, LetterCase::Lower);
+}
+bool MakeUpperCaseChar(char* position, std::uint32_t room, std::uint32_t& nBytes) {
+    return MapOne(mbchar::CodePage::Current(), position, room, nBytes, LetterCase::Upper);
+}
+
+}  // namespace TarnLibA500

@@ -1,0 +1,1 @@
+#include "tarnlib/sdecodedstring.h"  // everything is there; the header compiles alone

@@ -1,0 +1,56 @@
+#include "tarnlib/swordcursor.h"
+
+#include <cstring>
+
+#include "strings/words/characterset.h"
+
+namespace TarnLibA500 {
+namespace {
+
+constexpr unsigned kPairBytes = 2;
+
+}  // namespace
+
+SWordCursor::SWordCursor(const SAnsiString& text, const SAnsiString& separators)
+    : text_(text), separators_(separators), page_(&mbchar::CodePage::Current()), at_(text_.getString()) {
+    const char* const end = separators_.end().getPtr();
+    for (const char* at = separators_.getString(); at < end;) {
+        const unsigned bytes = CharacterBytes(*page_, at);
+        if (bytes == 1) single_[static_cast<unsigned char>(*at)] = true;
+        at += bytes;
+    }
+}
+
+bool SWordCursor::isSeparator(unsigned bytes) const noexcept {
+    if (bytes == 1) return single_[static_cast<unsigned char>(*at_)];
+    const char* const end = separators_.end().getPtr();
+    for (const char* at = separators_.getString(); at < end; at += CharacterBytes(*page_, at)) {
+        if (end - at >= static_cast<int>(kPairBytes) && std::memcmp(at, at_, kPairBytes) == 0) return true;
+    }
+    return false;
+}
+
+void SWordCursor::skip(bool separators) noexcept {
+    const char* const end = text_.end().getPtr();
+    while (at_ < end) {
+        const unsigned bytes = CharacterBytes(*page_, at_);
+        if (isSeparator(bytes) != separators) return;
+        at_ += bytes;
+    }
+}
+
+bool SWordCursor::next() noexcept {
+    skip(true);
+    const char* const start = at_;
+    skip(false);
+    length_ = static_cast<std::uint32_t>(at_ - start);
+    word_ = length_ != 0 ? start : nullptr;
+    return length_ != 0;
+}
+
+bool SWordCursor::is(const char* text) const noexcept {
+    return text != nullptr && word_ != nullptr && std::strlen(text) == length_ &&
+           std::memcmp(text, word_, length_) == 0;
+}
+
+}  // namespace TarnLibA500
