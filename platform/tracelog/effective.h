@@ -87,8 +87,8 @@ void PrintDevices(TextTarget& out);
 /// The letter of a line: d l m h c, "-" for an event without importance.
 char ImportanceLetter(const EventInfo& event);
 
-/// At most so many bytes of a UTF-8 text, so that no character is cut; the text must have one byte more, or
-/// its terminator.
+/// How many of the first "bytes" bytes of a UTF-8 text are whole characters. The text must have one byte
+/// more, or its terminator.
 std::size_t WholeCharacters(const char* text, std::size_t bytes);
 
 std::wstring ToWide(const std::string& utf8);

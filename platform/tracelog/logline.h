@@ -30,7 +30,7 @@ std::string MakeLine(char letter, const char* text, std::size_t bytes);
 inline constexpr char kLineEnd[] = "\r\n";
 inline constexpr std::size_t kLineEndBytes = 2;
 
-/// The thread's context as it stands in lines, at most so many bytes.
+/// Writes the thread's context as it stands in lines, at most "most" bytes, and returns how many.
 std::size_t WriteContext(char* out, std::size_t most);
 
 }  // namespace TraceLog400::detail

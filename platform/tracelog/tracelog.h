@@ -236,7 +236,7 @@ class Logger {
     TRACELOG_API Logger& operator<<(const char* text);
     /// Appends a number in decimal digits.
     TRACELOG_API Logger& operator<<(long long number);
-    /// Appends so many bytes, zeros included; a character must not be cut between two calls.
+    /// Appends "bytes" bytes, zeros included; a character must not be cut between two calls.
     TRACELOG_API Logger& write(const char* text, std::size_t bytes);
 
   private:

@@ -112,7 +112,7 @@ class Condition {
     CONDITION_VARIABLE condition_ = CONDITION_VARIABLE_INIT;
 };
 
-/// The tick so many milliseconds from now; now for a number that is not positive.
+/// The system's tick "milliseconds" from now; now for a number that is not positive.
 inline ULONGLONG DeadlineIn(long milliseconds) {
     return GetTickCount64() + static_cast<ULONGLONG>(milliseconds > 0 ? milliseconds : 0);
 }

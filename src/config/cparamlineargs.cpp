@@ -42,7 +42,7 @@ SAnsiString Quoted(const SAnsiString& text) {
     return SAnsiString("\"") + text + "\"";
 }
 
-// So few names are searched from end to end, which is faster than to keep them in order.
+// Up to this number names are searched from end to end, which is faster than to keep them in order.
 constexpr std::uint32_t kMostUnordered = 32;
 
 // What the order of names depends on. A program may change its locale while options are there.

@@ -12,7 +12,7 @@ namespace {
 using configtext::Find;
 using configtext::Trim;
 
-// So few lines are searched from end to end, which is faster than to sort them; more are sorted.
+// Up to this number lines are searched from end to end, which is faster than to sort them; more are sorted.
 constexpr std::uint32_t kMostUnsorted = 32;
 
 std::string_view KeyOf(const SectionEntry& entry) {

@@ -168,7 +168,7 @@ class Handler final : public xml::DefaultHandler {
     void comment(const XMLCh* /*text*/, XMLSize_t /*length*/) override { noteProgress(); }
     void processingInstruction(const XMLCh* /*target*/, const XMLCh* /*data*/) override { noteProgress(); }
 
-    /// The parser is about to read so many bytes of the document.
+    /// The parser is about to read the next "bytes" bytes of the document.
     void noteRead(XMLSize_t bytes) {
         if (unseenBytes_ > limits_.itemBytes) refuse("a tag or another item is too long");
         unseenBytes_ += bytes;

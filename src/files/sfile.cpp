@@ -115,7 +115,7 @@ void AppendWithoutReturns(SecretText& line, const char* bytes, const char* end) 
     }
 }
 
-// Where in a line the byte stands that has so many before it, carriage returns not counted.
+// Where in a line the byte stands that has "before" bytes in front of it, carriage returns not counted.
 std::uint32_t PlaceInLine(const char* bytes, std::uint32_t before) {
     const char* at = bytes;
     for (; *at == '\r' || before != 0; ++at) {
@@ -404,7 +404,7 @@ bool SFile::readMore(int& emptyReads) {
     return false;
 }
 
-// For a text that counts as empty; what is wrong with it stands so many bytes before the position.
+// For a text that counts as empty; what is wrong with it stands "bytesBack" bytes before the position.
 void SFile::traceIllegalText(std::uint32_t bytesBack) const {
     long long reached = 0;
     seekEx(handle_, seekCurrent, 0, &reached);

@@ -5,9 +5,9 @@
 /// Paths as the system takes them: UTF-16, absolute, and of any length.
 namespace TarnLibA500 {
 
-/// From so many characters on the system wants a path in its long form.
+/// A path of this many characters, or more, needs the system's long form.
 constexpr std::uint32_t kShortPathEnd = 260;
-/// For a directory that is to be made it is so many, because a short file name must fit in it.
+/// The same for the path of a new directory: a short file name must fit behind it.
 constexpr std::uint32_t kShortDirectoryEnd = 247;
 
 /// The absolute path, with the current directory or that of its drive where it has none, without "." and

@@ -37,7 +37,7 @@ class RuleReader {
         name[length] = '\0';
         return true;
     }
-    /// Up to so many digits, at least one.
+    /// Reads a number of one to "digits" digits; false when there is none.
     bool takeNumber(std::int32_t& number, int digits) {
         const char* const start = at_;
         for (number = 0; !atEnd() && at_ - start < digits && *at_ >= '0' && *at_ <= '9'; ++at_) {

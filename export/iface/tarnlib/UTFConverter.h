@@ -32,7 +32,7 @@ class UTFBuffer_t {
   public:
     /// No code units.
     UTFBuffer_t() = default;
-    /// A copy of so many code units.
+    /// A copy of "length" code units.
     UTFBuffer_t(const unit* units, std::uint32_t length) {
         const std::uint32_t bytes = length * static_cast<std::uint32_t>(sizeof(unit));
         const unit terminator = unit();
@@ -107,7 +107,7 @@ class TARN_API CUTFConverter {
     static bool UTF8ToUTF16(const unsigned char* source, SOCAString& target);
     /// The same for no text: the output is empty, and the result true.
     static bool UTF8ToUTF16(std::nullptr_t, SOCAString& target);
-    /// The same for so many bytes, zero bytes included; 0xFFFFFFFF: up to the terminator.
+    /// The same for "nBytes" bytes, zero bytes included; 0xFFFFFFFF: up to the terminator.
     static bool UTF8ToUTF16(const char* source, std::uint32_t nBytes, SOCAString& target);
     /// UTF-16 into UTF-8. The bytes include a zero byte at the end; an empty text is that byte alone.
     static bool UTF16ToUTF8(const SOCAString& source, SSimpleBuffer& target);
@@ -121,9 +121,9 @@ class TARN_API CUTFConverter {
     static bool UCS4ToUTF16(const UCS4* source, SOCAString& target);
     /// UCS-4 into UTF-8.
     static bool UCS4ToUTF8(const UCS4* source, UTF8Buffer& target);
-    /// UTF-16 into an array of so many values, the terminator included. Returns the source's units + 1 on success
-    /// (and for a null array), so a surrogate pair counts 2; when the array is too small, how many values
-    /// were converted.
+    /// UTF-16 into an array of "size" values, the terminator included. Returns the source's units + 1 on
+    /// success (and for a null array), so a surrogate pair counts 2; when the array is too small, how many
+    /// values were converted.
     static std::uint32_t UTF16ToUCS4(const wchar_t* source, UCS4* target, std::uint32_t size);
     /// UTF-16 into UTF-8 in memory of SSimpleBuffer::alloc, which the caller frees with
     /// SSimpleBuffer::dealloc; the length does not count the terminator. False, with null, for a count of 0.

@@ -9,9 +9,9 @@
 ///
 /// Sources are zero-terminated. Counts of wide text are code units, of code-page text bytes. What does not
 /// convert becomes "?"; a near likeness that the system offers counts as converted. Null outputs ask for the
-/// room that is needed. The code page is the one of the moment: where another thread may set the locale, the room
-/// that was needed may be too small when the text is written, and what is written then ends there. All
-/// members are static and may be called from any thread.
+/// room that is needed. The code page is asked for at each call: where another thread may set the locale, the
+/// room that one call tells may be too small for the next, and what is written then ends there. All members
+/// are static and may be called from any thread.
 ///
 ///     wchar_t wide[80];
 ///     int units = CodesetConverter::mbstoucs2(wide, text, 80);
@@ -22,13 +22,13 @@ namespace TarnLibA500 {
 /// Conversions between the process's code page and UCS-2; all members are static.
 class TARN_API CodesetConverter {
   public:
-    /// At most so many units; terminated when there is room. An invalid byte becomes "?". Returns the units
-    /// without the terminator; with a null output, the characters that the input holds.
+    /// At most "maxUnits" units; terminated when there is room. An invalid byte becomes "?". Returns the
+    /// units without the terminator; with a null output, the characters that the input holds.
     static int mbstoucs2(wchar_t* out, const char* in, std::uint32_t maxUnits);
     /// One character. Returns its bytes, 0 for the terminator, -1 when it is invalid.
     static int mbtoucs2(wchar_t* out, const char* in);
-    /// At most so many bytes; terminated when there is room. When a character does not fit any more, the rest
-    /// is filled with "?" and the conversion ends. Returns the bytes without the terminator; with a null
+    /// At most "nBytes" bytes; terminated when there is room. When a character does not fit any more, the
+    /// rest is filled with "?" and the conversion ends. Returns the bytes without the terminator; with a null
     /// output, those needed.
     static int ucs2tombs(char* out, const wchar_t* in, std::uint32_t nBytes);
     /// One unit. Returns its bytes, or -1 when it does not exist in the code page or does not fit.
@@ -38,8 +38,8 @@ class TARN_API CodesetConverter {
     static int ucs2towc(wchar_t* out, wchar_t in);
     /// The same.
     static int wctoucs2(wchar_t* out, wchar_t in);
-    /// At most so many units; terminated when there is room. Returns the units copied, or needed with a null
-    /// output.
+    /// Copies at most "maxUnits" units; terminated when there is room. Returns the units copied, or, with a
+    /// null output, those needed.
     static int ucs2towcs(wchar_t* out, const wchar_t* in, std::uint32_t maxUnits);
     /// The same.
     static int wcstoucs2(wchar_t* out, const wchar_t* in, std::uint32_t maxUnits);

@@ -33,7 +33,7 @@ class TARN_API MBCSCodesetConverter {
     /// where it goes wrong, and gives an empty text; a value that is no code set is reported by assertion and
     /// does too.
     static SAnsiString ExplicitCodesetToT(const char* bytes, ExplicitCodeset codeset);
-    /// The same for so many bytes, zero bytes included.
+    /// The same for "count" bytes, zero bytes included.
     static SAnsiString ExplicitCodesetToT(const char* bytes, std::uint32_t count, ExplicitCodeset codeset);
     /// The same for a buffer's used bytes, zero bytes included.
     static SAnsiString ExplicitCodesetToT(const SSimpleBuffer& bytes, ExplicitCodeset codeset);

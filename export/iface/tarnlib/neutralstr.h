@@ -49,9 +49,9 @@ class TARN_API NeutralString {
     static SAnsiString FromNumber(double number);
     /// The same as ASCII text.
     static SAsciiString FromNumberToAscii(double number);
-    /// So many decimals. The number is first taken to 15 significant decimal digits and those are rounded
-    /// half up, away from 0, so 2.675 with 2 is "2.68"; digits beyond are "0". Without decimals there is no
-    /// point; there is no "-0.00". A negative precision is reported by assertion and counts as none.
+    /// With "precision" decimals. The number is first taken to 15 significant decimal digits and those are
+    /// rounded half up, away from 0, so 2.675 with 2 is "2.68"; digits beyond are "0". Without decimals there
+    /// is no point; there is no "-0.00". A negative precision is reported by assertion and counts as none.
     static SAnsiString FromNumber(double number, int precision);
     /// The same for a float, as the double that it is.
     static SAnsiString FromNumber(float number, int precision);

@@ -83,8 +83,8 @@ class TARN_API SDirectoryChangeWatcher {
     bool isOpen() const noexcept { return watch_ != nullptr; }
 
     /// Returns what happened since the last wait, in its order, as soon as there is something; otherwise
-    /// waits so long at most (0: not at all, 0xFFFFFFFF: without end). The array is emptied first. A
-    /// directory that goes is noticed within a second.
+    /// waits for it up to "milliseconds" (0: not at all, 0xFFFFFFFF: without end). The array is emptied
+    /// first. A directory that goes is noticed within a second.
     WaitResult wait(unsigned long milliseconds, SIArray<SDirectoryChange>& changes);
 
     /// Ends a wait that is under way, and every later one until the next open, at once. Any thread may call

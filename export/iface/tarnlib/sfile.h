@@ -119,7 +119,7 @@ class TARN_API SFile {
     const SAnsiString& name() const noexcept { return name_; }
 
     // --- bytes ---
-    /// Reads up to so many bytes at the position; fewer, at last 0, near the end of the file.
+    /// Reads up to "count" bytes at the position; fewer, at last 0, near the end of the file.
     int read(void* buffer, std::uint32_t count);
     /// Writes bytes at the position; returns how many the system took.
     int write(const void* buffer, std::uint32_t count);

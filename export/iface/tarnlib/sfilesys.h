@@ -16,8 +16,8 @@ namespace TarnLibA500 {
 /// the tests do not fail, they say no. Paths are in the process's code page, relative or absolute, and may be
 /// longer than 260 characters. As everywhere on this system, blanks and full stops at the end of a name are
 /// dropped and "nul.txt" is a device, unless the path begins with "\\?\". Links to directories are removed
-/// and counted, never entered, unless one is what the operation was given; nor is one that somebody puts in the
-/// place of a directory while an operation is at work. getFullPath, toLongPath and
+/// and counted, never entered, unless the operation was given the link itself; nor is a link entered that
+/// somebody puts in the place of a directory while an operation is at work. getFullPath, toLongPath and
 /// getCurrentDirectory write "?" for characters that the code page does not have.
 ///
 ///     const SAnsiString inbox("C:\\data\\in");
@@ -41,8 +41,8 @@ class TARN_API SFileSys {
     static bool isDrive(const SAnsiString& path);
     /// True when the path depends on no current directory: "C:\...", "\\server\...".
     static bool isFullPath(const SAnsiString& path) noexcept;
-    /// True for a directory and for a file with the extension exe, com, bat or cmd: that is what the name leaves
-    /// of the right. fsStatFailed when there is nothing at the path.
+    /// True for a directory and for a file with the extension exe, com, bat or cmd: this system tells by the
+    /// name what can be run. fsStatFailed when there is nothing at the path.
     static bool HasOwnerExePermission(const SAnsiString& path);
     /// True unless the read-only attribute is set. fsStatFailed when there is nothing at the path.
     static bool HasOwnerWritePermission(const SAnsiString& path);

@@ -44,7 +44,7 @@ class SIArray {
     SIArray(SIArray&& other) noexcept;
     /// Replaces all elements by copies.
     SIArray& operator=(const SIArray& other);
-    /// Takes the elements in the place of its own.
+    /// Replaces all elements by the other array's, which is empty then.
     SIArray& operator=(SIArray&& other) noexcept;
     /// Destroys the elements.
     virtual ~SIArray();

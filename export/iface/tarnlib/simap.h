@@ -149,11 +149,11 @@ class SIMap {
     void SetAt(const K& key, const V& value);
     /// True, with the value, when the key is there; otherwise the value stays as it was.
     bool Lookup(const K& key, V& value) const;
-    /// The same by a text of so many bytes.
+    /// The same by a text of "nBytes" bytes.
     bool Lookup(const char* key, std::uint32_t nBytes, V& value) const requires SMapTextKey<K>;
     /// True when the key is there.
     bool Contains(const K& key) const;
-    /// The same by a text of so many bytes.
+    /// The same by a text of "nBytes" bytes.
     bool Contains(const char* key, std::uint32_t nBytes) const requires SMapTextKey<K>;
     /// Removes the pair with the key; true when it was there.
     bool RemoveKey(const K& key);
@@ -169,9 +169,9 @@ class SIMap {
     Iterator Find(const K& key);
     /// The same for reading.
     ConstIterator Find(const K& key) const;
-    /// The same by a text of so many bytes.
+    /// The same by a text of "nBytes" bytes.
     Iterator Find(const char* key, std::uint32_t nBytes) requires SMapTextKey<K>;
-    /// The same by a text of so many bytes, for reading.
+    /// The same by a text of "nBytes" bytes, for reading.
     ConstIterator Find(const char* key, std::uint32_t nBytes) const requires SMapTextKey<K>;
     /// The first pair whose key is not less than this one, or End().
     Iterator BeginAt(const K& key);

@@ -97,11 +97,11 @@ class TARN_API SSimpleBuffer {
 
     // --- writing in place ---
     /// The bytes for writing, in a block of their own. A minimum that is not below the present room makes a
-    /// new block of exactly that many bytes (never less than are used); without a minimum there is just room
-    /// for what is used. Null for an object without a block.
+    /// new block of exactly "minimumBytes" bytes (never less than are used); without a minimum there is just
+    /// room for what is used. Null for an object without a block.
     unsigned char* getBuffer(std::uint32_t minimumBytes = kUnspecified);
-    /// Ends the writing: that many bytes are used now. More than there is room for is reported by assertion
-    /// and set all the same; where nothing could have been written, that many zero bytes are made.
+    /// Ends the writing: "nBytesUsed" bytes are used now. More than there is room for is reported by
+    /// assertion and set all the same; where nothing could have been written, they are made as zero bytes.
     void releaseBuffer(std::uint32_t nBytesUsed);
 
     // --- appending; the bytes may lie in this buffer ---
@@ -112,9 +112,9 @@ class TARN_API SSimpleBuffer {
         append(byte);
         return *this;
     }
-    /// Appends bytes. The block is kept only while the new size stays below its room; one of the new size and
-    /// the extra reserve takes its place otherwise. A null pointer or a count of 0 does nothing; a size
-    /// beyond 32 bits is reported by assertion.
+    /// Appends bytes. The block is kept only while the new size stays below its room; otherwise a block with
+    /// room for the new size and the extra reserve takes its place. A null pointer or a count of 0 does
+    /// nothing; a size beyond 32 bits is reported by assertion.
     void append(const void* bytes, std::uint32_t count, std::uint32_t extraReserve = kUnspecified);
     /// Drops the block; the buffer has no bytes then.
     void empty() noexcept;
@@ -138,16 +138,17 @@ class TARN_API SSimpleBuffer {
     bool operator<=(const SSimpleBuffer& other) const noexcept { return compare(other) <= 0; }
     /// The order of compare.
     bool operator>=(const SSimpleBuffer& other) const noexcept { return compare(other) >= 0; }
-    /// Compares with as many bytes as are used here; a null pointer equals only a buffer without bytes.
+    /// Compares the used bytes with the first of these, which must be no fewer; a null pointer equals only a
+    /// buffer without bytes.
     bool operator==(const unsigned char* bytes) const noexcept;
 
     // --- files; paths are in the process's code page, results false when the file system says no ---
     /// Replaces the bytes by a file's, read or (map) as a read-only view. Sequential tells the system that
     /// the file will be read from front to back; it never changes the bytes. False for an empty file.
     bool loadFromFile(const SAnsiString& path, bool map = false, bool sequential = false);
-    /// The same for a part of a file: from a byte on, so many bytes; a count of 0, or beyond the end, means
-    /// all the rest. A start that is not below the file's size is traced and gives false. Only the whole file
-    /// can be mapped: start and count must be 0 then (reported by assertion).
+    /// The same for a part of a file: "bytesToRead" bytes from the byte "startByte" on; 0, or more than there
+    /// are, means all the rest. A start that is not below the file's size is traced and gives false. Only the
+    /// whole file can be mapped: start and count must be 0 then (reported by assertion).
     bool loadFromFileEx(const SAnsiString& path, bool map, bool sequential, long long startByte,
                         std::uint32_t bytesToRead);
     /// Writes the bytes into a file, which is made when it does not exist. Without truncate an old file that
@@ -162,8 +163,8 @@ class TARN_API SSimpleBuffer {
     static void dealloc(void* bytes) noexcept;
 
   protected:
-    /// Replaces the block by a new one of exactly the old and the new bytes. A null pointer with a count is
-    /// reported by assertion and does nothing.
+    /// Replaces the block by a new one with room for exactly the old and the new bytes together. A null
+    /// pointer with a count is reported by assertion and does nothing.
     void concat(const void* bytes, std::uint32_t count);
     /// A fresh block with count 1 and room for exactly n bytes, none used.
     static SSimpleInternalBuffer* allocBuffer(std::uint32_t n);

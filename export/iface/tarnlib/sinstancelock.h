@@ -42,12 +42,12 @@ class TARN_API SInstanceLock {
     Result take();
     /// Gives the lock back. Nothing happens when this object does not have it.
     void giveBack() noexcept;
-    /// True between a take that was taken and giveBack.
+    /// True between a take that succeeded and giveBack.
     bool isHeld() const noexcept { return mutex_ != nullptr; }
 
-    /// The number of the process that has the lock: this one's, or the one's that the last take met. 0 when nobody
-    /// was met, or the holder does not tell: a program of a user who may not publish it shows its number in his own
-    /// session only.
+    /// The number of the process that has the lock: this process, or the one that kept the last take from it.
+    /// 0 when there is none, or when the holder does not tell: a program of a user who may not publish it
+    /// shows its number in his own session only.
     unsigned long ownerProcess() const noexcept { return owner_; }
     /// The system's error code of the last take that failed.
     unsigned long lastError() const noexcept { return lastError_; }

@@ -295,8 +295,8 @@ class SString_t {
     SString_t& toLower();
     /// Maps every character to upper case, in a multi-byte text up to the first invalid one or zero byte.
     SString_t& toUpper();
-    /// Makes the block private with room for so many code units. A shorter size cuts the text; a longer one
-    /// only reserves.
+    /// Makes the block private with room for "units" code units. Fewer than the text has cut it; more are
+    /// only reserved.
     void setSize(std::uint32_t units);
     /// Makes the block private and returns its characters for writing in place; the length may not be changed
     /// there.
@@ -314,11 +314,11 @@ class SString_t {
     SString_t right(const iterator& position) const;
     /// The text without its first characters.
     SString_t mid(std::uint32_t start) const;
-    /// So many characters, without the first ones.
+    /// At most "count" characters, without the first "start" ones.
     SString_t mid(std::uint32_t start, std::uint32_t count) const;
     /// The text from the position on.
     SString_t mid(const iterator& start) const;
-    /// So many characters from the position on.
+    /// At most "count" characters from the position on.
     SString_t mid(const iterator& start, std::uint32_t count) const;
     /// The text from the first position up to the second.
     SString_t mid(const iterator& start, const iterator& end) const;
@@ -789,8 +789,8 @@ TARN_API SWCharString& operator<<(SWCharString& out, double number);
 TARN_API void CopyString(char* destination, std::uint32_t size, const char* source);
 /// The same for UTF-16, but for the null source.
 TARN_API void CopyString(wchar_t* destination, std::uint32_t size, const wchar_t* source);
-/// Copies at most so many units. The byte form refuses a text that does not fit and leaves an empty one, like
-/// strncpy_s; the wide form cuts it. The asymmetry is deliberate. A null source does nothing.
+/// Copies at most "maximum" units. The byte form refuses a text that does not fit and leaves an empty one,
+/// like strncpy_s; the wide form cuts it. The asymmetry is deliberate. A null source does nothing.
 TARN_API void CopyStringN(char* destination, std::uint32_t size, const char* source, std::uint32_t maximum);
 /// The same for UTF-16, which cuts.
 TARN_API void CopyStringN(wchar_t* destination, std::uint32_t size, const wchar_t* source,
@@ -800,7 +800,7 @@ TARN_API void CopyStringN(wchar_t* destination, std::uint32_t size, const wchar_
 TARN_API void ConcatString(char* destination, std::uint32_t size, const char* source);
 /// The same for UTF-16.
 TARN_API void ConcatString(wchar_t* destination, std::uint32_t size, const wchar_t* source);
-/// Appends at most so many units, like strncat_s; a null pointer does nothing.
+/// Appends at most "maximum" units, like strncat_s; a null pointer does nothing.
 TARN_API void ConcatStringN(char* destination, std::uint32_t size, const char* source, std::uint32_t maximum);
 /// The same for UTF-16.
 TARN_API void ConcatStringN(wchar_t* destination, std::uint32_t size, const wchar_t* source,

@@ -45,7 +45,7 @@ class TARN_API SAnsiStringConv {
     static SAnsiString ToString(long long number, int radix = 10);
     /// The same.
     static SAnsiString ToString(unsigned long long number, int radix = 10);
-    /// Fixed notation with so many decimals; the decimal point is always there ("2." for 2.0 with none).
+    /// Fixed notation with "precision" decimals; the decimal point is always there (2.0 with none is "2.").
     static SAnsiString ToString(double number, int precision = 6);
     /// An address as 8 upper-case hexadecimal digits.
     static SAnsiString ToString(const void* address);
@@ -94,7 +94,7 @@ class TARN_API SWCharStringConv {
     static SWCharString ToString(long long number, int radix = 10);
     /// The same.
     static SWCharString ToString(unsigned long long number, int radix = 10);
-    /// Fixed notation with so many decimals.
+    /// Fixed notation with "precision" decimals.
     static SWCharString ToString(double number, int precision = 6);
     /// An address as 8 upper-case hexadecimal digits.
     static SWCharString ToString(const void* address);

@@ -24,7 +24,7 @@ class STimeSpan {
     /// The sum of the components, which must not have different signs: that is reported by assertion, and the
     /// sum is stored all the same. Components need not be in their usual ranges.
     TARN_API STimeSpan(long days, long hours, long minutes, long seconds, long milliseconds);
-    /// A span of so many milliseconds.
+    /// A span of this length.
     static constexpr STimeSpan FromMilliseconds(long long milliseconds) noexcept {
         STimeSpan span;
         span.milliseconds_ = milliseconds;

@@ -50,7 +50,7 @@ SAnsiString VisibleZeros(const SAnsiString& text);
 
 /// The code page's spelling of a wide text, "?" for what it does not have.
 SAnsiString NarrowTraceText(const wchar_t* text);
-/// The same for so many units, zero units included.
+/// The same for "units" units, zero units included.
 SAnsiString NarrowTraceText(const wchar_t* text, std::uint32_t units);
 
 }  // namespace TarnLibA500

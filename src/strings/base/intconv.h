@@ -13,8 +13,8 @@ namespace TarnLibA500 {
 /// Room for any integer in any radix: 64 binary digits, a sign and the terminator.
 constexpr std::uint32_t kIntegerTextUnits = 66;
 
-/// What the numbers of a type are worked on in: 64-bit arithmetic is slow here, and only 64-bit types need
-/// it.
+/// The unsigned type in which the numbers of a type are worked on: 64-bit arithmetic is slow here, and only
+/// 64-bit types need it.
 template <class T>
 using IntegerMagnitude = std::conditional_t<sizeof(T) <= 4, std::uint32_t, std::uint64_t>;
 
@@ -37,25 +37,25 @@ constexpr std::array<C, 200> MakeDigitPairs() {
 template <class C>
 inline constexpr auto kDigitPairs = MakeDigitPairs<C>();
 
-// memcpy: both digits in one store.
+// memcpy, so that both digits are one store.
 template <class C>
 void PutPair(C* out, std::uint32_t pair) {
     std::memcpy(out, &kDigitPairs<C>[2 * pair], 2 * sizeof(C));
 }
 
-/// The least number of so many digits and one more; none needs more than 10.
+/// At each index n the smallest number with more than n digits. 32 bits hold 10 digits at most.
 inline constexpr std::array<std::uint32_t, 10> kPowersOfTen{
     0, 10, 100, 1'000, 10'000, 100'000, 1'000'000, 10'000'000, 100'000'000, 1'000'000'000};
 
-/// Without a branch: the length of a number is what a processor cannot foresee. 1233 / 4096 is the logarithm
-/// of 2 to the base 10, near enough for 32 bits.
+/// How many decimal digits a number has. Without a branch, because a processor cannot predict the lengths of
+/// numbers. 1233 / 4096 is the logarithm of 2 to the base 10, near enough for 32 bits.
 constexpr std::uint32_t DecimalDigits(std::uint32_t value) {
     const auto bits = static_cast<std::uint32_t>(std::bit_width(value | 1));
     const std::uint32_t digits = bits * 1233 / 4096;
     return digits + (value >= kPowersOfTen[digits] ? 1 : 0);
 }
 
-/// Writes the value into exactly so many places, zeros in front.
+/// Writes the value into exactly "places" places, zeros in front.
 template <class C>
 void PutDecimal(C* out, std::uint32_t value, std::uint32_t places) {
     while (places >= 2) {
@@ -66,7 +66,8 @@ void PutDecimal(C* out, std::uint32_t value, std::uint32_t places) {
     if (places == 1) out[0] = static_cast<C>('0' + value % kDecimal);
 }
 
-// Forced: the call would cost as much as the work.
+// Writes a number without a terminator and returns its digits. Inlined by force: a call would cost as much
+// as the work.
 template <class C>
 [[gnu::always_inline]] inline std::uint32_t FromDecimal(C* out, std::uint32_t value) {
     const std::uint32_t digits = DecimalDigits(value);
@@ -80,7 +81,7 @@ template <class C>
     return digits;
 }
 
-/// In pieces of nine digits: a 64-bit division costs many times a 32-bit one here.
+/// The same in pieces of nine digits: a 64-bit division costs many times a 32-bit one here.
 template <class C>
 std::uint32_t FromDecimal(C* out, std::uint64_t value) {
     if (value <= std::numeric_limits<std::uint32_t>::max())
@@ -154,7 +155,8 @@ template <class C>
     return 9 - left;
 }
 
-/// Reads as many decimal digits as fit whatever they are: most numbers, without a look at the limit.
+/// Reads only as many decimal digits as fit without a check, whatever digits they are; most numbers end
+/// there.
 template <class Magnitude, class C>
 [[gnu::always_inline]] inline Magnitude ReadSafeDigits(const C*& at, const C* end) {
     std::uint32_t head;
@@ -210,7 +212,7 @@ std::uint32_t StringConvFromInteger(C* out, T value, int radix) {
 template <class T>
 inline constexpr auto kIntegerMaximum = static_cast<IntegerMagnitude<T>>(std::numeric_limits<T>::max());
 
-/// The largest number of a type over the radix; the usual radix costs no division.
+/// The largest number of a type divided by the radix; radix 10 costs no division.
 template <class T>
 constexpr IntegerMagnitude<T> IntegerThreshold(int radix) {
     return radix == 10 ? kIntegerMaximum<T> / 10 : kIntegerMaximum<T> / static_cast<std::uint32_t>(radix);
@@ -226,7 +228,7 @@ bool StringConvToIntegerIterator(const C* first, const C* last, T& out, std::typ
                                  Magnitude maximum, Magnitude threshold, int radix, bool signAllowed) {
     out = 0;
     const bool negative = signAllowed && first != last && *first == C('-');
-    // One more above the threshold never passes by itself: its product is looked at, too.
+    // A threshold one too high is harmless: AppendDigit compares the product with the maximum, too.
     const Magnitude excess = negative ? 1 : 0;
     const intconv::Limits<Magnitude> limits{maximum + excess, threshold + excess};
     const C* at = negative ? first + 1 : first;

@@ -14,7 +14,8 @@ using mbchar::CodePage;
 
 constexpr const char* kUnit = "codesetconverter";
 
-// As much of a text as so many characters can take, so that a long text is not measured for a short output.
+// Far enough for the first "characters" characters of a text, so that a long text is not measured for a short
+// output.
 const char* EndOfCharacters(const char* in, std::uint32_t characters) {
     constexpr std::size_t kMostBytes = std::numeric_limits<std::size_t>::max();
     return in + strnlen(in, characters < kMostBytes / 2 ? 2 * characters : kMostBytes);

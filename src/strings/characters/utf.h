@@ -27,7 +27,7 @@ Result Convert(const Code*& source, const Code* sourceEnd, unsigned char*& targe
 Result Convert(const Code*& source, const Code* sourceEnd, wchar_t*& target, wchar_t* targetEnd,
                Mode mode = Mode::lenient);
 
-/// Bytes of UTF-8 for so many units, without a terminator.
+/// Bytes of UTF-8 for the first "units" units of a text, without a terminator.
 std::uint32_t BytesOf(const wchar_t* text, std::uint32_t units);
 /// The same, every unit taken for itself, so that a surrogate pair counts 6 instead of 4.
 std::uint32_t BytesOfSingleUnits(const wchar_t* text, std::uint32_t units);

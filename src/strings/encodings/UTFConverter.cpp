@@ -44,7 +44,7 @@ Result ConvertRange(const From*& source, const From* sourceEnd, To*& target, To*
     return static_cast<Result>(utf::Convert(source, sourceEnd, target, targetEnd, strictness));
 }
 
-// Through a work area of so many target units, then copied to the exact size.
+// Through a work area of "room" target units, then copied to the exact size.
 template <class From, class To>
 bool ConvertToBuffer(const From* source, std::uint32_t length, std::uint32_t room, UTFBuffer_t<To>& target) {
     using Unit = std::conditional_t<sizeof(To) == 1, unsigned char, To>;

@@ -85,7 +85,7 @@ SAnsiString FromSystemPage(const char* bytes, std::uint32_t count, UINT page) {
     return FromWide(wide);
 }
 
-// Room for so many bytes and a zero byte behind them, all used at first.
+// Room for "count" bytes, all used at first, and a zero byte behind them.
 class BytesOut {
   public:
     explicit BytesOut(std::uint32_t count) : count_(count), buffer_(count + 1) { bytes()[count] = 0; }

@@ -4,7 +4,7 @@
 
 namespace TarnLibA500 {
 
-/// How many of so many bytes are left without the line ends that the system's messages carry at their end.
+/// The length of a text of "bytes" bytes without the line ends at its end, which the system's messages have.
 inline std::uint32_t LengthWithoutLineEnd(const char* text, std::uint32_t bytes) {
     while (bytes != 0 && (text[bytes - 1] == '\r' || text[bytes - 1] == '\n')) --bytes;
     return bytes;

@@ -12,14 +12,15 @@ class StringBuilder : public SString_t<unit, flavour> {
     using Base = SString_t<unit, flavour>;
 
   public:
-    /// Makes a string with room for so many code units and returns where they go; null for none.
+    /// A string with room for "units" code units.
     explicit StringBuilder(std::uint32_t units) : room_(units) {
         this->setSize(units);
         at_ = Base::concatAllocHelper(units);
     }
+    /// Where the code units go; null for none.
     unit* units() noexcept { return at_; }
     std::uint32_t room() const noexcept { return room_; }
-    /// The first so many units are the text.
+    /// The first "length" units are the text.
     void cut(std::uint32_t length) {
         if (length == 0) {
             this->empty();

@@ -18,7 +18,7 @@ constexpr std::uint32_t kLowEight = 0xFF;
 constexpr std::uint32_t kGroupBytes = 3;
 constexpr std::uint32_t kGroupSymbols = 4;
 
-// Text is encoded so many bytes at a time: whole groups, so that the pieces join without a seam.
+// Bytes are encoded in pieces of whole groups, so that the pieces join without a seam.
 constexpr std::uint32_t kPieceBytes = 30;
 constexpr std::uint32_t kPieceSymbols = kPieceBytes / kGroupBytes * kGroupSymbols;
 
