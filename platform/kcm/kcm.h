@@ -98,55 +98,55 @@ struct CipherOptions {
     unsigned char iv[kMaxIV] = {0};  ///< as much of it as there is room for
 };
 
-/// Encrypts bytes that come in pieces: update as often as needed, then finish, once.
-class KCM_API Encrypter {
+/// What an Encrypter and a Decrypter do: update as often as needed, then finish, once.
+class KCM_API CipherRun {
   public:
-    /// The first getCipherKeySize bytes of the key are used. A failure, also a key that is shorter, is told by
-    /// update and finish.
-    Encrypter(const unsigned char* key, unsigned count, const CipherOptions& options);
-    ~Encrypter();
-    Encrypter(const Encrypter&) = delete;
-    Encrypter& operator=(const Encrypter&) = delete;
+    CipherRun(const CipherRun&) = delete;
+    CipherRun& operator=(const CipherRun&) = delete;
 
-    /// Encrypts the next bytes and returns how many were written: with AES256_CTR count, with DES3_CBC all whole
-    /// blocks of 8 so far. With too little room it fails, and nothing has happened; any other failure ends the
-    /// object's use. Input and output are one place, or do not overlap.
+    /// The next bytes; returns how many were written. With AES256_CTR that is count, and output and input may be
+    /// one place. With DES3_CBC it is all whole blocks of 8 so far, when decrypting without the last one, and
+    /// the output is elsewhere. With too little room it fails, and nothing has happened; any other failure ends
+    /// the object's use.
     unsigned update(unsigned char* out, unsigned capacity, const unsigned char* in, unsigned count);
-    /// Writes what is left, and returns its length. With too little room it fails, and nothing has happened.
+    /// Writes what is left, when decrypting without the padding, and returns its length. It ends the object's
+    /// use. Fails with too little room, and when what was decrypted with DES3_CBC is not whole blocks or ends in
+    /// no padding.
     unsigned finish(unsigned char* out, unsigned capacity);
     /// The most bytes that finish writes; kFailed when the constructor failed.
     unsigned getFinalOutputSize() const;
 
+  protected:
+    /// See Encrypter and Decrypter.
+    CipherRun(const unsigned char* key, unsigned count, const CipherOptions& options, bool encrypts);
+    ~CipherRun();
+
   private:
-    KCMAlg400::Cipher cipher_;
-    unsigned waiting_ = 0;  // bytes of a block that is not written yet
+    void close();
+    unsigned long long writtenBy(unsigned count) const;
+
+    bool encrypts_;
+    unsigned waiting_ = 0;          // bytes of which nothing is written yet
+    unsigned finalSize_ = kFailed;  // a block, or 0 where there are none
     evp_cipher_ctx_st* context_ = nullptr;
 };
 
-/// Decrypts bytes that come in pieces: update as often as needed, then finish, once.
-class KCM_API Decrypter {
+/// Encrypts bytes that come in pieces.
+class Encrypter : public CipherRun {
   public:
     /// The first getCipherKeySize bytes of the key are used. A failure, also a key that is shorter, is told by
     /// update and finish.
-    Decrypter(const unsigned char* key, unsigned count, const CipherOptions& options);
-    ~Decrypter();
-    Decrypter(const Decrypter&) = delete;
-    Decrypter& operator=(const Decrypter&) = delete;
+    Encrypter(const unsigned char* key, unsigned count, const CipherOptions& options)
+        : CipherRun(key, count, options, true) {}
+};
 
-    /// Decrypts the next bytes and returns how many were written: with AES256_CTR count, with DES3_CBC all whole
-    /// blocks of 8 so far but the last. With too little room it fails, and nothing has happened; any other
-    /// failure ends the object's use. Input and output are one place, or do not overlap.
-    unsigned update(unsigned char* out, unsigned capacity, const unsigned char* in, unsigned count);
-    /// Writes what is left without its padding, and returns its length. Fails with DES3_CBC when the input is
-    /// not whole blocks or its padding is wrong, and when there is too little room.
-    unsigned finish(unsigned char* out, unsigned capacity);
-    /// The most bytes that finish writes; kFailed when the constructor failed.
-    unsigned getFinalOutputSize() const;
-
-  private:
-    KCMAlg400::Cipher cipher_;
-    unsigned waiting_ = 0;  // bytes of blocks that are not written yet
-    evp_cipher_ctx_st* context_ = nullptr;
+/// Decrypts bytes that come in pieces.
+class Decrypter : public CipherRun {
+  public:
+    /// The first getCipherKeySize bytes of the key are used. A failure, also a key that is shorter, is told by
+    /// update and finish.
+    Decrypter(const unsigned char* key, unsigned count, const CipherOptions& options)
+        : CipherRun(key, count, options, false) {}
 };
 
 }  // namespace KCM400

@@ -1,0 +1,22 @@
+#include <openssl/evp.h>
+
+#include "kcm/kcm.h"
+
+namespace KCMUtility400 {
+
+namespace {
+
+// The library counts in int. No text of a 32-bit process is longer.
+constexpr unsigned kMostBytes = 0x5FFF'FFFFu;
+
+}  // namespace
+
+unsigned base64Into(char* text, unsigned capacity, const unsigned char* bytes, unsigned count) {
+    if (text == nullptr || count > kMostBytes || (bytes == nullptr && count != 0)) return KCM400::kFailed;
+    const unsigned length = (count + 2) / 3 * 4;
+    if (capacity <= length) return KCM400::kFailed;
+    EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text), bytes, static_cast<int>(count));
+    return length;
+}
+
+}  // namespace KCMUtility400

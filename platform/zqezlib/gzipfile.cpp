@@ -1,0 +1,84 @@
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include <fcntl.h>
+#include <io.h>
+#include <share.h>
+#include <sys/stat.h>
+#include <windows.h>
+#include <zlib.h>
+
+#include "zqezlib/zqezlib.h"
+
+namespace {
+
+using WidePath = std::unique_ptr<wchar_t[]>;
+
+// Null when it is not UTF-8, or there is no memory.
+WidePath Widen(const char* path) {
+    const int size = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
+    if (size <= 0) {
+        errno = EILSEQ;
+        return nullptr;
+    }
+    WidePath wide(new (std::nothrow) wchar_t[static_cast<unsigned>(size)]);
+    if (wide == nullptr) {
+        errno = ENOMEM;
+    } else {
+        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide.get(), size);
+    }
+    return wide;
+}
+
+// How the system opens a file for zlib's mode; 0 for a mode that is none, or one of which zlib makes another.
+int OpenFlags(const char* mode) {
+    constexpr int kAlways = _O_BINARY | _O_NOINHERIT;
+    constexpr int kWriting = kAlways | _O_WRONLY | _O_CREAT;
+    if (*mode == '\0' || std::strpbrk(mode + 1, "rwa+") != nullptr) return 0;
+    const int exclusive = std::strchr(mode, 'x') == nullptr ? 0 : _O_EXCL;
+    switch (*mode) {
+        case 'r':
+            return kAlways | _O_RDONLY;
+        case 'w':
+            return kWriting | _O_TRUNC | exclusive;
+        case 'a':
+            return kWriting | _O_APPEND | exclusive;
+        default:
+            return 0;
+    }
+}
+
+}  // namespace
+
+void* ZQ_gzopen(const char* path, const char* mode) {
+    const int flags = path == nullptr || mode == nullptr ? 0 : OpenFlags(mode);
+    if (flags == 0) {
+        errno = EINVAL;
+        return nullptr;
+    }
+    const WidePath wide = Widen(path);
+    if (wide == nullptr) return nullptr;
+    const int share = (flags & _O_WRONLY) != 0 ? _SH_DENYWR : _SH_DENYNO;
+    const int descriptor = _wsopen(wide.get(), flags, share, _S_IREAD | _S_IWRITE);
+    if (descriptor < 0) return nullptr;
+    const gzFile file = gzdopen(descriptor, mode);
+    if (file == nullptr) {
+        _close(descriptor);
+        errno = ENOMEM;
+    }
+    return file;
+}
+
+int ZQ_gzread(void* file, void* bytes, unsigned count) {
+    return gzread(static_cast<gzFile>(file), bytes, count);
+}
+
+int ZQ_gzwrite(void* file, const void* bytes, unsigned count) {
+    return gzwrite(static_cast<gzFile>(file), bytes, count);
+}
+
+int ZQ_gzclose(void* file) {
+    return gzclose(static_cast<gzFile>(file));
+}
