@@ -5,9 +5,9 @@
 #include <exception>
 #include <utility>
 
+#include "diag/assert/unlogged.h"
 #include "diag/logging/logdirectory.h"
 #include "diag/logging/loggeroptions.h"
-#include "diag/logging/tracebridge.h"
 #include "diag/logging/tracestateupdater.h"
 #include "diag/logging/tracetext.h"
 #include "files/systempath.h"
@@ -35,8 +35,8 @@ void PrintToStandardOutput(const SAnsiString& text) {
 void ReportDirectoryFailure(const SAnsiString& directory) {
     const SAnsiString text = LogDirectoryFailure(directory);
     const auto lineEnd = text.find("\n");
-    TraceBridge::UnloadedAssert(text.left(lineEnd).getString());
-    TraceBridge::UnloadedAssert(lineEnd.getPtr() + 1);
+    ReportUnlogged(text.left(lineEnd).getString());
+    ReportUnlogged(lineEnd.getPtr() + 1);
 }
 
 SIArray<OptionNotice> WithoutKnown(const SIArray<OptionNotice>& notices, const SIArray<OptionNotice>& known) {
@@ -68,7 +68,8 @@ void ReleaseModule() {
 
 }  // namespace
 
-ActiveLogger::ActiveLogger(const CParamLineArgs& commandLine) : options_(MergedLoggerOptions(commandLine)) {
+ActiveLogger::ActiveLogger(TraceBridge& bridge, const CParamLineArgs& commandLine)
+    : bridge_(bridge), options_(MergedLoggerOptions(commandLine)) {
     TraceOptions options = readOptions();
     const LogDirectory directory = FindLogDirectory(options.directory);
     directory_ = directory.path;
@@ -103,7 +104,7 @@ void ActiveLogger::stop() noexcept {
     isStopped_ = true;
     stopUpdater();
     plugins_.unload();
-    TraceBridge::Terminate();
+    bridge_.Terminate();
 }
 
 TraceOptions ActiveLogger::readOptions() {
@@ -128,7 +129,7 @@ void ActiveLogger::openLog(const TraceOptions& options) {
     if (options.verbose)
         PrintToStandardOutput("Admin before TraceBridge::Initialize: " + DescribeEngine() + "\n");
     if (!MakeLogDirectory(directory_)) ReportDirectoryFailure(directory_);
-    TraceBridge::Initialize(options, directory_);
+    bridge_.Initialize(options, directory_);
     if (options.verbose) PrintToStandardOutput("TraceLog state:\n" + DescribeEngine() + "\n");
 }
 
@@ -139,7 +140,7 @@ void ActiveLogger::refresh() {
     TraceOptions options = readOptions();
     SIArray<OptionNotice> all(options.notices);
     options.notices = WithoutKnown(all, notices_);
-    if (!isStopped_) TraceBridge::Reconfigure(options);
+    if (!isStopped_) bridge_.Reconfigure(options);
     std::swap(notices_, all);
     isIniPending_ = false;
 }
@@ -157,7 +158,7 @@ void ActiveLogger::startUpdater(TraceOptions& options) {
         options.noThread = true;
         options.notices.RemoveAll();
         options.notices.Add({OptionNotice::Loss, SAnsiString("no trace state updater: ") + failure.what()});
-        TraceBridge::Reconfigure(options);
+        bridge_.Reconfigure(options);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "diag/logging/loggingdll.h"
+#include "diag/logging/tracebridge.h"
 #include "diag/logging/traceini.h"
 #include "diag/logging/traceoptions.h"
 #include "jtc/jtc.h"
@@ -17,8 +18,8 @@ class TraceStateUpdaterThread;
 class ActiveLogger : public CRefCount {
   public:
     /// Reads the options, opens the log, loads plug-ins and starts the refresh thread. When it throws, nothing
-    /// of that is left.
-    explicit ActiveLogger(const CParamLineArgs& commandLine);
+    /// of that is left. The bridge outlives every thread in it.
+    ActiveLogger(TraceBridge& bridge, const CParamLineArgs& commandLine);
     ActiveLogger(const ActiveLogger&) = delete;
     ActiveLogger& operator=(const ActiveLogger&) = delete;
 
@@ -42,6 +43,7 @@ class ActiveLogger : public CRefCount {
     void startUpdater(TraceOptions& options);
     void stopUpdater();
 
+    TraceBridge& bridge_;
     CParamLineArgs options_;
     CParamLineTracker tracker_;  ///< the options in effect, those of the ini file too
     SAnsiString directory_;

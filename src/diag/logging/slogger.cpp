@@ -3,7 +3,6 @@
 #include "diag/assert/levels.h"
 #include "diag/assert/require.h"
 #include "diag/logging/activelogger.h"
-#include "diag/logging/tracebridge.h"
 #include "diag/logging/tracetext.h"
 #include "diag/trace/traceformat.h"
 #include "jtc/jtc.h"
@@ -20,6 +19,7 @@ struct LoggerState {
     JTCMonitor lock;          ///< guards the pointer, and is never held while anything else is called
     int initializations = 0;
     bool isChanging = false;  ///< a plug-in is called then, and must not start or stop logging itself
+    TraceBridge bridge;
     CRefPtr<ActiveLogger> active;
 };
 
@@ -69,7 +69,7 @@ bool Initialize(const CParamLineArgs& args) {
     if (!Require(!state.isChanging, kUnit, "!isChanging")) return false;
     if (state.initializations == 0) {
         const Change change(state);
-        SetActive(new ActiveLogger(args));
+        SetActive(new ActiveLogger(state.bridge, args));
     }
     ++state.initializations;
     return true;
@@ -118,11 +118,11 @@ unsigned long long GetMajorTick() {
 }
 
 bool CanStackDump() {
-    return TraceBridge::CanStackDump();
+    return State().bridge.CanStackDump();
 }
 
 bool IsNativeAssert() {
-    return TraceBridge::IsNativeAssert();
+    return State().bridge.IsNativeAssert();
 }
 
 }  // namespace SLogger

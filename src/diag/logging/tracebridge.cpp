@@ -1,6 +1,5 @@
 #include "diag/logging/tracebridge.h"
 
-#include <atomic>
 #include <new>
 
 #include "diag/assert/levels.h"
@@ -25,16 +24,9 @@ constexpr const char* kRequestDevice = "request";
 constexpr const char* kSdkDevice = "sdk";
 constexpr const char* kOptionsUnit = "traceoptions";
 
-// The switches that are asked at trace points and assertions, from any thread.
-struct Switches {
-    std::atomic<bool> requestChannel{false};
-    std::atomic<bool> sdkChannel{false};
-    std::atomic<bool> never{false};
-    std::atomic<bool> noAssert{false};
-    std::atomic<bool> stackDump{false};
-    std::atomic<bool> nativeAssert{false};
-};
-Switches switches;
+// The bridge in force, for the functions of the sink, which have no argument for it. It stays the same when that
+// bridge terminates: a thread may be on its way to it.
+std::atomic<const TraceBridge*> inForce{nullptr};
 
 SAnsiString Place(const char* file, int line) {
     return SAnsiString(file != nullptr ? file : "[NULL]") + "(" + SStringConv::ToString(line) + ")";
@@ -42,39 +34,6 @@ SAnsiString Place(const char* file, int line) {
 
 void Complain(const SAnsiString& text) {
     Logger(Logger::Assert) << Utf8(text).text();
-}
-
-bool IsFlagged(int level, const TraceLog400::EvalConfig& eval) {
-    if (level == kSdkRequestLevel) return switches.sdkChannel;
-    if (level == kRequestLevel && switches.requestChannel) return true;
-    return eval.passes(MakeEvent(FindTraceLevel(level), nullptr, 0));
-}
-
-// Which levels any trace point could need; numbers that are no level stay open, because they are reported.
-void OpenLevels(const TraceLog400::EvalConfig& eval) {
-    std::uint32_t open = UINT32_MAX << kTerminatorLevel;
-    for (int level = 0; level < kTerminatorLevel; ++level) {
-        if (IsFlagged(level, eval)) open |= 1U << level;
-    }
-    SLogger::openTraceLevels.store(open, std::memory_order_release);
-}
-
-// Devices are made first, because that can fail.
-void TakeSwitches(const TraceOptions& options) {
-    if (options.requestChannel) DeviceAdmin::get().create(DeviceInfo(kRequestDevice));
-    if (options.sdkChannel) DeviceAdmin::get().create(DeviceInfo(kSdkDevice));
-    switches.requestChannel = options.requestChannel;
-    switches.sdkChannel = options.sdkChannel;
-    switches.never = options.never;
-    switches.noAssert = options.noAssert;
-    switches.stackDump = options.stackDump;
-    switches.nativeAssert = options.nativeAssert;
-}
-
-void ClearSwitches() {
-    for (std::atomic<bool>* const one : {&switches.requestChannel, &switches.sdkChannel, &switches.never,
-                                         &switches.noAssert, &switches.stackDump, &switches.nativeAssert})
-        *one = false;
 }
 
 void ConfigureEngine(const TraceOptions& options, const char* directory) {
@@ -119,57 +78,65 @@ void WriteNotices(const TraceOptions& options) {
         if (!options.never) {
             WriteNotice(notice);
         } else if (notice.kind != OptionNotice::Information) {
-            TraceBridge::UnloadedAssert(notice.text.getString());
+            ReportUnlogged(notice.text.getString());
         }
     }
 }
 
-// An assertion's line in UTF-8, with the stack behind it when that is wanted.
-SAnsiString WithStack(const char* utf8) {
+// Frames from WithStack up to the code that asserts: two here, the sink's function and those of the seam.
+constexpr int kFramesOfAssertion = 6;
+constexpr int kFramesOfUtf8Assertion = 5;
+
+// An assertion's line in UTF-8, with the stack behind it when that is wanted. Not inlined: frames are counted.
+[[gnu::noinline]] SAnsiString WithStack(const char* utf8, bool wantsStack, int ownFrames) {
     SAnsiString report(utf8);
-    if (!switches.stackDump) return report;
-    constexpr int kOwnFrames = 4;  // this one and the way here through the seam
+    if (!wantsStack) return report;
     SAnsiString stack;
-    SStackWalk::StackWalkAll(stack, kOwnFrames);
+    SStackWalk::StackWalkAll(stack, ownFrames);
     report.concat("\nStack Dump:\n").concat(Utf8(stack).text());
     return report;
 }
 
-void ReportAssertion(const char* utf8) {
-    const SAnsiString report = WithStack(utf8);
-    if (switches.never) {
+[[gnu::noinline]] void ReportAssertion(const char* utf8, int ownFrames) {
+    const TraceBridge& bridge = *inForce.load();
+    const SAnsiString report = WithStack(utf8, bridge.CanStackDump(), ownFrames);
+    if (bridge.NeverWrites()) {
         CollectedText text;
         text.append(report.getString(), report.getLength());
-        TraceBridge::UnloadedAssert(text.text().getString());
+        ReportUnlogged(text.text().getString());
     } else {
         Logger(Logger::Assert) << report.getString();
     }
-    if (switches.nativeAssert) ShowNativeAssert(report.getString());
+    if (bridge.IsNativeAssert()) ShowNativeAssert(report.getString());
 }
 
 // Without memory for more the line alone is reported: an assertion never throws.
 void OnAssertion(const char* text) {
     try {
-        ReportAssertion(Utf8(text).text());
+        ReportAssertion(Utf8(text).text(), kFramesOfAssertion);
     } catch (const std::bad_alloc&) {
-        TraceBridge::UnloadedAssert(text);
+        ReportUnlogged(text);
     }
 }
 
 void OnUtf8Assertion(const char* text) {
     try {
-        ReportAssertion(text);
+        ReportAssertion(text, kFramesOfUtf8Assertion);
     } catch (const std::bad_alloc&) {
-        TraceBridge::UnloadedAssert(text);
+        ReportUnlogged(text);
     }
 }
 
 bool WantsAssertions() {
-    return !switches.noAssert;
+    return inForce.load()->ShouldAssert();
+}
+
+bool WantsTrace(int level, const char* file, int line) {
+    return inForce.load()->ShouldTrace(level, file, line);
 }
 
 void OnTrace(int level, const char* file, int line, const char* text) {
-    TraceBridge::Trace(level, text, file, line, 0);
+    inForce.load()->Trace(level, text, file, line, 0);
 }
 
 SDiagnosticSink MakeSink() {
@@ -177,22 +144,12 @@ SDiagnosticSink MakeSink() {
     sink.assertion = &OnAssertion;
     sink.assertionUtf8 = &OnUtf8Assertion;
     sink.shouldAssert = &WantsAssertions;
-    sink.shouldTraceAt = &TraceBridge::ShouldTrace;
+    sink.shouldTraceAt = &WantsTrace;
     sink.traceAt = &OnTrace;
     return sink;
 }
 
 const SDiagnosticSink bridgeSink = MakeSink();
-const SDiagnosticSink* sinkBefore = nullptr;
-
-// The settings that were put into effect last: the directory goes in again with every change.
-SAnsiString& directoryInEffect = *new SAnsiString;
-
-void CloseEngine() noexcept {
-    ClearSwitches();
-    DeviceAdmin::get().close_all();
-    directoryInEffect.empty();
-}
 
 void WriteToChannel(const char* device, const EventInfo& event, const char* prefix, const char* text) {
     Logger(Logger::M, event, DeviceAdmin::get().device(device)) << prefix << Utf8(text).text();
@@ -205,34 +162,74 @@ bool TraceBridge::Initialize(const TraceOptions& options, const SAnsiString& dir
     try {
         ConfigureEngine(options, Utf8Name(directory).getString());
         if (!ValidateMapping()) {
-            CloseEngine();
+            closeEngine();
             return false;
         }
-        TakeSwitches(options);
+        takeSwitches(options);
         WriteNotices(options);
     } catch (...) {
-        CloseEngine();
+        closeEngine();
         throw;
     }
-    directoryInEffect = directory;
-    sinkBefore = InstallDiagnosticSink(&bridgeSink);
-    OpenLevels(options.eval);
+    directory_ = directory;
+    inForce = this;
+    sinkBefore_ = InstallDiagnosticSink(&bridgeSink);
+    openLevels(options.eval);
     return true;
 }
 
 void TraceBridge::Reconfigure(const TraceOptions& options) {
-    ConfigureEngine(options, Utf8Name(directoryInEffect).getString());
-    TakeSwitches(options);
-    OpenLevels(options.eval);
+    ConfigureEngine(options, Utf8Name(directory_).getString());
+    takeSwitches(options);
+    openLevels(options.eval);
     WriteNotices(options);
 }
 
 void TraceBridge::Terminate() noexcept {
-    InstallDiagnosticSink(sinkBefore);
-    CloseEngine();
+    InstallDiagnosticSink(sinkBefore_);
+    closeEngine();
 }
 
-bool TraceBridge::ShouldTrace(int level, const char* file, int line) {
+void TraceBridge::closeEngine() noexcept {
+    clearSwitches();
+    DeviceAdmin::get().close_all();
+    directory_.empty();
+}
+
+// Devices are made first, because that can fail.
+void TraceBridge::takeSwitches(const TraceOptions& options) {
+    if (options.requestChannel) DeviceAdmin::get().create(DeviceInfo(kRequestDevice));
+    if (options.sdkChannel) DeviceAdmin::get().create(DeviceInfo(kSdkDevice));
+    requestChannel_ = options.requestChannel;
+    sdkChannel_ = options.sdkChannel;
+    never_ = options.never;
+    noAssert_ = options.noAssert;
+    stackDump_ = options.stackDump;
+    nativeAssert_ = options.nativeAssert;
+}
+
+void TraceBridge::clearSwitches() {
+    for (std::atomic<bool>* const one :
+         {&requestChannel_, &sdkChannel_, &never_, &noAssert_, &stackDump_, &nativeAssert_})
+        *one = false;
+}
+
+bool TraceBridge::isFlagged(int level, const TraceLog400::EvalConfig& eval) const {
+    if (level == kSdkRequestLevel) return sdkChannel_;
+    if (level == kRequestLevel && requestChannel_) return true;
+    return eval.passes(MakeEvent(FindTraceLevel(level), nullptr, 0));
+}
+
+// Which levels any trace point could need; numbers that are no level stay open, because they are reported.
+void TraceBridge::openLevels(const TraceLog400::EvalConfig& eval) const {
+    std::uint32_t open = UINT32_MAX << kTerminatorLevel;
+    for (int level = 0; level < kTerminatorLevel; ++level) {
+        if (isFlagged(level, eval)) open |= 1U << level;
+    }
+    SLogger::openTraceLevels.store(open, std::memory_order_release);
+}
+
+bool TraceBridge::ShouldTrace(int level, const char* file, int line) const {
     const TraceLevel& row = FindTraceLevel(level);
     if (row.level == kTerminatorLevel) {
         Complain("TraceBridge::ShouldTrace: Invalid trace level specified at " + Place(file, line));
@@ -240,14 +237,14 @@ bool TraceBridge::ShouldTrace(int level, const char* file, int line) {
     }
     const EventInfo event = MakeEvent(row, file, line);
     if (row.isRequest == 0) return event.would_trace();
-    if (level == kRequestLevel) return switches.requestChannel || event.would_trace();
-    if (level == kSdkRequestLevel) return switches.sdkChannel;
+    if (level == kRequestLevel) return requestChannel_ || event.would_trace();
+    if (level == kSdkRequestLevel) return sdkChannel_;
     Complain(
         STraceHelper("TraceBridge::ShouldTrace: unhandled special trace level in %1 at line %2", file, line));
     return false;
 }
 
-bool TraceBridge::Trace(int level, const char* text, const char* file, int line, unsigned flags) {
+bool TraceBridge::Trace(int level, const char* text, const char* file, int line, unsigned flags) const {
     SAnsiString placed;
     if ((flags & kPlace) != 0 && file != nullptr) {
         placed = STraceHelper("(%1:%2) %3", file, line, text);
@@ -269,18 +266,6 @@ bool TraceBridge::Trace(int level, const char* text, const char* file, int line,
         return false;
     }
     return true;
-}
-
-void TraceBridge::UnloadedAssert(const char* text) {
-    ReportUnlogged(text);
-}
-
-bool TraceBridge::CanStackDump() {
-    return switches.stackDump;
-}
-
-bool TraceBridge::IsNativeAssert() {
-    return switches.nativeAssert;
 }
 
 }  // namespace TarnLibA500

@@ -23,11 +23,13 @@ class OpenBridge {
             TarnLibA500::ParseLoggerOptions((options + " -tracecmpname unit").c_str()));
         TarnLibA500::TraceOptions read = TarnLibA500::ReadTraceOptions(tracker);
         read.noThread = true;  // every line is written at once
-        EXPECT_TRUE(TarnLibA500::TraceBridge::Initialize(read, folder_.string().c_str()));
+        EXPECT_TRUE(bridge_.Initialize(read, folder_.string().c_str()));
     }
-    ~OpenBridge() { TarnLibA500::TraceBridge::Terminate(); }
+    ~OpenBridge() { bridge_.Terminate(); }
     OpenBridge(const OpenBridge&) = delete;
     OpenBridge& operator=(const OpenBridge&) = delete;
+
+    const TarnLibA500::TraceBridge* operator->() const { return &bridge_; }
 
     /// The texts of a device's lines: what stands behind the place.
     std::vector<std::string> texts(const std::string& device = "") const {
@@ -45,6 +47,7 @@ class OpenBridge {
     }
 
     std::filesystem::path folder_;
+    TarnLibA500::TraceBridge bridge_;
 };
 
 }  // namespace tarntest

@@ -63,13 +63,13 @@ TEST(TraceBridges, SayWhatIsWrongWithAnOption) {
 
 TEST(TraceBridges, WriteRequestsToTheirChannels) {
     const OpenBridge bridge("-trace m -reqTrace");
-    EXPECT_TRUE(TraceBridge::Trace(1, "get /a", "f.cpp", 7, TraceBridge::kPlace));
-    EXPECT_TRUE(TraceBridge::Trace(3, "no such channel", "f.cpp", 7, 0));
-    EXPECT_TRUE(TraceBridge::Trace(6, "two\r\nlines", "f.cpp", 7, TraceBridge::kMark | TraceBridge::kPlace));
-    EXPECT_TRUE(TraceBridge::Trace(6, "no place", nullptr, 7, TraceBridge::kPlace));
-    EXPECT_TRUE(TraceBridge::Trace(4, "off", "f.cpp", 7, 0));
-    EXPECT_FALSE(TraceBridge::Trace(19, "text", "f.cpp", 7, 0));
-    EXPECT_FALSE(TraceBridge::Trace(-1, "text", nullptr, 7, 0));
+    EXPECT_TRUE(bridge->Trace(1, "get /a", "f.cpp", 7, TraceBridge::kPlace));
+    EXPECT_TRUE(bridge->Trace(3, "no such channel", "f.cpp", 7, 0));
+    EXPECT_TRUE(bridge->Trace(6, "two\r\nlines", "f.cpp", 7, TraceBridge::kMark | TraceBridge::kPlace));
+    EXPECT_TRUE(bridge->Trace(6, "no place", nullptr, 7, TraceBridge::kPlace));
+    EXPECT_TRUE(bridge->Trace(4, "off", "f.cpp", 7, 0));
+    EXPECT_FALSE(bridge->Trace(19, "text", "f.cpp", 7, 0));
+    EXPECT_FALSE(bridge->Trace(-1, "text", nullptr, 7, 0));
     EXPECT_EQ(bridge.texts(".request"), std::vector<std::string>{"REQUEST\t(f.cpp:7) get /a"});
     const std::vector<std::string> expected = {"# (f.cpp:7) two\\r\\nlines", "no place",
                                                "Invalid or unimplemented tracing level at f.cpp(7)",
