@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <new>
 
+#include "oscodes/oscodes.h"
 #include "tracelog/effective.h"
 #include "tracelog/logline.h"
 #include "tracelog/oldlogs.h"
@@ -229,7 +230,7 @@ bool LogFile::renameToFree() {
         const unsigned number = lastNumber_ % kLastNumber + 1;
         const bool isRenamed = osfile::Rename(openPath_.c_str(), NumberedPath(openPath_, number).c_str());
         const DWORD error = isRenamed ? ERROR_SUCCESS : GetLastError();
-        if (!isRenamed && error != ERROR_ALREADY_EXISTS && error != ERROR_FILE_EXISTS) return false;
+        if (!isRenamed && !oscodes::IsTaken(error)) return false;
         lastNumber_ = number;
         if (isRenamed) return true;
     }

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "oscodes/oscodes.h"
+
 #include <windows.h>
 
 /// The one way in which the engine reaches files, and the clocks that say when to look at them again. Test
@@ -51,10 +53,9 @@ inline std::uint64_t Now() {
 /// Opens a file for appending, making it when it is missing. Others may read, write, rename and delete it; it
 /// is not inherited by child processes.
 inline HANDLE OpenForAppending(const wchar_t* path) {
-    constexpr DWORD kEveryShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     if (MustFail()) return INVALID_HANDLE_VALUE;
-    return CreateFileW(path, FILE_APPEND_DATA | SYNCHRONIZE | FILE_READ_ATTRIBUTES, kEveryShare, nullptr,
-                       OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return CreateFileW(path, FILE_APPEND_DATA | SYNCHRONIZE | FILE_READ_ATTRIBUTES, oscodes::kEveryShare,
+                       nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
 inline bool Write(HANDLE file, const char* bytes, DWORD count, DWORD& written) {
@@ -73,10 +74,9 @@ inline bool Size(HANDLE file, std::uint64_t& bytes) {
 
 /// Cuts a file that may be open elsewhere.
 inline bool Cut(const wchar_t* path, std::uint64_t bytes) {
-    constexpr DWORD kEveryShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     if (MustFail()) return false;
-    const HANDLE file =
-        CreateFileW(path, GENERIC_WRITE, kEveryShare, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file = CreateFileW(path, GENERIC_WRITE, oscodes::kEveryShare, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
     LARGE_INTEGER end;
     end.QuadPart = static_cast<LONGLONG>(bytes);

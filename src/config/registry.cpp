@@ -4,13 +4,14 @@
 
 #include "config/registrypath.h"
 #include "config/registryvalue.h"
+#include "oscodes/oscodes.h"
 #include "tarnlib/sassert.h"
 #include "tarnlib/sstringconv.h"
 
 namespace TarnLibA500 {
 namespace {
 
-using registrypath::IsMissing;
+using oscodes::IsMissing;
 
 constexpr const char* kUnit = "registry";
 constexpr REGSAM kWriteAccess = KEY_SET_VALUE | KEY_QUERY_VALUE;

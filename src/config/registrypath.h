@@ -25,11 +25,6 @@ bool IsSameOrBelow(std::wstring_view path, std::wstring_view top);
 /// The key is a root or an open key.
 SAnsiString Describe(HKEY key, const wchar_t* below, const wchar_t* value = nullptr);
 
-/// True for errors that answer a question: there is no such key or value.
-inline bool IsMissing(LONG error) {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-}
-
 /// Traces that something cannot be done, and where and why. "where" makes the text, when somebody reads it.
 template <class Where>
 void TraceFailure(const char* doing, LONG error, Where where, int level = levels::kFailure) {

@@ -4,6 +4,7 @@
 
 #include "config/registrypath.h"
 #include "config/registryvalue.h"
+#include "oscodes/oscodes.h"
 #include "tarnlib/registry.h"
 #include "tarnlib/sassert.h"
 
@@ -30,7 +31,7 @@ LONG LookForLink(HKEY key, bool& isLink) {
     DWORD type = REG_NONE, bytes = 0;
     const LONG error = osregistry::Query(key, L"SymbolicLinkValue", type, nullptr, bytes);
     isLink = error == ERROR_SUCCESS && type == REG_LINK;
-    return registrypath::IsMissing(error) ? ERROR_SUCCESS : error;
+    return oscodes::IsMissing(error) ? ERROR_SUCCESS : error;
 }
 
 // Opens a key below another, and a link for what it is: what it leads to is somebody else's.
@@ -112,7 +113,7 @@ bool CopyBelow(HKEY from, HKEY to, const std::wstring& top, int depth) {
 LONG OpenNearest(HKEY root, std::wstring path, Key& key) {
     for (;;) {
         const LONG error = osregistry::Open(root, path.c_str(), KEY_QUERY_VALUE, key.room());
-        if (path.empty() || !registrypath::IsMissing(error)) return error;
+        if (path.empty() || !oscodes::IsMissing(error)) return error;
         const std::size_t last = path.find_last_of(L'\\');
         path.resize(last != path.npos ? last : 0);
     }

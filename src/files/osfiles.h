@@ -59,10 +59,6 @@ inline void Sleep(DWORD milliseconds) {
 }
 #endif
 
-constexpr DWORD kEveryShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-/// As long as the file is open, its name stays its own: nobody deletes or renames it.
-constexpr DWORD kShareButDelete = FILE_SHARE_READ | FILE_SHARE_WRITE;
-
 /// Not a call that can be made to fail: nobody could do anything about it. The last error stays.
 inline void Close(HANDLE file) noexcept {
     const DWORD error = GetLastError();

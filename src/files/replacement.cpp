@@ -7,6 +7,7 @@
 #include "files/osfiles.h"
 #include "files/systempath.h"
 #include "files/uniquename.h"
+#include "oscodes/oscodes.h"
 #include "tarnlib/straceobj.h"
 
 namespace TarnLibA500 {
@@ -62,7 +63,7 @@ void RemoveBackup(const SWCharString& backup) {
 
 DWORD ReplaceOnce(const SWCharString& target, const SWCharString& file) {
     const DWORD error = Move(file, target, 0);
-    if (!IsTakenName(error)) return error;
+    if (!oscodes::IsTaken(error)) return error;
     // Without a backup the old file would be gone when the second of the system's steps fails.
     const SWCharString backup = NameBeside(target);
     if (osfiles::Replace(target.getString(), file.getString(), backup.getString())) {
@@ -84,10 +85,6 @@ SWCharString NameBeside(const SWCharString& file) {
     const SWCharString::iterator slash = file.findLast(L'\\');
     const SWCharString directory = slash != file.end() ? file.left(slash) : SWCharString();
     return LongForm(JoinSystemPath(directory, name));
-}
-
-bool IsTakenName(DWORD error) noexcept {
-    return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
 }
 
 DWORD MoveToNewName(const SWCharString& file, const SWCharString& target) {

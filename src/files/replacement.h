@@ -11,9 +11,6 @@ namespace TarnLibA500 {
 /// A name for a new file in the directory of another one.
 SWCharString NameBeside(const SWCharString& file);
 
-/// True for the error of a name that somebody has.
-bool IsTakenName(DWORD error) noexcept;
-
 /// Gives the file a name that nobody has yet.
 DWORD MoveToNewName(const SWCharString& file, const SWCharString& target);
 

@@ -7,6 +7,7 @@
 #include "diag/assert/levels.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
+#include "oscodes/oscodes.h"
 #include "strings/base/memory.h"
 #include "system/systemtext.h"
 #include "tarnlib/straceobj.h"
@@ -101,7 +102,7 @@ struct SDirectoryChangeWatcher::Watch {
         event = osfiles::NewEvent();
         if (!event) return false;
         request.hEvent = event.get();
-        file = osfiles::Open(path.getString(), FILE_LIST_DIRECTORY, osfiles::kEveryShare, nullptr,
+        file = osfiles::Open(path.getString(), FILE_LIST_DIRECTORY, oscodes::kEveryShare, nullptr,
                              OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OVERLAPPED);
         return file && ask();
     }

@@ -13,6 +13,7 @@
 #include "files/removal.h"
 #include "files/sreadahead.h"
 #include "files/systempath.h"
+#include "oscodes/oscodes.h"
 #include "strings/base/bytesearch.h"
 #include "strings/text/lineend.h"
 #include "tarnlib/sfilesys.h"
@@ -48,7 +49,7 @@ DWORD DispositionOf(int mode) {
 }
 
 DWORD ShareOf(int share) {
-    return (share & kDenyBits) != 0 ? 0 : FILE_SHARE_READ | FILE_SHARE_WRITE;
+    return (share & kDenyBits) != 0 ? 0 : oscodes::kShareButDelete;
 }
 
 DWORD FlagsOf(int mode) {

@@ -7,6 +7,7 @@
 #include "files/osfiles.h"
 #include "files/systempath.h"
 #include "files/uniquename.h"
+#include "oscodes/oscodes.h"
 #include "tarnlib/sassert.h"
 #include "tarnlib/straceobj.h"
 #include "time/osclock.h"
@@ -20,14 +21,6 @@ constexpr DWORD kRoundMilliseconds = 100;
 using CreationTime = unsigned long long;  // 0: of no file
 
 enum class Deletion { Done, Gone, Anothers, InUse, Refused };
-
-bool IsExistence(DWORD error) {
-    return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
-}
-
-bool IsAbsence(DWORD error) {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-}
 
 CreationTime ToNumber(const FILETIME& time) {
     return static_cast<CreationTime>(TicksOf(time));
@@ -54,7 +47,7 @@ FILETIME TimeOfNewHolder() {
 /// had the name before. Nobody can delete it before that is done. The time is left alone when it cannot be
 /// read: that is no reason to have no lock.
 bool CreateLockFile(const wchar_t* path, CreationTime& created) {
-    const osfiles::File file = osfiles::Open(path, GENERIC_READ | GENERIC_WRITE, osfiles::kShareButDelete,
+    const osfiles::File file = osfiles::Open(path, GENERIC_READ | GENERIC_WRITE, oscodes::kShareButDelete,
                                              nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL);
     if (!file) return false;
     osfiles::SetCreationTime(file.get(), TimeOfNewHolder());
@@ -68,11 +61,11 @@ bool CreateLockFile(const wchar_t* path, CreationTime& created) {
 /// a time can have the file in hand, so that of those two one has deleted it, and the other knows that he has
 /// not: a second mark for deletion is no failure everywhere.
 Deletion DeleteLockFile(const wchar_t* path, CreationTime seen) {
-    const osfiles::File file = osfiles::Open(path, DELETE | FILE_READ_ATTRIBUTES, osfiles::kShareButDelete,
+    const osfiles::File file = osfiles::Open(path, DELETE | FILE_READ_ATTRIBUTES, oscodes::kShareButDelete,
                                              nullptr, OPEN_EXISTING, 0);
     if (!file) {
         const DWORD error = GetLastError();
-        if (IsAbsence(error) || osfiles::WasBeingDeleted()) return Deletion::Gone;
+        if (oscodes::IsMissing(error) || osfiles::WasBeingDeleted()) return Deletion::Gone;
         return error == ERROR_SHARING_VIOLATION ? Deletion::InUse : Deletion::Refused;
     }
     FILETIME time;
@@ -160,7 +153,7 @@ SFileLock::ErrorCodes SFileLock::lock() {
             released_ = false;
             return hasBrokenStale ? lockOkBrokeStale : lockOk;
         }
-        if (!osfiles::WasBeingDeleted() && !IsExistence(GetLastError())) {
+        if (!osfiles::WasBeingDeleted() && !oscodes::IsTaken(GetLastError())) {
             TraceFailure(levels::kFailure, "cannot create", lockFilePath_);
             return lockCreateFailed;
         }
@@ -184,7 +177,7 @@ SFileLock::ErrorCodes SFileLock::unlock() {
     CreationTime created = 0;
     Deletion deletion = Deletion::Anothers;
     if (!ReadCreationTime(path.getString(), created)) {
-        const bool isGone = IsAbsence(GetLastError()) || osfiles::WasBeingDeleted();
+        const bool isGone = oscodes::IsMissing(GetLastError()) || osfiles::WasBeingDeleted();
         deletion = isGone ? Deletion::Gone : Deletion::Refused;
     } else if (ownCreationTime_ == 0 || ownCreationTime_ == created) {
         deletion = DeleteOwnLockFile(path.getString(), created);

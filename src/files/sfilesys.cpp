@@ -10,6 +10,7 @@
 #include "files/osfiles.h"
 #include "files/systempath.h"
 #include "files/treewalk.h"
+#include "oscodes/oscodes.h"
 #include "strings/paths/pathroot.h"
 #include "strings/text/stringbuilder.h"
 #include "system/systemtext.h"
@@ -85,10 +86,6 @@ bool IsDirectoryThere(const SWCharString& path) {
     return osfiles::Attributes(path.getString(), data) && IsDirectory(data.dwFileAttributes);
 }
 
-bool IsAbsence(DWORD error) {
-    return error == ERROR_PATH_NOT_FOUND || error == ERROR_FILE_NOT_FOUND;
-}
-
 // What stands before the last component; empty when there is nothing, or only the root.
 SWCharString ParentOf(const SWCharString& path) {
     const SWCharString::iterator slash = path.findLast(L'\\');
@@ -107,8 +104,8 @@ SWCharString WithoutLastSlash(const SWCharString& path) {
 bool MakeLevel(const SWCharString& level, DWORD& error, bool& hasChanged) {
     if (osfiles::MakeDirectory(level.getString())) return true;
     error = GetLastError();
-    hasChanged = osfiles::WasBeingDeleted() || error == ERROR_ALREADY_EXISTS;
-    if (IsAbsence(error)) return false;
+    hasChanged = osfiles::WasBeingDeleted() || oscodes::IsTaken(error);
+    if (oscodes::IsMissing(error)) return false;
     WIN32_FILE_ATTRIBUTE_DATA data;
     if (!osfiles::Attributes(level.getString(), data)) return false;
     hasChanged = false;
@@ -126,7 +123,7 @@ bool MakeLevels(const SWCharString& path, DWORD& error) {
             missing.pop_back();
             continue;
         }
-        if (IsAbsence(error)) {
+        if (oscodes::IsMissing(error)) {
             const SWCharString parent = ParentOf(missing.back());
             if (parent.isEmpty() || missing.size() > path.getLength()) return false;
             hasChanged = IsDirectoryThere(parent);
@@ -168,7 +165,7 @@ bool MakeWritable(const TreeWalk& walk) {
     const DWORD attributes = walk.entry().dwFileAttributes;
     if (!IsReadOnly(attributes)) return true;
     const osfiles::File file =
-        osfiles::OpenIn(walk.holder(), walk.name(), FILE_WRITE_ATTRIBUTES, osfiles::kEveryShare, 0);
+        osfiles::OpenIn(walk.holder(), walk.name(), FILE_WRITE_ATTRIBUTES, oscodes::kEveryShare, 0);
     return file && osfiles::SetAttributesOf(file.get(), WithReadOnly(attributes, false));
 }
 
@@ -370,7 +367,7 @@ void SFileSys::setLastModifiedTime(const SAnsiString& path, const SDateTime& tim
         ThrowFileSys(Exception::fsSetAttributesFailed, ERROR_INVALID_PARAMETER, path);
     // The flag makes directories open, too.
     const SWCharString target = LongSystemPath(path);
-    const osfiles::File file = osfiles::Open(target.getString(), FILE_WRITE_ATTRIBUTES, osfiles::kEveryShare,
+    const osfiles::File file = osfiles::Open(target.getString(), FILE_WRITE_ATTRIBUTES, oscodes::kEveryShare,
                                              nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS);
     if (file && osfiles::SetWriteTime(file.get(), written)) return;
     const DWORD error = GetLastError();

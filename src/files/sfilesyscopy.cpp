@@ -4,6 +4,7 @@
 #include "files/osfiles.h"
 #include "files/replacement.h"
 #include "files/systempath.h"
+#include "oscodes/oscodes.h"
 #include "tarnlib/sfilesys.h"
 
 // Copying, renaming and replacing.
@@ -26,10 +27,10 @@ DWORD CopyBeside(const SWCharString& from, const SWCharString& to, SWCharString&
         copy = NameBeside(to);
         if (osfiles::Copy(from.getString(), copy.getString(), false)) return ERROR_SUCCESS;
         error = GetLastError();
-        if (!IsTakenName(error)) break;
+        if (!oscodes::IsTaken(error)) break;
     }
     // What there is of the copy goes. A taken name is not ours, nor is one that we were refused.
-    if (!IsTakenName(error) && error != ERROR_ACCESS_DENIED) RemoveCopy(copy);
+    if (!oscodes::IsTaken(error) && error != ERROR_ACCESS_DENIED) RemoveCopy(copy);
     return error;
 }
 

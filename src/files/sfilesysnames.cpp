@@ -3,6 +3,7 @@
 #include "files/osfiles.h"
 #include "files/systempath.h"
 #include "files/uniquename.h"
+#include "oscodes/oscodes.h"
 #include "strings/text/stringbuilder.h"
 #include "system/systemtext.h"
 #include "tarnlib/sfile.h"
@@ -86,8 +87,7 @@ bool Take(const SWCharString& path, bool create, bool isDirectory) {
 
 // A directory at the name of a new file is "access denied".
 bool IsTaken(const SWCharString& path, DWORD error) {
-    if (error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS || osfiles::WasBeingDeleted())
-        return true;
+    if (oscodes::IsTaken(error) || osfiles::WasBeingDeleted()) return true;
     WIN32_FILE_ATTRIBUTE_DATA data;
     return error == ERROR_ACCESS_DENIED && osfiles::Attributes(path.getString(), data);
 }

@@ -7,6 +7,7 @@
 #include "files/removal.h"
 #include "files/systempath.h"
 #include "files/treewalk.h"
+#include "oscodes/oscodes.h"
 #include "tarnlib/sfilesys.h"
 
 // Removing, which goes on after a failure and throws the first one at the end.
@@ -26,7 +27,7 @@ Exception::ErrorCodes RemovalFailure(DWORD attributes) {
 
 bool RemoveIn(HANDLE directory, const wchar_t* name, DWORD attributes) {
     const ULONG kind = IsDirectory(attributes) ? FILE_DIRECTORY_FILE : FILE_NON_DIRECTORY_FILE;
-    const osfiles::File file = osfiles::OpenIn(directory, name, DELETE, osfiles::kEveryShare, kind);
+    const osfiles::File file = osfiles::OpenIn(directory, name, DELETE, oscodes::kEveryShare, kind);
     return file && osfiles::RemoveOnClose(file.get());
 }
 

@@ -4,6 +4,7 @@
 
 #include "diag/assert/levels.h"
 #include "files/systempath.h"
+#include "oscodes/oscodes.h"
 #include "tarnlib/straceobj.h"
 
 namespace TarnLibA500 {
@@ -12,7 +13,7 @@ namespace {
 constexpr const char* kUnit = "sfilesys";
 
 osfiles::File Hold(const SWCharString& path, DWORD flags) {
-    return osfiles::Open(path.getString(), FILE_LIST_DIRECTORY, osfiles::kShareButDelete, nullptr,
+    return osfiles::Open(path.getString(), FILE_LIST_DIRECTORY, oscodes::kShareButDelete, nullptr,
                          OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | flags);
 }
 
@@ -63,7 +64,7 @@ TreeWalk::Step TreeWalk::enterBelow() {
     level.below.pop_back();
     path_ = JoinSystemPath(ExactForm(level.path), name());
     if (care_ == Care::None) return read(osfiles::File());
-    osfiles::File held = osfiles::OpenIn(holder(), name(), FILE_LIST_DIRECTORY, osfiles::kShareButDelete, 0);
+    osfiles::File held = osfiles::OpenIn(holder(), name(), FILE_LIST_DIRECTORY, oscodes::kShareButDelete, 0);
     const Kind kind = KindOf(path_, held);
     if (kind == Kind::Link) {
         TARN_TRACE_AT(levels::kLoss, kUnit, "%1 has become a link and is not entered", ShownPath(path_));

@@ -5,6 +5,7 @@
 
 #include "files/osfiles.h"
 #include "files/systempath.h"
+#include "oscodes/oscodes.h"
 #include "strings/text/stringbuilder.h"
 #include "system/systemtext.h"
 #include "tarnlib/sstringconv.h"
@@ -24,7 +25,7 @@ unsigned long long Join(DWORD high, DWORD low) {
 /// The first bytes of a file, or the error that keeps them from being read.
 unsigned long ReadStart(const SAnsiString& path, SAnsiString& start) {
     const osfiles::File file =
-        osfiles::Open(LongSystemPath(path).getString(), GENERIC_READ, osfiles::kEveryShare, nullptr,
+        osfiles::Open(LongSystemPath(path).getString(), GENERIC_READ, oscodes::kEveryShare, nullptr,
                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
     if (!file) return GetLastError();
     StringBuilder<char, 0> text(kMaxBytes);
@@ -67,10 +68,6 @@ SAnsiString OverlongProblem(const SAnsiString& path, unsigned long long bytes) {
     return path + ": what is beyond " + SStringConv::ToString(kMaxBytes) + " bytes is not read";
 }
 
-bool IsMissing(unsigned long error) {
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-}
-
 }  // namespace
 
 // The stamp of a file that is not there is all zero.
@@ -78,7 +75,7 @@ unsigned long TraceIni::look(Stamp& stamp) const {
     WIN32_FILE_ATTRIBUTE_DATA data;
     if (path_.isEmpty()) return ERROR_SUCCESS;
     if (!osfiles::Attributes(LongSystemPath(path_).getString(), data))
-        return IsMissing(GetLastError()) ? ERROR_SUCCESS : GetLastError();
+        return oscodes::IsMissing(GetLastError()) ? ERROR_SUCCESS : GetLastError();
     const FILETIME& written = data.ftLastWriteTime;
     stamp = {Join(written.dwHighDateTime, written.dwLowDateTime),
              Join(data.nFileSizeHigh, data.nFileSizeLow)};
