@@ -6,6 +6,7 @@
 
 #include "diag/trace/traceformat.h"
 #include "strings/base/intconv.h"
+#include "strings/base/integertypes.h"
 #include "tarnlib/sstringconv.h"
 
 namespace TarnLibA500 {
@@ -116,24 +117,12 @@ STraceParameter::STraceParameter(const SString_t<char, 1>& text) {
 }
 STraceParameter::STraceParameter(const SString_t<wchar_t, 1>& text)
     : long_(NarrowTraceText(text.getString(), text.getLength())) {}
-STraceParameter::STraceParameter(int number) {
-    takeInteger(number);
-}
-STraceParameter::STraceParameter(unsigned int number) {
-    takeInteger(number);
-}
-STraceParameter::STraceParameter(long number) {
-    takeInteger(number);
-}
-STraceParameter::STraceParameter(unsigned long number) {
-    takeInteger(number);
-}
-STraceParameter::STraceParameter(long long number) {
-    takeInteger(number);
-}
-STraceParameter::STraceParameter(unsigned long long number) {
-    takeInteger(number);
-}
+#define TARN_TRACE_INTEGER(T)                    \
+    STraceParameter::STraceParameter(T number) { \
+        takeInteger(number);                     \
+    }
+TARN_FOR_EACH_PROMOTED_INTEGER(TARN_TRACE_INTEGER)
+
 STraceParameter::STraceParameter(double number) : long_(SStringConv::ToString(number)) {}
 STraceParameter::STraceParameter(const char* text) {
     if (text == nullptr) text = kNull;

@@ -7,6 +7,7 @@
 
 #include "diag/assert/require.h"
 #include "strings/base/intconv.h"
+#include "strings/base/integertypes.h"
 #include "strings/numbers/neutralreal.h"
 
 namespace TarnLibA500 {
@@ -369,16 +370,7 @@ std::uint32_t NeutralString::ToStringFrom64(char* out, unsigned long long part) 
     template TARN_API SAnsiString NeutralString::FromNumber(T, int); \
     template TARN_API SAsciiString NeutralString::FromNumberToAscii(T);
 
-TARN_NEUTRAL_INTEGER(signed char)
-TARN_NEUTRAL_INTEGER(unsigned char)
-TARN_NEUTRAL_INTEGER(short)
-TARN_NEUTRAL_INTEGER(unsigned short)
-TARN_NEUTRAL_INTEGER(int)
-TARN_NEUTRAL_INTEGER(unsigned int)
-TARN_NEUTRAL_INTEGER(long)
-TARN_NEUTRAL_INTEGER(unsigned long)
-TARN_NEUTRAL_INTEGER(long long)
-TARN_NEUTRAL_INTEGER(unsigned long long)
+TARN_FOR_EACH_INTEGER_OR_BYTE(TARN_NEUTRAL_INTEGER)
 TARN_NEUTRAL_READING(float)
 TARN_NEUTRAL_READING(double)
 

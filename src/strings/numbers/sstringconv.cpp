@@ -5,7 +5,8 @@
 
 #include "diag/assert/require.h"
 #include "strings/base/intconv.h"
-#include "strings/base/realformat.h"
+#include "strings/base/integertypes.h"
+#include "strings/text/realtext.h"
 
 namespace TarnLibA500 {
 namespace {
@@ -14,7 +15,6 @@ constexpr const char* kUnit = "sstringconv";
 constexpr int kDecimal = 10;
 constexpr int kHexadecimal = 16;
 constexpr std::uint32_t kAddressDigits = 2 * sizeof(void*);
-constexpr std::uint32_t kUsualRealUnits = 32;
 constexpr int kKeptNumbers = 100;
 constexpr int kOneDigitNumbers = 10;
 
@@ -27,15 +27,6 @@ String IntegerText(T number, int radix) {
     if (!IsRadix(radix)) return String();
     unit text[kIntegerTextUnits];
     return String(text, StringConvFromInteger(text, number, radix));
-}
-
-template <class T>
-SAnsiString Narrow(T number, int radix) {
-    return IntegerText<SAnsiString, char>(number, radix);
-}
-template <class T>
-SWCharString Wide(T number, int radix) {
-    return IntegerText<SWCharString, wchar_t>(number, radix);
 }
 
 // Upper-case hexadecimal digits, zeros in front.
@@ -100,46 +91,9 @@ String TwoDigits(int number) {
     return kept[number];
 }
 
-// Fixed notation for either string type, through a small local area for all but huge numbers.
-template <class Take>
-void WithRealText(double number, int precision, Take take) {
-    char usual[kUsualRealUnits];
-    const std::uint32_t length = FormatFixed(usual, sizeof usual, number, precision);
-    if (length < sizeof usual) return take(usual, length);
-    SAsciiString whole;
-    whole.setSize(length);
-    FormatFixed(whole.detach(), length + 1, number, precision);
-    take(whole.getString(), length);
-}
-
 }  // namespace
 
 // -------------------------------------------------------------------------------------------- code-page text
-
-SAnsiString SAnsiStringConv::ToString(short number, int radix) {
-    return Narrow(number, radix);
-}
-SAnsiString SAnsiStringConv::ToString(unsigned short number, int radix) {
-    return Narrow(number, radix);
-}
-SAnsiString SAnsiStringConv::ToString(int number, int radix) {
-    return Narrow(number, radix);
-}
-SAnsiString SAnsiStringConv::ToString(unsigned int number, int radix) {
-    return Narrow(number, radix);
-}
-SAnsiString SAnsiStringConv::ToString(long number, int radix) {
-    return Narrow(number, radix);
-}
-SAnsiString SAnsiStringConv::ToString(unsigned long number, int radix) {
-    return Narrow(number, radix);
-}
-SAnsiString SAnsiStringConv::ToString(long long number, int radix) {
-    return Narrow(number, radix);
-}
-SAnsiString SAnsiStringConv::ToString(unsigned long long number, int radix) {
-    return Narrow(number, radix);
-}
 
 SAnsiString SAnsiStringConv::ToString(double number, int precision) {
     SAnsiString text;
@@ -183,31 +137,6 @@ SAnsiString SAnsiStringConv::StringFrom10Number2Digits(int number) {
 // Declared once more, so that the DLL has it for clients that take its address or a reference.
 constexpr std::uint32_t SWCharStringConv::kArrayUnits;
 
-SWCharString SWCharStringConv::ToString(short number, int radix) {
-    return Wide(number, radix);
-}
-SWCharString SWCharStringConv::ToString(unsigned short number, int radix) {
-    return Wide(number, radix);
-}
-SWCharString SWCharStringConv::ToString(int number, int radix) {
-    return Wide(number, radix);
-}
-SWCharString SWCharStringConv::ToString(unsigned int number, int radix) {
-    return Wide(number, radix);
-}
-SWCharString SWCharStringConv::ToString(long number, int radix) {
-    return Wide(number, radix);
-}
-SWCharString SWCharStringConv::ToString(unsigned long number, int radix) {
-    return Wide(number, radix);
-}
-SWCharString SWCharStringConv::ToString(long long number, int radix) {
-    return Wide(number, radix);
-}
-SWCharString SWCharStringConv::ToString(unsigned long long number, int radix) {
-    return Wide(number, radix);
-}
-
 SWCharString SWCharStringConv::ToString(double number, int precision) {
     SWCharString text;
     WithRealText(number, precision, [&](const char* digits, std::uint32_t length) {
@@ -222,7 +151,7 @@ SWCharString SWCharStringConv::ToString(const void* address) {
 
 template <TextInteger T>
 void SWCharStringConv::ToString(T number, SWCharString& out, int radix) {
-    out = Wide(number, radix);
+    out = IntegerText<SWCharString, wchar_t>(number, radix);
 }
 
 template <TextInteger T>
@@ -257,6 +186,17 @@ SAsciiString SAsciiStringConv::StringFrom10Number2Digits(int number) {
     return TwoDigits<SAsciiString, char>(number);
 }
 
+// ------------------------------------------------------------------------------ overloads for each integer type
+
+#define TARN_INTEGER_TO_STRING(T)                                  \
+    SAnsiString SAnsiStringConv::ToString(T number, int radix) {   \
+        return IntegerText<SAnsiString, char>(number, radix);      \
+    }                                                              \
+    SWCharString SWCharStringConv::ToString(T number, int radix) { \
+        return IntegerText<SWCharString, wchar_t>(number, radix);  \
+    }
+TARN_FOR_EACH_INTEGER(TARN_INTEGER_TO_STRING)
+
 // ---------------------------------------------------------------------------------------- exported instances
 
 #define TARN_INTEGER_CONVERSIONS(T)                                                    \
@@ -265,15 +205,6 @@ SAsciiString SAsciiStringConv::StringFrom10Number2Digits(int number) {
     template TARN_API void SWCharStringConv::ToString(T, SWCharString&, int);          \
     template TARN_API void SWCharStringConv::ToString(T, wchar_t(&)[kArrayUnits], int);
 
-TARN_INTEGER_CONVERSIONS(signed char)
-TARN_INTEGER_CONVERSIONS(unsigned char)
-TARN_INTEGER_CONVERSIONS(short)
-TARN_INTEGER_CONVERSIONS(unsigned short)
-TARN_INTEGER_CONVERSIONS(int)
-TARN_INTEGER_CONVERSIONS(unsigned int)
-TARN_INTEGER_CONVERSIONS(long)
-TARN_INTEGER_CONVERSIONS(unsigned long)
-TARN_INTEGER_CONVERSIONS(long long)
-TARN_INTEGER_CONVERSIONS(unsigned long long)
+TARN_FOR_EACH_INTEGER_OR_BYTE(TARN_INTEGER_CONVERSIONS)
 
 }  // namespace TarnLibA500

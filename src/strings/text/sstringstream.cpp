@@ -2,7 +2,8 @@
 // local area.
 
 #include "strings/base/intconv.h"
-#include "strings/base/realformat.h"
+#include "strings/base/integertypes.h"
+#include "strings/text/realtext.h"
 #include "tarnlib/sstring.h"
 
 namespace TarnLibA500 {
@@ -10,7 +11,6 @@ namespace {
 
 constexpr int kRadix = 10;
 constexpr int kDecimals = 6;
-constexpr std::uint32_t kUsualRealUnits = 32;
 
 template <class String, class unit, class Integer>
 String& AppendInteger(String& out, Integer number) {
@@ -29,16 +29,8 @@ void AppendAscii(SWCharString& out, const char* text, std::uint32_t length) {
 
 template <class String>
 String& AppendReal(String& out, double number) {
-    char usual[kUsualRealUnits];
-    const std::uint32_t length = FormatFixed(usual, sizeof usual, number, kDecimals);
-    if (length < sizeof usual) {
-        AppendAscii(out, usual, length);
-    } else {
-        SAsciiString whole;
-        whole.setSize(length);
-        FormatFixed(whole.detach(), length + 1, number, kDecimals);
-        AppendAscii(out, whole.getString(), length);
-    }
+    WithRealText(number, kDecimals,
+                 [&](const char* text, std::uint32_t length) { AppendAscii(out, text, length); });
     return out;
 }
 
@@ -62,30 +54,6 @@ SAnsiString& operator<<(SAnsiString& out, const SChar_t<char, 0>& character) {
 SAnsiString& operator<<(SAnsiString& out, char character) {
     return Append(out, character);
 }
-SAnsiString& operator<<(SAnsiString& out, short n) {
-    return AppendInteger<SAnsiString, char>(out, n);
-}
-SAnsiString& operator<<(SAnsiString& out, unsigned short n) {
-    return AppendInteger<SAnsiString, char>(out, n);
-}
-SAnsiString& operator<<(SAnsiString& out, int n) {
-    return AppendInteger<SAnsiString, char>(out, n);
-}
-SAnsiString& operator<<(SAnsiString& out, unsigned int n) {
-    return AppendInteger<SAnsiString, char>(out, n);
-}
-SAnsiString& operator<<(SAnsiString& out, long n) {
-    return AppendInteger<SAnsiString, char>(out, n);
-}
-SAnsiString& operator<<(SAnsiString& out, unsigned long n) {
-    return AppendInteger<SAnsiString, char>(out, n);
-}
-SAnsiString& operator<<(SAnsiString& out, long long n) {
-    return AppendInteger<SAnsiString, char>(out, n);
-}
-SAnsiString& operator<<(SAnsiString& out, unsigned long long n) {
-    return AppendInteger<SAnsiString, char>(out, n);
-}
 SAnsiString& operator<<(SAnsiString& out, double number) {
     return AppendReal(out, number);
 }
@@ -102,32 +70,17 @@ SWCharString& operator<<(SWCharString& out, const SChar_t<wchar_t, 1>& character
 SWCharString& operator<<(SWCharString& out, wchar_t character) {
     return Append(out, character);
 }
-SWCharString& operator<<(SWCharString& out, short n) {
-    return AppendInteger<SWCharString, wchar_t>(out, n);
-}
-SWCharString& operator<<(SWCharString& out, unsigned short n) {
-    return AppendInteger<SWCharString, wchar_t>(out, n);
-}
-SWCharString& operator<<(SWCharString& out, int n) {
-    return AppendInteger<SWCharString, wchar_t>(out, n);
-}
-SWCharString& operator<<(SWCharString& out, unsigned int n) {
-    return AppendInteger<SWCharString, wchar_t>(out, n);
-}
-SWCharString& operator<<(SWCharString& out, long n) {
-    return AppendInteger<SWCharString, wchar_t>(out, n);
-}
-SWCharString& operator<<(SWCharString& out, unsigned long n) {
-    return AppendInteger<SWCharString, wchar_t>(out, n);
-}
-SWCharString& operator<<(SWCharString& out, long long n) {
-    return AppendInteger<SWCharString, wchar_t>(out, n);
-}
-SWCharString& operator<<(SWCharString& out, unsigned long long n) {
-    return AppendInteger<SWCharString, wchar_t>(out, n);
-}
 SWCharString& operator<<(SWCharString& out, double number) {
     return AppendReal(out, number);
 }
+
+#define TARN_APPEND_INTEGER(T)                                    \
+    SAnsiString& operator<<(SAnsiString& out, T number) {         \
+        return AppendInteger<SAnsiString, char>(out, number);     \
+    }                                                             \
+    SWCharString& operator<<(SWCharString& out, T number) {       \
+        return AppendInteger<SWCharString, wchar_t>(out, number); \
+    }
+TARN_FOR_EACH_INTEGER(TARN_APPEND_INTEGER)
 
 }  // namespace TarnLibA500
