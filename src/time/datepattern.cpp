@@ -97,16 +97,25 @@ class PatternWriter : private SAnsiString {
     char* step(const char*& pattern, char* at) {
         switch (*pattern) {
             case 'y':
+                return putDate<&PatternWriter::putYear>(pattern, at);
             case 'M':
+                return putDate<&PatternWriter::putMonth>(pattern, at);
             case 'd':
+                return putDate<&PatternWriter::putDay>(pattern, at);
             case 'g':
+                return putDate<&PatternWriter::putEra>(pattern, at);
             case 'H':
+                return putTime<&PatternWriter::putHour>(pattern, at);
             case 'h':
+                return putTime<&PatternWriter::putHourOfHalfDay>(pattern, at);
             case 'm':
+                return putTime<&PatternWriter::putMinute>(pattern, at);
             case 's':
+                return putTime<&PatternWriter::putSecond>(pattern, at);
             case 'S':
+                return putTime<&PatternWriter::putMillisecond>(pattern, at);
             case 't':
-                return putRun(pattern, at);
+                return putTime<&PatternWriter::putHalfDay>(pattern, at);
             case '\'':
             case '"':
                 return copyQuoted(pattern, at);
@@ -115,22 +124,27 @@ class PatternWriter : private SAnsiString {
         }
     }
 
-    char* putRun(const char*& pattern, char* at) {
-        const char letter = *pattern;
+    // How often the letter at the place is repeated; goes on behind it.
+    static std::uint32_t takeRun(const char*& pattern) {
         const char* const start = pattern;
         do {
             ++pattern;
-        } while (*pattern == letter);
-        const auto run = static_cast<std::uint32_t>(pattern - start);
-        switch (letter) {
-            case 'y':
-            case 'M':
-            case 'd':
-            case 'g':
-                return shown_.hasDate ? putDate(letter, run, at) : at;
-            default:
-                return shown_.hasTime ? putTime(letter, run, at) : at;
-        }
+        } while (*pattern == *start);
+        return static_cast<std::uint32_t>(pattern - start);
+    }
+
+    // A part of the date for a run of its letter; nothing where no date is shown.
+    template <char* (PatternWriter::*put)(std::uint32_t run, char* at)>
+    char* putDate(const char*& pattern, char* at) {
+        const std::uint32_t run = takeRun(pattern);
+        return shown_.hasDate ? (this->*put)(run, at) : at;
+    }
+
+    // The same for the time of day.
+    template <char* (PatternWriter::*put)(std::uint32_t run, char* at)>
+    char* putTime(const char*& pattern, char* at) {
+        const std::uint32_t run = takeRun(pattern);
+        return shown_.hasTime ? (this->*put)(run, at) : at;
     }
 
     // The trail byte of a character may look like a letter or a quote.
@@ -154,27 +168,18 @@ class PatternWriter : private SAnsiString {
         return at + name.getLength();
     }
 
-    char* putDate(char letter, std::uint32_t run, char* at) {
-        switch (letter) {
-            case 'y':
-                return putYear(run, at);
-            case 'M':
-                if (run < 3) return PutSmall(at, shownMonth(), run);
-                return putName(run == 3 ? SDateTimeString::GetShortMonth(date_.month)
-                                        : SDateTimeString::GetLongMonth(date_.month),
-                               at);
-            case 'd':
-                return putDay(run, at);
-            default:
-                return putName(SDateTimeString::GetEra(SDate::FromDayNumber(shown_.value.day)), at);
-        }
-    }
-
-    char* putYear(std::uint32_t run, char* at) const {
+    char* putYear(std::uint32_t run, char* at) {
         const std::int32_t year = date_.year < 0 ? -date_.year : date_.year;
         if (run < 3) return PutSmall(at, year % 100, run);
         if (date_.year < 0) *at++ = '-';
         return PutNumber(at, year);
+    }
+
+    char* putMonth(std::uint32_t run, char* at) {
+        if (run < 3) return PutSmall(at, shownMonth(), run);
+        return putName(run == 3 ? SDateTimeString::GetShortMonth(date_.month)
+                                : SDateTimeString::GetLongMonth(date_.month),
+                       at);
     }
 
     char* putDay(std::uint32_t run, char* at) {
@@ -183,29 +188,29 @@ class PatternWriter : private SAnsiString {
         return putName(run == 3 ? SDateTimeString::GetShortDay(day) : SDateTimeString::GetLongDay(day), at);
     }
 
+    char* putEra(std::uint32_t /*run*/, char* at) {
+        return putName(SDateTimeString::GetEra(SDate::FromDayNumber(shown_.value.day)), at);
+    }
+
     // Before the first year that leads back, the parts of a day number are no date and may be negative.
     std::int32_t shownMonth() const { return date_.month < 0 ? 0 : date_.month; }
     std::int32_t shownDay() const { return date_.day < 0 ? 0 : date_.day; }
 
-    char* putTime(char letter, std::uint32_t run, char* at) {
-        switch (letter) {
-            case 'H':
-                return PutSmall(at, time_.hour, run);
-            case 'h':
-                return PutSmall(at, (time_.hour + 11) % 12 + 1, run);
-            case 'm':
-                return PutSmall(at, time_.minute, run);
-            case 's':
-                return PutSmall(at, time_.second, run);
-            case 'S':
-                if (run == 1) return PutNumber(at, time_.millisecond);
-                intconv::PutDecimal(at, static_cast<std::uint32_t>(time_.millisecond), 3);
-                return at + 3;
-            default:
-                return putName(run == 1 ? SDateTimeString::GetShortAM(time_.hour < 12)
-                                        : SDateTimeString::GetLongAM(time_.hour < 12),
-                               at);
-        }
+    char* putHour(std::uint32_t run, char* at) { return PutSmall(at, time_.hour, run); }
+    char* putHourOfHalfDay(std::uint32_t run, char* at) {
+        return PutSmall(at, (time_.hour + 11) % 12 + 1, run);
+    }
+    char* putMinute(std::uint32_t run, char* at) { return PutSmall(at, time_.minute, run); }
+    char* putSecond(std::uint32_t run, char* at) { return PutSmall(at, time_.second, run); }
+    char* putMillisecond(std::uint32_t run, char* at) {
+        if (run == 1) return PutNumber(at, time_.millisecond);
+        intconv::PutDecimal(at, static_cast<std::uint32_t>(time_.millisecond), 3);
+        return at + 3;
+    }
+    char* putHalfDay(std::uint32_t run, char* at) {
+        const bool isMorning = time_.hour < 12;
+        return putName(
+            run == 1 ? SDateTimeString::GetShortAM(isMorning) : SDateTimeString::GetLongAM(isMorning), at);
     }
 
     char usual_[kUsualBytes];
