@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include <algorithm>
+
 #include "tarnlib/sstring.h"
 #include "tarnlib/sstringconv.h"
 
@@ -10,30 +12,37 @@ bool SameName(const std::string& word, const char* name) {
     return !word.empty() && word[0] == '-' && TarnLibA500::SAnsiStringCI(word.c_str() + 1) == name;
 }
 
-const Options::Rule& FindRule(const std::string& word, const std::vector<Options::Rule>& rules) {
-    for (const Options::Rule& rule : rules) {
-        if (SameName(word, rule.name)) return rule;
+const char* Find(const std::string& word, const std::vector<const char*>& names) {
+    for (const char* name : names) {
+        if (SameName(word, name)) return name;
     }
-    throw Failure(word[0] == '-' ? "there is no option " + word : "unexpected \"" + word + "\"");
+    return nullptr;
 }
 
 }  // namespace
 
-Options::Options(const Words& arguments, const std::vector<Rule>& rules) {
+Options::Options(const Words& arguments, const Names& names) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const Rule& rule = FindRule(arguments[i], rules);
-        std::string value;
-        if (rule.kind != Kind::Switch) {
-            if (++i == arguments.size()) throw Failure(std::string("-") + rule.name + " needs a value");
-            value = arguments[i];
+        const std::string& word = arguments[i];
+        if (const char* const name = Find(word, names.switches)) {
+            values_.emplace(name, "");
+            continue;
         }
-        values_[rule.name] = value;
+        const char* name = Find(word, names.values);
+        if (name == nullptr) name = Find(word, names.required);
+        if (name == nullptr)
+            throw Failure(word[0] == '-' ? "there is no option " + word : "unexpected \"" + word + "\"");
+        if (++i == arguments.size()) throw Failure(std::string("-") + name + " needs a value");
+        values_[name] = arguments[i];
     }
-    for (const Rule& rule : rules) {
-        if (rule.kind == Kind::RequiredValue && value(rule.name).empty()) {
-            throw Failure(std::string("-") + rule.name + " is missing");
-        }
+    for (const char* name : names.required) {
+        if (value(name).empty()) throw Failure(std::string("-") + name + " is missing");
     }
+}
+
+int Options::count(const std::vector<const char*>& names) const {
+    return static_cast<int>(
+        std::count_if(names.begin(), names.end(), [this](const char* name) { return has(name); }));
 }
 
 std::string Options::value(const char* name) const {

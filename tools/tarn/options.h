@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "command.h"
 
@@ -11,16 +12,19 @@ namespace tarn {
 /// case; the last of several counts. A value may begin with "-".
 class Options {
   public:
-    enum class Kind { Switch, Value, RequiredValue };
-    struct Rule {
-        const char* name;
-        Kind kind;
+    /// The options that a command has.
+    struct Names {
+        std::vector<const char*> required = {};  ///< with a value, and never left out
+        std::vector<const char*> values = {};    ///< with a value
+        std::vector<const char*> switches = {};
     };
 
     /// Throws Failure with a sentence for the user.
-    Options(const Words& arguments, const std::vector<Rule>& rules);
+    Options(const Words& arguments, const Names& names);
 
     bool has(const char* name) const { return values_.count(name) != 0; }
+    /// How many of these options were given.
+    int count(const std::vector<const char*>& names) const;
     /// Empty for an option that was not given.
     std::string value(const char* name) const;
     /// Throws Failure when the value is no number of that range.

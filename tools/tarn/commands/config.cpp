@@ -78,13 +78,9 @@ ExitStatus PrintSection(const ConfigFileReader& reader, const Options& options) 
 }
 
 ExitStatus ShowConfig(const Words& arguments) {
-    using Kind = Options::Kind;
-    const Options options(arguments, {{"file", Kind::RequiredValue},
-                                      {"section", Kind::Value},
-                                      {"key", Kind::Value},
-                                      {"default", Kind::Value},
-                                      {"native", Kind::Switch},
-                                      {"xml", Kind::Switch}});
+    const Options options(
+        arguments,
+        {.required = {"file"}, .values = {"section", "key", "default"}, .switches = {"native", "xml"}});
     if (options.has("native") && options.has("xml")) throw Failure("an XML document names its own encoding");
     if (options.has("key") && !options.has("section")) throw Failure("-key needs -section");
     ConfigFileReader reader;

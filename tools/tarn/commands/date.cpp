@@ -72,10 +72,7 @@ STimeSpan ReadSpan(const std::string& text) {
 }
 
 ExitStatus ShowDate(const Words& arguments) {
-    using Kind = Options::Kind;
-    const Options options(
-        arguments,
-        {{"format", Kind::Value}, {"zone", Kind::Value}, {"parse", Kind::Value}, {"add", Kind::Value}});
+    const Options options(arguments, {.values = {"format", "zone", "parse", "add"}});
     std::setlocale(LC_ALL, "");  // names of months beyond ASCII
     const STimeZone zone = FindZone(options.value("zone"));
     SDateTime value = SDateTime::GetCurrentDateTime();

@@ -126,24 +126,11 @@ void Use(const Options& options) {
 }
 
 ExitStatus UseFiles(const Words& arguments) {
-    using Kind = Options::Kind;
-    const Options options(arguments, {{"list", Kind::Value},
-                                      {"pattern", Kind::Value},
-                                      {"recurse", Kind::Switch},
-                                      {"size", Kind::Value},
-                                      {"copy", Kind::Value},
-                                      {"to", Kind::Value},
-                                      {"overwrite", Kind::Switch},
-                                      {"remove", Kind::Value},
-                                      {"watch", Kind::Value},
-                                      {"seconds", Kind::Value},
-                                      {"unique", Kind::Value},
-                                      {"prefix", Kind::Value},
-                                      {"suffix", Kind::Value}});
-    int actions = 0;
-    for (const char* action : {"list", "size", "copy", "remove", "watch", "unique"})
-        actions += options.has(action) ? 1 : 0;
-    if (actions != 1) throw Failure("one of -list, -size, -copy, -remove, -watch and -unique must be given");
+    const Options options(arguments, {.values = {"list", "pattern", "size", "copy", "to", "remove", "watch",
+                                                 "seconds", "unique", "prefix", "suffix"},
+                                      .switches = {"recurse", "overwrite"}});
+    if (options.count({"list", "size", "copy", "remove", "watch", "unique"}) != 1)
+        throw Failure("one of -list, -size, -copy, -remove, -watch and -unique must be given");
     Use(options);
     return kYes;
 }

@@ -140,13 +140,8 @@ ExitStatus RunInTurn(const Options& options) {
 }
 
 ExitStatus RunLocked(const Words& arguments) {
-    using Kind = Options::Kind;
-    const Options options(arguments, {{"file", Kind::Value},
-                                      {"stale", Kind::Value},
-                                      {"tries", Kind::Value},
-                                      {"instance", Kind::Value},
-                                      {"run", Kind::RequiredValue},
-                                      {"repeat", Kind::Value}});
+    const Options options(arguments,
+                          {.required = {"run"}, .values = {"file", "stale", "tries", "instance", "repeat"}});
     if (!options.has("instance")) return RunInTurn(options);
     for (const char* other : {"file", "stale", "tries", "repeat"}) {
         if (options.has(other)) throw Failure(std::string("-instance and -") + other + " exclude each other");

@@ -183,18 +183,11 @@ ExitStatus UseKey(const Options& options, Registry& key, const Place& place) {
 }
 
 ExitStatus UseRegistry(const Words& arguments) {
-    using Kind = Options::Kind;
-    const Options options(arguments, {{"key", Kind::RequiredValue},
-                                      {"value", Kind::Value},
-                                      {"set", Kind::Value},
-                                      {"setnumber", Kind::Value},
-                                      {"delete", Kind::Switch},
-                                      {"list", Kind::Switch},
-                                      {"copy", Kind::Value}});
-    int actions = 0;
-    for (const char* action : {"set", "setnumber", "delete", "list", "copy"})
-        actions += options.has(action) ? 1 : 0;
-    if (actions > 1) throw Failure("only one of -set, -setnumber, -delete, -list and -copy can be given");
+    const Options options(arguments, {.required = {"key"},
+                                      .values = {"value", "set", "setnumber", "copy"},
+                                      .switches = {"delete", "list"}});
+    if (options.count({"set", "setnumber", "delete", "list", "copy"}) > 1)
+        throw Failure("only one of -set, -setnumber, -delete, -list and -copy can be given");
     const Place place = FindPlace(options.value("key"), "-key");
     const FailureWatch watch;
     Registry key(place.path, place.path, place.root, false);

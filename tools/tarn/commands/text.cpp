@@ -134,14 +134,9 @@ ExitStatus Report(Work& work, const CodeSet& from, const CodeSet& to, bool isLon
 }
 
 ExitStatus ConvertText(const Words& arguments) {
-    using Kind = Options::Kind;
-    const Options options(arguments, {{"from", Kind::RequiredValue},
-                                      {"to", Kind::RequiredValue},
-                                      {"file", Kind::RequiredValue},
-                                      {"out", Kind::Value},
-                                      {"words", Kind::Value},
-                                      {"find", Kind::Value},
-                                      {"stats", Kind::Switch}});
+    const Options options(
+        arguments,
+        {.required = {"from", "to", "file"}, .values = {"out", "words", "find"}, .switches = {"stats"}});
     const CodeSet& from = FindCodeSet(options.value("from"));
     const CodeSet& to = FindCodeSet(options.value("to"));
     if (options.has("find") && options.value("find").empty()) throw Failure("-find needs a text");

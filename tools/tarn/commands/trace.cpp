@@ -38,10 +38,7 @@ void RequireMask() {
 }
 
 ExitStatus Trace(const Words& arguments) {
-    const Options options(arguments, {{"level", Options::Kind::RequiredValue},
-                                      {"text", Options::Kind::RequiredValue},
-                                      {"repeat", Options::Kind::Value},
-                                      {"pause", Options::Kind::Value}});
+    const Options options(arguments, {.required = {"level", "text"}, .values = {"repeat", "pause"}});
     const int level = options.number("level", 0, 18);
     const int repeats = options.has("repeat") ? options.number("repeat", 1, kMaxRepeats) : 1;
     const int pause = options.has("pause") ? options.number("pause", 0, kMaxPause) : 0;
