@@ -4,7 +4,9 @@
 
 #include "diag/assert/levels.h"
 #include "diag/logging/loggeroptions.h"
+#include "files/namepattern.h"
 #include "files/systempath.h"
+#include "system/systemtext.h"
 #include "tarnlib/pathparts.h"
 #include "tarnlib/registry.h"
 #include "tarnlib/ssfilesearch.h"
@@ -17,21 +19,22 @@ namespace {
 
 constexpr const char* kUnit = "loggingdll";
 constexpr const char* kPattern = "log_xn_*.dll";
-constexpr const char* kSystemPlugin = "log_xn_system";
+constexpr const char* kSystemModule = "log_xn_system.dll";
 
+// What stands before the extension of a name that the pattern matches, whatever the C locale makes of its bytes.
 SAnsiString Stem(const SAnsiString& fileName) {
-    SAnsiString directory, name, extension;
-    SplitPathEx(fileName, directory, name, extension);
-    return name;
+    constexpr std::uint32_t kExtensionBytes = 4;
+    return SAnsiString(fileName.getString(), fileName.getLength() - kExtensionBytes);
 }
 
 // The system plug-in first, then in the order of the directory.
 SIArray<SAnsiString> FindModules(const SAnsiString& directory) {
+    const NamePattern systemModule(kSystemModule);
     SIArray<SAnsiString> first, others;
     SSFileSearch search;
     for (bool found = search.FindFirst(directory, kPattern); found; found = search.FindNext()) {
         const SAnsiString name = search.GetEntry().name;
-        (Stem(name).compareNoCase(kSystemPlugin) == 0 ? first : others).Add(name);
+        (systemModule.matches(ToSystem(name).getString()) ? first : others).Add(name);
     }
     first.Append(others);
     return first;

@@ -19,9 +19,12 @@ SAnsiString AsciiOnly(SAnsiString text) {
     return text;
 }
 
+// Room for the longest result: to ask for its size first would be to ask for the locale, too, which another
+// thread may change before the text is written.
 SAnsiString ToUtf8(const char* text) {
+    constexpr std::uint32_t kMostBytesOfByte = 3;
     const SAnsiString codePageText(text);
-    StringBuilder<char, 0> utf8(codePageText.getNBytesForUTF8());
+    StringBuilder<char, 0> utf8(kMostBytesOfByte * codePageText.getLength() + 1);
     const int written = codePageText.toUTF8(utf8.units(), utf8.room());
     if (written < 0) return AsciiOnly(codePageText);
     utf8.cut(static_cast<std::uint32_t>(written));
