@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "diag/assert/require.h"
+#include "strings/base/asciichar.h"
 #include "strings/base/intconv.h"
 #include "tarnlib/sdatetime.h"
 #include "time/dateparts.h"
@@ -40,7 +41,7 @@ class RuleReader {
     /// Reads a number of one to "digits" digits; false when there is none.
     bool takeNumber(std::int32_t& number, int digits) {
         const char* const start = at_;
-        for (number = 0; !atEnd() && at_ - start < digits && *at_ >= '0' && *at_ <= '9'; ++at_) {
+        for (number = 0; !atEnd() && at_ - start < digits && IsDigit(*at_); ++at_) {
             number = number * 10 + (*at_ - '0');
         }
         return at_ != start;

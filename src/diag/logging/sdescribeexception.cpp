@@ -3,6 +3,7 @@
 
 #include <exception>
 
+#include "strings/base/asciichar.h"
 #include "strings/text/lineend.h"
 #include "tarnlib/csharedlibrary.h"
 #include "tarnlib/sfileexception.h"
@@ -46,10 +47,6 @@ SAnsiString Describe() {
     } catch (...) {
         return "an exception of an unknown type";
     }
-}
-
-bool IsLineEnd(char c) {
-    return c == '\r' || c == '\n';
 }
 
 // A blank in place of each run of line ends. Line ends are no trail bytes in any code page.

@@ -5,6 +5,7 @@
 #include <cwchar>
 
 #include "diag/trace/traceformat.h"
+#include "strings/base/asciichar.h"
 #include "strings/base/intconv.h"
 #include "strings/base/integertypes.h"
 #include "tarnlib/sstringconv.h"
@@ -20,10 +21,6 @@ struct Place {
     unsigned length = 0;  ///< code units, 0: no place
     unsigned index = 0;   ///< of the argument
 };
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 // "%12" before "%1": the longest number counts.
 Place NumberedPlace(const char* at) {

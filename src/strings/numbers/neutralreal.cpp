@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "strings/base/asciichar.h"
 #include "strings/base/intconv.h"
 
 namespace TarnLibA500 {
@@ -32,9 +33,6 @@ struct Decimal {
     int exponent = 0;
 };
 
-bool IsDigit(char character) {
-    return static_cast<unsigned>(character - '0') < 10;
-}
 bool IsBlank(char character) {
     return character == ' ' || character == '\t';
 }

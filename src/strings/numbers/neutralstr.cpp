@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "diag/assert/require.h"
+#include "strings/base/asciichar.h"
 #include "strings/base/intconv.h"
 #include "strings/base/integertypes.h"
 #include "strings/numbers/neutralreal.h"
@@ -222,7 +223,7 @@ bool ReadRange(const char* first, const char* last, T& number) {
 }
 
 const char* SkipDigits(const char* at, const char* last) {
-    while (at != last && *at >= '0' && *at <= '9') ++at;
+    while (at != last && IsDigit(*at)) ++at;
     return at;
 }
 

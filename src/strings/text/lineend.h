@@ -1,12 +1,13 @@
 #pragma once
 
+#include "strings/base/asciichar.h"
 #include "tarnlib/sstring.h"
 
 namespace TarnLibA500 {
 
 /// The length of a text of "bytes" bytes without the line ends at its end, which the system's messages have.
 inline std::uint32_t LengthWithoutLineEnd(const char* text, std::uint32_t bytes) {
-    while (bytes != 0 && (text[bytes - 1] == '\r' || text[bytes - 1] == '\n')) --bytes;
+    while (bytes != 0 && IsLineEnd(text[bytes - 1])) --bytes;
     return bytes;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "strings/base/asciichar.h"
 #include "strings/characters/flavour.h"
 #include "strings/words/characterset.h"
 
@@ -22,10 +23,6 @@ bool IsSearchable(const SAnsiString& what) {
 bool HasAt(const char* at, const char* end, const SAnsiString& what) {
     return static_cast<std::size_t>(end - at) >= what.getLength() &&
            std::memcmp(at, what.getString(), what.getLength()) == 0;
-}
-
-bool IsLineEnd(char byte) {
-    return byte == '\r' || byte == '\n';
 }
 
 // Steps over the text that stays: up to the marker outside quotes, the line's end, or the end.
