@@ -3,6 +3,7 @@
 #include <new>
 #include <utility>
 
+#include "seam/osclock.h"
 #include "tracelog/context.h"
 
 #include <windows.h>
@@ -29,11 +30,7 @@ EventInfo CallEvent() {
 // Unlike that of any other process of this machine, and of this one in its life.
 std::string NewActionId() {
     static std::atomic<unsigned> count{0};
-    static const ULONGLONG start = [] {
-        FILETIME now;
-        GetSystemTimeAsFileTime(&now);
-        return static_cast<ULONGLONG>(now.dwHighDateTime) << 32 | now.dwLowDateTime;
-    }();
+    static const std::int64_t start = osclock::Now();
     char text[64];
     std::snprintf(text, sizeof text, "%lx-%llx-%u", GetCurrentProcessId(), start, ++count);
     return text;

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "oscodes/oscodes.h"
+#include "seam/osclock.h"
 #include "tracelog/effective.h"
 #include "tracelog/logline.h"
 #include "tracelog/oldlogs.h"
@@ -76,7 +77,7 @@ void LogFile::append(const char* lines, std::size_t bytes) {
 // present.
 std::size_t LogFile::fitting(const char* lines, std::size_t bytes) const {
     const std::uint64_t limit = fileSettings.sizeLimit;
-    if (limit == 0 || size_ + bytes <= limit || osfile::Ticks() < nextRotation_) return bytes;
+    if (limit == 0 || size_ + bytes <= limit || osclock::Tick() < nextRotation_) return bytes;
     const std::size_t part = size_ < limit ? WholeLines(lines, static_cast<std::size_t>(limit - size_)) : 0;
     if (part != 0 || size_ != 0) return part;
     return static_cast<std::size_t>(std::find(lines, lines + bytes, '\n') - lines) + 1;
@@ -85,7 +86,7 @@ std::size_t LogFile::fitting(const char* lines, std::size_t bytes) const {
 bool LogFile::isReady() {
     if (file_ != INVALID_HANDLE_VALUE) lookWhetherItIsThere();
     if (file_ != INVALID_HANDLE_VALUE) return true;
-    if (osfile::Ticks() < nextTry_) return false;
+    if (osclock::Tick() < nextTry_) return false;
     const DWORD error = open();
     if (error != ERROR_SUCCESS) fail(error);
     return error == ERROR_SUCCESS;
@@ -93,7 +94,7 @@ bool LogFile::isReady() {
 
 // A file that somebody deleted would go on taking lines that nobody sees.
 void LogFile::lookWhetherItIsThere() {
-    const ULONGLONG now = osfile::Ticks();
+    const ULONGLONG now = osclock::Tick();
     if (now - lastLook_ < kRetryMilliseconds) return;
     lastLook_ = now;
     const bool hasMoved = openPath_ != PathOfLog(device_);
@@ -110,7 +111,7 @@ DWORD LogFile::open() {
     }
     if (file_ == INVALID_HANDLE_VALUE) return GetLastError();
     if (!osfile::Size(file_, size_)) size_ = 0;
-    lastLook_ = osfile::Ticks();
+    lastLook_ = osclock::Tick();
     if (isTorn_) endTornLine();
     if (lost_ != 0) reportLoss();
     return ERROR_SUCCESS;
@@ -155,7 +156,7 @@ bool LogFile::writeAll(const char* lines, std::size_t bytes) {
 
 // An error is said once, until something was written again.
 void LogFile::fail(DWORD error) {
-    nextTry_ = osfile::Ticks() + kRetryMilliseconds;
+    nextTry_ = osclock::Tick() + kRetryMilliseconds;
     close();
     if (!isFailing_)
         Say("cannot write the log " + ToUtf8(openPath_) + ": " + ErrorText(error) +
@@ -198,8 +199,8 @@ void LogFile::tellLoss() noexcept try {
 // Other processes' files grow old while this one writes, so it looks now and then, and after each full file.
 void LogFile::removeOld() {
     const OldLogLimits limits{fileSettings.countLimit, fileSettings.dayLimit};
-    if ((limits.files == 0 && limits.days == 0) || osfile::Ticks() < nextSweep_) return;
-    nextSweep_ = osfile::Ticks() + kSweepMilliseconds;
+    if ((limits.files == 0 && limits.days == 0) || osclock::Tick() < nextSweep_) return;
+    nextSweep_ = osclock::Tick() + kSweepMilliseconds;
     try {
         const OldLogFailure failure = RemoveOldLogs(limits, device_);
         if (failure.error != ERROR_SUCCESS && !hasOldThatStay_)
@@ -215,7 +216,7 @@ void LogFile::rotate() {
     nextRotation_ = 0;
     close();
     if (!renameToFree()) {
-        nextRotation_ = osfile::Ticks() + kRetryMilliseconds;
+        nextRotation_ = osclock::Tick() + kRetryMilliseconds;
         return;
     }
     nextSweep_ = 0;

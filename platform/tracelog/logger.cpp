@@ -1,6 +1,6 @@
-#include <cstdlib>
 #include <cstring>
 
+#include "seam/osmemory.h"
 #include "tracelog/effective.h"
 #include "tracelog/logline.h"
 
@@ -54,7 +54,7 @@ Logger::~Logger() {
         device.write(text_, bytes_);
         if (IsUrgent(kind_, event_)) device.flush();
     }
-    if (text_ != usual_) std::free(text_);
+    if (text_ != usual_) osmemory::Free(text_);
 }
 
 Logger& Logger::operator<<(const char* text) {
@@ -100,7 +100,8 @@ Logger& Logger::write(const char* text, std::size_t bytes) {
 bool Logger::grow(std::size_t bytes) {
     if (bytes <= capacity_) return true;
     const std::size_t capacity = bytes * 2;
-    char* const larger = static_cast<char*>(std::realloc(text_ != usual_ ? text_ : nullptr, capacity));
+    char* const larger =
+        static_cast<char*>(osmemory::Reallocate(text_ != usual_ ? text_ : nullptr, capacity));
     if (larger == nullptr) {
         isCut_ = true;
         return false;

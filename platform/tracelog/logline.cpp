@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "seam/osclock.h"
 #include "tracelog/effective.h"
 
 #include <windows.h>
@@ -31,10 +32,6 @@ char* WriteNumber(char* out, unsigned long value) {
 char* WriteText(char* out, const char* text, std::size_t bytes) {
     std::memcpy(out, text, bytes);
     return out + bytes;
-}
-
-std::int64_t Ticks(const FILETIME& time) {
-    return static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
 }
 
 FILETIME FileTime(const SYSTEMTIME& time) {
@@ -66,7 +63,8 @@ void FillSecond(SecondText& text, std::int64_t ticks) {
         *at++ = *separator++;
         at = WriteDigits(at, part, 2);
     }
-    const std::int64_t minutes = (Ticks(FileTime(local)) - Ticks(FileTime(utc))) / kTicksPerMinute;
+    const std::int64_t minutes =
+        (osclock::UnitsOf(FileTime(local)) - osclock::UnitsOf(FileTime(utc))) / kTicksPerMinute;
     const auto size = static_cast<unsigned>(minutes < 0 ? -minutes : minutes);
     text.zone[0] = minutes < 0 ? '-' : '+';
     at = WriteDigits(text.zone + 1, size / 60, 2);
@@ -151,9 +149,7 @@ std::size_t ControlBytes(const char* text, std::size_t bytes) {
 }
 
 std::size_t WritePrefix(char* out, char letter, const EventInfo& event) {
-    FILETIME now;
-    GetSystemTimeAsFileTime(&now);
-    const std::int64_t ticks = Ticks(now);
+    const std::int64_t ticks = osclock::Now();
     const SecondText& second = SecondOf(ticks);
     char* at = WriteText(out, second.dateTime, sizeof second.dateTime);
     *at++ = '.';

@@ -4,20 +4,21 @@
 #include <cstdint>
 #include <vector>
 
+#include "seam/osclock.h"
 #include "tracelog/effective.h"
 #include "tracelog/osfile.h"
 
 namespace TraceLog400::detail {
 namespace {
 
-constexpr std::uint64_t kTicksPerDay = 24ULL * 60 * 60 * 10'000'000;  // of 100 ns
+constexpr std::int64_t kTicksPerDay = 24LL * 60 * 60 * 10'000'000;  // of 100 ns
 constexpr const wchar_t* kExtension = L".log";
 
 struct OldLog {
     std::wstring name;
     DWORD process = 0;
     unsigned number = 0;  ///< 0: the one that is written, or was last
-    std::uint64_t written = 0;
+    std::int64_t written = 0;
 
     bool isCurrent() const { return number == 0 && process == GetCurrentProcessId(); }
 };
@@ -62,16 +63,12 @@ bool ReadName(const std::wstring& component, const std::wstring& device, OldLog&
            reader.take(kExtension) && reader.atEnd();
 }
 
-std::uint64_t Ticks(const FILETIME& time) {
-    return static_cast<std::uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
-}
-
 std::vector<OldLog> FindLogs(const std::wstring& directory, const std::wstring& device) {
     const std::wstring& component = CurrentIdentity().fileStem;
     std::vector<OldLog> logs;
     osfile::ForEachFile((directory + component + L"_*" + kExtension).c_str(),
                         [&](const WIN32_FIND_DATAW& found) {
-                            OldLog log{found.cFileName, 0, 0, Ticks(found.ftLastWriteTime)};
+                            OldLog log{found.cFileName, 0, 0, osclock::UnitsOf(found.ftLastWriteTime)};
                             if (!ReadName(component, device, log)) return;
                             if (log.process == GetCurrentProcessId() || !osfile::IsAlive(log.process))
                                 logs.push_back(std::move(log));
@@ -85,7 +82,7 @@ bool IsNewer(const OldLog& a, const OldLog& b) {
 }
 
 bool IsTooOld(const OldLog& log, unsigned days) {
-    return days != 0 && osfile::Now() >= log.written + days * kTicksPerDay;
+    return days != 0 && osclock::Now() >= log.written + days * kTicksPerDay;
 }
 
 // What is open elsewhere, or was removed by another process meanwhile, is no failure.

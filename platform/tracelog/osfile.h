@@ -4,77 +4,44 @@
 #include <utility>
 
 #include "oscodes/oscodes.h"
+#include "seam/seam.h"
 
 #include <windows.h>
 
-/// The one way in which the engine reaches files, and the clocks that say when to look at them again. Test
-/// builds (TARN_TEST_SEAMS) count the calls and make the n-th one fail, cut writes and turn the clocks on;
-/// otherwise these are direct calls.
+/// The one way in which the engine reaches files. The calls fail as the system does: with false or an invalid
+/// handle, and the code in GetLastError.
 namespace TraceLog400::osfile {
 
-#ifdef TARN_TEST_SEAMS
-/// Counts a call. True when it is to fail, with the error set.
-bool MustFail();
-/// Makes the n-th call from now fail with an error, once or until told otherwise; 0: none.
-void FailCall(unsigned long nth, DWORD error, bool onwards = false);
-unsigned long CallsSoFar();
-/// Makes writes succeed with so many bytes at most, as on a disk that is nearly full; -1: with all.
-void ShortenWrites(long bytes);
-long MostBytesOfWrite();
-/// Turns the clocks on.
-void PassTime(ULONGLONG milliseconds);
-ULONGLONG TimePassed();
-#else
-inline bool MustFail() {
-    return false;
-}
-inline long MostBytesOfWrite() {
-    return -1;
-}
-inline ULONGLONG TimePassed() {
-    return 0;
-}
-#endif
+struct Kind {
+    static void SetError(DWORD error) noexcept { SetLastError(error); }
+};
+using Calls = seam::Calls<Kind>;
 
-/// Milliseconds since the system was started.
-inline ULONGLONG Ticks() {
-    return GetTickCount64() + TimePassed();
-}
-
-/// Units of 100 ns since 1601.
-inline std::uint64_t Now() {
-    constexpr std::uint64_t kPerMillisecond = 10'000;
-    FILETIME now;
-    GetSystemTimeAsFileTime(&now);
-    return (static_cast<std::uint64_t>(now.dwHighDateTime) << 32 | now.dwLowDateTime) +
-           TimePassed() * kPerMillisecond;
-}
+inline constinit seam::Replaceable<decltype(WriteFile)> writeFile;
 
 /// Opens a file for appending, making it when it is missing. Others may read, write, rename and delete it; it
 /// is not inherited by child processes.
 inline HANDLE OpenForAppending(const wchar_t* path) {
-    if (MustFail()) return INVALID_HANDLE_VALUE;
+    if (Calls::MustFail()) return INVALID_HANDLE_VALUE;
     return CreateFileW(path, FILE_APPEND_DATA | SYNCHRONIZE | FILE_READ_ATTRIBUTES, oscodes::kEveryShare,
                        nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
 inline bool Write(HANDLE file, const char* bytes, DWORD count, DWORD& written) {
     written = 0;
-    const long most = MostBytesOfWrite();
-    if (most >= 0 && static_cast<DWORD>(most) < count) count = static_cast<DWORD>(most);
-    return !MustFail() && WriteFile(file, bytes, count, &written, nullptr) != 0;
+    return !Calls::MustFail() && writeFile.orElse(WriteFile)(file, bytes, count, &written, nullptr) != 0;
 }
 
 inline bool Size(HANDLE file, std::uint64_t& bytes) {
     LARGE_INTEGER size;
-    if (MustFail() || !GetFileSizeEx(file, &size)) return false;
+    if (Calls::MustFail() || !GetFileSizeEx(file, &size)) return false;
     bytes = static_cast<std::uint64_t>(size.QuadPart);
     return true;
 }
 
 /// Cuts a file that may be open elsewhere.
 inline bool Cut(const wchar_t* path, std::uint64_t bytes) {
-    if (MustFail()) return false;
+    if (Calls::MustFail()) return false;
     const HANDLE file = CreateFileW(path, GENERIC_WRITE, oscodes::kEveryShare, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
@@ -86,21 +53,21 @@ inline bool Cut(const wchar_t* path, std::uint64_t bytes) {
 }
 
 inline bool Exists(const wchar_t* path) {
-    return !MustFail() && GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+    return !Calls::MustFail() && GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
 }
 
 /// Fails when the new name is taken.
 inline bool Rename(const wchar_t* from, const wchar_t* to) {
-    return !MustFail() && MoveFileExW(from, to, 0) != 0;
+    return !Calls::MustFail() && MoveFileExW(from, to, 0) != 0;
 }
 
 inline bool Remove(const wchar_t* path) {
-    return !MustFail() && DeleteFileW(path) != 0;
+    return !Calls::MustFail() && DeleteFileW(path) != 0;
 }
 
 /// Removes a file that nobody has open; otherwise fails with ERROR_SHARING_VIOLATION.
 inline bool RemoveUnused(const wchar_t* path) {
-    if (MustFail()) return false;
+    if (Calls::MustFail()) return false;
     const HANDLE file =
         CreateFileW(path, DELETE, 0, nullptr, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
@@ -126,7 +93,7 @@ void ForEachFile(const wchar_t* pattern, Action action) {
         HANDLE handle;
     };
     WIN32_FIND_DATAW found;
-    if (MustFail()) return;
+    if (Calls::MustFail()) return;
     const HANDLE opened = FindFirstFileW(pattern, &found);
     if (opened == INVALID_HANDLE_VALUE) return;
     const Search search(opened);
@@ -145,7 +112,8 @@ inline bool IsAlive(DWORD process) {
 }
 
 inline bool MakeDirectory(const wchar_t* path) {
-    return !MustFail() && (CreateDirectoryW(path, nullptr) != 0 || GetLastError() == ERROR_ALREADY_EXISTS);
+    return !Calls::MustFail() &&
+           (CreateDirectoryW(path, nullptr) != 0 || GetLastError() == ERROR_ALREADY_EXISTS);
 }
 
 }  // namespace TraceLog400::osfile

@@ -1,19 +1,12 @@
 #include <string>
 
+#include "seam/osclock.h"
 #include "tracelog/effective.h"
-
-#include <windows.h>
 
 namespace TraceLog400 {
 namespace {
 
-std::int64_t Counter() {
-    LARGE_INTEGER count;
-    QueryPerformanceCounter(&count);
-    return count.QuadPart;
-}
-
-const ULONGLONG loadedAt = GetTickCount64();
+const std::uint64_t loadedAt = osclock::Tick();
 
 void Append(TextTarget& out, const std::string& text) {
     out.append(text.data(), text.size());
@@ -21,15 +14,10 @@ void Append(TextTarget& out, const std::string& text) {
 
 }  // namespace
 
-Scope::Scope(const Builder&) : start_(Counter()) {}
+Scope::Scope(const Builder&) : start_(osclock::Counter()) {}
 
 std::uint64_t Scope::microseconds() const {
-    constexpr std::int64_t kMicroseconds = 1'000'000;
-    LARGE_INTEGER frequency;
-    QueryPerformanceFrequency(&frequency);
-    const std::int64_t ticks = Counter() - start_;
-    return static_cast<std::uint64_t>(ticks / frequency.QuadPart * kMicroseconds +
-                                      ticks % frequency.QuadPart * kMicroseconds / frequency.QuadPart);
+    return osclock::MicrosecondsSince(start_);
 }
 
 void State::print(TextTarget& out) {
@@ -51,7 +39,7 @@ void State::tick() {
 }
 
 std::uint64_t major_tick() {
-    return (GetTickCount64() - loadedAt) / 1000;
+    return (osclock::Tick() - loadedAt) / 1000;
 }
 
 }  // namespace TraceLog400

@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+#include "seam/osclock.h"
+
 #include <windows.h>
 
 extern "C" BOOLEAN NTAPI RtlDllShutdownInProgress();
@@ -88,7 +90,7 @@ class Condition {
     void wait(Lock& lock) { sleep(lock, INFINITE); }
     /// The same, but no longer than the deadline in system ticks; false when that has passed.
     bool waitUntil(Lock& lock, ULONGLONG deadline) {
-        const ULONGLONG now = GetTickCount64();
+        const ULONGLONG now = osclock::Tick();
         if (now >= deadline) return false;
         constexpr ULONGLONG kLongest = INFINITE - 1;
         const ULONGLONG left = deadline - now;
@@ -114,7 +116,7 @@ class Condition {
 
 /// The system's tick "milliseconds" from now; now for a number that is not positive.
 inline ULONGLONG DeadlineIn(long milliseconds) {
-    return GetTickCount64() + static_cast<ULONGLONG>(milliseconds > 0 ? milliseconds : 0);
+    return osclock::Tick() + static_cast<ULONGLONG>(milliseconds > 0 ? milliseconds : 0);
 }
 
 }  // namespace waiting

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "config/osregistry.h"
+#include "system/osregistry.h"
 
 extern "C" LONG NTAPI NtQueryKey(HANDLE key, int informationClass, void* information, ULONG room,
                                  ULONG* bytes);

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "config/osregistry.h"
+#include "system/osregistry.h"
 #include "tarnlib/sstring.h"
 
 /// Values and names of keys that are open.

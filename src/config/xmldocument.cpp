@@ -62,7 +62,7 @@ class DocumentMemory final : public xml::MemoryManager {
 
     void* allocate(XMLSize_t bytes) override {
         const std::uint64_t size = std::uint64_t{bytes} + sizeof(Block);
-        void* const room = size <= SIZE_MAX ? memory::HookAllocate(static_cast<std::size_t>(size)) : nullptr;
+        void* const room = size <= SIZE_MAX ? osmemory::Allocate(static_cast<std::size_t>(size)) : nullptr;
         if (room == nullptr) throw xml::OutOfMemoryException();
         first_ = new (room) Block{first_, nullptr};
         if (first_->next != nullptr) first_->next->before = first_;

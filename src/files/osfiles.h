@@ -2,68 +2,39 @@
 
 #include <utility>
 
+#include "seam/seam.h"
+
 #include <windows.h>
 #include <winternl.h>
 
-/// The one way in which the library reaches files and directories. Test builds (TARN_TEST_SEAMS) count the
-/// calls and the open handles, and make the n-th call fail; otherwise these are direct calls. They fail as
-/// the system does: with false or an invalid handle, and the code in GetLastError.
 extern "C" LONG NTAPI RtlGetLastNtStatus();
+
+/// The one way in which the library reaches files and directories. The calls fail as the system does: with
+/// false or an invalid handle, and the code in GetLastError.
 
 namespace TarnLibA500::osfiles {
 
-#ifdef TARN_TEST_SEAMS
-/// Counts a call. True when it is to fail, with the error set.
-bool MustFail();
-/// Makes the n-th call from now fail with an error, once or until told otherwise; 0: none.
-void FailCall(unsigned long nth, DWORD error, bool onwards = false);
-unsigned long CallsSoFar();
-/// Does something before the n-th call from now: what another process might do then. 0: nothing.
-void DoBeforeCall(unsigned long nth, void (*action)());
-/// Lets the next replacements fail between their two steps, so many times.
-void ReplaceHalfway(unsigned long times);
-bool FailsHalfway();
-/// Says from now on that what is at this path is a link, as the system does for one; null: nothing is.
-void CallLink(const wchar_t* path);
-DWORD SeenAttributes(const wchar_t* path, DWORD attributes);
-/// Makes the next reads succeed without a byte, so many times.
-void ReadNothing(unsigned long times);
-bool MustReadNothing();
-/// Counts handles that are open; passes the handle on.
-HANDLE Opened(HANDLE handle);
-void Closed();
-long OpenHandles();
-/// Counts what it is asked to sleep and calls this instead of sleeping; null: sleeps.
-void Sleep(DWORD milliseconds);
-void ReplaceSleep(void (*replacement)(DWORD milliseconds));
-unsigned long SleepsSoFar();
-#else
-inline bool MustFail() {
-    return false;
-}
-inline bool MustReadNothing() {
-    return false;
-}
-inline bool FailsHalfway() {
-    return false;
-}
-inline DWORD SeenAttributes(const wchar_t* /*path*/, DWORD attributes) {
-    return attributes;
-}
-inline HANDLE Opened(HANDLE handle) {
+/// Files and directories, and what else has a handle here. What is open is handles.
+struct Kind {
+    static void SetError(DWORD error) noexcept { SetLastError(error); }
+};
+using Calls = seam::Calls<Kind>;
+
+inline constinit seam::Replaceable<decltype(ReadFile)> readFile;
+inline constinit seam::Replaceable<decltype(GetFileAttributesExW)> getFileAttributes;
+inline constinit seam::Replaceable<decltype(ReplaceFileW)> replaceFile;
+
+/// Counts a handle that the system gave, if it did; passes it on.
+inline HANDLE Opened(HANDLE handle) noexcept {
+    if (handle != INVALID_HANDLE_VALUE && handle != nullptr) Calls::Opened();
     return handle;
 }
-inline void Closed() {}
-inline void Sleep(DWORD milliseconds) {
-    ::Sleep(milliseconds);
-}
-#endif
 
 /// Not a call that can be made to fail: nobody could do anything about it. The last error stays.
 inline void Close(HANDLE file) noexcept {
     const DWORD error = GetLastError();
     CloseHandle(file);
-    Closed();
+    Calls::Closed();
     SetLastError(error);
 }
 
@@ -71,7 +42,7 @@ inline void Close(HANDLE file) noexcept {
 inline void CloseSearch(HANDLE search) noexcept {
     const DWORD error = GetLastError();
     FindClose(search);
-    Closed();
+    Calls::Closed();
     SetLastError(error);
 }
 
@@ -108,14 +79,14 @@ using Search = Owned<CloseSearch>;
 
 inline File Open(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
                  DWORD disposition, DWORD flags) {
-    if (MustFail()) return File();
+    if (Calls::MustFail()) return File();
     return File(Opened(CreateFileW(path, access, share, security, disposition, flags, nullptr)));
 }
 
 /// Opens what has a name in a directory that is open, whatever the directory's path leads to by now, and itself if
 /// it is a link.
 inline File OpenIn(HANDLE directory, const wchar_t* name, DWORD access, DWORD share, ULONG options) {
-    if (MustFail()) return File();
+    if (Calls::MustFail()) return File();
     UNICODE_STRING text;
     RtlInitUnicodeString(&text, name);
     OBJECT_ATTRIBUTES attributes = {};
@@ -138,31 +109,30 @@ inline File OpenIn(HANDLE directory, const wchar_t* name, DWORD access, DWORD sh
 
 inline bool Read(HANDLE file, void* bytes, DWORD count, DWORD& done) {
     done = 0;
-    if (MustReadNothing()) return true;
-    return !MustFail() && ReadFile(file, bytes, count, &done, nullptr) != 0;
+    return !Calls::MustFail() && readFile.orElse(ReadFile)(file, bytes, count, &done, nullptr) != 0;
 }
 
 inline bool Write(HANDLE file, const void* bytes, DWORD count, DWORD& done) {
     done = 0;
-    return !MustFail() && WriteFile(file, bytes, count, &done, nullptr) != 0;
+    return !Calls::MustFail() && WriteFile(file, bytes, count, &done, nullptr) != 0;
 }
 
 inline bool Flush(HANDLE file) {
-    return !MustFail() && FlushFileBuffers(file) != 0;
+    return !Calls::MustFail() && FlushFileBuffers(file) != 0;
 }
 
 inline bool Seek(HANDLE file, DWORD origin, long long offset, long long& position) {
     LARGE_INTEGER distance;
     LARGE_INTEGER reached;
     distance.QuadPart = offset;
-    if (MustFail() || !SetFilePointerEx(file, distance, &reached, origin)) return false;
+    if (Calls::MustFail() || !SetFilePointerEx(file, distance, &reached, origin)) return false;
     position = reached.QuadPart;
     return true;
 }
 
 inline bool Size(HANDLE file, long long& bytes) {
     LARGE_INTEGER size;
-    if (MustFail() || !GetFileSizeEx(file, &size)) return false;
+    if (Calls::MustFail() || !GetFileSizeEx(file, &size)) return false;
     bytes = size.QuadPart;
     return true;
 }
@@ -175,48 +145,48 @@ inline bool WasBeingDeleted() {
 }
 
 inline bool Attributes(const wchar_t* path, WIN32_FILE_ATTRIBUTE_DATA& data) {
-    if (MustFail() || !GetFileAttributesExW(path, GetFileExInfoStandard, &data)) return false;
-    data.dwFileAttributes = SeenAttributes(path, data.dwFileAttributes);
-    return true;
+    return !Calls::MustFail() &&
+           getFileAttributes.orElse(GetFileAttributesExW)(path, GetFileExInfoStandard, &data) != 0;
 }
 
 /// The attributes of what is open, and its tag if it is a reparse point.
 inline bool AttributesAndTag(HANDLE file, FILE_ATTRIBUTE_TAG_INFO& info) {
-    return !MustFail() && GetFileInformationByHandleEx(file, FileAttributeTagInfo, &info, sizeof info) != 0;
+    return !Calls::MustFail() &&
+           GetFileInformationByHandleEx(file, FileAttributeTagInfo, &info, sizeof info) != 0;
 }
 
 /// Its times stay.
 inline bool SetAttributesOf(HANDLE file, DWORD attributes) {
     FILE_BASIC_INFO info = {};
     info.FileAttributes = attributes;
-    return !MustFail() && SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info) != 0;
+    return !Calls::MustFail() && SetFileInformationByHandle(file, FileBasicInfo, &info, sizeof info) != 0;
 }
 
 inline bool SetAttributes(const wchar_t* path, DWORD attributes) {
-    return !MustFail() && SetFileAttributesW(path, attributes) != 0;
+    return !Calls::MustFail() && SetFileAttributesW(path, attributes) != 0;
 }
 
 inline bool CreationTime(HANDLE file, FILETIME& time) {
-    return !MustFail() && GetFileTime(file, &time, nullptr, nullptr) != 0;
+    return !Calls::MustFail() && GetFileTime(file, &time, nullptr, nullptr) != 0;
 }
 
 /// Both, because some systems have one time for the two.
 inline bool SetCreationTime(HANDLE file, const FILETIME& time) {
-    return !MustFail() && SetFileTime(file, &time, nullptr, &time) != 0;
+    return !Calls::MustFail() && SetFileTime(file, &time, nullptr, &time) != 0;
 }
 
 inline bool SetWriteTime(HANDLE file, const FILETIME& time) {
-    return !MustFail() && SetFileTime(file, nullptr, nullptr, &time) != 0;
+    return !Calls::MustFail() && SetFileTime(file, nullptr, nullptr, &time) != 0;
 }
 
 inline bool Remove(const wchar_t* path) {
-    return !MustFail() && DeleteFileW(path) != 0;
+    return !Calls::MustFail() && DeleteFileW(path) != 0;
 }
 
 /// Removes the very file that a handle stands for; it needs the DELETE right. Windows 10 frees the name when
 /// this handle is closed, others when the last one is.
 inline bool RemoveOnClose(HANDLE file) {
-    if (MustFail()) return false;
+    if (Calls::MustFail()) return false;
     // FileDispositionInfoEx with its flags for deletion and for the name, which our headers keep to
     // Windows 10.
     constexpr auto kDispositionEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
@@ -228,70 +198,65 @@ inline bool RemoveOnClose(HANDLE file) {
 }
 
 inline bool RemoveEmptyDirectory(const wchar_t* path) {
-    return !MustFail() && RemoveDirectoryW(path) != 0;
+    return !Calls::MustFail() && RemoveDirectoryW(path) != 0;
 }
 
 inline bool MakeDirectory(const wchar_t* path) {
-    return !MustFail() && CreateDirectoryW(path, nullptr) != 0;
+    return !Calls::MustFail() && CreateDirectoryW(path, nullptr) != 0;
 }
 
 inline bool Copy(const wchar_t* from, const wchar_t* to, bool overwrite) {
-    return !MustFail() && CopyFileW(from, to, overwrite ? FALSE : TRUE) != 0;
+    return !Calls::MustFail() && CopyFileW(from, to, overwrite ? FALSE : TRUE) != 0;
 }
 
 inline bool Move(const wchar_t* from, const wchar_t* to, DWORD flags) {
-    return !MustFail() && MoveFileExW(from, to, flags) != 0;
+    return !Calls::MustFail() && MoveFileExW(from, to, flags) != 0;
 }
 
 /// The file gets the name and the rights of the target, which gets the name of the backup.
 inline bool Replace(const wchar_t* target, const wchar_t* file, const wchar_t* backup) {
-    if (MustFail()) return false;
-    if (FailsHalfway()) {
-        MoveFileW(target, backup);
-        SetLastError(ERROR_UNABLE_TO_MOVE_REPLACEMENT_2);
-        return false;
-    }
-    return ReplaceFileW(target, file, backup, 0, nullptr, nullptr) != 0;
+    return !Calls::MustFail() &&
+           replaceFile.orElse(ReplaceFileW)(target, file, backup, 0, nullptr, nullptr) != 0;
 }
 
 inline Search FindFirst(const wchar_t* pattern, WIN32_FIND_DATAW& entry) {
-    if (MustFail()) return Search();
+    if (Calls::MustFail()) return Search();
     // Without short names and with a large buffer: fewer calls below.
     return Search(Opened(FindFirstFileExW(pattern, FindExInfoBasic, &entry, FindExSearchNameMatch, nullptr,
                                           FIND_FIRST_EX_LARGE_FETCH)));
 }
 
 inline bool FindNext(HANDLE search, WIN32_FIND_DATAW& entry) {
-    return !MustFail() && FindNextFileW(search, &entry) != 0;
+    return !Calls::MustFail() && FindNextFileW(search, &entry) != 0;
 }
 
 inline DWORD TempPath(DWORD units, wchar_t* path) {
-    return MustFail() ? 0 : GetTempPathW(units, path);
+    return Calls::MustFail() ? 0 : GetTempPathW(units, path);
 }
 
 inline File MapFile(HANDLE file) {
-    if (MustFail()) return File();
+    if (Calls::MustFail()) return File();
     return File(Opened(CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 0, nullptr)));
 }
 
 inline void* View(HANDLE mapping, DWORD access = FILE_MAP_READ) {
-    return MustFail() ? nullptr : MapViewOfFile(mapping, access, 0, 0, 0);
+    return Calls::MustFail() ? nullptr : MapViewOfFile(mapping, access, 0, 0, 0);
 }
 
 /// Memory that processes share by a name, for as long as one of them has it open.
 inline File NewMemory(const wchar_t* name, DWORD bytes, SECURITY_ATTRIBUTES* security) {
-    if (MustFail()) return File();
+    if (Calls::MustFail()) return File();
     return File(Opened(CreateFileMappingW(INVALID_HANDLE_VALUE, security, PAGE_READWRITE, 0, bytes, name)));
 }
 
 inline File OpenMemory(const wchar_t* name) {
-    if (MustFail()) return File();
+    if (Calls::MustFail()) return File();
     return File(Opened(OpenFileMappingW(FILE_MAP_READ, FALSE, name)));
 }
 
 /// A mutex that nobody owns. "isNew" says whether this is the first handle of that name.
 inline File NewMutex(const wchar_t* name, bool& isNew) {
-    if (MustFail()) return File();
+    if (Calls::MustFail()) return File();
     const HANDLE mutex = CreateMutexW(nullptr, FALSE, name);
     isNew = GetLastError() != ERROR_ALREADY_EXISTS;
     return File(Opened(mutex));
@@ -299,20 +264,20 @@ inline File NewMutex(const wchar_t* name, bool& isNew) {
 
 /// An event that stays set until it is reset.
 inline File NewEvent() {
-    if (MustFail()) return File();
+    if (Calls::MustFail()) return File();
     return File(Opened(CreateEventW(nullptr, TRUE, FALSE, nullptr)));
 }
 
 /// Asks for changes of a directory; the request's event is set when there are some.
 inline bool RequestChanges(HANDLE directory, void* buffer, DWORD bytes, bool subtree, DWORD filter,
                            OVERLAPPED& request) {
-    return !MustFail() &&
+    return !Calls::MustFail() &&
            ReadDirectoryChangesW(directory, buffer, bytes, subtree, filter, nullptr, &request, nullptr) != 0;
 }
 
 /// What became of a request that is complete.
 inline bool RequestedChanges(HANDLE directory, OVERLAPPED& request, DWORD& bytes) {
-    return !MustFail() && GetOverlappedResult(directory, &request, &bytes, FALSE) != 0;
+    return !Calls::MustFail() && GetOverlappedResult(directory, &request, &bytes, FALSE) != 0;
 }
 
 }  // namespace TarnLibA500::osfiles

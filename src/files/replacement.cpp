@@ -8,6 +8,7 @@
 #include "files/systempath.h"
 #include "files/uniquename.h"
 #include "oscodes/oscodes.h"
+#include "seam/osclock.h"
 #include "tarnlib/straceobj.h"
 
 namespace TarnLibA500 {
@@ -29,7 +30,7 @@ DWORD TryForAMoment(Action action) {
     constexpr DWORD kPauseMilliseconds = 10;
     DWORD error = action();
     for (int pause = 0; pause < kPauses && IsInUse(error); ++pause) {
-        osfiles::Sleep(kPauseMilliseconds);
+        osclock::Sleep(kPauseMilliseconds);
         error = action();
     }
     return error;

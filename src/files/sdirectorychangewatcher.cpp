@@ -8,6 +8,7 @@
 #include "files/osfiles.h"
 #include "files/systempath.h"
 #include "oscodes/oscodes.h"
+#include "seam/osclock.h"
 #include "strings/base/memory.h"
 #include "system/systemtext.h"
 #include "tarnlib/straceobj.h"
@@ -70,16 +71,16 @@ void TraceFailure(const SWCharString& directory, const char* what, DWORD error) 
 /// What is left of a time that began with the object.
 class Countdown {
   public:
-    explicit Countdown(DWORD milliseconds) : start_(GetTickCount64()), milliseconds_(milliseconds) {}
+    explicit Countdown(DWORD milliseconds) : start_(osclock::Tick()), milliseconds_(milliseconds) {}
 
     DWORD left() const {
         if (milliseconds_ == INFINITE) return INFINITE;
-        const ULONGLONG passed = GetTickCount64() - start_;
+        const std::uint64_t passed = osclock::Tick() - start_;
         return passed < milliseconds_ ? milliseconds_ - static_cast<DWORD>(passed) : 0;
     }
 
   private:
-    ULONGLONG start_;
+    std::uint64_t start_;
     DWORD milliseconds_;
 };
 

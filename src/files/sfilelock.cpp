@@ -8,9 +8,9 @@
 #include "files/systempath.h"
 #include "files/uniquename.h"
 #include "oscodes/oscodes.h"
+#include "seam/osclock.h"
 #include "tarnlib/sassert.h"
 #include "tarnlib/straceobj.h"
-#include "time/osclock.h"
 
 namespace TarnLibA500 {
 namespace {
@@ -37,8 +37,7 @@ bool ReadCreationTime(const wchar_t* path, CreationTime& created) {
 /// that are less exact keep some of it.
 FILETIME TimeOfNewHolder() {
     constexpr DWORD kOwnPart = 0xFFFFFF;
-    FILETIME time;
-    osclock::SystemTime(time);
+    FILETIME time = osclock::SystemTime();
     time.dwLowDateTime = (time.dwLowDateTime & ~kOwnPart) | (NextUniqueNumber() & kOwnPart);
     return time;
 }
@@ -80,7 +79,7 @@ Deletion DeleteOwnLockFile(const wchar_t* path, CreationTime own) {
     constexpr int kMoments = 20;
     Deletion deletion = DeleteLockFile(path, own);
     for (int moment = 0; deletion == Deletion::InUse && moment < kMoments; ++moment) {
-        osfiles::Sleep(kMomentMilliseconds);
+        osclock::Sleep(kMomentMilliseconds);
         deletion = DeleteLockFile(path, own);
     }
     return deletion;
@@ -160,7 +159,7 @@ SFileLock::ErrorCodes SFileLock::lock() {
         if (observation.breakStale(path.getString())) {
             hasBrokenStale = true;
         } else {
-            osfiles::Sleep(kRoundMilliseconds);
+            osclock::Sleep(kRoundMilliseconds);
         }
     }
     TARN_TRACE_AT(levels::kFailure, kUnit, "SFileLock::lockFile: Giving up on waiting for file.");

@@ -11,6 +11,7 @@
 #include "files/systempath.h"
 #include "files/treewalk.h"
 #include "oscodes/oscodes.h"
+#include "seam/osclock.h"
 #include "strings/paths/pathroot.h"
 #include "strings/text/stringbuilder.h"
 #include "system/systemtext.h"
@@ -133,7 +134,7 @@ bool MakeLevels(const SWCharString& path, DWORD& error) {
         }
         if (!hasChanged) continue;
         if (triesLeft-- == 0) return false;
-        osfiles::Sleep(kPauseMilliseconds);
+        osclock::Sleep(kPauseMilliseconds);
     }
     return true;
 }

@@ -7,6 +7,7 @@
 
 #include "diag/assert/levels.h"
 #include "files/osfiles.h"
+#include "seam/osclock.h"
 #include "system/systemtext.h"
 #include "tarnlib/straceobj.h"
 
@@ -150,7 +151,7 @@ SInstanceLock::Result SInstanceLock::take() {
     owner_ = 0;
     Result result = takeOnce();
     for (int moment = 0; result == heldByAnother && moment < kMoments; ++moment) {
-        osfiles::Sleep(kMomentMilliseconds);
+        osclock::Sleep(kMomentMilliseconds);
         result = takeOnce();
     }
     if (result == heldByAnother) TARN_TRACE_AT(levels::kFailure, kUnit, "process %1 holds %2", owner_, name_);

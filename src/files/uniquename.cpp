@@ -2,15 +2,14 @@
 
 #include <atomic>
 
-#include <windows.h>
+#include "seam/osclock.h"
 
 namespace TarnLibA500 {
 namespace {
 
 std::uint32_t FirstUniqueNumber() noexcept {
-    LARGE_INTEGER counter;
-    QueryPerformanceCounter(&counter);
-    return counter.LowPart ^ GetCurrentProcessId() << 16 ^ GetTickCount();
+    return static_cast<std::uint32_t>(osclock::Counter()) ^ GetCurrentProcessId() << 16 ^
+           static_cast<std::uint32_t>(osclock::Tick());
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "time/osclock.h"
+#include "seam/osclock.h"
 // After <windows.h>, whose macro the header takes away.
 #include "tarnlib/sdatetime.h"
 
@@ -117,7 +117,7 @@ SDateTime::SDateTime(const struct tm* parts, const STimeZone& zone) {
 }
 
 SDateTime SDateTime::GetCurrentDateTime() {
-    const std::int64_t now = osclock::Now();
+    const std::int64_t now = osclock::NowInMilliseconds();
     const std::int64_t days = now / calendar::kMillisecondsPerDay;
     return Make({AddDays(calendar::kFirstOf1601, days),
                  static_cast<std::int32_t>(now - days * calendar::kMillisecondsPerDay)});

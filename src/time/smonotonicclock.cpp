@@ -1,6 +1,6 @@
 #include "tarnlib/smonotonicclock.h"
 
-#include "time/osclock.h"
+#include "seam/osclock.h"
 
 namespace TarnLibA500 {
 

@@ -1,4 +1,4 @@
-#include "time/osclock.h"
+#include "seam/osclock.h"
 // After <windows.h>, whose macro the header takes away.
 #include "tarnlib/stime.h"
 
@@ -76,7 +76,7 @@ SAnsiString STime::Format(const char* pattern, const STimeZone& zone) const {
 }
 
 STime STime::GetCurrentTime() {
-    return FromMilliseconds(static_cast<std::int32_t>(osclock::Now() % kMillisecondsPerDay));
+    return FromMilliseconds(static_cast<std::int32_t>(osclock::NowInMilliseconds() % kMillisecondsPerDay));
 }
 
 STime& STime::operator+=(const STimeSpan& span) noexcept {

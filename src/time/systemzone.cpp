@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "seam/osclock.h"
+
 namespace TarnLibA500::systemzone {
 namespace {
 
@@ -66,7 +68,7 @@ void Keep(Slot& slot, std::int32_t year, std::uint64_t now, const ZoneYear& zone
 }  // namespace
 
 bool Read(std::int32_t year, TIME_ZONE_INFORMATION& zone) noexcept {
-    return osclock::ReadZone(static_cast<unsigned short>(std::clamp(year, kFirstYear, kLastYear)), zone);
+    return oszone::Read(static_cast<unsigned short>(std::clamp(year, kFirstYear, kLastYear)), zone);
 }
 
 std::int32_t DayOfSwitch(const SYSTEMTIME& date, std::int32_t year) noexcept {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "time/osclock.h"
+#include "time/oszone.h"
 #include "time/zoneyear.h"
 
 /// The zone of the system, year by year, as it is set at present.

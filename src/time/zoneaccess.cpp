@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "time/osclock.h"
+#include "seam/osclock.h"
 #include "time/systemzone.h"
 
 namespace TarnLibA500 {
@@ -14,7 +14,7 @@ constexpr std::int32_t kLastYear = std::numeric_limits<short>::max();
 constexpr std::int32_t kInvalidDay = std::numeric_limits<std::int32_t>::min();
 
 std::int32_t PresentYear() {
-    const auto days = static_cast<std::int32_t>(osclock::Now() / calendar::kMillisecondsPerDay);
+    const auto days = static_cast<std::int32_t>(osclock::NowInMilliseconds() / calendar::kMillisecondsPerDay);
     return calendar::Split(calendar::kFirstOf1601 + days).year;
 }
 

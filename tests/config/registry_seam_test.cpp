@@ -3,12 +3,14 @@
 #include <string>
 #include <string_view>
 
-#include "config/osregistry.h"
 #include "support/alloc_hooks.h"
+#include "support/failing.h"
+#include "system/osregistry.h"
 #include "tarnlib/registry.h"
 #include "tarnlib/sassert.h"
 
 using namespace TarnLibA500;
+using tarntest::FailsAt;
 
 namespace {
 
@@ -111,22 +113,20 @@ const struct Operation {
 
 TEST(RegistryCalls, AKeyIsOpenedOnceAndAssignmentTurnsToTheOther) {
     const Tree tree;
-    const long openBefore = osregistry::OpenKeys();
+    const long openBefore = osregistry::Calls::OpenNow();
     {
         Registry settings = Key("\\from");
         settings.ReadValue("v");
-        const unsigned long opens = osregistry::OpensSoFar();
-        const unsigned long calls = osregistry::CallsSoFar();
+        const unsigned long calls = osregistry::Calls::SoFar();
         for (int i = 0; i < 100; ++i) settings.ReadValue("v");
-        EXPECT_EQ(osregistry::OpensSoFar(), opens);
-        EXPECT_EQ(osregistry::CallsSoFar(), calls + 100);
+        EXPECT_EQ(osregistry::Calls::SoFar(), calls + 100);  // none that opens
         Registry other = Key("\\from\\other");
         EXPECT_EQ(other.ReadValue("v"), "other");
         settings = other;
-        EXPECT_EQ(osregistry::OpenKeys(), openBefore + 1);
+        EXPECT_EQ(osregistry::Calls::OpenNow(), openBefore + 1);
         EXPECT_EQ(settings.ReadValue("v"), "other");
     }
-    EXPECT_EQ(osregistry::OpenKeys(), openBefore);
+    EXPECT_EQ(osregistry::Calls::OpenNow(), openBefore);
 }
 
 class RegistryFailures : public testing::TestWithParam<bool> {};
@@ -134,29 +134,19 @@ class RegistryFailures : public testing::TestWithParam<bool> {};
 // Calls of the system's, or allocations.
 TEST_P(RegistryFailures, AreToldAndLeaveNothingOpen) {
     const Watch watch;
-    const long openBefore = osregistry::OpenKeys();
+    const long openBefore = osregistry::Calls::OpenNow();
     for (const Operation& operation : kOperations) {
         bool isHit = true;
         for (unsigned long nth = 1; isHit; ++nth) {
             SCOPED_TRACE(operation.name + std::to_string(nth));
             const Tree tree;
-            const unsigned long callsBefore = osregistry::CallsSoFar();
-            const long blocksBefore = tarntest::LiveBlocks();
-            bool said = false;
+            bool said = false, isThrown = false;
             Watch::traces = 0;
-            if (GetParam()) {
-                osregistry::FailCall(nth, ERROR_NOT_ENOUGH_MEMORY);
-            } else {
-                tarntest::FailAllocation(nth);
-            }
-            const bool isThrown = !tarntest::Succeeds([&] { said = operation.act(); });
-            isHit = GetParam() ? osregistry::CallsSoFar() - callsBefore >= nth : tarntest::FailureHappened();
-            osregistry::FailCall(0, 0);
-            tarntest::FailAllocation(0);
-            const long blocks = tarntest::LiveBlocks();
+            const auto act = [&] { isThrown = !tarntest::Succeeds([&] { said = operation.act(); }); };
+            isHit = GetParam() ? FailsAt<osregistry::Calls>(nth, ERROR_NOT_ENOUGH_MEMORY, act)
+                               : FailsAt<tarntest::Allocations>(nth, ERROR_NOT_ENOUGH_MEMORY, act);
             const std::string value = Tree::get(operation.below);
-            EXPECT_EQ(blocks, blocksBefore);
-            ASSERT_EQ(osregistry::OpenKeys(), openBefore);
+            ASSERT_EQ(osregistry::Calls::OpenNow(), openBefore);
             EXPECT_EQ(said, !isHit);
             EXPECT_EQ(isThrown, isHit && !GetParam());
             if (isThrown) continue;

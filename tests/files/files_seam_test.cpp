@@ -6,8 +6,10 @@
 #include "files/filesysfailure.h"
 #include "files/osfiles.h"
 #include "files/sreadahead.h"
+#include "seam/osclock.h"
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
+#include "support/failing.h"
 #include "support/file_bytes.h"
 #include "support/print_strings.h"
 #include "tarnlib/sfile.h"
@@ -15,6 +17,7 @@
 #include "tarnlib/simplebuffer.h"
 
 using namespace TarnLibA500;
+using tarntest::FailsAt;
 using tarntest::Failure;
 using tarntest::ReadBytes;
 using tarntest::Text;
@@ -37,14 +40,8 @@ class FileFaults : public testing::Test {
     unsigned long failEach(Prepare prepare, Action action, const std::set<std::string>& expected) {
         for (unsigned long nth = 1; nth < 200; ++nth) {
             prepare();
-            const long open = osfiles::OpenHandles();
-            const unsigned long before = osfiles::CallsSoFar();
-            osfiles::FailCall(nth, ERROR_DISK_FULL);
-            const std::string failure = Failure(action);
-            const unsigned long calls = osfiles::CallsSoFar() - before;
-            osfiles::FailCall(0, 0);
-            EXPECT_EQ(osfiles::OpenHandles(), open) << nth;
-            if (calls < nth) {
+            std::string failure;
+            if (!FailsAt<osfiles::Calls>(nth, ERROR_DISK_FULL, [&] { failure = Failure(action); })) {
                 EXPECT_EQ(failure, "");
                 return nth - 1;
             }
@@ -56,17 +53,44 @@ class FileFaults : public testing::Test {
 };
 
 void Nothing() {}
-void NoPause(DWORD /*milliseconds*/) {}
+void WINAPI NoPause(DWORD /*milliseconds*/) {}
+
+unsigned long emptyReads = 0;
+
+BOOL WINAPI ReadNothingAtFirst(HANDLE file, void* bytes, DWORD count, DWORD* done, OVERLAPPED* request) {
+    if (emptyReads == 0) return ReadFile(file, bytes, count, done, request);
+    --emptyReads;
+    return TRUE;
+}
+
+unsigned long halfReplacements = 0;
+
+BOOL WINAPI ReplaceHalfway(const wchar_t* target, const wchar_t* file, const wchar_t* backup, DWORD flags,
+                           void* /*unused*/, void* /*unused*/) {
+    if (halfReplacements == 0) return ReplaceFileW(target, file, backup, flags, nullptr, nullptr);
+    --halfReplacements;
+    MoveFileW(target, backup);
+    SetLastError(ERROR_UNABLE_TO_MOVE_REPLACEMENT_2);
+    return FALSE;
+}
+
+std::wstring linkPath;
+
+BOOL WINAPI SeeLink(const wchar_t* path, GET_FILEEX_INFO_LEVELS level, void* data) {
+    const BOOL isThere = GetFileAttributesExW(path, level, data);
+    if (isThere && path == linkPath)
+        static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data)->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    return isThere;
+}
 
 fs::path swapRoot;
 
 // What another process might do: "sub" of a tree becomes a link to a directory elsewhere. (A link that is made of
 // the directory itself and of what the system is to say about it.)
 void SwapForLink() {
-    static std::wstring link;
-    link = L"\\\\?\\" + (swapRoot / "tree" / "sub").wstring();
+    const std::wstring link = L"\\\\?\\" + (swapRoot / "tree" / "sub").wstring();
     if (!MoveFileW(link.c_str(), (swapRoot / "aside").c_str())) return;
-    if (MoveFileW((swapRoot / "foreign").c_str(), link.c_str())) osfiles::CallLink(link.c_str());
+    if (MoveFileW((swapRoot / "foreign").c_str(), link.c_str())) linkPath = link;
 }
 
 constexpr const char* kTreeFiles[] = {"a", "deep/a"};
@@ -171,11 +195,11 @@ TEST_F(FileFaults, WhicheverCallOfTheFileSystemFailsIsReported) {
         swapRoot = folder;
         for (unsigned long nth = 1; nth <= 12; ++nth) {
             noLevels();
-            osfiles::DoBeforeCall(nth, others);
+            osfiles::Calls::DoBefore(nth, others);
             EXPECT_EQ(Failure([&] { SFileSys::makeDirectories(Text(folder / "x" / "y" / "z"), 0); }), "")
                 << nth;
         }
-        osfiles::DoBeforeCall(0, nullptr);
+        osfiles::Calls::DoBefore(0, nullptr);
     }
     failEach(noLevels, [&] { SFileSys::makeDirectories(Text(folder / "x" / "y" / "z"), 0); },
              {"1 6", ""});  // looking whether a level is there may fail: making it is tried all the same
@@ -189,15 +213,16 @@ TEST_F(FileFaults, ADirectoryThatBecomesALinkIsNotEntered) {
         {"rremoveContent", [&] { SFileSys::rremoveContent(root); }},
         {"giveAllAccess", [&] { SFileSys::giveAllAccess(root, true); }}};
     swapRoot = folder;
+    osfiles::getFileAttributes = SeeLink;
     for (const auto& [name, work] : cases) {
         int swaps = 0;
         for (unsigned long nth = 1; nth <= 20; ++nth) {
             MakeTree(folder / "tree" / "sub", "1");
             MakeTree(folder / "foreign", std::string(1000, 'f'));
-            osfiles::DoBeforeCall(nth, SwapForLink);
+            osfiles::Calls::DoBefore(nth, SwapForLink);
             Failure(work);
-            osfiles::DoBeforeCall(0, nullptr);
-            osfiles::CallLink(nullptr);
+            osfiles::Calls::DoBefore(0, nullptr);
+            linkPath.clear();
             const bool isSwapped = !fs::exists(folder / "foreign");
             EXPECT_TRUE(IsUntouched(isSwapped ? folder / "tree" / "sub" : folder / "foreign")) << name << nth;
             swaps += isSwapped ? 1 : 0;
@@ -206,26 +231,26 @@ TEST_F(FileFaults, ADirectoryThatBecomesALinkIsNotEntered) {
         EXPECT_GT(swaps, 2) << name;
     }
     MakeTree(folder / "tree", std::string(1000, 'f'));  // a link from the beginning
-    const std::wstring link = (folder / "tree").wstring();
-    osfiles::CallLink(link.c_str());
+    linkPath = (folder / "tree").wstring();
     EXPECT_EQ(Failure(cases[0].second), "8 8");
-    osfiles::CallLink(nullptr);
+    osfiles::getFileAttributes = nullptr;
     EXPECT_TRUE(IsUntouched(folder / "tree"));
     RemoveTree(folder / "tree");
 }
 
 TEST_F(FileFaults, AReplacementThatFailsHalfwayLeavesTheOldFile) {
     const SAnsiString target = Text(folder / "target");
-    osfiles::ReplaceSleep(NoPause);
+    osclock::sleep = NoPause;
+    osfiles::replaceFile = ReplaceHalfway;
     for (const unsigned long failures : {0UL, 1UL, 100UL}) {
         for (const bool isCopy : {true, false}) {
             WriteBytes(folder / "file", "new");
             WriteBytes(folder / "target", "old");
-            osfiles::ReplaceHalfway(failures);
+            halfReplacements = failures;
             const std::string failure = Failure([&] {
                 isCopy ? SFileSys::copyFile(file, target, true) : SFileSys::replaceFile(file, target);
             });
-            osfiles::ReplaceHalfway(0);
+            halfReplacements = 0;
             const bool isDone = failures < 100;
             EXPECT_EQ(failure, isDone ? "" : isCopy ? "5 8" : "13 8") << failures;
             EXPECT_EQ(ReadBytes(folder / "target"), isDone ? "new" : "old") << failures << isCopy;
@@ -233,7 +258,8 @@ TEST_F(FileFaults, AReplacementThatFailsHalfwayLeavesTheOldFile) {
             EXPECT_EQ(SFileSys::countAll(Text(folder)), isDone && !isCopy ? 1U : 2U) << failures << isCopy;
         }
     }
-    osfiles::ReplaceSleep(nullptr);
+    osclock::sleep = nullptr;
+    osfiles::replaceFile = nullptr;
 }
 
 TEST_F(FileFaults, NothingIsHalfWritten) {
@@ -265,29 +291,24 @@ TEST_F(FileFaults, NothingIsHalfWritten) {
     const SSimpleBuffer buffer("new bytes", 9, false);
     for (const DWORD error : {ERROR_DISK_FULL, ERROR_ACCESS_DENIED}) {
         prepare();
-        osfiles::FailCall(2, error);  // the write
-        EXPECT_FALSE(buffer.isEmpty() || SSimpleBuffer(buffer).saveToFile(target));
-        osfiles::FailCall(0, 0);
+        EXPECT_TRUE(FailsAt<osfiles::Calls>(
+            2, error, [&] { EXPECT_FALSE(SSimpleBuffer(buffer).saveToFile(target)); }));  // the write
         EXPECT_FALSE(fs::exists(folder / "target"));
     }
     const auto saved = [&] { return SSimpleBuffer(buffer).saveToFile(target, false); };
     prepare();
-    osfiles::FailCall(1, ERROR_SHARING_VIOLATION);
+    osfiles::Calls::Fail(1, ERROR_SHARING_VIOLATION);
     EXPECT_FALSE(saved());
     EXPECT_EQ(ReadBytes(folder / "target"), "old");
     for (unsigned long nth = 1; nth <= 5; ++nth) {
         for (const bool map : {false, true}) {
-            SSimpleBuffer loaded;
-            const long open = osfiles::OpenHandles();
-            const unsigned long before = osfiles::CallsSoFar();
-            osfiles::FailCall(nth, ERROR_NOT_ENOUGH_MEMORY);
-            const bool isLoaded = loaded.loadFromFile(file, map);
-            const bool wasHit = osfiles::CallsSoFar() - before >= nth;
-            osfiles::FailCall(0, 0);
+            bool isLoaded = false;
+            const bool wasHit = FailsAt<osfiles::Calls>(nth, ERROR_NOT_ENOUGH_MEMORY, [&] {
+                SSimpleBuffer loaded;
+                isLoaded = loaded.loadFromFile(file, map);
+                EXPECT_TRUE(isLoaded || loaded.isEmpty());
+            });
             EXPECT_EQ(isLoaded, !wasHit) << nth << map;
-            EXPECT_TRUE(isLoaded || loaded.isEmpty());
-            loaded.empty();
-            EXPECT_EQ(osfiles::OpenHandles(), open) << nth << map;
         }
     }
 }
@@ -298,13 +319,13 @@ TEST_F(FileFaults, LinesCostFewCallsAndNoAllocations) {
     for (int i = 0; i < kLines; ++i) bytes += std::string(58, 'x') + "\r\n";
     WriteBytes(folder / "file", bytes);
     SFile lines(file, SFile::readOnly, 0, kShared);
-    const unsigned long before = osfiles::CallsSoFar();
+    const unsigned long before = osfiles::Calls::SoFar();
     lines.readLine();
     const tarntest::AllocationCount allocations;
     int count = 1;
     for (; !lines.eof(); ++count) lines.readLine();
     EXPECT_EQ(count, kLines);
-    EXPECT_LT(osfiles::CallsSoFar() - before, kLines / 20U);
+    EXPECT_LT(osfiles::Calls::SoFar() - before, kLines / 20U);
     EXPECT_LT(allocations.Taken(), kLines / 100U);  // for lines that lie across two blocks
 }
 
@@ -357,15 +378,17 @@ TEST_F(FileFaults, ChildrenInheritUnlessToldOtherwise) {
 TEST_F(FileFaults, TenReadsMayComeBackEmpty) {
     const std::pair<unsigned long, const char*> cases[] = {{0, "text"}, {9, "text"}, {10, ""}};
     WriteBytes(folder / "file", "text");
+    osfiles::readFile = ReadNothingAtFirst;
     for (const auto& [times, expected] : cases) {
         SFile slow(file, SFile::readOnly, 0, kShared);
-        osfiles::ReadNothing(times);
+        emptyReads = times;
         EXPECT_EQ(slow.readLine(), expected) << times;
         slow.seek(SFile::seekBegin, 0);
-        osfiles::ReadNothing(times);
+        emptyReads = times;
         EXPECT_EQ(slow.readString(), expected) << times;
-        osfiles::ReadNothing(0);
+        emptyReads = 0;
     }
+    osfiles::readFile = nullptr;
 }
 
 TEST_F(FileFaults, TooLittleMemoryIsAnErrorOfTheReading) {
@@ -385,11 +408,11 @@ TEST_F(FileFaults, TooLittleMemoryIsAnErrorOfTheReading) {
 
 TEST_F(FileFaults, UniqueNamesEndSomewhere) {
     const auto find = [&] { SFileSys::getUniqueFilename(Text(folder), "u", "", true, 0); };
-    osfiles::FailCall(1, ERROR_FILE_EXISTS, true);
+    osfiles::Calls::Fail(1, ERROR_FILE_EXISTS, true);
     EXPECT_EQ(Failure(find), "11 8");
-    osfiles::FailCall(1, ERROR_BAD_NETPATH);
+    osfiles::Calls::Fail(1, ERROR_BAD_NETPATH);
     EXPECT_EQ(Failure([] { SFileSys::getTempDirname(); }), "11 1");
-    osfiles::FailCall(0, 0);
+    osfiles::Calls::Fail(0, 0);
 }
 
 TEST(FileSysFailure, ReasonsOfEveryError) {

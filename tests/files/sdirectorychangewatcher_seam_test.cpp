@@ -18,7 +18,7 @@ class DirectoryWatch : public testing::Test {
     ~DirectoryWatch() override {
         watcher_.close();
         std::filesystem::remove_all(folder_);
-        EXPECT_EQ(osfiles::OpenHandles(), handles_ + 1);  // the event for stop
+        EXPECT_EQ(osfiles::Calls::OpenNow(), handles_ + 1);  // the event for stop
     }
 
     bool open(bool subtree, unsigned long bytes = Watcher::defaultRecordBytes) {
@@ -42,7 +42,7 @@ class DirectoryWatch : public testing::Test {
         }
     }
 
-    const long handles_ = osfiles::OpenHandles();
+    const long handles_ = osfiles::Calls::OpenNow();
     const std::filesystem::path folder_ = tarntest::MakeScratchFolder("watch");
     Watcher watcher_;
     SIArray<SDirectoryChange> changes_;
@@ -109,12 +109,12 @@ TEST_F(DirectoryWatch, EndsAWaitInTimeWhenItIsStoppedAndWhenTheDirectoryGoes) {
 TEST_F(DirectoryWatch, WhateverFailsTheResultSaysSoAndNothingIsLost) {
     // the request's event, the directory, the request; then what it brought, and no memory
     for (unsigned long nth = 1; nth <= 5; ++nth) {
-        osfiles::FailCall(nth, ERROR_NO_SYSTEM_RESOURCES);
+        osfiles::Calls::Fail(nth, ERROR_NO_SYSTEM_RESOURCES);
         EXPECT_EQ(open(false), nth > 3) << nth;
         make(std::to_string(nth));
         if (nth > 4) tarntest::FailAllocation(1);
         if (nth > 4) EXPECT_THROW(watcher_.wait(1000, changes_), std::bad_alloc);
-        osfiles::FailCall(nth == 4, ERROR_NO_SYSTEM_RESOURCES);
+        osfiles::Calls::Fail(nth == 4, ERROR_NO_SYSTEM_RESOURCES);
         EXPECT_EQ(watcher_.wait(1000, changes_), nth > 4 ? Watcher::changesSeen : Watcher::failed) << nth;
         EXPECT_EQ(watcher_.lastError(), nth < 4 ? ERROR_INVALID_HANDLE : ERROR_NO_SYSTEM_RESOURCES) << nth;
     }

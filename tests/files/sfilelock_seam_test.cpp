@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "files/osfiles.h"
+#include "seam/osclock.h"
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
 #include "tarnlib/sfilelock.h"
@@ -62,12 +63,16 @@ void Disturb(char step) {
 }
 
 std::string othersSteps;
+unsigned long sleeps = 0;
 
-void SleepAmongOthers(DWORD milliseconds) {
+void WINAPI SleepAmongOthers(DWORD milliseconds) {
+    ++sleeps;
     EXPECT_TRUE(milliseconds == 100 || inHand != INVALID_HANDLE_VALUE) << milliseconds;
     Disturb(othersSteps[0]);
     othersSteps.erase(0, 1);
 }
+
+void WINAPI NoPause(DWORD /*milliseconds*/) {}
 
 /// What a step of a case shows.
 std::string Play(char step, std::optional<SFileLock>& lock) {
@@ -81,14 +86,15 @@ std::string Play(char step, std::optional<SFileLock>& lock) {
     if (step == '?') return isThere ? "y" : "n";
     if (step == '=') return CompareFileTime(&remembered, &created) == 0 ? "y" : "n";
     if (step == 'R') remembered = created;
-    if (step == 't') osfiles::DoBeforeCall(2, GiveRememberedTime);
-    if (step == 'S') osfiles::DoBeforeCall(7, DeleteAsWaiter);
+    if (step == 't') osfiles::Calls::DoBefore(2, GiveRememberedTime);
+    if (step == 'S') osfiles::Calls::DoBefore(7, DeleteAsWaiter);
     if (step == 'E') lock.reset();
     if (step == 'K') lock.emplace(SFileLock(*lock));
     if (step == 'M') tarntest::FailAllocation(1);
     if (step >= '1' && step <= '9')
-        osfiles::FailCall(static_cast<unsigned long>(step - '0'), ERROR_ACCESS_DENIED);
-    if (step >= 'a' && step <= 'i') osfiles::DoBeforeCall(static_cast<unsigned long>(step - 'a' + 1), Forge);
+        osfiles::Calls::Fail(static_cast<unsigned long>(step - '0'), ERROR_ACCESS_DENIED);
+    if (step >= 'a' && step <= 'i')
+        osfiles::Calls::DoBefore(static_cast<unsigned long>(step - 'a' + 1), Forge);
     Disturb(step);
     return "";
 }
@@ -96,32 +102,32 @@ std::string Play(char step, std::optional<SFileLock>& lock) {
 }  // namespace
 
 TEST(FileLock, TakesTurns) {
-    const long handles = osfiles::OpenHandles();
-    osfiles::ReplaceSleep(SleepAmongOthers);
+    const long handles = osfiles::Calls::OpenNow();
+    osclock::sleep = SleepAmongOthers;
     for (const auto& c : tarntest::ReadCases("files/lock_turns.txt")) {
         const auto number = [&](std::size_t field) {
             return static_cast<unsigned short>(std::stoi(c[field]));
         };
         std::optional<SFileLock> lock(std::in_place, kPath.c_str(), number(0), number(1), c[2] == "yes");
-        const unsigned long sleeps = osfiles::SleepsSoFar();
-        unsigned long calls = osfiles::CallsSoFar();
+        sleeps = 0;
+        unsigned long calls = osfiles::Calls::SoFar();
         othersSteps = c[4];
         std::string seen;
         for (const char step : c[3]) {
             seen += Play(step, lock);
-            if (step == 'T') seen += std::to_string(osfiles::SleepsSoFar() - sleeps);
+            if (step == 'T') seen += std::to_string(sleeps);
             if (step != 'C') continue;
-            seen += calls != osfiles::CallsSoFar() ? "c" : "-";
-            calls = osfiles::CallsSoFar();
+            seen += calls != osfiles::Calls::SoFar() ? "c" : "-";
+            calls = osfiles::Calls::SoFar();
         }
         EXPECT_EQ(seen, c[5]) << c[0] << "|" << c[1] << "|" << c[2] << "|" << c[3] << "|" << c[4];
-        osfiles::FailCall(0, 0);
+        osfiles::Calls::Fail(0, 0);
         tarntest::FailAllocation(0);
         lock.reset();
         Remove();
     }
-    osfiles::ReplaceSleep(nullptr);
-    EXPECT_EQ(osfiles::OpenHandles(), handles);
+    osclock::sleep = nullptr;
+    EXPECT_EQ(osfiles::Calls::OpenNow(), handles);
     EXPECT_EQ(SFileLock(SAnsiString(), 9, 1, false).unlock(), SFileLock::lockOk);  // nothing to give back
 }
 
@@ -136,18 +142,18 @@ TEST(InstanceLock, WhateverFailsNobodyElseGetsIt) {
                  {1, ERROR_ACCESS_DENIED, SInstanceLock::taken, SInstanceLock::heldByAnother},  // at first
                  {2, ERROR_ACCESS_DENIED, SInstanceLock::taken, SInstanceLock::heldByAnother},
                  {3, ERROR_ACCESS_DENIED, SInstanceLock::taken, SInstanceLock::heldByAnother}};
-    const long handles = osfiles::OpenHandles();
-    osfiles::ReplaceSleep([](DWORD) {});
+    const long handles = osfiles::Calls::OpenNow();
+    osclock::sleep = NoPause;
     for (const auto& c : cases) {
         SInstanceLock lock(name);
         SInstanceLock next(name);
-        osfiles::FailCall(c.nth, c.error);
+        osfiles::Calls::Fail(c.nth, c.error);
         EXPECT_EQ(lock.take(), c.result) << c.nth;
-        osfiles::FailCall(0, 0);
+        osfiles::Calls::Fail(0, 0);
         EXPECT_EQ(lock.lastError(), c.result == SInstanceLock::failed ? c.error : 0U);
         EXPECT_EQ(next.take(), c.next) << c.nth;
         EXPECT_EQ(next.ownerProcess(), GetCurrentProcessId()) << c.nth;
     }
-    osfiles::ReplaceSleep(nullptr);
-    EXPECT_EQ(osfiles::OpenHandles(), handles);
+    osclock::sleep = nullptr;
+    EXPECT_EQ(osfiles::Calls::OpenNow(), handles);
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <regex>
 #include <sstream>
@@ -9,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "seam/osclock.h"
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
 #include "support/file_bytes.h"
@@ -28,17 +30,43 @@ class Text : public TextTarget {
     std::string whole;
 };
 
+/// What the disk has room for at a time.
+DWORD mostBytes = INFINITE;
+
+BOOL WINAPI WriteSome(HANDLE file, const void* bytes, DWORD count, DWORD* written, OVERLAPPED* request) {
+    return WriteFile(file, bytes, std::min(count, mostBytes), written, request);
+}
+
+/// Milliseconds that the clocks are ahead.
+ULONGLONG passed = 0;
+
+ULONGLONG WINAPI LaterTick() {
+    return GetTickCount64() + passed;
+}
+
+void WINAPI LaterTime(FILETIME* time) {
+    GetSystemTimeAsFileTime(time);
+    const ULONGLONG later = osclock::UnitsOf(*time) + passed * 10'000;
+    *time = {static_cast<DWORD>(later), static_cast<DWORD>(later >> 32)};
+}
+
 /// The engine, writing everything into a folder of its own.
 class TraceLogs : public testing::Test {
   protected:
     void SetUp() override {
         DeviceAdmin::get().close_all();
         folder_ = tarntest::MakeScratchFolder("tracelog");
+        osfile::writeFile = WriteSome;
+        osclock::tickCount = LaterTick;
+        osclock::systemTime = LaterTime;
     }
     void TearDown() override {
-        osfile::FailCall(0, 0);
-        osfile::ShortenWrites(-1);
+        osfile::Calls::Fail(0, 0);
+        mostBytes = INFINITE;
         DeviceAdmin::get().close_all();
+        osfile::writeFile = nullptr;
+        osclock::tickCount = nullptr;
+        osclock::systemTime = nullptr;
     }
     void open(std::uint64_t size = 0, bool keep = true, bool buffered = false, unsigned files = 0,
               unsigned days = 0) const {
@@ -119,7 +147,7 @@ void TraceLogs::take(const std::string& step) {
     } else if (verb == "close") {
         DeviceAdmin::get().close_all();
     } else if (verb == "hours") {
-        osfile::PassTime(number * 3'600'000);
+        passed += number * 3'600'000;
     } else if (verb == "release") {
         CloseHandle(held_);
     } else if (verb == "left") {
@@ -215,9 +243,9 @@ TEST_F(TraceLogs, WhateverCallFailsLinesAreWholeAndCounted) {
         SetUp();
         open(500);
         testing::internal::CaptureStderr();
-        osfile::FailCall(nth, ERROR_ACCESS_DENIED);
+        osfile::Calls::Fail(nth, ERROR_ACCESS_DENIED);
         for (int i = 0; i < 12; ++i) Write("a line of some bytes");
-        osfile::FailCall(0, 0);
+        osfile::Calls::Fail(0, 0);
         DeviceAdmin::get().close_all();
         const std::string said = testing::internal::GetCapturedStderr();
         std::size_t lines = 0;
@@ -235,15 +263,16 @@ TEST_F(TraceLogs, AFullDiskIsSaidOnceAndTheLossIsCounted) {
         open();
         Write("before");
         testing::internal::CaptureStderr();
-        isShort ? osfile::ShortenWrites(10) : osfile::FailCall(1, ERROR_DISK_FULL, true);
+        mostBytes = isShort ? 10 : INFINITE;
+        if (!isShort) osfile::Calls::Fail(1, ERROR_DISK_FULL, true);
         for (int i = 0; i < 100; ++i) {
-            if (i == 50) osfile::PassTime(1000);  // tried again, and still full
+            if (i == 50) passed += 1000;  // tried again, and still full
             Write("lost");
         }
         if (isShort) DeviceAdmin::get().close_all();
-        osfile::FailCall(0, 0);
-        osfile::ShortenWrites(-1);
-        osfile::PassTime(1000);
+        osfile::Calls::Fail(0, 0);
+        mostBytes = INFINITE;
+        passed += 1000;
         if (isShort) open();
         Write("after");
         const std::string said = testing::internal::GetCapturedStderr();
@@ -255,9 +284,9 @@ TEST_F(TraceLogs, AFullDiskIsSaidOnceAndTheLossIsCounted) {
         EXPECT_NE(log().find(" 100 lines were lost\r\n"), std::string::npos) << log();
     }
     testing::internal::CaptureStderr();
-    osfile::ShortenWrites(0);
+    mostBytes = 0;
     Write("lost");
-    osfile::ShortenWrites(-1);
+    mostBytes = INFINITE;
     DeviceAdmin::get().close_all();  // now there is room for the report
     EXPECT_NE(log().find(" 1 lines were lost\r\n"), std::string::npos);
     const std::string said = testing::internal::GetCapturedStderr();

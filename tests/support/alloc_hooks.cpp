@@ -1,12 +1,9 @@
 #include "support/alloc_hooks.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <new>
-
-#include "strings/base/memory.h"
 
 #ifdef TARN_GUARD_HEAP
 #include "support/guard_heap.h"
@@ -15,11 +12,6 @@
 namespace {
 
 // Plain data: a thread-local with a destructor would be gone before the last operator delete of its thread.
-thread_local unsigned long allocations = 0;
-thread_local unsigned long failingAllocation = 0;  // in terms of `allocations`; 0: none
-thread_local bool failureHappened = false;
-std::atomic<long> liveBlocks{0};
-
 struct Watch {
     const void* block;
     void* copy;
@@ -55,25 +47,18 @@ void RawFree(void* block, std::size_t alignment) {
 }
 #endif
 
-/// Counts one request; false when it is the one that is to fail.
-bool MayAllocate() {
-    if (++allocations != failingAllocation) return true;
-    failureHappened = true;
-    return false;
-}
-
 void* Counted(void* block) {
-    if (block != nullptr) liveBlocks.fetch_add(1, std::memory_order_relaxed);
+    if (block != nullptr) tarntest::Allocations::Opened();
     return block;
 }
 
 void* TakeBlock(std::size_t bytes, std::size_t alignment = kDefaultAlignment) {
-    return MayAllocate() ? Counted(RawAllocate(bytes, alignment)) : nullptr;
+    return tarntest::Allocations::Error() != 0 ? nullptr : Counted(RawAllocate(bytes, alignment));
 }
 
 void GiveBlock(void* block, std::size_t alignment = kDefaultAlignment) {
     if (block == nullptr) return;
-    liveBlocks.fetch_sub(1, std::memory_order_relaxed);
+    tarntest::Allocations::Closed();
     RawFree(block, alignment);
 }
 
@@ -87,41 +72,24 @@ void* AllocateOrThrow(std::size_t bytes, std::size_t alignment = kDefaultAlignme
 
 namespace tarntest {
 
-unsigned long AllocationsSoFar() {
-    return allocations;
-}
-
-void FailAllocation(unsigned long nth) {
-    failingAllocation = nth == 0 ? 0 : allocations + nth;
-    failureHappened = false;
-}
-
-bool FailureHappened() {
-    return failureHappened;
-}
-
 void CopyWhenFreed(const void* block, void* copy, unsigned long bytes) {
     watch = {block, copy, bytes};
 }
 
-long LiveBlocks() {
-    return liveBlocks.load(std::memory_order_relaxed);
-}
-
 }  // namespace tarntest
 
-namespace TarnLibA500::memory {
+namespace osmemory {
 
-void* HookAllocate(std::size_t bytes) noexcept {
+void* Allocate(std::size_t bytes) noexcept {
     return TakeBlock(bytes);
 }
 
-void* HookReallocate(void* block, std::size_t bytes) noexcept {
-    if (!MayAllocate()) return nullptr;
+void* Reallocate(void* block, std::size_t bytes) noexcept {
+    if (Calls::Error() != 0) return nullptr;
     return block == nullptr ? Counted(RawAllocate(bytes, kDefaultAlignment)) : RawReallocate(block, bytes);
 }
 
-void HookFree(void* block) noexcept {
+void Free(void* block) noexcept {
     if (block != nullptr && block == watch.block) {
         std::memcpy(watch.copy, block, watch.bytes);
         watch = {};  // the next block at this address is another
@@ -129,7 +97,7 @@ void HookFree(void* block) noexcept {
     GiveBlock(block);
 }
 
-}  // namespace TarnLibA500::memory
+}  // namespace osmemory
 
 // The array and nothrow forms of the standard library call these.
 void* operator new(std::size_t bytes) {

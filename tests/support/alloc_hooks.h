@@ -4,6 +4,8 @@
 
 #include <new>
 
+#include "seam/osmemory.h"
+
 /// Counting and failing allocations, for the test programs that hold the library's sources. Counted are the
 /// strings' and byte blocks' requests (a move of a block is one) and operator new, each thread for itself.
 ///
@@ -16,17 +18,27 @@
 ///     tarntest::FailAllocation(0);  // before the next EXPECT, which may allocate itself
 namespace tarntest {
 
+using Allocations = osmemory::Calls;
+
 /// Allocations that this thread has made.
-unsigned long AllocationsSoFar();
+inline unsigned long AllocationsSoFar() {
+    return Allocations::SoFar();
+}
 
 /// Makes this thread's nth allocation from now fail, once: 1 is the next one, 0 none.
-void FailAllocation(unsigned long nth);
+inline void FailAllocation(unsigned long nth) {
+    Allocations::Fail(nth, 1);
+}
 
 /// True when the failure that was last asked for on this thread has happened.
-bool FailureHappened();
+inline bool FailureHappened() {
+    return Allocations::HasFailed();
+}
 
 /// Blocks that are allocated at present, by all threads.
-long LiveBlocks();
+inline long LiveBlocks() {
+    return Allocations::OpenNow();
+}
 
 /// Copies the first bytes of a block at the moment when the library frees it.
 void CopyWhenFreed(const void* block, void* copy, unsigned long bytes);

@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "seam/osclock.h"
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
 #include "tarnlib/sdatetimeconv.h"
@@ -29,11 +30,15 @@ struct FakeSystem {
         reads = calls = 0;
         fails = false;
         zone = {};
-        osclock::functions.tickCount = &Tick;
-        osclock::functions.systemTime = &Time;
-        osclock::functions.readZone = &Read;
+        osclock::tickCount = Tick;
+        osclock::systemTime = Time;
+        oszone::readZone = Read;
     }
-    ~FakeSystem() { osclock::functions = osclock::Functions(); }
+    ~FakeSystem() {
+        osclock::tickCount = nullptr;
+        osclock::systemTime = nullptr;
+        oszone::readZone = nullptr;
+    }
 
     static ULONGLONG WINAPI Tick() { return ++calls, tick; }
     static void WINAPI Time(FILETIME* time) {

@@ -2,10 +2,10 @@
 
 #include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 #include "diag/assert/unlogged.h"
+#include "seam/osmemory.h"
 
 #include <windows.h>
 
@@ -50,12 +50,12 @@ int Format(char* out, std::size_t size, const char* file, int line, const char* 
                          OrNothing(expression), message != nullptr ? message : kNoMessage);
 }
 
-using Bytes = std::unique_ptr<char, decltype(&std::free)>;
+using Bytes = std::unique_ptr<char, decltype(&osmemory::Free)>;
 
 // Null without memory: reports never throw.
 Bytes Allocate(int bytes) {
-    return Bytes(bytes > 0 ? static_cast<char*>(std::malloc(static_cast<std::size_t>(bytes))) : nullptr,
-                 &std::free);
+    void* const room = bytes > 0 ? osmemory::Allocate(static_cast<std::size_t>(bytes)) : nullptr;
+    return Bytes(static_cast<char*>(room), &osmemory::Free);
 }
 
 template <class Deliver>

@@ -1,5 +1,6 @@
 #include "diag/logging/pluginturn.h"
 
+#include "seam/osclock.h"
 #include "waiting/waiting.h"
 
 namespace TarnLibA500 {
@@ -9,12 +10,12 @@ PluginTurns::Outcome PluginTurns::begin() {
     const JTCSynchronized lock(monitor_);
     if (holder_ == self) return Nested;
     while (holder_ != 0) {
-        const ULONGLONG taken = GetTickCount64() - since_;
+        const std::uint64_t taken = osclock::Tick() - since_;
         if (taken >= longestCall_ || waiting::ProcessIsEnding()) return Stuck;
         monitor_.wait(static_cast<long>(longestCall_ - taken));
     }
     holder_ = self;
-    since_ = GetTickCount64();
+    since_ = osclock::Tick();
     isReported_ = false;
     return Mine;
 }

@@ -3,9 +3,8 @@
 #include <new>
 
 #include "diag/assert/levels.h"
+#include "seam/osclock.h"
 #include "tarnlib/straceobj.h"
-
-#include <windows.h>
 
 namespace TarnLibA500 {
 namespace {
@@ -13,18 +12,6 @@ namespace {
 constexpr int kDeepestIndent = 20;  // scopes; deeper ones stand below each other
 
 thread_local int depth = 0;
-
-long long Now() {
-    LARGE_INTEGER ticks;
-    QueryPerformanceCounter(&ticks);
-    return ticks.QuadPart;
-}
-
-long long TicksPerSecond() {
-    LARGE_INTEGER frequency;
-    QueryPerformanceFrequency(&frequency);
-    return frequency.QuadPart;
-}
 
 SAnsiString Indent() {
     SAnsiString blanks;
@@ -44,7 +31,7 @@ SScopeTrace::SScopeTrace(bool on, int level, const char* file, int line, const c
     if (!on_) return;
     trace("->");
     ++depth;
-    start_ = Now();
+    start_ = osclock::Counter();
 }
 
 SScopeTrace::SScopeTrace(bool on, int level, const char* file, int line, const char* name)
@@ -61,12 +48,7 @@ SScopeTrace::~SScopeTrace() {
 }
 
 unsigned long long SScopeTrace::GetMicroseconds() const {
-    constexpr long long kMicroseconds = 1'000'000;
-    if (!on_) return 0;
-    const long long ticks = Now() - start_;
-    const long long perSecond = TicksPerSecond();
-    return static_cast<unsigned long long>(ticks / perSecond * kMicroseconds +
-                                           ticks % perSecond * kMicroseconds / perSecond);
+    return on_ ? osclock::MicrosecondsSince(start_) : 0;
 }
 
 void SScopeTrace::trace(const char* mark) const {

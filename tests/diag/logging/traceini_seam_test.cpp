@@ -4,6 +4,7 @@
 
 #include "files/osfiles.h"
 #include "support/alloc_hooks.h"
+#include "support/failing.h"
 #include "support/file_bytes.h"
 #include "support/print_strings.h"
 
@@ -25,17 +26,16 @@ TEST(TraceIniFiles, KeepWhatIsInEffectUntilTheNewIsRead) {
         tarntest::FailAllocation(nth);
         isRead = tarntest::Succeeds([&] { ini.update(); });
         tarntest::FailAllocation(0);
-        EXPECT_EQ(osfiles::OpenHandles(), 0);
+        EXPECT_EQ(osfiles::Calls::OpenNow(), 0);
     }
     EXPECT_EQ(ini.options().GetCount(), 2U);
     tarntest::WriteBytes(file, "trace=d");
     for (unsigned long call = 1; call <= 3; ++call) {  // attributes, opening, reading
-        osfiles::FailCall(call, ERROR_ACCESS_DENIED);
-        EXPECT_EQ(ini.update(), call == 1);  // said once
+        EXPECT_TRUE(tarntest::FailsAt<osfiles::Calls>(
+            call, ERROR_ACCESS_DENIED, [&] { EXPECT_EQ(ini.update(), call == 1); }));  // said once
         EXPECT_NE(ini.problem().find("trace.ini: cannot be read (5): "), ini.problem().end()) << call;
         EXPECT_EQ(ini.options().GetCount(), 2U) << call;
     }
-    osfiles::FailCall(0, 0);
     EXPECT_TRUE(ini.update());
     EXPECT_TRUE(ini.problem().isEmpty());
     EXPECT_EQ(ini.options().GetCount(), 1U);

@@ -1,8 +1,8 @@
-#include "time/osclock.h"
+#include "time/oszone.h"
 
 #include <atomic>
 
-namespace TarnLibA500::osclock {
+namespace TarnLibA500::oszone {
 namespace {
 
 using ReadYear = BOOL(WINAPI*)(USHORT, DYNAMIC_TIME_ZONE_INFORMATION*, TIME_ZONE_INFORMATION*);
@@ -17,7 +17,7 @@ ReadYear FindReadYear() noexcept {
 
 }  // namespace
 
-bool ReadSystemZone(unsigned short year, TIME_ZONE_INFORMATION& zone) noexcept {
+bool ReadFromSystem(unsigned short year, TIME_ZONE_INFORMATION& zone) noexcept {
     // Not a static that waits for its construction: a thread that asks the loader is ended in there when the
     // process ends, and nothing would construct it any more.
     static constinit std::atomic<ReadYear> known{nullptr};
@@ -27,4 +27,4 @@ bool ReadSystemZone(unsigned short year, TIME_ZONE_INFORMATION& zone) noexcept {
     return GetTimeZoneInformation(&zone) != TIME_ZONE_ID_INVALID;
 }
 
-}  // namespace TarnLibA500::osclock
+}  // namespace TarnLibA500::oszone

@@ -2,47 +2,31 @@
 
 #include <utility>
 
+#include "seam/seam.h"
+
 #include <windows.h>
 
 extern "C" LONG NTAPI NtDeleteKey(HANDLE key);
 extern "C" ULONG NTAPI RtlNtStatusToDosError(LONG status);
 
-/// The one way in which the library reaches the registry. Test builds (TARN_TEST_SEAMS) count the calls and
-/// the open keys, and make the n-th call fail; otherwise these are direct calls. Results are the system's
-/// error codes.
+/// The one way in which the library reaches the registry. Results are the system's error codes.
 namespace TarnLibA500::osregistry {
 
-#ifdef TARN_TEST_SEAMS
-/// Counts a call; an error code when it is to fail, otherwise 0.
-LONG Before(bool opens = false);
-/// Count a key that the system opened, and one that is closed.
-void CountOpened();
-void CountClosed();
-/// Makes the n-th call from now fail, once; 0: none.
-void FailCall(unsigned long nth, LONG error);
-unsigned long CallsSoFar();
-unsigned long OpensSoFar();
-/// Keys that are open now.
-long OpenKeys();
-#else
-inline LONG Before(bool = false) {
-    return ERROR_SUCCESS;
-}
-inline void CountOpened() {}
-inline void CountClosed() {}
-#endif
+/// What is open is keys.
+struct Kind {};
+using Calls = seam::Calls<Kind>;
 
 /// Takes a key that the system gave, if it did; what it leaves in its place on a failure is not said.
 inline LONG Take(LONG error, HKEY opened, HKEY& key) {
     if (error == ERROR_SUCCESS) {
         key = opened;
-        CountOpened();
+        Calls::Opened();
     }
     return error;
 }
 
 inline LONG Open(HKEY root, const wchar_t* path, REGSAM access, HKEY& key) {
-    LONG error = Before(true);
+    LONG error = Calls::Error();
     HKEY opened = nullptr;
     if (error == ERROR_SUCCESS) error = RegOpenKeyExW(root, path, 0, access, &opened);
     return Take(error, opened, key);
@@ -50,7 +34,7 @@ inline LONG Open(HKEY root, const wchar_t* path, REGSAM access, HKEY& key) {
 
 /// The same for a key right below an open one; of a link the link itself, which is not followed.
 inline LONG OpenEntry(HKEY key, const wchar_t* name, REGSAM access, HKEY& entry) {
-    LONG error = Before(true);
+    LONG error = Calls::Error();
     HKEY opened = nullptr;
     if (error == ERROR_SUCCESS) error = RegOpenKeyExW(key, name, REG_OPTION_OPEN_LINK, access, &opened);
     return Take(error, opened, entry);
@@ -58,7 +42,7 @@ inline LONG OpenEntry(HKEY key, const wchar_t* name, REGSAM access, HKEY& entry)
 
 inline LONG Create(HKEY root, const wchar_t* path, REGSAM access, HKEY& key,
                    DWORD options = REG_OPTION_NON_VOLATILE) {
-    LONG error = Before(true);
+    LONG error = Calls::Error();
     HKEY opened = nullptr;
     if (error == ERROR_SUCCESS)
         error = RegCreateKeyExW(root, path, 0, nullptr, options, access, nullptr, &opened, nullptr);
@@ -66,7 +50,7 @@ inline LONG Create(HKEY root, const wchar_t* path, REGSAM access, HKEY& key,
 }
 
 inline LONG Connect(const wchar_t* machine, HKEY root, HKEY& remote) {
-    LONG error = Before();
+    LONG error = Calls::Error();
     HKEY opened = nullptr;
     if (error == ERROR_SUCCESS) error = RegConnectRegistryW(machine, root, &opened);
     return Take(error, opened, remote);
@@ -80,47 +64,47 @@ inline LONG OpenCurrentUser(HKEY& key) {
 }
 
 inline LONG Query(HKEY key, const wchar_t* name, DWORD& type, BYTE* data, DWORD& bytes) {
-    const LONG error = Before();
+    const LONG error = Calls::Error();
     return error != ERROR_SUCCESS ? error : RegQueryValueExW(key, name, nullptr, &type, data, &bytes);
 }
 
 inline LONG Set(HKEY key, const wchar_t* name, DWORD type, const BYTE* data, DWORD bytes) {
-    const LONG error = Before();
+    const LONG error = Calls::Error();
     return error != ERROR_SUCCESS ? error : RegSetValueExW(key, name, 0, type, data, bytes);
 }
 
 inline LONG DeleteValue(HKEY key, const wchar_t* name) {
-    const LONG error = Before();
+    const LONG error = Calls::Error();
     return error != ERROR_SUCCESS ? error : RegDeleteValueW(key, name);
 }
 
 inline LONG DeleteKey(HKEY root, const wchar_t* path) {
-    const LONG error = Before();
+    const LONG error = Calls::Error();
     return error != ERROR_SUCCESS ? error : RegDeleteKeyW(root, path);
 }
 
 /// Deletes an open key, which may be a link; RegDeleteKeyW may follow one.
 inline LONG DeleteOpened(HKEY key) {
-    const LONG error = Before();
+    const LONG error = Calls::Error();
     return error != ERROR_SUCCESS ? error : static_cast<LONG>(RtlNtStatusToDosError(NtDeleteKey(key)));
 }
 
 inline LONG EnumKey(HKEY key, DWORD index, wchar_t* name, DWORD& units) {
-    const LONG error = Before();
+    const LONG error = Calls::Error();
     return error != ERROR_SUCCESS
                ? error
                : RegEnumKeyExW(key, index, name, &units, nullptr, nullptr, nullptr, nullptr);
 }
 
 inline LONG EnumValue(HKEY key, DWORD index, wchar_t* name, DWORD& units) {
-    const LONG error = Before();
+    const LONG error = Calls::Error();
     return error != ERROR_SUCCESS
                ? error
                : RegEnumValueW(key, index, name, &units, nullptr, nullptr, nullptr, nullptr);
 }
 
 inline void Close(HKEY key) noexcept {
-    CountClosed();
+    Calls::Closed();
     RegCloseKey(key);
 }
 
