@@ -6,11 +6,11 @@ set -euo pipefail
 # The series; the distribution's source has its latest fixes.
 version=3.0
 
-# Nothing from outside changes what it does: no configuration file is read on its own, and no engine is loaded. SHA-1,
-# MD5, 3DES, TLS 1.0 and 1.1 stay. Not no-dso, no-pinshared or no-atexit: the exit of a process that has unloaded the
-# library would then jump into memory that is gone.
-options=(shared no-tests no-autoload-config no-engine no-legacy no-uplink no-comp no-ssl3 no-dtls no-srp no-psk no-ct
-    no-ts no-cms no-cmp no-gost no-nextprotoneg no-rfc3779 no-bf no-cast no-rc2 no-rc4 no-idea no-seed no-camellia
+# Nothing from outside changes what it does: no configuration file is read on its own, and no engine is loaded. It does
+# not clean up at the exit of a process, where other threads still call it (no-atexit), and stays loaded until then. SHA-1,
+# MD5, 3DES, TLS 1.0 and 1.1 stay.
+options=(shared no-tests no-autoload-config no-atexit no-engine no-legacy no-uplink no-comp no-ssl3 no-dtls no-srp no-psk
+    no-ct no-ts no-cms no-cmp no-gost no-nextprotoneg no-rfc3779 no-bf no-cast no-rc2 no-rc4 no-idea no-seed no-camellia
     no-aria no-sm2 no-sm3 no-sm4 no-whirlpool no-md4 no-mdc2 no-rmd160)
 
 build() {

@@ -22,8 +22,8 @@ extern "C" {
 ZQ_API int ZQ_compress3(unsigned char* out, unsigned long* outLength, const unsigned char* in,
                         unsigned long inLength, int level, int strategy);
 
-/// Expands in one call. The length is the room, and afterwards what was written. -5 when the room is too small
-/// or the data end early, -3 when they are damaged.
+/// Expands in one call. The length is the room, and afterwards what was written. -3 when the data are damaged or
+/// end early, -5 when the room is too small; also when it is full and only the checksum behind is cut.
 ZQ_API int ZQ_uncompress(unsigned char* out, unsigned long* outLength, const unsigned char* in,
                          unsigned long inLength);
 

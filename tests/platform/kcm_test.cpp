@@ -5,33 +5,23 @@
 #include <algorithm>
 
 #include "support/case_file.h"
+#include "support/hex_bytes.h"
 
 using namespace KCM400;
+using namespace tarntest;
 
 namespace {
 
 const std::string kNothing = "failed";
 
-std::string FromHex(const std::string& hex) {
-    if (hex == kNothing) return hex;
-    std::string bytes;
-    for (std::size_t i = 0; i < hex.size(); i += 2)
-        bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
-    return bytes;
-}
-
-unsigned char* Data(std::string& bytes) {
-    return reinterpret_cast<unsigned char*>(bytes.data());
-}
-
-unsigned Size(const std::string& bytes) {
-    return static_cast<unsigned>(bytes.size());
+std::string Bytes(const std::string& hex) {
+    return hex == kNothing ? hex : FromHex(hex);
 }
 
 // What comes out of an Encrypter or Decrypter, in pieces of this size, with no more room than the result needs.
 template <class Run>
 std::string Through(const std::vector<std::string>& c, std::string in, unsigned piece, std::size_t room) {
-    std::string key = FromHex(c[1]), iv = FromHex(c[2]), out(room, '\0');
+    std::string key = Bytes(c[1]), iv = Bytes(c[2]), out(room, '\0');
     const auto cipher = static_cast<KCMAlg400::Cipher>(std::stoi(c[0]));
     Run run(Data(key), Size(key), CipherOptions(cipher, Data(iv), Size(iv)));
     unsigned done = 0;
@@ -69,10 +59,10 @@ std::string Digested(std::string text, const std::string& number) {
 }  // namespace
 
 TEST(Kcm, PublishedDigestsAndBase64) {
-    for (const auto& c : tarntest::ReadCases("platform/kcm_digests.txt")) {
+    for (const auto& c : ReadCases("platform/kcm_digests.txt")) {
         std::string text = c[1], coded;
         if (!c[0].empty()) {
-            EXPECT_EQ(Digested(text, c[0]), FromHex(c[2])) << c[0] << text;
+            EXPECT_EQ(Digested(text, c[0]), Bytes(c[2])) << c[0] << text;
         } else {
             KCMUtility400::base64encodeBinaryToText(coded, Data(text), Size(text));
             EXPECT_EQ(coded, c[2]);
@@ -82,8 +72,8 @@ TEST(Kcm, PublishedDigestsAndBase64) {
 }
 
 TEST(Kcm, PublishedCiphersInPiecesOfEverySize) {
-    for (const auto& c : tarntest::ReadCases("platform/kcm_ciphers.txt")) {
-        const std::string clear = FromHex(c[3]), hidden = FromHex(c[4]);
+    for (const auto& c : ReadCases("platform/kcm_ciphers.txt")) {
+        const std::string clear = Bytes(c[3]), hidden = Bytes(c[4]);
         for (unsigned piece = 1; piece <= std::max(clear.size(), hidden.size()); ++piece) {
             if (clear != kNothing)
                 EXPECT_EQ(Through<Encrypter>(c, clear, piece, hidden.size()), hidden) << c[4];
