@@ -1,7 +1,7 @@
 #include "kcm/algorithms.h"
 
-#include "kcm/calls.h"
 #include "kcm/kcm.h"
+#include "kcm/oscrypto.h"
 
 namespace KCM400 {
 
@@ -50,12 +50,12 @@ CipherAlgorithm* Find(KCMAlg400::Cipher number) {
 
 const EVP_MD* Fetch(DigestAlgorithm& digest) {
     return FetchInto(
-        digest.fetched, [&] { return calls::FetchDigest(digest.name); }, EVP_MD_free);
+        digest.fetched, [&] { return oscrypto::FetchDigest(digest.name); }, EVP_MD_free);
 }
 
 const EVP_CIPHER* Fetch(CipherAlgorithm& cipher) {
     return FetchInto(
-        cipher.fetched, [&] { return calls::FetchCipher(cipher.name); }, EVP_CIPHER_free);
+        cipher.fetched, [&] { return oscrypto::FetchCipher(cipher.name); }, EVP_CIPHER_free);
 }
 
 unsigned getDigestSize(KCMAlg400::Digest digest) {

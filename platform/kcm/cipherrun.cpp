@@ -4,8 +4,8 @@
 #include <openssl/crypto.h>
 
 #include "kcm/algorithms.h"
-#include "kcm/calls.h"
 #include "kcm/kcm.h"
+#include "kcm/oscrypto.h"
 
 namespace KCM400 {
 
@@ -18,7 +18,7 @@ bool Feed(EVP_CIPHER_CTX* context, unsigned char* out, const unsigned char* in, 
     while (count != 0) {
         const unsigned part = std::min(count, kMostAtOnce);
         int written = 0;
-        if (!calls::Update(context, out, written, in, static_cast<int>(part))) return false;
+        if (!oscrypto::Update(context, out, written, in, static_cast<int>(part))) return false;
         out += written;
         in += part;
         count -= part;
@@ -35,9 +35,9 @@ CipherRun::CipherRun(const unsigned char* key, unsigned count, const CipherOptio
     if (key == nullptr || count < algorithm->keySize) return;
     const EVP_CIPHER* const cipher = Fetch(*algorithm);
     if (cipher == nullptr) return;
-    context_ = calls::NewCipher();
+    context_ = oscrypto::NewCipher();
     if (context_ == nullptr) return;
-    if (calls::Begin(context_, cipher, key, options.iv, encrypts)) {
+    if (oscrypto::Begin(context_, cipher, key, options.iv, encrypts)) {
         finalSize_ = algorithm->blockSize;
     } else {
         close();
@@ -49,7 +49,7 @@ CipherRun::~CipherRun() {
 }
 
 void CipherRun::close() {
-    EVP_CIPHER_CTX_free(context_);  // overwrites the key and what it holds of the bytes
+    oscrypto::Free(context_);
     context_ = nullptr;
 }
 
@@ -77,7 +77,7 @@ unsigned CipherRun::finish(unsigned char* out, unsigned capacity) {
     if (context_ == nullptr) return kFailed;
     unsigned char rest[EVP_MAX_BLOCK_LENGTH];
     int written = 0;
-    const bool isWhole = calls::Finish(context_, rest, written);
+    const bool isWhole = oscrypto::Finish(context_, rest, written);
     close();
     const unsigned size = static_cast<unsigned>(written);
     const bool fits = isWhole && size <= capacity && (out != nullptr || size == 0);

@@ -1,13 +1,13 @@
 #include "kcm/algorithms.h"
-#include "kcm/calls.h"
 #include "kcm/kcm.h"
+#include "kcm/oscrypto.h"
 
 namespace KCM400 {
 
 Digester::Digester(KCMAlg400::Digest digest) : digest_(digest) {}
 
 Digester::~Digester() {
-    EVP_MD_CTX_free(context_);  // overwrites what it holds of the bytes
+    oscrypto::Free(context_);
 }
 
 void Digester::init() {
@@ -16,20 +16,20 @@ void Digester::init() {
     if (algorithm == nullptr) return;
     const EVP_MD* const digest = Fetch(*algorithm);
     if (digest == nullptr) return;
-    if (context_ == nullptr) context_ = calls::NewDigest();
-    isReady_ = context_ != nullptr && calls::Begin(context_, digest);
+    if (context_ == nullptr) context_ = oscrypto::NewDigest();
+    isReady_ = context_ != nullptr && oscrypto::Begin(context_, digest);
 }
 
 void Digester::update(const unsigned char* bytes, unsigned count) {
     if (count == 0 || !isReady_) return;
-    isReady_ = bytes != nullptr && calls::Update(context_, bytes, count);
+    isReady_ = bytes != nullptr && oscrypto::Update(context_, bytes, count);
 }
 
 unsigned Digester::finish(unsigned char* out, unsigned capacity) {
     if (!isReady_) return kFailed;
     isReady_ = false;
     const unsigned size = getDigestSize(digest_);
-    if (out == nullptr || capacity < size || !calls::Finish(context_, out)) return kFailed;
+    if (out == nullptr || capacity < size || !oscrypto::Finish(context_, out)) return kFailed;
     return size;
 }
 
@@ -39,7 +39,7 @@ unsigned digestInto(unsigned char* out, unsigned capacity, const unsigned char* 
     if (algorithm == nullptr || out == nullptr || capacity < algorithm->size) return kFailed;
     if (bytes == nullptr && count != 0) return kFailed;
     const EVP_MD* const fetched = Fetch(*algorithm);
-    if (fetched == nullptr || !calls::DigestAll(fetched, bytes, count, out)) return kFailed;
+    if (fetched == nullptr || !oscrypto::DigestAll(fetched, bytes, count, out)) return kFailed;
     return algorithm->size;
 }
 

@@ -1,5 +1,4 @@
-#include <zlib.h>
-
+#include "zqezlib/oszlib.h"
 #include "zqezlib/zqezlib.h"
 
 namespace {
@@ -19,7 +18,7 @@ int ZQ_compress3(unsigned char* out, unsigned long* outLength, const unsigned ch
     stream.next_in = const_cast<Bytef*>(in);  // zlib does not write there
     stream.avail_in = static_cast<uInt>(inLength);
     *outLength = 0;
-    int result = deflateInit2(&stream, level, Z_DEFLATED, kWindowBits, kMemoryLevel, strategy);
+    int result = oszlib::BeginDeflate(stream, level, kWindowBits, kMemoryLevel, strategy);
     if (result != Z_OK) return result;
     result = deflate(&stream, Z_FINISH);
     *outLength = stream.total_out;
@@ -31,7 +30,7 @@ int ZQ_compress3(unsigned char* out, unsigned long* outLength, const unsigned ch
 int ZQ_uncompress(unsigned char* out, unsigned long* outLength, const unsigned char* in,
                   unsigned long inLength) {
     if (outLength == nullptr) return Z_STREAM_ERROR;
-    return uncompress(out, outLength, in, inLength);
+    return oszlib::Uncompress(out, *outLength, in, inLength);
 }
 
 unsigned long ZQ_crc32(unsigned long crc, const unsigned char* bytes, unsigned count) {

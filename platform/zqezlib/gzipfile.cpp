@@ -3,14 +3,10 @@
 #include <memory>
 #include <new>
 
-#include <fcntl.h>
-#include <io.h>
-#include <share.h>
-#include <sys/stat.h>
-#include <windows.h>
-#include <zlib.h>
-
+#include "zqezlib/oszlib.h"
 #include "zqezlib/zqezlib.h"
+
+#include <windows.h>
 
 namespace {
 
@@ -40,7 +36,7 @@ int OpenFlags(const char* mode) {
     const int exclusive = std::strchr(mode, 'x') == nullptr ? 0 : _O_EXCL;
     switch (*mode) {
         case 'r':
-            return kAlways | _O_RDONLY;
+            return std::strchr(mode, 'T') == nullptr ? kAlways | _O_RDONLY : 0;
         case 'w':
             return kWriting | _O_TRUNC | exclusive;
         case 'a':
@@ -60,25 +56,24 @@ void* ZQ_gzopen(const char* path, const char* mode) {
     }
     const WidePath wide = Widen(path);
     if (wide == nullptr) return nullptr;
-    const int share = (flags & _O_WRONLY) != 0 ? _SH_DENYWR : _SH_DENYNO;
-    const int descriptor = _wsopen(wide.get(), flags, share, _S_IREAD | _S_IWRITE);
+    const int descriptor = oszlib::Open(wide.get(), flags);
     if (descriptor < 0) return nullptr;
-    const gzFile file = gzdopen(descriptor, mode);
+    const gzFile file = oszlib::Attach(descriptor, mode);
     if (file == nullptr) {
-        _close(descriptor);
+        oszlib::Close(descriptor);
         errno = ENOMEM;
     }
     return file;
 }
 
 int ZQ_gzread(void* file, void* bytes, unsigned count) {
-    return gzread(static_cast<gzFile>(file), bytes, count);
+    return oszlib::Read(static_cast<gzFile>(file), bytes, count);
 }
 
 int ZQ_gzwrite(void* file, const void* bytes, unsigned count) {
-    return gzwrite(static_cast<gzFile>(file), bytes, count);
+    return oszlib::Write(static_cast<gzFile>(file), bytes, count);
 }
 
 int ZQ_gzclose(void* file) {
-    return gzclose(static_cast<gzFile>(file));
+    return oszlib::Close(static_cast<gzFile>(file));
 }

@@ -81,6 +81,6 @@ TEST(Zqezlib, GzipFilesUnderAnyName) {
         WriteBytes(file, bytes);
         EXPECT_EQ(ReadGzip(name), read);
     }
-    std::filesystem::remove(file);
+    std::filesystem::remove_all(folder);
     EXPECT_TRUE(ReadGzip(name) == "none" && ZQ_gzclose(nullptr) == -2);
 }

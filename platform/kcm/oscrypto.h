@@ -1,0 +1,100 @@
+#pragma once
+
+#include <openssl/err.h>
+#include <openssl/evp.h>
+#include <openssl/rand.h>
+
+#include "seam/seam.h"
+
+/// The one way in which the module reaches OpenSSL. A call that fails leaves nothing in the thread's list of
+/// errors, where a later TLS call would take it for its own.
+namespace KCM400::oscrypto {
+
+/// What is open is contexts.
+struct Kind {
+    static void SetError(unsigned long) noexcept {}  // there is no more to a failure than that it is one
+};
+using Calls = seam::Calls<Kind>;
+
+inline bool Checked(bool succeeded) {
+    if (!succeeded) ERR_clear_error();
+    return succeeded;
+}
+
+template <class Object>
+Object* Checked(Object* object) {
+    Checked(object != nullptr);
+    return object;
+}
+
+template <class Context>
+Context* Opened(Context* context) {
+    if (Checked(context) != nullptr) Calls::Opened();
+    return context;
+}
+
+inline bool Random(unsigned char* bytes, std::size_t count) {
+    return !Calls::MustFail() && Checked(RAND_bytes_ex(nullptr, bytes, count, 0) == 1);
+}
+
+inline EVP_MD* FetchDigest(const char* name) {
+    return Calls::MustFail() ? nullptr : Checked(EVP_MD_fetch(nullptr, name, nullptr));
+}
+
+inline EVP_CIPHER* FetchCipher(const char* name) {
+    return Calls::MustFail() ? nullptr : Checked(EVP_CIPHER_fetch(nullptr, name, nullptr));
+}
+
+inline EVP_MD_CTX* NewDigest() {
+    return Calls::MustFail() ? nullptr : Opened(EVP_MD_CTX_new());
+}
+
+inline bool Begin(EVP_MD_CTX* context, const EVP_MD* digest) {
+    return !Calls::MustFail() && Checked(EVP_DigestInit_ex2(context, digest, nullptr) == 1);
+}
+
+inline bool Update(EVP_MD_CTX* context, const unsigned char* bytes, std::size_t count) {
+    return !Calls::MustFail() && Checked(EVP_DigestUpdate(context, bytes, count) == 1);
+}
+
+inline bool Finish(EVP_MD_CTX* context, unsigned char* out) {
+    return !Calls::MustFail() && Checked(EVP_DigestFinal_ex(context, out, nullptr) == 1);
+}
+
+/// Overwrites what the context holds of the bytes. Null is nothing.
+inline void Free(EVP_MD_CTX* context) {
+    if (context != nullptr) Calls::Closed();
+    EVP_MD_CTX_free(context);
+}
+
+inline bool DigestAll(const EVP_MD* digest, const unsigned char* bytes, std::size_t count,
+                      unsigned char* out) {
+    return !Calls::MustFail() && Checked(EVP_Digest(bytes, count, out, nullptr, digest, nullptr) == 1);
+}
+
+inline EVP_CIPHER_CTX* NewCipher() {
+    return Calls::MustFail() ? nullptr : Opened(EVP_CIPHER_CTX_new());
+}
+
+inline bool Begin(EVP_CIPHER_CTX* context, const EVP_CIPHER* cipher, const unsigned char* key,
+                  const unsigned char* iv, bool encrypts) {
+    return !Calls::MustFail() &&
+           Checked(EVP_CipherInit_ex2(context, cipher, key, iv, encrypts ? 1 : 0, nullptr) == 1);
+}
+
+inline bool Update(EVP_CIPHER_CTX* context, unsigned char* out, int& written, const unsigned char* in,
+                   int count) {
+    return !Calls::MustFail() && Checked(EVP_CipherUpdate(context, out, &written, in, count) == 1);
+}
+
+inline bool Finish(EVP_CIPHER_CTX* context, unsigned char* out, int& written) {
+    return !Calls::MustFail() && Checked(EVP_CipherFinal_ex(context, out, &written) == 1);
+}
+
+/// Overwrites the key, and what the context holds of the bytes. Null is nothing.
+inline void Free(EVP_CIPHER_CTX* context) {
+    if (context != nullptr) Calls::Closed();
+    EVP_CIPHER_CTX_free(context);
+}
+
+}  // namespace KCM400::oscrypto
