@@ -1,4 +1,5 @@
 #include "jtc/jtc.h"
+#include "seam/osclock.h"
 #include "waiting/waiting.h"
 
 using waiting::Guard;
@@ -75,7 +76,7 @@ void JTCMonitor::wait(long milliseconds) {
     const Guard guard(state_->mutex);
     state_->requireHolder();
     if (milliseconds <= 0) return;
-    if (waiting::ProcessIsEnding()) return Sleep(static_cast<DWORD>(milliseconds));
+    if (waiting::ProcessIsEnding()) return osclock::Sleep(static_cast<DWORD>(milliseconds));
     const ULONGLONG deadline = waiting::DeadlineIn(milliseconds);
     const int times = state_->giveUp();
     state_->notified.waitUntil(state_->mutex, deadline);

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "jtc/jtc.h"
+#include "seam/osclock.h"
 #include "waiting/waiting.h"
 
 using waiting::Guard;
@@ -178,7 +179,7 @@ JTCThread* JTCThread::currentThread() {
 }
 
 void JTCThread::sleep(long milliseconds) {
-    Sleep(milliseconds > 0 ? static_cast<DWORD>(milliseconds) : 0);
+    osclock::Sleep(milliseconds > 0 ? static_cast<DWORD>(milliseconds) : 0);
 }
 
 JTCAdoptCurrentThread::JTCAdoptCurrentThread()

@@ -1,5 +1,6 @@
 #include <cstring>
 
+#include "seam/osmodules.h"
 #include "tracelog/effective.h"
 #include "tracelog/logline.h"
 
@@ -19,7 +20,7 @@ constexpr DWORD kMaxPath = 32'768;
 
 std::wstring ProgramStem() {
     std::wstring path(kMaxPath, L'\0');
-    path.resize(GetModuleFileNameW(nullptr, path.data(), kMaxPath));
+    path.resize(osmodules::Path(nullptr, path.data(), kMaxPath));
     path.erase(0, path.find_last_of(L"\\/") + 1);
     return path.substr(0, path.rfind(L'.'));
 }

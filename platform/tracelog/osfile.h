@@ -99,7 +99,7 @@ void ForEachFile(const wchar_t* pattern, Action action) {
     const Search search(opened);
     do {
         if ((found.dwFileAttributes & kNotPlain) == 0) action(std::as_const(found));
-    } while (FindNextFileW(search.handle, &found) != 0);
+    } while (!Calls::MustFail() && FindNextFileW(search.handle, &found) != 0);
 }
 
 /// False only when the system says that no such process exists, or that it has ended.

@@ -6,13 +6,9 @@
 
 #include "system/osregistry.h"
 
-extern "C" LONG NTAPI NtQueryKey(HANDLE key, int informationClass, void* information, ULONG room,
-                                 ULONG* bytes);
-
 namespace TarnLibA500::registrypath {
 namespace {
 
-constexpr int kNameInformation = 3;
 constexpr ULONG kUsualBytes = 512;
 
 struct RootName {
@@ -20,27 +16,29 @@ struct RootName {
     const wchar_t* name;
 };
 
-// Of a key that was opened; roots are no such keys.
-std::wstring OpenedName(HKEY key) {
+// Of a key that was opened; roots are no such keys, nor are those of other machines.
+LONG OpenedName(HKEY key, std::wstring& name) {
     // The number of the name's bytes, and the name.
     std::vector<BYTE> information;
-    LONG status = 0;
+    LONG error = ERROR_SUCCESS;
     for (ULONG bytes = kUsualBytes; bytes > information.size();) {
         information.resize(bytes);
-        status = NtQueryKey(key, kNameInformation, information.data(), bytes, &bytes);
+        error = osregistry::QueryName(key, information.data(), bytes);
     }
+    name.clear();
+    if (error != ERROR_SUCCESS) return error != ERROR_INVALID_HANDLE ? error : ERROR_SUCCESS;
     ULONG nameBytes = 0;
     std::memcpy(&nameBytes, information.data(), sizeof nameBytes);
-    if (status < 0 || nameBytes > information.size() - sizeof nameBytes) return std::wstring();
-    std::wstring name(nameBytes / sizeof(wchar_t), L'\0');
+    if (nameBytes > information.size() - sizeof nameBytes) return ERROR_INVALID_DATA;
+    name.resize(nameBytes / sizeof(wchar_t));
     std::memcpy(name.data(), information.data() + sizeof nameBytes, nameBytes);
-    return name;
+    return ERROR_SUCCESS;
 }
 
-std::wstring UserName() {
+LONG UserName(std::wstring& name) {
     osregistry::Key user;
-    osregistry::OpenCurrentUser(user.room());
-    return user.get() != nullptr ? OpenedName(user.get()) : std::wstring();
+    const LONG error = osregistry::OpenCurrentUser(user.room());
+    return error != ERROR_SUCCESS ? error : OpenedName(user.get(), name);
 }
 
 std::wstring RootText(HKEY key) {
@@ -52,7 +50,9 @@ std::wstring RootText(HKEY key) {
     for (const RootName& root : names) {
         if (root.key == key) return root.name;
     }
-    return SystemName(key);
+    std::wstring name;
+    SystemName(key, name);
+    return name;
 }
 
 std::wstring_view WithoutBackslashes(std::wstring_view path) {
@@ -68,13 +68,18 @@ bool IsEqual(std::wstring_view a, std::wstring_view b) {
 
 }  // namespace
 
-std::wstring SystemName(HKEY key) {
-    if (key == HKEY_CURRENT_USER) return UserName();
-    if (key == HKEY_LOCAL_MACHINE) return L"\\REGISTRY\\MACHINE";
-    if (key == HKEY_USERS) return L"\\REGISTRY\\USER";
-    // Where new classes are made.
-    if (key == HKEY_CLASSES_ROOT) return L"\\REGISTRY\\MACHINE\\SOFTWARE\\Classes";
-    return OpenedName(key);
+LONG SystemName(HKEY key, std::wstring& name) {
+    static const RootName names[] = {{HKEY_LOCAL_MACHINE, L"\\REGISTRY\\MACHINE"},
+                                     {HKEY_USERS, L"\\REGISTRY\\USER"},
+                                     // Where new classes are made.
+                                     {HKEY_CLASSES_ROOT, L"\\REGISTRY\\MACHINE\\SOFTWARE\\Classes"}};
+    if (key == HKEY_CURRENT_USER) return UserName(name);
+    for (const RootName& root : names) {
+        if (root.key != key) continue;
+        name = root.name;
+        return ERROR_SUCCESS;
+    }
+    return OpenedName(key, name);
 }
 
 bool IsSameOrBelow(std::wstring_view path, std::wstring_view top) {

@@ -14,9 +14,9 @@
 namespace TarnLibA500::registrypath {
 
 /// The system's own name of a root or an open key, which is the same whatever way leads to the key:
-/// "\REGISTRY\USER\S-1-5-21-...\Software". Empty for one that the system does not name, of another machine
-/// for instance.
-std::wstring SystemName(HKEY key);
+/// "\REGISTRY\USER\S-1-5-21-...\Software". Empty, and no failure, for one that the system does not name, of
+/// another machine for instance. Returns the system's error.
+LONG SystemName(HKEY key, std::wstring& name);
 
 /// True when a path is another one or goes on below it. Case is ignored as the system ignores it.
 bool IsSameOrBelow(std::wstring_view path, std::wstring_view top);

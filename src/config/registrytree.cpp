@@ -97,8 +97,9 @@ bool CopyBelow(HKEY from, HKEY to, const std::wstring& top, int depth) {
         bool isLink = false;
         Key source, target;
         LONG error = OpenEntry(from, below, KEY_READ, depth, source, isLink);
-        if (error == ERROR_SUCCESS && !top.empty() && registrypath::SystemName(source.get()) == top)
-            error = ERROR_INVALID_PARAMETER;
+        std::wstring ownName;
+        if (error == ERROR_SUCCESS && !top.empty()) error = registrypath::SystemName(source.get(), ownName);
+        if (error == ERROR_SUCCESS && !top.empty() && ownName == top) error = ERROR_INVALID_PARAMETER;
         if (!IsDone(error, "copy", from, below)) return false;
         error = isLink ? osregistry::Create(to, below, KEY_WRITE | KEY_CREATE_LINK, target.room(),
                                             REG_OPTION_CREATE_LINK)
@@ -123,11 +124,12 @@ LONG OpenNearest(HKEY root, std::wstring path, Key& key) {
 // names, classes even three.
 LONG RefuseTarget(HKEY source, HKEY targetRoot, const wchar_t* target) {
     Key nearest;
-    const LONG error = OpenNearest(targetRoot, target, nearest);
-    const std::wstring name = registrypath::SystemName(source);
-    const bool isWithin =
-        !name.empty() && registrypath::IsSameOrBelow(registrypath::SystemName(nearest.get()), name);
-    return isWithin ? ERROR_INVALID_PARAMETER : error;
+    LONG error = OpenNearest(targetRoot, target, nearest);
+    std::wstring from, to;
+    if (error == ERROR_SUCCESS) error = registrypath::SystemName(source, from);
+    if (error == ERROR_SUCCESS) error = registrypath::SystemName(nearest.get(), to);
+    if (error != ERROR_SUCCESS) return error;
+    return !from.empty() && registrypath::IsSameOrBelow(to, from) ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
 }
 
 }  // namespace
@@ -176,10 +178,13 @@ bool Registry::CopyKey(HKEY sourceRoot, const SAnsiStringCI& source, HKEY target
         sourceRoot == targetRoot && registrypath::IsSameOrBelow(toPath.getString(), fromPath.getString());
     const LONG refusal =
         isSameText ? ERROR_INVALID_PARAMETER : RefuseTarget(from.get(), targetRoot, toPath.getString());
+    std::wstring top;
     return IsDone(refusal, "copy a key that is above to", targetRoot, toPath.getString()) &&
            IsDone(osregistry::Create(targetRoot, toPath.getString(), KEY_WRITE, to.room()), "create",
                   targetRoot, toPath.getString()) &&
-           CopyBelow(from.get(), to.get(), registrypath::SystemName(to.get()), 0);
+           IsDone(registrypath::SystemName(to.get(), top), "ask for the name of", targetRoot,
+                  toPath.getString()) &&
+           CopyBelow(from.get(), to.get(), top, 0);
 }
 
 bool Registry::CopyValue(HKEY sourceRoot, const SAnsiStringCI& source, const SAnsiStringCI& name,

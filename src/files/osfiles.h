@@ -230,8 +230,33 @@ inline bool FindNext(HANDLE search, WIN32_FIND_DATAW& entry) {
     return !Calls::MustFail() && FindNextFileW(search, &entry) != 0;
 }
 
+// Three that fill "path", which has room for "units", or say how many they need.
+
+inline DWORD ShortPath(const wchar_t* of, DWORD units, wchar_t* path) {
+    return Calls::MustFail() ? 0 : GetShortPathNameW(of, path, units);
+}
+
+inline DWORD CurrentDirectory(DWORD units, wchar_t* path) {
+    return Calls::MustFail() ? 0 : GetCurrentDirectoryW(units, path);
+}
+
 inline DWORD TempPath(DWORD units, wchar_t* path) {
     return Calls::MustFail() ? 0 : GetTempPathW(units, path);
+}
+
+inline bool SetCurrentDirectory(const wchar_t* path) {
+    return !Calls::MustFail() && SetCurrentDirectoryW(path) != 0;
+}
+
+/// DRIVE_NO_ROOT_DIR or less when there is none.
+inline UINT DriveType(const wchar_t* root) {
+    return Calls::MustFail() ? DRIVE_UNKNOWN : GetDriveTypeW(root);
+}
+
+/// Bytes: what this user may still use, all, what is free.
+inline bool DiskSpace(const wchar_t* directory, ULARGE_INTEGER& mine, ULARGE_INTEGER& all,
+                      ULARGE_INTEGER& unused) {
+    return !Calls::MustFail() && GetDiskFreeSpaceExW(directory, &mine, &all, &unused) != 0;
 }
 
 inline File MapFile(HANDLE file) {
@@ -240,7 +265,14 @@ inline File MapFile(HANDLE file) {
 }
 
 inline void* View(HANDLE mapping, DWORD access = FILE_MAP_READ) {
-    return Calls::MustFail() ? nullptr : MapViewOfFile(mapping, access, 0, 0, 0);
+    void* const view = Calls::MustFail() ? nullptr : MapViewOfFile(mapping, access, 0, 0, 0);
+    if (view != nullptr) Calls::Opened();
+    return view;
+}
+
+inline void CloseView(const void* view) noexcept {
+    UnmapViewOfFile(view);
+    Calls::Closed();
 }
 
 /// Memory that processes share by a name, for as long as one of them has it open.
@@ -273,6 +305,18 @@ inline bool RequestChanges(HANDLE directory, void* buffer, DWORD bytes, bool sub
                            OVERLAPPED& request) {
     return !Calls::MustFail() &&
            ReadDirectoryChangesW(directory, buffer, bytes, subtree, filter, nullptr, &request, nullptr) != 0;
+}
+
+/// Ends a request that may be under way, and waits for its end.
+inline void CancelRequest(HANDLE directory, OVERLAPPED& request) noexcept {
+    DWORD bytes = 0;
+    CancelIoEx(directory, &request);
+    GetOverlappedResult(directory, &request, &bytes, TRUE);
+}
+
+/// Waits for one of these; WAIT_FAILED on a failure.
+inline DWORD WaitForOne(const HANDLE* events, DWORD count, DWORD milliseconds) {
+    return Calls::MustFail() ? WAIT_FAILED : WaitForMultipleObjects(count, events, FALSE, milliseconds);
 }
 
 /// What became of a request that is complete.

@@ -119,9 +119,7 @@ struct SDirectoryChangeWatcher::Watch {
     /// The system writes into the records until the request has ended, so this waits for it.
     void cancel() {
         if (!isAsked) return;
-        CancelIoEx(file.get(), &request);
-        DWORD bytes = 0;
-        GetOverlappedResult(file.get(), &request, &bytes, TRUE);
+        osfiles::CancelRequest(file.get(), request);
         isAsked = false;
     }
 
@@ -198,7 +196,7 @@ SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::waitOnce(unsigned l
                                                                       SIArray<SDirectoryChange>& changes) {
     if (!watch_->ask()) return fail(*watch_);
     const HANDLE events[] = {stopEvent_, watch_->request.hEvent};
-    switch (WaitForMultipleObjects(2, events, FALSE, milliseconds)) {
+    switch (osfiles::WaitForOne(events, 2, milliseconds)) {
         case WAIT_OBJECT_0:
             return stopped;
         case WAIT_OBJECT_0 + 1:

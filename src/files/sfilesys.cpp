@@ -45,7 +45,7 @@ bool IsNetworkPath(const char* path) {
 SWCharString CurrentDirectory() {
     for (DWORD units = kShortPathEnd;;) {
         StringBuilder<wchar_t, 1> room(units);
-        const DWORD needed = GetCurrentDirectoryW(units, room.units());
+        const DWORD needed = osfiles::CurrentDirectory(units, room.units());
         if (needed == 0) ThrowFileSys(Exception::fsStatFailed, GetLastError(), SAnsiString());
         if (needed < units) {
             room.cut(needed);
@@ -211,7 +211,7 @@ bool SFileSys::isDrive(const SAnsiString& path) {
         !HasZero(path) && HasDrive(path) && (text[2] == '\0' || (IsSlash(text[2]) && text[3] == '\0'));
     if (!isRoot) return false;
     const SAnsiString root = path.left(kDriveBytes) + "\\";
-    return GetDriveTypeW(ToSystem(root).getString()) > DRIVE_NO_ROOT_DIR;
+    return osfiles::DriveType(ToSystem(root).getString()) > DRIVE_NO_ROOT_DIR;
 }
 
 bool SFileSys::isFullPath(const SAnsiString& path) noexcept {
@@ -250,7 +250,7 @@ SAnsiString SFileSys::getCurrentDirectory() {
 
 void SFileSys::setCurrentDirectory(const SAnsiString& path) {
     const SWCharString target = ToSystem(path);
-    if (!HasZero(path) && SetCurrentDirectoryW(target.getString())) return;
+    if (!HasZero(path) && osfiles::SetCurrentDirectory(target.getString())) return;
     const DWORD error = HasZero(path) ? DWORD{ERROR_INVALID_NAME} : GetLastError();
     ThrowFileSys(Exception::fsSetCurrentDirFailed, error, path);
 }
@@ -347,7 +347,7 @@ void SFileSys::diskUsageInfo(const SAnsiString& path, unsigned long long& total,
     ULARGE_INTEGER unused;
     // With a slash at its end: the name of a share needs it.
     const SWCharString directory = JoinSystemPath(LongSystemPath(path), L"");
-    if (!GetDiskFreeSpaceExW(directory.getString(), &mine, &all, &unused)) {
+    if (!osfiles::DiskSpace(directory.getString(), mine, all, unused)) {
         const DWORD error = GetLastError();
         ThrowFileSys(Exception::fsDiskStatsFailed, error, path);
     }

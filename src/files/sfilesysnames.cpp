@@ -55,7 +55,7 @@ SAnsiString TempDirectoryText(const wchar_t* directory) {
     SAnsiString text;
     wchar_t shortName[MAX_PATH];
     if (FromSystemExactly(directory, text)) return text;
-    const DWORD length = GetShortPathNameW(directory, shortName, MAX_PATH);
+    const DWORD length = osfiles::ShortPath(directory, MAX_PATH, shortName);
     SAnsiString shortText;
     return length != 0 && length < MAX_PATH && FromSystemExactly(shortName, shortText) ? shortText : text;
 }

@@ -82,7 +82,7 @@ bool SSimpleBuffer::SSimpleInternalBuffer::Map(const SAnsiString& file) {
 
 void SSimpleBuffer::SSimpleInternalBuffer::UnMap() noexcept {
     if (!IsMapped()) return;
-    UnmapViewOfFile(data);
+    osfiles::CloseView(data);
     osfiles::Close(mappingHandle);
     osfiles::Close(fileHandle);
     data = nullptr;

@@ -95,7 +95,7 @@ osfiles::File PublishOwner(const SAnsiString& name) {
         if (!record) continue;
         if (void* const memory = osfiles::View(record.get(), FILE_MAP_WRITE)) {
             *static_cast<DWORD*>(memory) = GetCurrentProcessId();
-            UnmapViewOfFile(memory);
+            osfiles::CloseView(memory);
             return record;
         }
     }
@@ -109,7 +109,7 @@ DWORD PublishedOwner(const SAnsiString& name) {
         const void* const memory = record ? osfiles::View(record.get()) : nullptr;
         if (memory == nullptr) continue;
         const DWORD owner = *static_cast<const DWORD*>(memory);
-        UnmapViewOfFile(memory);
+        osfiles::CloseView(memory);
         return owner;
     }
     return 0;

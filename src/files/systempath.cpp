@@ -3,6 +3,7 @@
 #include <cwchar>
 
 #include "strings/text/stringbuilder.h"
+#include "system/osregistry.h"
 #include "system/systemtext.h"
 #include "tarnlib/pathparts.h"
 
@@ -19,14 +20,14 @@ constexpr const wchar_t* kSettingsKey = L"SYSTEM\\CurrentControlSet\\Control\\Fi
 constexpr const wchar_t* kLongPathsValue = L"LongPathsEnabled";
 
 bool ReadLongPathsEnabled() {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kSettingsKey, 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
+    osregistry::Key key;
+    if (osregistry::Open(HKEY_LOCAL_MACHINE, kSettingsKey, KEY_READ, key.room()) != ERROR_SUCCESS)
+        return false;
     DWORD value = 0;
     DWORD bytes = sizeof value;
     DWORD type = 0;
     const LONG error =
-        RegQueryValueExW(key, kLongPathsValue, nullptr, &type, reinterpret_cast<BYTE*>(&value), &bytes);
-    RegCloseKey(key);
+        osregistry::Query(key.get(), kLongPathsValue, type, reinterpret_cast<BYTE*>(&value), bytes);
     return error == ERROR_SUCCESS && type == REG_DWORD && value != 0;
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "diag/assert/levels.h"
+#include "seam/osmodules.h"
 #include "strings/text/stringbuilder.h"
 #include "system/systemtext.h"
 #include "tarnlib/pathparts.h"
@@ -16,19 +17,13 @@ namespace {
 
 // The directory that this library was loaded from, with its last slash; empty when the system does not tell.
 SWCharString OwnDirectory() {
-    constexpr DWORD kFlags =
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     constexpr DWORD kMaxPath = 32'768;
-    HMODULE module = nullptr;
-    if (!GetModuleHandleExW(kFlags, reinterpret_cast<LPCWSTR>(&OwnDirectory), &module)) return SWCharString();
+    const HMODULE module = osmodules::At(reinterpret_cast<const void*>(&OwnDirectory));
+    if (module == nullptr) return SWCharString();
     StringBuilder<wchar_t, 1> path(kMaxPath);
-    const DWORD length = GetModuleFileNameW(module, path.units(), kMaxPath);
+    const DWORD length = osmodules::Path(module, path.units(), kMaxPath);
     path.cut(length < kMaxPath ? length : 0);
     return path.isEmpty() ? SWCharString() : SWCharString(path.left(path.findLast(L"\\")) + L"\\");
-}
-
-bool IsFile(const SWCharString& path) {
-    return GetFileAttributesW(path.getString()) != INVALID_FILE_ATTRIBUTES;
 }
 
 [[noreturn]] void Fail(const SAnsiString& module, const SAnsiString& symbol, unsigned long code) {
@@ -78,7 +73,8 @@ void CSharedLibrary::Load(const SAnsiString& name) {
     const SWCharString wideName = SystemName(name);
     const SWCharString own = OwnDirectory();
     const SWCharString beside = own + wideName;
-    if (!own.isEmpty() && IsFile(beside)) return load(name, beside, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (!own.isEmpty() && osmodules::IsThere(beside.getString()))
+        return load(name, beside, LOAD_WITH_ALTERED_SEARCH_PATH);
     load(name, wideName, LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
 }
 
@@ -89,20 +85,20 @@ void CSharedLibrary::LoadAbsolute(const SAnsiString& path) {
 }
 
 void CSharedLibrary::load(const SAnsiString& name, const SWCharString& path, unsigned long flags) {
-    module_ = static_cast<void*>(LoadLibraryExW(path.getString(), nullptr, flags));
+    module_ = static_cast<void*>(osmodules::Load(path.getString(), flags));
     if (module_ == nullptr) Fail(name, SAnsiString(), GetLastError());
     name_ = name;
 }
 
 void CSharedLibrary::Unload() noexcept {
-    if (module_ != nullptr) FreeLibrary(static_cast<HMODULE>(module_));
+    if (module_ != nullptr) osmodules::Free(static_cast<HMODULE>(module_));
     module_ = nullptr;
     name_.empty();
 }
 
 void* CSharedLibrary::TryResolve(const char* symbol) const noexcept {
     if (module_ == nullptr || symbol == nullptr) return nullptr;
-    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module_), symbol));
+    return osmodules::Find(static_cast<HMODULE>(module_), symbol);
 }
 
 void* CSharedLibrary::Resolve(const char* symbol) const {

@@ -7,6 +7,8 @@
 #include <windows.h>
 
 extern "C" LONG NTAPI NtDeleteKey(HANDLE key);
+extern "C" LONG NTAPI NtQueryKey(HANDLE key, int informationClass, void* information, ULONG room,
+                                 ULONG* bytes);
 extern "C" ULONG NTAPI RtlNtStatusToDosError(LONG status);
 
 /// The one way in which the library reaches the registry. Results are the system's error codes.
@@ -58,8 +60,9 @@ inline LONG Connect(const wchar_t* machine, HKEY root, HKEY& remote) {
 
 /// The key that HKEY_CURRENT_USER stands for, under a handle of its own.
 inline LONG OpenCurrentUser(HKEY& key) {
+    LONG error = Calls::Error();
     HKEY opened = nullptr;
-    const LONG error = RegOpenCurrentUser(KEY_QUERY_VALUE, &opened);
+    if (error == ERROR_SUCCESS) error = RegOpenCurrentUser(KEY_QUERY_VALUE, &opened);
     return Take(error, opened, key);
 }
 
@@ -101,6 +104,16 @@ inline LONG EnumValue(HKEY key, DWORD index, wchar_t* name, DWORD& units) {
     return error != ERROR_SUCCESS
                ? error
                : RegEnumValueW(key, index, name, &units, nullptr, nullptr, nullptr, nullptr);
+}
+
+/// The system's own name of an open key, behind the number of its bytes. "bytes" is the room, and then what is
+/// needed.
+inline LONG QueryName(HKEY key, void* information, ULONG& bytes) {
+    constexpr int kNameInformation = 3;
+    const LONG error = Calls::Error();
+    if (error != ERROR_SUCCESS) return error;
+    return static_cast<LONG>(
+        RtlNtStatusToDosError(NtQueryKey(key, kNameInformation, information, bytes, &bytes)));
 }
 
 inline void Close(HKEY key) noexcept {

@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+#include "seam/osmodules.h"
+
 namespace TarnLibA500::oszone {
 namespace {
 
@@ -9,10 +11,9 @@ using ReadYear = BOOL(WINAPI*)(USHORT, DYNAMIC_TIME_ZONE_INFORMATION*, TIME_ZONE
 
 // Looked up, because the first systems of version 6 do not have it.
 ReadYear FindReadYear() noexcept {
-    const HMODULE kernel = GetModuleHandleW(L"kernel32.dll");
+    const HMODULE kernel = osmodules::Loaded(L"kernel32.dll");
     if (kernel == nullptr) return nullptr;
-    void* const found = reinterpret_cast<void*>(GetProcAddress(kernel, "GetTimeZoneInformationForYear"));
-    return reinterpret_cast<ReadYear>(found);
+    return reinterpret_cast<ReadYear>(osmodules::Find(kernel, "GetTimeZoneInformationForYear"));
 }
 
 }  // namespace

@@ -188,6 +188,10 @@ TEST_F(FileFaults, WhicheverCallOfTheFileSystemFailsIsReported) {
     failEach(Nothing, [&] { SFileSys::listing(root, "*", entries); }, {"7 6"});
     failEach(Nothing, [&] { SFileSys::countAll(root); }, {"7 6"});
     failEach(Nothing, [&] { SFileSys::getLastModifiedTime(root); }, {"7 6"});
+    unsigned long long bytes = 0;
+    failEach(Nothing, [&] { SFileSys::diskUsageInfo(root, bytes, bytes, bytes); }, {"12 6"});
+    failEach(Nothing, [&] { SFileSys::setCurrentDirectory(SFileSys::getCurrentDirectory()); },
+             {"7 6", "15 6"});
     failEach(Nothing, [&] { SFileSys::getUniqueFilename(root, "u", "", true, 0); }, {"11 6"});
     failEach(Nothing, [&] { SFileSys::getUniqueDirname(root, "u", false, 0); }, {"11 6", ""});
     const auto noLevels = [&] { fs::remove_all(folder / "x"); };

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include "seam/osmodules.h"
 #include "support/case_file.h"
+#include "support/failing.h"
 #include "support/print_strings.h"
+#include "tarnlib/csharedlibrary.h"
 
 using namespace TarnLibA500;
 
@@ -17,6 +20,20 @@ std::wstring Units(const std::string& hex) {
 }
 
 }  // namespace
+
+TEST(SharedLibraryFaults, AreToldAndLeaveNothingLoaded) {
+    std::string codes;
+    const auto use = [&codes] {
+        try {
+            CSharedLibrary(SAnsiString("Ole32.dll")).Resolve("CoCreateGuid");
+        } catch (const CSharedLibraryException& failure) {
+            codes += std::to_string(failure.GetErrorCode()) + " ";
+        }
+    };
+    for (unsigned long nth = 1; tarntest::FailsAt<osmodules::Calls>(nth, ERROR_NOT_ENOUGH_MEMORY, use);)
+        ++nth;
+    EXPECT_EQ(codes, "8 127 ");  // whoever cannot look beside the library looks elsewhere
+}
 
 TEST(SystemText, IsExactOrSaysSo) {
     for (const auto& c : tarntest::ReadCases("system/system_texts.txt")) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 #include <utility>
 
 #include "diag/assert/unlogged.h"
@@ -11,8 +12,7 @@
 #include "diag/logging/tracestateupdater.h"
 #include "diag/logging/tracetext.h"
 #include "files/systempath.h"
-
-#include <windows.h>
+#include "seam/osmodules.h"
 
 namespace TarnLibA500 {
 namespace {
@@ -53,17 +53,11 @@ SAnsiString DescribeEngine() {
     return description.text();
 }
 
-// The module that this code is in, once more or once less: a thread that runs in it keeps it loaded.
-void HoldModule() {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(&HoldModule),
-                       &module);
-}
-void ReleaseModule() {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<LPCWSTR>(&HoldModule), &module);
-    FreeLibrary(module);
+// The module that this code is in, once more: a thread that runs in it keeps it loaded.
+HMODULE HoldModule() {
+    const HMODULE module = osmodules::Hold(reinterpret_cast<const void*>(&HoldModule));
+    if (module == nullptr) throw std::runtime_error("the module cannot be kept loaded");
+    return module;
 }
 
 }  // namespace
@@ -147,14 +141,12 @@ void ActiveLogger::refresh() {
 
 // Without a thread logging goes on; then every line is written at once.
 void ActiveLogger::startUpdater(TraceOptions& options) {
-    HoldModule();
     try {
+        module_ = HoldModule();
         updater_ = new TraceStateUpdaterThread([this] { refresh(); });
         updater_->start();
     } catch (const std::exception& failure) {
-        delete updater_;
-        updater_ = nullptr;
-        ReleaseModule();
+        dropUpdater();
         options.noThread = true;
         options.notices.RemoveAll();
         options.notices.Add({OptionNotice::Loss, SAnsiString("no trace state updater: ") + failure.what()});
@@ -170,9 +162,13 @@ void ActiveLogger::stopUpdater() {
         AddRef();  // stuck in the system: it and what it uses are left behind, rather than taken away from it
         return;
     }
+    dropUpdater();
+}
+
+void ActiveLogger::dropUpdater() {
     delete updater_;
     updater_ = nullptr;
-    ReleaseModule();
+    if (module_ != nullptr) osmodules::Free(static_cast<HMODULE>(std::exchange(module_, nullptr)));
 }
 
 SAnsiString ActiveLogger::getCmdLine() const {

@@ -42,6 +42,7 @@ class ActiveLogger : public CRefCount {
     void start(TraceOptions& options);
     void startUpdater(TraceOptions& options);
     void stopUpdater();
+    void dropUpdater();
 
     TraceBridge& bridge_;
     CParamLineArgs options_;
@@ -53,6 +54,7 @@ class ActiveLogger : public CRefCount {
     LoggingDLL plugins_;
     std::atomic<bool> isStopped_{false};
     TraceStateUpdaterThread* updater_ = nullptr;
+    void* module_ = nullptr;  ///< this one, which stays loaded as long as the thread is there
 };
 
 }  // namespace TarnLibA500

@@ -7,6 +7,7 @@
 #include <cwchar>
 #include <memory>
 
+#include "seam/osmodules.h"
 #include "system/systemtext.h"
 #include "tarnlib/sstringconv.h"
 
@@ -62,7 +63,7 @@ SAnsiString Demangled(const char* name) {
 
 SAnsiString ModuleName(HMODULE module) {
     wchar_t path[MAX_PATH];
-    const DWORD length = GetModuleFileNameW(module, path, MAX_PATH);
+    const DWORD length = osmodules::Path(module, path, MAX_PATH);
     if (length == 0 || length == MAX_PATH) return "?";
     const wchar_t* const slash = std::wcsrchr(path, L'\\');
     return FromSystem(slash != nullptr ? slash + 1 : path);
@@ -71,10 +72,8 @@ SAnsiString ModuleName(HMODULE module) {
 }  // namespace
 
 SAnsiString DescribeCode(const void* address) {
-    constexpr DWORD kFlags =
-        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-    HMODULE module = nullptr;
-    if (!GetModuleHandleExW(kFlags, static_cast<LPCWSTR>(address), &module)) return "?";
+    const HMODULE module = osmodules::At(address);
+    if (module == nullptr) return "?";
     const auto offset = static_cast<DWORD>(reinterpret_cast<std::uintptr_t>(address) -
                                            reinterpret_cast<std::uintptr_t>(module));
     const NearestExport nearest = ExportTable(module).findNearest(offset);

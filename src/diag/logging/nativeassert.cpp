@@ -1,8 +1,8 @@
 #include "diag/logging/nativeassert.h"
 
-#include <bit>
 #include <cstdlib>
 
+#include "seam/osmodules.h"
 #include "tarnlib/sstring.h"
 #include "waiting/waiting.h"
 
@@ -28,12 +28,12 @@ struct WindowSystem {
 
 template <class Function>
 void Find(HMODULE module, const char* name, Function& function) {
-    function = std::bit_cast<Function>(GetProcAddress(module, name));
+    function = reinterpret_cast<Function>(osmodules::Find(module, name));
 }
 
 WindowSystem LoadWindowSystem() {
     WindowSystem windows;
-    const HMODULE module = LoadLibraryExW(L"user32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    const HMODULE module = osmodules::Load(L"user32.dll", LOAD_LIBRARY_SEARCH_SYSTEM32);
     if (module == nullptr) return windows;
     Find(module, "MessageBoxW", windows.messageBox);
     Find(module, "GetProcessWindowStation", windows.ownStation);

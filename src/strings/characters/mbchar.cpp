@@ -74,7 +74,10 @@ const CodePage& CodePage::FindOrCreate(unsigned number) {
 
 CodePage* CodePage::Create(unsigned number) {
     // Zeroed pages straight from the system: rows that nobody needs cost no memory.
-    void* place = VirtualAlloc(nullptr, sizeof(CodePage), MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+    constexpr DWORD kForGood = MEM_RESERVE | MEM_COMMIT;
+    void* place = osmemory::Calls::Error() == 0
+                      ? VirtualAlloc(nullptr, sizeof(CodePage), kForGood, PAGE_READWRITE)
+                      : nullptr;
     if (place == nullptr) throw BadAllocation();
     CodePage* page = new (place) CodePage;
     CPINFO info = {};
