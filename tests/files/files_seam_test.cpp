@@ -19,6 +19,7 @@
 using namespace TarnLibA500;
 using tarntest::FailsAt;
 using tarntest::Failure;
+using tarntest::Instead;
 using tarntest::ReadBytes;
 using tarntest::Text;
 using tarntest::WriteBytes;
@@ -217,7 +218,7 @@ TEST_F(FileFaults, ADirectoryThatBecomesALinkIsNotEntered) {
         {"rremoveContent", [&] { SFileSys::rremoveContent(root); }},
         {"giveAllAccess", [&] { SFileSys::giveAllAccess(root, true); }}};
     swapRoot = folder;
-    osfiles::getFileAttributes = SeeLink;
+    const Instead links(osfiles::getFileAttributes, SeeLink);
     for (const auto& [name, work] : cases) {
         int swaps = 0;
         for (unsigned long nth = 1; nth <= 20; ++nth) {
@@ -237,15 +238,15 @@ TEST_F(FileFaults, ADirectoryThatBecomesALinkIsNotEntered) {
     MakeTree(folder / "tree", std::string(1000, 'f'));  // a link from the beginning
     linkPath = (folder / "tree").wstring();
     EXPECT_EQ(Failure(cases[0].second), "8 8");
-    osfiles::getFileAttributes = nullptr;
+    linkPath.clear();
     EXPECT_TRUE(IsUntouched(folder / "tree"));
     RemoveTree(folder / "tree");
 }
 
 TEST_F(FileFaults, AReplacementThatFailsHalfwayLeavesTheOldFile) {
     const SAnsiString target = Text(folder / "target");
-    osclock::sleep = NoPause;
-    osfiles::replaceFile = ReplaceHalfway;
+    const Instead noPause(osclock::sleep, NoPause);
+    const Instead halfway(osfiles::replaceFile, ReplaceHalfway);
     for (const unsigned long failures : {0UL, 1UL, 100UL}) {
         for (const bool isCopy : {true, false}) {
             WriteBytes(folder / "file", "new");
@@ -262,8 +263,6 @@ TEST_F(FileFaults, AReplacementThatFailsHalfwayLeavesTheOldFile) {
             EXPECT_EQ(SFileSys::countAll(Text(folder)), isDone && !isCopy ? 1U : 2U) << failures << isCopy;
         }
     }
-    osclock::sleep = nullptr;
-    osfiles::replaceFile = nullptr;
 }
 
 TEST_F(FileFaults, NothingIsHalfWritten) {
@@ -382,7 +381,7 @@ TEST_F(FileFaults, ChildrenInheritUnlessToldOtherwise) {
 TEST_F(FileFaults, TenReadsMayComeBackEmpty) {
     const std::pair<unsigned long, const char*> cases[] = {{0, "text"}, {9, "text"}, {10, ""}};
     WriteBytes(folder / "file", "text");
-    osfiles::readFile = ReadNothingAtFirst;
+    const Instead slowly(osfiles::readFile, ReadNothingAtFirst);
     for (const auto& [times, expected] : cases) {
         SFile slow(file, SFile::readOnly, 0, kShared);
         emptyReads = times;
@@ -392,7 +391,6 @@ TEST_F(FileFaults, TenReadsMayComeBackEmpty) {
         EXPECT_EQ(slow.readString(), expected) << times;
         emptyReads = 0;
     }
-    osfiles::readFile = nullptr;
 }
 
 TEST_F(FileFaults, TooLittleMemoryIsAnErrorOfTheReading) {

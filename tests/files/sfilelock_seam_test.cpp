@@ -8,6 +8,7 @@
 #include "seam/osclock.h"
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
+#include "support/failing.h"
 #include "tarnlib/sfilelock.h"
 #include "tarnlib/sinstancelock.h"
 
@@ -103,7 +104,7 @@ std::string Play(char step, std::optional<SFileLock>& lock) {
 
 TEST(FileLock, TakesTurns) {
     const long handles = osfiles::Calls::OpenNow();
-    osclock::sleep = SleepAmongOthers;
+    const tarntest::Instead among(osclock::sleep, SleepAmongOthers);
     for (const auto& c : tarntest::ReadCases("files/lock_turns.txt")) {
         const auto number = [&](std::size_t field) {
             return static_cast<unsigned short>(std::stoi(c[field]));
@@ -126,7 +127,6 @@ TEST(FileLock, TakesTurns) {
         lock.reset();
         Remove();
     }
-    osclock::sleep = nullptr;
     EXPECT_EQ(osfiles::Calls::OpenNow(), handles);
     EXPECT_EQ(SFileLock(SAnsiString(), 9, 1, false).unlock(), SFileLock::lockOk);  // nothing to give back
 }
@@ -143,7 +143,7 @@ TEST(InstanceLock, WhateverFailsNobodyElseGetsIt) {
                  {2, ERROR_ACCESS_DENIED, SInstanceLock::taken, SInstanceLock::heldByAnother},
                  {3, ERROR_ACCESS_DENIED, SInstanceLock::taken, SInstanceLock::heldByAnother}};
     const long handles = osfiles::Calls::OpenNow();
-    osclock::sleep = NoPause;
+    const tarntest::Instead noPause(osclock::sleep, NoPause);
     for (const auto& c : cases) {
         SInstanceLock lock(name);
         SInstanceLock next(name);
@@ -154,6 +154,5 @@ TEST(InstanceLock, WhateverFailsNobodyElseGetsIt) {
         EXPECT_EQ(next.take(), c.next) << c.nth;
         EXPECT_EQ(next.ownerProcess(), GetCurrentProcessId()) << c.nth;
     }
-    osclock::sleep = nullptr;
     EXPECT_EQ(osfiles::Calls::OpenNow(), handles);
 }

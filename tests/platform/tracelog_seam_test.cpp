@@ -13,12 +13,14 @@
 #include "seam/osclock.h"
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
+#include "support/failing.h"
 #include "support/file_bytes.h"
 #include "tracelog/osfile.h"
 
 #include <windows.h>
 
 using namespace TraceLog400;
+using tarntest::Instead;
 
 namespace {
 
@@ -56,17 +58,11 @@ class TraceLogs : public testing::Test {
     void SetUp() override {
         DeviceAdmin::get().close_all();
         folder_ = tarntest::MakeScratchFolder("tracelog");
-        osfile::writeFile = WriteSome;
-        osclock::tickCount = LaterTick;
-        osclock::systemTime = LaterTime;
     }
     void TearDown() override {
         osfile::Calls::Fail(0, 0);
         mostBytes = INFINITE;
         DeviceAdmin::get().close_all();
-        osfile::writeFile = nullptr;
-        osclock::tickCount = nullptr;
-        osclock::systemTime = nullptr;
     }
     void open(std::uint64_t size = 0, bool keep = true, bool buffered = false, unsigned files = 0,
               unsigned days = 0) const {
@@ -117,6 +113,9 @@ class TraceLogs : public testing::Test {
         return count;
     }
 
+    const Instead<decltype(WriteFile)> writing_{osfile::writeFile, WriteSome};
+    const Instead<decltype(GetTickCount64)> ticking_{osclock::tickCount, LaterTick};
+    const Instead<decltype(GetSystemTimeAsFileTime)> time_{osclock::systemTime, LaterTime};
     fs::path folder_;
     const std::string own_ = "_" + std::to_string(GetCurrentProcessId()) + ".";
     std::string living_ = "_none.";

@@ -21,9 +21,7 @@ namespace tarntest {
 using Allocations = osmemory::Calls;
 
 /// Allocations that this thread has made.
-inline unsigned long AllocationsSoFar() {
-    return Allocations::SoFar();
-}
+constexpr auto AllocationsSoFar = &Allocations::SoFar;
 
 /// Makes this thread's nth allocation from now fail, once: 1 is the next one, 0 none.
 inline void FailAllocation(unsigned long nth) {
@@ -31,14 +29,10 @@ inline void FailAllocation(unsigned long nth) {
 }
 
 /// True when the failure that was last asked for on this thread has happened.
-inline bool FailureHappened() {
-    return Allocations::HasFailed();
-}
+constexpr auto FailureHappened = &Allocations::HasFailed;
 
 /// Blocks that are allocated at present, by all threads.
-inline long LiveBlocks() {
-    return Allocations::OpenNow();
-}
+constexpr auto LiveBlocks = &Allocations::OpenNow;
 
 /// Copies the first bytes of a block at the moment when the library frees it.
 void CopyWhenFreed(const void* block, void* copy, unsigned long bytes);

@@ -7,10 +7,12 @@
 #include "seam/osclock.h"
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
+#include "support/failing.h"
 #include "tarnlib/sdatetimeconv.h"
 #include "tarnlib/sstopwatch.h"
 
 using namespace TarnLibA500;
+using tarntest::Instead;
 
 namespace {
 
@@ -30,14 +32,6 @@ struct FakeSystem {
         reads = calls = 0;
         fails = false;
         zone = {};
-        osclock::tickCount = Tick;
-        osclock::systemTime = Time;
-        oszone::readZone = Read;
-    }
-    ~FakeSystem() {
-        osclock::tickCount = nullptr;
-        osclock::systemTime = nullptr;
-        oszone::readZone = nullptr;
     }
 
     static ULONGLONG WINAPI Tick() { return ++calls, tick; }
@@ -52,6 +46,10 @@ struct FakeSystem {
         if (year == 2019) out.Bias = 999;  // unlike the others
         return !fails;
     }
+
+    const Instead<decltype(GetTickCount64)> tickCount{osclock::tickCount, Tick};
+    const Instead<decltype(GetSystemTimeAsFileTime)> systemTime{osclock::systemTime, Time};
+    const Instead<decltype(oszone::ReadFromSystem)> readZone{oszone::readZone, Read};
 };
 
 SAnsiString Shown(const char* text) {
