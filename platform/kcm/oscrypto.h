@@ -1,5 +1,6 @@
 #pragma once
 
+#include <openssl/crypto.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
@@ -33,16 +34,21 @@ Context* Opened(Context* context) {
     return context;
 }
 
+/// What the first call of a process asks for: no configuration file is ever read, neither when a name is looked up.
+inline bool Started() {
+    return OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr) == 1;
+}
+
 inline bool Random(unsigned char* bytes, std::size_t count) {
-    return !Calls::MustFail() && Checked(RAND_bytes_ex(nullptr, bytes, count, 0) == 1);
+    return !Calls::MustFail() && Checked(Started() && RAND_bytes_ex(nullptr, bytes, count, 0) == 1);
 }
 
 inline EVP_MD* FetchDigest(const char* name) {
-    return Calls::MustFail() ? nullptr : Checked(EVP_MD_fetch(nullptr, name, nullptr));
+    return Calls::MustFail() || !Started() ? nullptr : Checked(EVP_MD_fetch(nullptr, name, nullptr));
 }
 
 inline EVP_CIPHER* FetchCipher(const char* name) {
-    return Calls::MustFail() ? nullptr : Checked(EVP_CIPHER_fetch(nullptr, name, nullptr));
+    return Calls::MustFail() || !Started() ? nullptr : Checked(EVP_CIPHER_fetch(nullptr, name, nullptr));
 }
 
 inline EVP_MD_CTX* NewDigest() {
