@@ -18,7 +18,7 @@ constexpr wchar_t kAsciiEnd = 0x80;
 constexpr std::uint32_t kPieceBytes = 4096;
 // A shorter run of ASCII is not worth leaving the piece for.
 constexpr std::uint32_t kAsciiRunBytes = 64;
-constexpr std::uint32_t kMaxCodePageBytes = 2;
+constexpr std::uint32_t kMaxCodePageBytes = 3;
 
 }  // namespace
 

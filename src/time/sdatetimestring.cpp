@@ -25,7 +25,7 @@ SAnsiString FromWide(const wchar_t* text) {
     if (all.fromWChar(text)) return all;
     const mbchar::CodePage& page = mbchar::CodePage::Current();
     for (; *text != L'\0'; ++text) {
-        char bytes[2];
+        char bytes[mbchar::kMaxCharacterBytes];
         const int count = page.fromWide(bytes, *text);
         if (count > 0) {
             all.concat(bytes, static_cast<std::uint32_t>(count));

@@ -1,5 +1,8 @@
 #include "strings/characters/codepagetext.h"
 
+#include "strings/characters/utf.h"
+#include "strings/characters/utf8text.h"
+
 namespace TarnLibA500::mbchar {
 namespace {
 
@@ -13,24 +16,30 @@ std::uint32_t FromWideOrReplace(const CodePage& page, char* bytes, wchar_t unit)
 
 }  // namespace
 
-std::uint32_t CountCharacters(const CodePage& page, const char* text, const char* end) noexcept {
+std::uint32_t CountUnits(const CodePage& page, const char* text, const char* end) noexcept {
     if (page.isSingleByte()) return static_cast<std::uint32_t>(end - text);
+    if (page.isUtf8()) return utf8text::CountUnits(text, end);
     std::uint32_t count = 0;
-    wchar_t unit;
-    for (; text < end; ++count) text += page.toWideOrReplace(unit, text, end);
+    for (; text < end; ++count) text += page.characterAt(text, end).bytes;
     return count;
 }
 
 std::uint32_t Decode(const CodePage& page, const char*& text, const char* end, wchar_t* out,
                      std::uint32_t room) noexcept {
+    if (page.isUtf8()) return utf8text::Decode(text, end, out, room);
     const char* at = text;
     std::uint32_t units = 0;
-    for (; at < end && units < room; ++units) at += page.toWideOrReplace(out[units], at, end);
+    while (at < end && units < room) {
+        const Character character = page.characterAt(at, end);
+        out[units++] = static_cast<wchar_t>(character.isValid() ? character.code : char32_t{kReplacement});
+        at += character.bytes;
+    }
     text = at;
     return units;
 }
 
 std::uint32_t CountBytes(const CodePage& page, const wchar_t* text, const wchar_t* end) noexcept {
+    if (page.isUtf8()) return utf::BytesWithReplacements(text, static_cast<std::uint32_t>(end - text));
     char bytes[kMaxCharacterBytes];
     std::uint32_t needed = 0;
     for (; text < end; ++text) needed += FromWideOrReplace(page, bytes, *text);
@@ -39,6 +48,7 @@ std::uint32_t CountBytes(const CodePage& page, const wchar_t* text, const wchar_
 
 std::uint32_t Encode(const CodePage& page, const wchar_t*& text, const wchar_t* end, char* out,
                      std::uint32_t room) noexcept {
+    if (page.isUtf8()) return utf8text::Encode(text, end, out, room);
     std::uint32_t used = 0;
     for (; text < end; ++text) {
         char bytes[kMaxCharacterBytes];

@@ -4,16 +4,17 @@
 
 #include "strings/characters/mbchar.h"
 
-/// Texts of a code page and of UTF-16 into each other, by their length: zero units are characters like others.
-/// The caller holds the code page, because the size that it asks for and the text that it then writes must be
+/// Narrow texts and UTF-16 into each other, by their length: zero units are characters like others.
+/// The caller holds the page, because the size that it asks for and the text that it then writes must be
 /// of the same one.
 namespace TarnLibA500::mbchar {
 
-/// Characters of a text, an invalid byte counting as one: the UTF-16 units that it becomes.
-std::uint32_t CountCharacters(const CodePage& page, const char* text, const char* end) noexcept;
+/// The UTF-16 units that a text becomes: one for a character or an invalid byte, two for a character beyond
+/// U+FFFF.
+std::uint32_t CountUnits(const CodePage& page, const char* text, const char* end) noexcept;
 
-/// Converts until the text or the room is at its end, "?" for invalid bytes; the text is advanced past what
-/// was read. Returns the units written.
+/// Converts until the text is at its end or the next character does not fit, "?" for invalid bytes; the text is
+/// advanced past what was read. Returns the units written.
 std::uint32_t Decode(const CodePage& page, const char*& text, const char* end, wchar_t* out,
                      std::uint32_t room) noexcept;
 

@@ -14,11 +14,11 @@ using mbchar::CodePage;
 
 constexpr const char* kUnit = "codesetconverter";
 
-// Far enough for the first "characters" characters of a text, so that a long text is not measured for a short
-// output.
-const char* EndOfCharacters(const char* in, std::uint32_t characters) {
+// As much of a text as the room can take, so that a long text is not measured for a short output.
+const char* EndOfUnits(const char* in, std::uint32_t units) {
     constexpr std::size_t kMostBytes = std::numeric_limits<std::size_t>::max();
-    return in + strnlen(in, characters < kMostBytes / 2 ? 2 * characters : kMostBytes);
+    constexpr std::size_t kMostOfUnit = mbchar::kLongestCharacter;
+    return in + strnlen(in, units < kMostBytes / kMostOfUnit ? kMostOfUnit * units : kMostBytes);
 }
 
 }  // namespace
@@ -26,8 +26,8 @@ const char* EndOfCharacters(const char* in, std::uint32_t characters) {
 int CodesetConverter::mbstoucs2(wchar_t* out, const char* in, std::uint32_t maxUnits) {
     if (!Require(in != nullptr, kUnit, "inBuffer != 0")) return 0;
     const CodePage& page = CodePage::Current();
-    if (out == nullptr) return static_cast<int>(mbchar::CountCharacters(page, in));
-    const std::uint32_t units = mbchar::Decode(page, in, EndOfCharacters(in, maxUnits), out, maxUnits);
+    if (out == nullptr) return static_cast<int>(mbchar::CountUnits(page, in, in + std::strlen(in)));
+    const std::uint32_t units = mbchar::Decode(page, in, EndOfUnits(in, maxUnits), out, maxUnits);
     if (units < maxUnits) out[units] = L'\0';
     return static_cast<int>(units);
 }

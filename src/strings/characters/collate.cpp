@@ -37,7 +37,7 @@ LCID CollationLocale() {
 // high.
 unsigned NextFolded(const CodePage& page, const char*& text) {
     wchar_t unit = 0;
-    if (!page.isLeadByte(*text) || page.toWide(unit, text) < 0) return page.foldByte(*text++);
+    if (page.isAlone(*text) || page.toWide(unit, text) < 0) return page.foldByte(*text++);
     char pair[mbchar::kMaxCharacterBytes] = {text[0], text[1]};
     text += 2;
     const int bytes = page.fromWide(pair, static_cast<wchar_t>(std::towlower(unit)));

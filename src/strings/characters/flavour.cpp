@@ -4,11 +4,11 @@ namespace TarnLibA500 {
 namespace {
 
 // True when a character begins at the place. "known" is an earlier place where one does, and is moved as far
-// as is now known. A byte that is no lead byte ends a character, whatever stood before it; so only the run of
-// possible lead bytes right before the place must be walked.
+// as is now known. A byte that is a character by itself ends one, whatever stood before it; so only the run of
+// other bytes right before the place must be walked.
 bool BeginsCharacter(const mbchar::CodePage& page, const char* place, const char*& known) {
     const char* run = place;
-    while (run > known && page.isLeadByte(run[-1])) --run;
+    while (run > known && !page.isAlone(run[-1])) --run;
     while (run < place) run += std::max(page.step(run), 1U);
     known = run;
     return run == place;
@@ -17,7 +17,8 @@ bool BeginsCharacter(const mbchar::CodePage& page, const char* place, const char
 }  // namespace
 
 bool Flavour<char, 0>::beginsCharacter(const char* first, const char* place) {
-    return BeginsCharacter(mbchar::CodePage::Current(), place, first);
+    const mbchar::CodePage& page = mbchar::CodePage::Current();
+    return page.isFoundByBytes() || BeginsCharacter(page, place, first);
 }
 
 // Equal bytes at the beginning of a character are equal characters, because every character of "what" is
@@ -25,7 +26,7 @@ bool Flavour<char, 0>::beginsCharacter(const char* first, const char* place) {
 const char* Flavour<char, 0>::find(const char* from, const char* end, const char* what, std::uint32_t n) {
     const mbchar::CodePage& page = mbchar::CodePage::Current();
     const char* place = FindBytes(from, static_cast<std::size_t>(end - from), what, n);
-    if (page.isSingleByte()) return place;
+    if (page.isFoundByBytes()) return place;
     const char* known = from;
     while (place != nullptr && !BeginsCharacter(page, place, known)) {
         place = FindBytes(known, static_cast<std::size_t>(end - known), what, n);

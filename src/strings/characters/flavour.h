@@ -69,22 +69,16 @@ struct Flavour<char, 0> {
     static const char* advance(const char* at, std::uint32_t characters) {
         return mbchar::Advance(mbchar::CodePage::Current(), at, characters);
     }
-    static const char* advanceWithin(const char* at, const char*, std::uint32_t characters) {
-        return advance(at, characters);
+    static const char* advanceWithin(const char* at, const char* end, std::uint32_t characters) {
+        return mbchar::Advance(mbchar::CodePage::Current(), at, end, characters);
     }
     static std::uint32_t count(const char* from, const char* end) {
-        const mbchar::CodePage& page = mbchar::CodePage::Current();
-        if (page.isSingleByte())
-            return static_cast<std::uint32_t>(strnlen(from, static_cast<std::size_t>(end - from)));
-        std::uint32_t characters = 0;
-        for (; from < end && *from != '\0'; from += page.step(from)) ++characters;
-        return characters;
+        return mbchar::CountCharacters(mbchar::CodePage::Current(), from, end);
     }
     static TrimStep trimStep(const char* at) {
-        const mbchar::CodePage& page = mbchar::CodePage::Current();
-        wchar_t unit = 0;
-        const int bytes = page.toWide(unit, at);
-        return {page.step(at), bytes > 0 && is_space(unit)};
+        const mbchar::Character character = mbchar::CodePage::Current().characterAt(at);
+        const bool isSpace = character.isOneUnit() && is_space(static_cast<wchar_t>(character.code));
+        return {character.bytes, isSpace};
     }
     /// False when a character of the text is invalid, or when it begins with a zero byte, which ends every text
     /// that is searched: such a text is never found.
@@ -94,7 +88,7 @@ struct Flavour<char, 0> {
         if (page.isSingleByte()) return true;
         for (const char* const end = text + length; text < end;) {
             const unsigned bytes = std::max(page.step(text), 1U);
-            if (bytes == 1 && page.isLeadByte(*text)) return false;
+            if (bytes == 1 && !page.isAlone(*text)) return false;
             text += bytes;
         }
         return true;

@@ -7,6 +7,8 @@
 #include <windows.h>
 
 #include "strings/base/memory.h"
+#include "strings/characters/utf8form.h"
+#include "strings/characters/utf8text.h"
 #include "waiting/waiting.h"
 
 extern "C" __declspec(dllimport) unsigned int __cdecl ___lc_codepage_func(void);
@@ -16,17 +18,18 @@ namespace {
 
 constexpr unsigned kByteValues = 256;
 
+std::atomic<const CodePage*> chosen{nullptr};
 std::atomic<const CodePage*> lastUsed{nullptr};
 std::atomic<CodePage*> known{nullptr};
 // A table is made, and a row filled, by one thread at a time. A table that an ended thread left unfinished is
 // not known yet, and its row is filled anew: whether the lock is held does not matter then.
 constinit waiting::Lock fillLock;
 
-bool IsReady(volatile long& flag) noexcept {
-    return __atomic_load_n(&flag, __ATOMIC_ACQUIRE) != 0;
+bool IsReady(const std::atomic<bool>& flag) noexcept {
+    return flag.load(std::memory_order_acquire);
 }
-void SetReady(volatile long& flag) noexcept {
-    __atomic_store_n(&flag, 1, __ATOMIC_RELEASE);
+void SetReady(std::atomic<bool>& flag) noexcept {
+    flag.store(true, std::memory_order_release);
 }
 
 // The number to ask the system with, or 0 when the code page is the C locale's or cannot be served by one or
@@ -46,72 +49,93 @@ wchar_t LowerCase(wchar_t unit) {
 }  // namespace
 
 const CodePage& CodePage::Current() {
+    if (const CodePage* page = chosen.load(std::memory_order_acquire)) return *page;
     const unsigned number = ___lc_codepage_func();
     const CodePage* page = lastUsed.load(std::memory_order_acquire);
-    return page != nullptr && page->number_ == number ? *page : FindOrCreate(number);
+    if (page != nullptr && page->number_ == number) return *page;
+    page = &Of(number);
+    lastUsed.store(page, std::memory_order_release);
+    return *page;
+}
+
+void CodePage::Choose(const CodePage* page) noexcept {
+    chosen.store(page, std::memory_order_release);
+}
+
+const CodePage* CodePage::Chosen() noexcept {
+    return chosen.load(std::memory_order_acquire);
 }
 
 const CodePage& CodePage::Of(unsigned number) {
-    for (const CodePage* page = known.load(std::memory_order_acquire); page != nullptr; page = page->next_) {
-        if (page->number_ == number) return *page;
-    }
+    return FindOrCreate(number, false);
+}
+
+const CodePage& CodePage::Utf8() {
+    return FindOrCreate(CP_UTF8, true);
+}
+
+const CodePage& CodePage::FindOrCreate(unsigned number, bool isUtf8) {
+    const auto find = [&](const CodePage* page) {
+        while (page != nullptr && !(page->number_ == number && page->isUtf8_ == isUtf8)) page = page->next_;
+        return page;
+    };
+    if (const CodePage* page = find(known.load(std::memory_order_acquire))) return *page;
     const waiting::Guard guard(fillLock);
     CodePage* first = known.load(std::memory_order_acquire);
-    for (const CodePage* page = first; page != nullptr; page = page->next_) {
-        if (page->number_ == number) return *page;
-    }
-    CodePage* made = Create(number);
+    if (const CodePage* page = find(first)) return *page;
+    CodePage* made = Create(number, isUtf8);
     made->next_ = first;
     known.store(made, std::memory_order_release);
     return *made;
 }
 
-const CodePage& CodePage::FindOrCreate(unsigned number) {
-    const CodePage& page = Of(number);
-    lastUsed.store(&page, std::memory_order_release);
-    return page;
-}
-
-CodePage* CodePage::Create(unsigned number) {
-    // Zeroed pages straight from the system: rows that nobody needs cost no memory.
+CodePage* CodePage::Create(unsigned number, bool isUtf8) {
+    // Pages straight from the system: rows that nobody needs cost no memory.
     constexpr DWORD kForGood = MEM_RESERVE | MEM_COMMIT;
     void* place = osmemory::Calls::Error() == 0
                       ? VirtualAlloc(nullptr, sizeof(CodePage), kForGood, PAGE_READWRITE)
                       : nullptr;
     if (place == nullptr) throw BadAllocation();
     CodePage* page = new (place) CodePage;
-    CPINFO info = {};
     page->number_ = number;
-    page->systemNumber_ = SystemNumber(number, info);
-    page->singleByte_ = true;
-    const bool hasPairs = page->systemNumber_ != 0 && info.MaxCharSize == 2;
-    for (const BYTE* range = info.LeadByte; hasPairs && range[0] != 0; range += 2) {
-        for (unsigned byte = range[0]; byte <= range[1]; ++byte) page->lead_[byte] = true;
-        page->singleByte_ = false;
-    }
+    page->isUtf8_ = isUtf8;
+    page->findPartials();
     page->fillSingles();
     page->fillFolds();
     return page;
 }
 
-void CodePage::fillSingles() {
+void CodePage::findPartials() noexcept {
+    CPINFO info = {};
+    if (!isUtf8_) systemNumber_ = SystemNumber(number_, info);
+    const bool hasPairs = systemNumber_ != 0 && info.MaxCharSize == 2;
+    const BYTE beyondAscii[] = {0x80, 0xFF, 0, 0};
+    const BYTE* range = isUtf8_ ? beyondAscii : info.LeadByte;
+    for (; (isUtf8_ || hasPairs) && range[0] != 0; range += 2) {
+        for (unsigned byte = range[0]; byte <= range[1]; ++byte) partial_[byte] = true;
+        singleByte_ = false;
+    }
+}
+
+void CodePage::fillSingles() noexcept {
     for (unsigned byte = 0; byte < kByteValues; ++byte) {
         const char text = static_cast<char>(byte);
         wchar_t unit = static_cast<wchar_t>(byte);
         // No MB_ERR_INVALID_CHARS here: it refuses single bytes that the C locale takes, such as A0 in 932.
-        if (systemNumber_ != 0 && !lead_[byte]) MultiByteToWideChar(systemNumber_, 0, &text, 1, &unit, 1);
+        if (systemNumber_ != 0 && !partial_[byte]) MultiByteToWideChar(systemNumber_, 0, &text, 1, &unit, 1);
         single_.entry[byte] = static_cast<std::uint16_t>(unit);
     }
 }
 
-void CodePage::fillFolds() {
+void CodePage::fillFolds() noexcept {
     for (unsigned byte = 0; byte < kByteValues; ++byte) {
         fold_[byte] = static_cast<unsigned char>(byte);
         const bool isAsciiUpper = byte >= 'A' && byte <= 'Z';
         if (isAsciiUpper) fold_[byte] = static_cast<unsigned char>(byte - 'A' + 'a');
-        if (byte < 0x80 || systemNumber_ == 0 || lead_[byte]) continue;
+        if (byte < 0x80 || systemNumber_ == 0 || partial_[byte]) continue;
         const std::uint16_t lower = encodeOne(LowerCase(static_cast<wchar_t>(single_.entry[byte])));
-        const bool mapsBack = lower != kNoCharacter && lower < kByteValues && !lead_[lower] && lower >= 0x80;
+        const bool mapsBack =
+            lower != kNoCharacter && lower < kByteValues && !partial_[lower] && lower >= 0x80;
         if (mapsBack) fold_[byte] = static_cast<unsigned char>(lower);
     }
 }
@@ -134,15 +158,22 @@ std::uint16_t CodePage::decodePair(const char* text) const noexcept {
     return pairs_[lead].entry[static_cast<unsigned char>(text[1])];  // a zero byte has no entry
 }
 
+unsigned CodePage::stepPartial(const char* text) const noexcept {
+    if (isUtf8_) return utf8text::Step(text);
+    return decodePair(text) != kNoCharacter ? 2 : 1;
+}
+
+Character CodePage::partialAt(const char* text, const char* end) const noexcept {
+    if (isUtf8_) return utf8text::CharacterAt(text, end);
+    const std::uint16_t unit = end - text > 1 ? decodePair(text) : kNoCharacter;
+    return unit != kNoCharacter ? Character{2, unit} : Character{1, Character::kInvalid};
+}
+
 int CodePage::toWide(wchar_t& out, const char* text) const noexcept {
-    if (!isLeadByte(*text)) {
-        out = static_cast<wchar_t>(single_.entry[static_cast<unsigned char>(*text)]);
-        return *text != '\0' ? 1 : 0;
-    }
-    const std::uint16_t unit = decodePair(text);
-    if (unit == kNoCharacter) return -1;
-    out = static_cast<wchar_t>(unit);
-    return 2;
+    const Character character = characterAt(text);
+    if (!character.isOneUnit()) return -1;
+    out = static_cast<wchar_t>(character.code);
+    return static_cast<int>(character.bytes);
 }
 
 // One byte as it is, two bytes with the first one high, kNoCharacter when there is none.
@@ -169,7 +200,10 @@ void CodePage::fillEncodeRow(unsigned high) const noexcept {
 
 int CodePage::fromWide(char* out, wchar_t unit) const noexcept {
     const unsigned high = unit >> 8;
-    if (!IsReady(encodeReady_[high])) fillEncodeRow(high);
+    if (!IsReady(encodeReady_[high])) {
+        if (isUtf8_) return utf8text::FromCode(out, unit);
+        fillEncodeRow(high);
+    }
     const std::uint16_t code = encode_[high].entry[unit & 0xFF];
     if (code == kNoCharacter && unit != 0) return -1;
     if (code < kByteValues) {
@@ -181,13 +215,21 @@ int CodePage::fromWide(char* out, wchar_t unit) const noexcept {
     return 2;
 }
 
+int CodePage::fromCode(char* out, char32_t code) const noexcept {
+    if (isUtf8_) return utf8text::FromCode(out, code);
+    return code <= 0xFFFF ? fromWide(out, static_cast<wchar_t>(code)) : -1;
+}
+
 std::uint32_t CountCharacters(const CodePage& page, const char* text) noexcept {
-    if (page.isSingleByte()) return static_cast<std::uint32_t>(std::strlen(text));
+    return CountCharacters(page, text, text + std::strlen(text));
+}
+
+std::uint32_t CountCharacters(const CodePage& page, const char* text, const char* end) noexcept {
+    if (page.isSingleByte())
+        return static_cast<std::uint32_t>(strnlen(text, static_cast<std::size_t>(end - text)));
+    if (page.isUtf8()) return utf8text::CountCharacters(text, end);
     std::uint32_t count = 0;
-    for (unsigned bytes = page.step(text); bytes != 0; bytes = page.step(text)) {
-        text += bytes;
-        ++count;
-    }
+    for (; text < end && *text != '\0'; text += page.step(text)) ++count;
     return count;
 }
 
@@ -195,6 +237,11 @@ const char* Advance(const CodePage& page, const char* text, std::uint32_t charac
     if (page.isSingleByte()) return text + strnlen(text, characters);
     for (; characters != 0 && *text != '\0'; --characters) text += page.step(text);
     return text;
+}
+
+const char* Advance(const CodePage& page, const char* text, const char* end,
+                    std::uint32_t characters) noexcept {
+    return page.isUtf8() ? utf8text::Advance(text, end, characters) : Advance(page, text, characters);
 }
 
 }  // namespace TarnLibA500::mbchar

@@ -1,25 +1,41 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
 #include "tarnlib/tarnapi.h"
 
-/// Characters of a multi-byte code page: how long one is, what it is in UTF-16, and back.
+/// Characters of the process's narrow text: how long one is, what it is in Unicode, and back.
 ///
-/// Everything in the library that steps over or converts code-page text comes here, because the C runtime's
+/// Everything in the library that steps over or converts narrow text comes here, because the C runtime's
 /// own functions step over terminators, accept broken pairs and map lead bytes. The rules:
-/// - a character is one byte, or a lead byte with a trail byte that the code page defines for it;
-/// - a lead byte without such a trail byte is invalid; an invalid byte is stepped over as one character;
+/// - a character of a code page is one byte, or a lead byte with a trail byte that the code page defines for it;
+/// - a character of UTF-8 is a well-formed sequence of one to four bytes;
+/// - every other byte is invalid; an invalid byte is stepped over as one character;
 /// - nothing is ever read beyond a zero byte.
 /// Tables are filled from the system's conversion on first use, a row of 256 entries at a time, and live for
-/// ever.
+/// ever. UTF-8 needs none: its characters are computed.
 namespace TarnLibA500::mbchar {
 
 /// Room for any one character, in bytes, and how far a character is looked at.
 constexpr std::size_t kMaxCharacterBytes = 6;
+/// The longest character that there is, in bytes.
+constexpr std::size_t kLongestCharacter = 4;
 /// What stands for a character that the other side does not have.
 constexpr char kReplacement = '?';
+
+/// A character of a text.
+struct Character {
+    static constexpr char32_t kInvalid = 0xFFFFFFFF;
+
+    unsigned bytes;  ///< how long it is
+    char32_t code;   ///< its code point; kInvalid for an invalid byte
+
+    bool isValid() const noexcept { return code != kInvalid; }
+    /// False also for a character of two UTF-16 units.
+    bool isOneUnit() const noexcept { return code <= 0xFFFF; }
+};
 
 class CodePage {
   public:
@@ -27,39 +43,54 @@ class CodePage {
     /// code page that the system does not have, or whose characters take more than two bytes, behaves like
     /// the C locale. Throws BadAllocation when a table that is new to the process cannot be made.
     static const CodePage& Of(unsigned number);
-    /// The code page of the C locale's LC_CTYPE category, which the process may change at any time: an
-    /// operation asks once and hands the answer down, so that sizes and what is written agree.
+    /// UTF-8, which a process chooses: the C locale cannot be set to it. Throws as Of does.
+    static const CodePage& Utf8();
+    /// The page of the process's narrow text: the one that was chosen, else the code page of the C locale's
+    /// LC_CTYPE category, which the process may change at any time: an operation asks once and hands the answer
+    /// down, so that sizes and what is written agree.
     static const CodePage& Current();
+    /// What Current answers from now on, whatever the locale; null: what the locale says.
+    static void Choose(const CodePage* page) noexcept;
+    /// The page that was chosen, or null.
+    static const CodePage* Chosen() noexcept;
 
     unsigned number() const noexcept { return number_; }
+    bool isUtf8() const noexcept { return isUtf8_; }
     /// True when every byte is a character.
     bool isSingleByte() const noexcept { return singleByte_; }
-    bool isLeadByte(char byte) const noexcept { return lead_[static_cast<unsigned char>(byte)]; }
+    /// True when the bytes of a valid character are found nowhere but where such a character begins. In a page
+    /// with trail bytes they may also stand across two others, or inside one.
+    bool isFoundByBytes() const noexcept { return singleByte_ || isUtf8_; }
+    /// True when the byte is a character by itself, whatever stands around it. Other bytes are part of a longer
+    /// character, or invalid.
+    bool isAlone(char byte) const noexcept { return !partial_[static_cast<unsigned char>(byte)]; }
 
-    /// Bytes of the character at the text: 0 on the terminator, otherwise 1 or 2; an invalid byte counts 1.
+    /// Bytes of the character at the text: 0 on the terminator, otherwise 1 to 4; an invalid byte counts 1.
     unsigned step(const char* text) const noexcept {
         if (*text == '\0') return 0;
-        return isLeadByte(*text) && decodePair(text) != kNoCharacter ? 2 : 1;
+        return isAlone(*text) ? 1 : stepPartial(text);
     }
-    /// Converts the character at the text. Returns its bytes, 0 on the terminator (and stores 0), -1 when it
-    /// is invalid (and stores nothing).
+    /// The character at a place before the end of a text, beyond which nothing is read; a zero byte is a
+    /// character here.
+    Character characterAt(const char* text, const char* end) const noexcept {
+        if (isAlone(*text)) return {1, single_.entry[static_cast<unsigned char>(*text)]};
+        return partialAt(text, end);
+    }
+    /// The character at the text, which a zero byte ends: that has 0 bytes and the code 0.
+    Character characterAt(const char* text) const noexcept {
+        return *text != '\0' ? characterAt(text, text + kMaxCharacterBytes) : Character{0, 0};
+    }
+    /// Converts the character at the text into one UTF-16 unit. Returns its bytes, 0 on the terminator (and
+    /// stores 0), -1 when it is invalid or takes two units (and stores nothing).
     int toWide(wchar_t& out, const char* text) const noexcept;
-    /// Converts the character at a place before the end of a text, beyond which nothing is read; a zero byte is
-    /// a character here. Returns its bytes, 1 or 2; an invalid byte becomes the replacement and counts 1.
-    unsigned toWideOrReplace(wchar_t& out, const char* text, const char* end) const noexcept {
-        if (!isLeadByte(*text)) {
-            out = static_cast<wchar_t>(single_.entry[static_cast<unsigned char>(*text)]);
-            return 1;
-        }
-        const std::uint16_t unit = end - text > 1 ? decodePair(text) : kNoCharacter;
-        out = static_cast<wchar_t>(unit != kNoCharacter ? unit : std::uint16_t{kReplacement});
-        return unit != kNoCharacter ? 2 : 1;
-    }
-    /// Converts one UTF-16 unit into at most two bytes. Returns the bytes, or -1 when the code page has no
-    /// character for it; a near likeness that the system offers ("best fit") counts as a character. U+0000
-    /// gives one zero byte.
+    /// Converts one UTF-16 unit into at most three bytes. Returns the bytes, or -1 when the page has no
+    /// character for it, which in UTF-8 only half a surrogate pair is; a near likeness that the system offers
+    /// ("best fit") counts as a character. U+0000 gives one zero byte.
     int fromWide(char* out, wchar_t unit) const noexcept;
-    /// Lower case of one byte for comparisons without regard to case; lead bytes and bytes without case stay.
+    /// The same for a code point, into at most four bytes.
+    int fromCode(char* out, char32_t code) const noexcept;
+    /// Lower case of one byte for comparisons without regard to case; bytes that are part of longer characters
+    /// and bytes without case stay.
     unsigned char foldByte(char byte) const noexcept { return fold_[static_cast<unsigned char>(byte)]; }
 
   private:
@@ -70,32 +101,42 @@ class CodePage {
     };
 
     CodePage() = default;
-    static CodePage* Create(unsigned number);
-    static const CodePage& FindOrCreate(unsigned number);
+    static CodePage* Create(unsigned number, bool isUtf8);
+    static const CodePage& FindOrCreate(unsigned number, bool isUtf8);
 
-    void fillSingles();
-    void fillFolds();
+    void findPartials() noexcept;
+    void fillSingles() noexcept;
+    void fillFolds() noexcept;
     void fillPairRow(unsigned char lead) const noexcept;
     void fillEncodeRow(unsigned high) const noexcept;
     std::uint16_t encodeOne(wchar_t unit) const noexcept;
     std::uint16_t decodePair(const char* text) const noexcept;
+    unsigned stepPartial(const char* text) const noexcept;
+    Character partialAt(const char* text, const char* end) const noexcept;
 
-    unsigned number_;
-    unsigned systemNumber_;  // what the system's conversion is asked for; 0: not at all
-    bool singleByte_;
-    bool lead_[256];
-    unsigned char fold_[256];
-    Row single_;
-    mutable volatile long pairReady_[256];
-    mutable volatile long encodeReady_[256];
+    unsigned number_ = 0;
+    unsigned systemNumber_ = 0;  // what the system's conversion is asked for; 0: not at all
+    bool isUtf8_ = false;
+    bool singleByte_ = true;
+    bool partial_[256] = {};
+    unsigned char fold_[256] = {};
+    Row single_ = {};
+    mutable std::atomic<bool> pairReady_[256] = {};
+    mutable std::atomic<bool> encodeReady_[256] = {};
+    // Not initialised: rows that are not filled are not touched either, and cost no memory.
     mutable Row pairs_[256];
     mutable Row encode_[256];
-    CodePage* next_;
+    CodePage* next_ = nullptr;
 };
 
 /// Characters up to the terminator, an invalid byte counting as one.
 std::uint32_t CountCharacters(const CodePage& page, const char* text) noexcept;
+/// The same up to the end of a text, or its first zero byte.
+std::uint32_t CountCharacters(const CodePage& page, const char* text, const char* end) noexcept;
 /// The text advanced by a number of characters, stopping at the terminator.
 const char* Advance(const CodePage& page, const char* text, std::uint32_t characters) noexcept;
+/// The same, stopping at the end of a text, too.
+const char* Advance(const CodePage& page, const char* text, const char* end,
+                    std::uint32_t characters) noexcept;
 
 }  // namespace TarnLibA500::mbchar

@@ -31,6 +31,8 @@ Result Convert(const Code*& source, const Code* sourceEnd, wchar_t*& target, wch
 std::uint32_t BytesOf(const wchar_t* text, std::uint32_t units);
 /// The same, every unit taken for itself, so that a surrogate pair counts 6 instead of 4.
 std::uint32_t BytesOfSingleUnits(const wchar_t* text, std::uint32_t units);
+/// The same with "?", one byte, for every surrogate that belongs to no pair.
+std::uint32_t BytesWithReplacements(const wchar_t* text, std::uint32_t units);
 
 /// A whole text, leniently: a high surrogate at its end is unpaired, not the start of more to come. False for illegal UTF-8
 /// and for want of room.

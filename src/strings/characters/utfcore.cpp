@@ -8,6 +8,7 @@
 #include <emmintrin.h>
 
 #include "strings/characters/utf.h"
+#include "strings/characters/utf8form.h"
 
 namespace TarnLibA500::utf {
 namespace {
@@ -54,37 +55,11 @@ void Store(void* to, T value) {
 
 // --- one character from a source; the source moves only when there is one ---
 
-// Trailing bytes by the first byte. F5 to FF begin no character, whatever follows, so nothing is waited for:
-// who keeps the beginning of a character for later never keeps more than three bytes.
-int TrailingBytes(Byte first) {
-    if (first < 0xC0 || first > 0xF4) return 0;
-    if (first < 0xE0) return 1;
-    return first < 0xF0 ? 2 : 3;
-}
-
-// Table 3-7: which second bytes may follow a first byte. The others only have to be trailing bytes.
-bool IsWellFormed(const Byte* at, int trailing) {
-    if (at[0] < 0x80) return true;
-    if (at[0] < 0xC2 || at[0] > 0xF4) return false;
-    Byte low = 0x80;
-    Byte high = 0xBF;
-    if (at[0] == 0xE0) low = 0xA0;
-    if (at[0] == 0xED) high = 0x9F;
-    if (at[0] == 0xF0) low = 0x90;
-    if (at[0] == 0xF4) high = 0x8F;
-    if (at[1] < low || at[1] > high) return false;
-    for (int i = 2; i <= trailing; ++i) {
-        if ((at[i] & 0xC0) != 0x80) return false;
-    }
-    return true;
-}
-
 Result Decode(const Byte*& source, const Byte* end, Code& code, Mode) {
     const int trailing = TrailingBytes(*source);
     if (trailing >= end - source) return Result::sourceExhausted;
     if (!IsWellFormed(source, trailing)) return Result::sourceIllegal;
-    code = trailing == 0 ? *source : static_cast<Code>(*source & (0x3F >> trailing));
-    for (int i = 1; i <= trailing; ++i) code = code << 6 | (source[i] & 0x3FU);
+    code = CodeOf(source, trailing);
     source += trailing + 1;
     return Result::converted;
 }
@@ -121,14 +96,9 @@ Result Decode(const Code*& source, const Code*, Code& code, Mode mode) {
 // --- one character into a target; false when it does not fit ---
 
 bool Encode(Code code, Byte*& target, const Byte* end) {
-    const int bytes = code < kAsciiEnd ? 1 : code < kTwoByteEnd ? 2 : code < kThreeByteEnd ? 3 : 4;
+    const int bytes = BytesOfCode(code);
     if (end - target < bytes) return false;
-    constexpr Byte kFirstMarks[] = {0, 0x00, 0xC0, 0xE0, 0xF0};
-    for (int i = bytes - 1; i > 0; --i) {
-        target[i] = static_cast<Byte>(0x80 | (code & 0x3F));
-        code >>= 6;
-    }
-    target[0] = static_cast<Byte>(kFirstMarks[bytes] | code);
+    WriteCode(code, target, bytes);
     target += bytes;
     return true;
 }

@@ -39,13 +39,25 @@ bool HasSurrogate(const wchar_t* block) {
     return _mm_movemask_epi8(_mm_cmpeq_epi16(high, _mm_set1_epi16(static_cast<short>(0xD800)))) != 0;
 }
 
-std::uint32_t PairsIn(const wchar_t* text, std::uint32_t units) {
+bool IsSurrogate(wchar_t unit) {
+    return (unit & 0xF800) == 0xD800;
+}
+
+struct Surrogates {
     std::uint32_t pairs = 0;
-    for (std::uint32_t i = 0; i + 1 < units; ++i) {
+    std::uint32_t lone = 0;
+};
+
+Surrogates CountSurrogates(const wchar_t* text, std::uint32_t units) {
+    Surrogates found;
+    for (std::uint32_t i = 0; i < units; ++i) {
         while (units - i >= kBlock && !HasSurrogate(text + i)) i += kBlock;
-        if (i + 1 < units && IsPair(text[i], text[i + 1])) ++pairs;
+        if (i == units || !IsSurrogate(text[i])) continue;
+        const bool isPair = i + 1 < units && IsPair(text[i], text[i + 1]);
+        ++(isPair ? found.pairs : found.lone);
+        i += isPair;
     }
-    return pairs;
+    return found;
 }
 
 }  // namespace
@@ -60,7 +72,12 @@ std::uint32_t BytesOfSingleUnits(const wchar_t* text, std::uint32_t units) {
 
 // Unit by unit a pair counts three bytes twice, but takes four.
 std::uint32_t BytesOf(const wchar_t* text, std::uint32_t units) {
-    return BytesOfSingleUnits(text, units) - 2 * PairsIn(text, units);
+    return BytesOfSingleUnits(text, units) - 2 * CountSurrogates(text, units).pairs;
+}
+
+std::uint32_t BytesWithReplacements(const wchar_t* text, std::uint32_t units) {
+    const Surrogates found = CountSurrogates(text, units);
+    return BytesOfSingleUnits(text, units) - 2 * (found.pairs + found.lone);
 }
 
 }  // namespace TarnLibA500::utf

@@ -70,7 +70,7 @@ std::uint32_t MapCase(char* text, std::uint32_t length, std::uint32_t limit, Let
     std::uint32_t written = 0;
     while (read < length) {
         const unsigned bytes = page.step(text + read);
-        const bool invalid = bytes == 1 && page.isLeadByte(text[read]);
+        const bool invalid = bytes == 1 && !page.isAlone(text[read]);
         if (bytes == 0 || invalid || written + bytes > limit) break;
         std::uint32_t mapped = bytes;
         std::memmove(text + written, text + read, bytes);

@@ -69,7 +69,8 @@ bool Take(String& target, const String& text) {
 Wide WideFromMBCS(const char* text, std::uint32_t count) {
     const CodePage& page = CodePage::Current();
     const char* const end = text + count;
-    StringBuilder<wchar_t, 1> built(mbchar::CountCharacters(page, text, end));
+    // UTF-8 is not read twice: there are never more units than bytes.
+    StringBuilder<wchar_t, 1> built(page.isUtf8() ? count : mbchar::CountUnits(page, text, end));
     built.cut(mbchar::Decode(page, text, end, built.units(), built.room()));
     return built;
 }
@@ -90,6 +91,7 @@ class CodePageText {
         : text_(text), end_(FindByte(text, text + length, '\0')) {}
 
     std::uint32_t characters() const { return mbchar::CountCharacters(page_, text_, end_); }
+    std::uint32_t units() const { return mbchar::CountUnits(page_, text_, end_); }
     std::uint32_t utf8Bytes() const {
         std::uint32_t bytes = 0;
         forEachPiece([&](const wchar_t* units, std::uint32_t count) { bytes += utf::BytesOf(units, count); });
@@ -161,7 +163,7 @@ bool TakeAscii(Ascii& target, const unit* text, std::uint32_t count, const char*
 
 template <>
 std::uint32_t FlavourConvert<char, 0>::getNBytesForWide(const char* text, std::uint32_t length) {
-    return (CodePageText(text, length).characters() + 1) * kUnitBytes;
+    return (CodePageText(text, length).units() + 1) * kUnitBytes;
 }
 
 template <>
@@ -205,7 +207,7 @@ int FlavourConvert<char, 0>::toWide(const char* text, std::uint32_t length, wcha
                                     std::uint32_t nBytesInBuffer) {
     if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
     const CodePageText source(text, length);
-    const std::uint32_t units = source.characters();
+    const std::uint32_t units = source.units();
     if (nBytesInBuffer / kUnitBytes <= units) return kFailed;
     const std::uint32_t written = source.write(out, units);
     out[written] = L'\0';
