@@ -18,7 +18,8 @@ function(tarn_find_suites out)
   set(${out} ${suites} PARENT_SCOPE)
 endfunction()
 
-# Suites named Cp932... run in a process whose code page is 932, suites named Zone... once in each of these zones.
+# Suites named Cp932... run in a process whose code page is 932, suites named Utf8... where narrow text is UTF-8
+# (tests/support/utf8_suites.cpp), suites named Zone... once in each of these zones.
 set(TARN_TEST_ZONES Europe/Berlin America/New_York Asia/Kolkata Australia/Sydney America/Sao_Paulo)
 
 # One CTest test: a suite of a program in an environment.
