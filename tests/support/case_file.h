@@ -8,11 +8,12 @@
 
 namespace tarntest {
 
-/// The cases of a file in tests/data: a line each, every field closed by a bar, ^XX a byte in hex, # a
-/// comment.
+/// The cases of a file in tests/data, or anywhere by its whole path: a line each, every field closed by a bar, ^XX
+/// a byte in hex, # a comment.
 inline std::vector<std::vector<std::string>> ReadCases(const std::string& name) {
     std::vector<std::vector<std::string>> cases;
-    std::ifstream file(std::string(TARN_TEST_DATA) + "/" + name);
+    const bool isWhole = name.find(':') != std::string::npos;
+    std::ifstream file(isWhole ? name : std::string(TARN_TEST_DATA) + "/" + name);
     for (std::string line; std::getline(file, line);) {
         if (line.empty() || line[0] == '#') continue;
         std::vector<std::string> fields(1);

@@ -26,8 +26,8 @@ TARN_API SAnsiString GetParentLevelDir(const SAnsiString& path, const SChar_t<ch
 
 /// Splits into drive and directory (with its last slash), file name, and extension (from the last dot on,
 /// with the dot). An output whose component is empty keeps what it held. Directory, name and extension take
-/// at most 255 bytes each; a path with a longer one is reported by assertion and leaves all outputs as they
-/// were.
+/// at most 255 bytes each, in UTF-8 as many as 255 UTF-16 units take; a path with a longer one is reported by
+/// assertion and leaves all outputs as they were.
 TARN_API void SplitPathEx(const SAnsiString& path, SAnsiString& dir, SAnsiString& name, SAnsiString& ext);
 
 /// A directory and a name with exactly one separator added where the directory has no slash at its end.

@@ -8,9 +8,9 @@
 
 /// One character of a string flavour, as the per-character operations of the strings take and return it.
 ///
-/// Flavours: <char, 0> one character of the process's multi-byte code page (one or two bytes), <char, 1> one
-/// ASCII byte, <wchar_t, 1> one UTF-16 code unit. A character is a plain value; the null character stands for
-/// "none".
+/// Flavours: <char, 0> one character of the process's narrow text (one or two bytes of a code page, one to four
+/// of UTF-8), <char, 1> one ASCII byte, <wchar_t, 1> one UTF-16 code unit. A character is a plain value; the null
+/// character stands for "none".
 ///
 ///     SAnsiString path("C:\\logs");
 ///     if (path.getAt(path.getNChars() - 1) != '\\') path.concat("\\");   // a trail byte 5C is no backslash
@@ -46,7 +46,7 @@ struct SCharData {
     unit units[2] = {};                           ///< followed by a zero unit
     std::uint32_t length = 0;                     ///< code units in use; 0 for the null character
 };
-/// How one multi-byte character is stored: its bytes.
+/// How one character of narrow text is stored: its bytes.
 template <>
 struct SCharData<char, 0> {
     static constexpr std::uint32_t capacity = 6;  ///< bytes that fit
@@ -63,8 +63,8 @@ class SChar_t {
 
     /// The null character.
     TARN_MEM SChar_t() noexcept = default;
-    /// One code unit. A zero unit is the null character; in a multi-byte code page a lone lead byte is kept
-    /// as it is.
+    /// One code unit. A zero unit is the null character; a byte that is only a part of a longer character is
+    /// kept as it is.
     TARN_MEM SChar_t(unit single) noexcept {
         data_.units[0] = single;
         data_.length = single != unit() ? 1 : 0;
@@ -83,7 +83,8 @@ class SChar_t {
     /// The first code unit, 0 for the null character. Comparing with == looks at the whole character instead.
     TARN_MEM operator unit() const noexcept { return data_.units[0]; }
 
-    // --- classes of characters; false for the null character and for one that has no Unicode value ---
+    // --- classes of characters; false for the null character, for one that has no Unicode value, and for one
+    // beyond U+FFFF ---
 
     /// True for a letter by the C library's wide-character classes in the current locale.
     bool isAlpha() const;
@@ -99,18 +100,20 @@ class SChar_t {
     bool isWhiteSpace() const;
     /// True when the character exists in 7-bit ASCII.
     bool isAsciiChar() const;
-    /// True when the character exists in the process's code page.
+    /// True when the character exists in the process's narrow text.
     bool isMBCSChar() const;
-    /// True when the character exists in UTF-16.
+    /// True when the character exists in UTF-16, in one unit or two.
     bool isOCAChar() const;
-    /// True when the character exists in UTF-16.
+    /// True when the character exists in UTF-16, in one unit or two.
     bool isWideChar() const;
     /// True when the character has a Unicode value, which a broken multi-byte character has not.
     bool isUnicode() const;
 
-    /// The character in lower case, or itself when it has none.
+    /// The character in lower case, or itself when it has none. In narrow text that is UTF-8 by the system's map of
+    /// the whole of Unicode, otherwise by the C library's in the current locale.
     SChar_t toLower() const;
-    /// The character in upper case, or itself when it has none.
+    /// The character in upper case, or itself when it has none. In narrow text that is UTF-8 by the system's map of
+    /// the whole of Unicode, otherwise by the C library's in the current locale.
     SChar_t toUpper() const;
 
     // --- conversion: the one character without a terminator; sizes are in bytes ---
@@ -119,29 +122,35 @@ class SChar_t {
 
     /// Into 7-bit ASCII.
     int toAsciiChar(char* out, std::uint32_t nBytesInBuffer) const;
-    /// Into the process's code page.
+    /// Into the process's narrow text.
     int toMBCSChar(char* out, std::uint32_t nBytesInBuffer) const;
-    /// Into UTF-16.
+    /// Into UTF-16: one unit, two for a character beyond U+FFFF.
     int toOCAChar(wchar_t* out, std::uint32_t nBytesInBuffer) const;
-    /// Into UTF-16.
+    /// Into UTF-16: one unit, two for a character beyond U+FFFF.
     int toWideChar(wchar_t* out, std::uint32_t nBytesInBuffer) const;
-    /// The UTF-16 unit of the character; 0 for the null character and for one without a Unicode value.
+    /// The UTF-16 unit of the character; 0 for the null character, for one without a Unicode value, and for one
+    /// that takes two units.
     wchar_t toUChar() const;
-    /// Takes the character with this UTF-16 unit. False, and unchanged, when the flavour has no such
-    /// character.
+    /// Takes the character with this UTF-16 unit. False, and unchanged, when the flavour has no such character,
+    /// as narrow text that is UTF-8 has none for half a surrogate pair.
     bool fromUChar(wchar_t code);
-    /// Takes a character of another flavour, through its UTF-16 unit; false, and unchanged, when that is
+    /// The code point of the character; 0 for the null character and for one without a Unicode value.
+    std::uint32_t toUCS4() const;
+    /// Takes the character with this code point. False, and unchanged, when the flavour has no such character: a
+    /// UTF-16 unit holds none beyond U+FFFF.
+    bool fromUCS4(std::uint32_t code);
+    /// Takes a character of another flavour, through its code point; false, and unchanged, when that is
     /// impossible.
     template <class otherUnit, int otherFlavour>
     bool fromSChar(const SChar_t<otherUnit, otherFlavour>& other) {
-        return other.isUnicode() && fromUChar(other.toUChar());
+        return other.isUnicode() && fromUCS4(other.toUCS4());
     }
 
     // --- bytes of the one character, without a terminator; 0 when it does not exist there ---
 
     /// In 7-bit ASCII.
     std::uint32_t getNBytesForAscii() const;
-    /// In the process's code page.
+    /// In the process's narrow text.
     std::uint32_t getNBytesForMBCS() const;
     /// In UTF-16.
     std::uint32_t getNBytesForOCA() const;

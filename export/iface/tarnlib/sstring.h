@@ -291,9 +291,11 @@ class SString_t {
     SString_t& trimLeft();
     /// The same at the end only.
     SString_t& trimRight();
-    /// Maps every character to lower case, in a multi-byte text up to the first invalid one or zero byte.
+    /// Maps every character to lower case, in a multi-byte text up to the first invalid one or zero byte. The C
+    /// library's maps in the current locale; in narrow text that is UTF-8 the system's for the whole of Unicode, and
+    /// the bytes may be more or fewer afterwards.
     SString_t& toLower();
-    /// Maps every character to upper case, in a multi-byte text up to the first invalid one or zero byte.
+    /// Maps every character to upper case, as toLower does.
     SString_t& toUpper();
     /// Makes the block private with room for "units" code units. Fewer than the text has cut it; more are
     /// only reserved.
@@ -808,7 +810,7 @@ TARN_API void ConcatStringN(wchar_t* destination, std::uint32_t size, const wcha
 
 /// Maps a zero-terminated text in place, by multi-byte characters, up to a size in bytes (0xFFFFFFFF: its own
 /// length). Stops at an invalid character and before one that would pass the size; what follows stays as it was.
-/// A text may get shorter, never longer.
+/// A text may get shorter, never longer: in UTF-8 a letter whose other case takes more bytes stays, too.
 TARN_API void MakeLowerCase(char* text, std::uint32_t size = 0xFFFFFFFF);
 /// The same for UTF-16, unit by unit.
 TARN_API void MakeLowerCase(wchar_t* text, std::uint32_t size = 0xFFFFFFFF);

@@ -10,6 +10,8 @@
 
 #include "strings/base/memory.h"
 #include "strings/characters/mbchar.h"
+#include "strings/characters/surrogates.h"
+#include "strings/characters/unicodecase.h"
 
 extern "C" __declspec(dllimport) LCID* __cdecl ___lc_handle_func(void);
 
@@ -33,16 +35,26 @@ LCID CollationLocale() {
 
 // --- lower-cased order, for the "C" locale and as the last resort ---
 
-// The code of the lower-cased character at the text, which is advanced: one byte, or two with the lead byte
-// high.
-unsigned NextFolded(const CodePage& page, const char*& text) {
-    wchar_t unit = 0;
-    if (page.isAlone(*text) || page.toWide(unit, text) < 0) return page.foldByte(*text++);
+// An invalid byte of UTF-8 is a character of its own, behind all others.
+constexpr unsigned kBehindUnicode = 0x110000;
+
+// A character of two bytes as a number with the lead byte high.
+unsigned FoldedPair(const CodePage& page, const char* text, wchar_t unit) {
     char pair[mbchar::kMaxCharacterBytes] = {text[0], text[1]};
-    text += 2;
     const int bytes = page.fromWide(pair, static_cast<wchar_t>(std::towlower(unit)));
     const auto lead = static_cast<unsigned char>(pair[0]);
     return bytes == 1 ? lead : static_cast<unsigned>(lead) << 8 | static_cast<unsigned char>(pair[1]);
+}
+
+// The number of the lower-cased character at the text, which is advanced: its bytes, in UTF-8 its code point.
+unsigned NextFolded(const CodePage& page, const char*& text) {
+    if (page.isAlone(*text)) return page.foldByte(*text++);
+    const mbchar::Character character = page.characterAt(text);
+    const char* const at = text;
+    text += character.bytes;
+    if (!character.isValid()) return page.foldByte(*at) + (page.isUtf8() ? kBehindUnicode : 0);
+    if (page.isUtf8()) return unicodecase::Lower(character.code);
+    return FoldedPair(page, at, static_cast<wchar_t>(character.code));
 }
 
 int OrderByFolding(const CodePage& page, const char* left, const char* right) {
@@ -109,7 +121,7 @@ bool DecideByRanks(const unit* left, const unit* right, int& order) {
     return true;
 }
 
-/// Code-page text in UTF-16, for the system's collation.
+/// Narrow text in UTF-16, for the system's collation.
 class WideText {
   public:
     WideText(const CodePage& page, const char* text) {
@@ -118,10 +130,10 @@ class WideText {
                      ? usual_
                      : static_cast<wchar_t*>(memory::Allocate(std::uint64_t{room} * sizeof(wchar_t)));
         while (*text != '\0') {
-            wchar_t& unit = units_[length_++];
-            const int bytes = page.toWide(unit, text);
-            if (bytes < 0) unit = static_cast<wchar_t>(kInvalidByteBase + static_cast<unsigned char>(*text));
-            text += bytes < 0 ? 1 : bytes;
+            const mbchar::Character character = page.characterAt(text);
+            const char32_t invalid = kInvalidByteBase + static_cast<unsigned char>(*text);
+            length_ += utf::WriteUnits(character.isValid() ? character.code : invalid, units_ + length_);
+            text += character.bytes;
         }
     }
     ~WideText() {

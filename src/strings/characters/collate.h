@@ -3,8 +3,8 @@
 /// Comparison without regard to case, up to the first zero unit.
 namespace TarnLibA500 {
 
-/// By the collation of the C locale's LC_COLLATE category (in the "C" locale: by lower-cased bytes): -1, 0
-/// or 1. A text that the system cannot collate is compared by its lower-cased characters.
+/// By the collation of the C locale's LC_COLLATE category (in the "C" locale: by lower-cased bytes, in UTF-8 by
+/// lower-cased code points): -1, 0 or 1. A text that the system cannot collate is compared by its lower-cased characters.
 int CollateNoCase(const char* left, const char* right);
 int CollateNoCase(const wchar_t* left, const wchar_t* right);
 

@@ -5,6 +5,7 @@
 
 #include <emmintrin.h>
 
+#include "strings/characters/surrogates.h"
 #include "strings/characters/utf.h"
 #include "strings/characters/utf8form.h"
 
@@ -73,8 +74,7 @@ Character CharacterAt(const char* text, const char* end) noexcept {
 }
 
 int FromCode(char* out, char32_t code) noexcept {
-    const bool isSurrogate = (code & 0xFFFFF800) == 0xD800;
-    if (isSurrogate || code > 0x10FFFF) return -1;
+    if (utf::IsSurrogate(code) || code > 0x10FFFF) return -1;
     const int bytes = utf::BytesOfCode(code);
     utf::WriteCode(code, reinterpret_cast<unsigned char*>(out), bytes);
     return bytes;

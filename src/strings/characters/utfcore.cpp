@@ -7,6 +7,7 @@
 
 #include <emmintrin.h>
 
+#include "strings/characters/surrogates.h"
 #include "strings/characters/utf.h"
 #include "strings/characters/utf8form.h"
 
@@ -22,25 +23,6 @@ constexpr Code kTwoByteEnd = 0x800;
 constexpr Code kThreeByteEnd = 0x10000;
 constexpr std::ptrdiff_t kBlock = 16;
 constexpr unsigned kWholeBlock = 0xFFFF;
-
-constexpr bool IsSurrogate(Code code) {
-    return (code & 0xFFFFF800) == 0xD800;
-}
-constexpr bool IsHighSurrogate(Code code) {
-    return (code & 0xFFFFFC00) == 0xD800;
-}
-constexpr bool IsLowSurrogate(Code code) {
-    return (code & 0xFFFFFC00) == 0xDC00;
-}
-constexpr wchar_t HighSurrogate(Code code) {
-    return static_cast<wchar_t>(0xD7C0 + (code >> 10));  // 0xD800 less what 0x10000 is of it
-}
-constexpr wchar_t LowSurrogate(Code code) {
-    return static_cast<wchar_t>(0xDC00 | (code & 0x3FF));
-}
-constexpr Code PairCode(Code high, Code low) {
-    return 0x10000 + ((high & 0x3FF) << 10 | (low & 0x3FF));
-}
 
 template <class T>
 T Load(const void* from) {
@@ -104,10 +86,8 @@ bool Encode(Code code, Byte*& target, const Byte* end) {
 }
 
 bool Encode(Code code, wchar_t*& target, const wchar_t* end) {
-    const int units = code < kThreeByteEnd ? 1 : 2;
-    if (end - target < units) return false;
-    if (units == 2) *target++ = HighSurrogate(code);
-    *target++ = units == 2 ? LowSurrogate(code) : static_cast<wchar_t>(code);
+    if (end - target < (code < kThreeByteEnd ? 1 : 2)) return false;
+    target += WriteUnits(code, target);
     return true;
 }
 

@@ -3,16 +3,13 @@
 
 #include <emmintrin.h>
 
+#include "strings/characters/surrogates.h"
 #include "strings/characters/utf.h"
 
 namespace TarnLibA500::utf {
 namespace {
 
 constexpr std::uint32_t kBlock = sizeof(__m128i) / sizeof(wchar_t);
-
-bool IsPair(wchar_t first, wchar_t second) {
-    return (first & 0xFC00) == 0xD800 && (second & 0xFC00) == 0xDC00;
-}
 
 // All bits in the units that have none of the bits of the mask.
 __m128i HasNone(__m128i units, int mask) {
@@ -39,10 +36,6 @@ bool HasSurrogate(const wchar_t* block) {
     return _mm_movemask_epi8(_mm_cmpeq_epi16(high, _mm_set1_epi16(static_cast<short>(0xD800)))) != 0;
 }
 
-bool IsSurrogate(wchar_t unit) {
-    return (unit & 0xF800) == 0xD800;
-}
-
 struct Surrogates {
     std::uint32_t pairs = 0;
     std::uint32_t lone = 0;
@@ -53,7 +46,7 @@ Surrogates CountSurrogates(const wchar_t* text, std::uint32_t units) {
     for (std::uint32_t i = 0; i < units; ++i) {
         while (units - i >= kBlock && !HasSurrogate(text + i)) i += kBlock;
         if (i == units || !IsSurrogate(text[i])) continue;
-        const bool isPair = i + 1 < units && IsPair(text[i], text[i + 1]);
+        const bool isPair = i + 1 < units && IsHighSurrogate(text[i]) && IsLowSurrogate(text[i + 1]);
         ++(isPair ? found.pairs : found.lone);
         i += isPair;
     }

@@ -9,7 +9,6 @@
 #include "diag/assert/require.h"
 #include "strings/base/memory.h"
 #include "strings/text/stringbuilder.h"
-#include "strings/text/utftext.h"
 #include "tarnlib/UTFConverter.h"
 
 namespace TarnLibA500 {
@@ -67,13 +66,13 @@ std::uint32_t PlaceOfIllegalByte(const char* bytes, std::uint32_t count) {
 }
 
 SAnsiString FromUTF8(const char* bytes, std::uint32_t count) {
-    SOCAString wide;
-    if (!DecodeUTF8(bytes, count, wide)) {
+    SAnsiString text;
+    if (!text.fromUTF8(bytes, count)) {
         SAnsiString failure("failed UTF8 -> UCS2 conversion");
         failure << " at byte " << PlaceOfIllegalByte(bytes, count) << " of " << count;
         TraceText(levels::kLoss, kUnit, failure.getString());
     }
-    return FromWide(wide);
+    return text;
 }
 
 SAnsiString FromSystemPage(const char* bytes, std::uint32_t count, UINT page) {

@@ -1,6 +1,7 @@
 #include "tarnlib/pathparts.h"
 
 #include "diag/assert/require.h"
+#include "strings/characters/codepagetext.h"
 #include "strings/paths/pathroot.h"
 #include "strings/words/characterset.h"
 #include "tarnlib/stringhelper.h"
@@ -10,7 +11,8 @@ namespace {
 
 using Char = SChar_t<char, 0>;
 
-constexpr std::uint32_t kMaxComponentBytes = 255;
+// Bytes in a code page. In UTF-8 UTF-16 units, or names that the system allows would be refused.
+constexpr std::uint32_t kMaxComponent = 255;
 
 SAnsiString::iterator At(const char* place) {
     return SAnsiString::iterator(place);
@@ -26,8 +28,9 @@ void AssignIfNotEmpty(SAnsiString& out, const char* from, const char* to) {
     if (from != to) out = SAnsiString(At(from), At(to));
 }
 
-bool IsShortEnough(const char* from, const char* to) {
-    return static_cast<std::uint32_t>(to - from) <= kMaxComponentBytes;
+bool IsShortEnough(const mbchar::CodePage& page, const char* from, const char* to) {
+    if (!page.isUtf8()) return static_cast<std::uint32_t>(to - from) <= kMaxComponent;
+    return mbchar::CountUnits(page, from, to) <= kMaxComponent;
 }
 
 // Where the parts of a path end and begin.
@@ -36,11 +39,11 @@ struct PathSplit {
     const char* ext;   // the last dot of the name, or the end
 };
 
-PathSplit FindParts(const char* at, const char* end) {
-    const CharacterSet slashes(mbchar::CodePage::Current(), kSlashes);
+PathSplit FindParts(const mbchar::CodePage& page, const char* at, const char* end) {
+    const CharacterSet slashes(page, kSlashes);
     PathSplit parts{at, end};
     while (at < end) {
-        const unsigned bytes = CharacterBytes(slashes.page(), at);
+        const unsigned bytes = CharacterBytes(page, at);
         if (*at == '.' && bytes == 1) parts.ext = at;
         if (slashes.contains(at, bytes)) parts = {at + bytes, end};
         at += bytes;
@@ -71,9 +74,10 @@ void SplitPathEx(const SAnsiString& path, SAnsiString& dir, SAnsiString& name, S
     const char* const start = whole.getString();
     const char* const end = whole.end().getPtr();
     const char* const afterDrive = start + (HasDrive(whole) ? kDriveBytes : 0);
-    const PathSplit parts = FindParts(afterDrive, end);
-    const bool fits = IsShortEnough(afterDrive, parts.name) && IsShortEnough(parts.name, parts.ext) &&
-                      IsShortEnough(parts.ext, end);
+    const mbchar::CodePage& page = mbchar::CodePage::Current();
+    const PathSplit parts = FindParts(page, afterDrive, end);
+    const bool fits = IsShortEnough(page, afterDrive, parts.name) &&
+                      IsShortEnough(page, parts.name, parts.ext) && IsShortEnough(page, parts.ext, end);
     if (!Require(fits, "pathparts", "component length < 256")) return;
     AssignIfNotEmpty(dir, start, parts.name);
     AssignIfNotEmpty(name, parts.name, parts.ext);

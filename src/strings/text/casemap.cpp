@@ -6,6 +6,8 @@
 
 #include "diag/assert/require.h"
 #include "strings/characters/mbchar.h"
+#include "strings/characters/unicodecase.h"
+#include "strings/characters/utf8text.h"
 #include "tarnlib/sstring.h"
 
 namespace TarnLibA500 {
@@ -33,20 +35,48 @@ char MapAscii(char byte, LetterCase to) {
     return maps ? static_cast<char>(byte ^ ('a' ^ 'A')) : byte;
 }
 
+char32_t MapUnicode(char32_t code, LetterCase to) {
+    return to == LetterCase::Lower ? unicodecase::Lower(code) : unicodecase::Upper(code);
+}
+
+char32_t MapCode(const mbchar::CodePage& page, char32_t code, LetterCase to) {
+    return page.isUtf8() ? MapUnicode(code, to) : MapWide(static_cast<wchar_t>(code), to);
+}
+
 bool MapOne(const mbchar::CodePage& page, char* position, std::uint32_t room, std::uint32_t& nBytes,
             LetterCase to) {
     nBytes = 0;
     const MapTexts& texts = to == LetterCase::Lower ? kLowerTexts : kUpperTexts;
     if (!Require(position != nullptr, kUnit, "inBuffer != 0")) return false;
-    wchar_t unit = 0;
-    if (!Require(page.toWide(unit, position) >= 0, kUnit, texts.notWide)) return false;
+    const mbchar::Character character = page.characterAt(position);
+    if (!Require(character.isValid(), kUnit, texts.notWide)) return false;
     char mapped[mbchar::kMaxCharacterBytes];
-    const int bytes = page.fromWide(mapped, MapWide(unit, to));
+    const int bytes = page.fromCode(mapped, MapCode(page, character.code, to));
     const bool fits = bytes > 0 && static_cast<std::uint32_t>(bytes) <= room;
     if (!Require(fits, kUnit, texts.notBack)) return false;
     nBytes = static_cast<std::uint32_t>(bytes);
     std::memcpy(position, mapped, nBytes);
     return true;
+}
+
+// Hands on the mapped characters of UTF-8, up to where mapping ends; returns that place.
+template <class Take>
+const char* ForEachMapped(const char* text, const char* end, LetterCase to, Take take) {
+    while (text < end && *text != '\0') {
+        const mbchar::Character character = utf8text::CharacterAt(text, end);
+        if (!character.isValid()) break;
+        char bytes[mbchar::kMaxCharacterBytes];
+        const int mapped = utf8text::FromCode(bytes, MapUnicode(character.code, to));
+        take(bytes, static_cast<std::uint32_t>(mapped));
+        text += character.bytes;
+    }
+    return text;
+}
+
+bool Grows(const mbchar::CodePage& page, const char* position, LetterCase to) {
+    if (!page.isUtf8()) return false;
+    const unsigned bytes = page.step(position);
+    return CountMapped(position, bytes, to) > bytes;
 }
 
 void MapZeroTerminated(char* text, std::uint32_t size, LetterCase to) {
@@ -63,7 +93,7 @@ void MapZeroTerminated(wchar_t* text, std::uint32_t size, LetterCase to) {
 }  // namespace
 
 // Done in place: the bytes written never pass the bytes read, since a character that would get longer stays
-// as it is.
+// as it is. In UTF-8 some do, which is no fault; elsewhere it is reported.
 std::uint32_t MapCase(char* text, std::uint32_t length, std::uint32_t limit, LetterCase to) {
     const mbchar::CodePage& page = mbchar::CodePage::Current();
     std::uint32_t read = 0;
@@ -77,7 +107,7 @@ std::uint32_t MapCase(char* text, std::uint32_t length, std::uint32_t limit, Let
         const bool isAscii = bytes == 1 && static_cast<unsigned char>(text[written]) < 0x80;
         if (isAscii) {
             text[written] = MapAscii(text[written], to);
-        } else if (!MapOne(page, text + written, bytes, mapped, to)) {
+        } else if (Grows(page, text + written, to) || !MapOne(page, text + written, bytes, mapped, to)) {
             mapped = bytes;
         }
         read += bytes;
@@ -85,6 +115,22 @@ std::uint32_t MapCase(char* text, std::uint32_t length, std::uint32_t limit, Let
     }
     std::memmove(text + written, text + read, length - read);
     return written + (length - read);
+}
+
+std::uint32_t CountMapped(const char* text, std::uint32_t length, LetterCase to) {
+    std::uint32_t mapped = 0;
+    const char* const end = text + length;
+    const char* const rest = ForEachMapped(text, end, to, [&](const char*, std::uint32_t n) { mapped += n; });
+    return mapped + static_cast<std::uint32_t>(end - rest);
+}
+
+void WriteMapped(const char* text, std::uint32_t length, char* out, LetterCase to) {
+    const char* const end = text + length;
+    const char* const rest = ForEachMapped(text, end, to, [&](const char* bytes, std::uint32_t n) {
+        std::memcpy(out, bytes, n);
+        out += n;
+    });
+    std::memcpy(out, rest, static_cast<std::size_t>(end - rest));
 }
 
 void MapCase(wchar_t* text, std::uint32_t length, LetterCase to) {

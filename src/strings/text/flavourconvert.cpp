@@ -7,6 +7,7 @@
 #include "strings/base/bytesearch.h"
 #include "strings/characters/codepagetext.h"
 #include "strings/characters/utf.h"
+#include "strings/characters/utf8text.h"
 #include "strings/text/stringbuilder.h"
 #include "strings/text/utftext.h"
 #include "tarnlib/codesetconverter.h"
@@ -64,7 +65,7 @@ bool Take(String& target, const String& text) {
     return true;
 }
 
-// --- code-page text and UTF-16 ---
+// --- narrow text and UTF-16 ---
 
 Wide WideFromMBCS(const char* text, std::uint32_t count) {
     const CodePage& page = CodePage::Current();
@@ -83,23 +84,53 @@ Ansi MBCSFromWide(const wchar_t* text, std::uint32_t count) {
     return built;
 }
 
-/// A string's text as it is converted: up to the first zero byte, by the code page of the moment. The process
+/// A string's text as it is converted: up to the first zero byte, by the page of the moment. The process
 /// may set another one while the text is measured and written.
-class CodePageText {
+class NarrowText {
   public:
-    CodePageText(const char* text, std::uint32_t length)
+    NarrowText(const char* text, std::uint32_t length)
         : text_(text), end_(FindByte(text, text + length, '\0')) {}
 
     std::uint32_t characters() const { return mbchar::CountCharacters(page_, text_, end_); }
     std::uint32_t units() const { return mbchar::CountUnits(page_, text_, end_); }
+    std::uint32_t write(wchar_t* out, std::uint32_t room) const {
+        const char* at = text_;
+        return mbchar::Decode(page_, at, end_, out, room);
+    }
+    // "?" for every character that is not ASCII.
+    char* writeAscii(char* out) const {
+        for (const char* at = text_; at < end_; ++out) {
+            const mbchar::Character character = page_.characterAt(at, end_);
+            *out = character.code < kAsciiEnd ? static_cast<char>(character.code) : mbchar::kReplacement;
+            at += character.bytes;
+        }
+        return out;
+    }
+    // In UTF-8 every byte stays, or becomes "?".
     std::uint32_t utf8Bytes() const {
+        if (page_.isUtf8()) return static_cast<std::uint32_t>(end_ - text_);
         std::uint32_t bytes = 0;
         forEachPiece([&](const wchar_t* units, std::uint32_t count) { bytes += utf::BytesOf(units, count); });
         return bytes;
     }
-    std::uint32_t write(wchar_t* out, std::uint32_t room) const {
-        const char* at = text_;
-        return mbchar::Decode(page_, at, end_, out, room);
+    // Into room for all of it; returns the end.
+    char* writeUtf8(char* out) const {
+        if (page_.isUtf8()) return copyValid(out);
+        forEachPiece([&](const wchar_t* units, std::uint32_t count) {
+            auto* end = reinterpret_cast<unsigned char*>(out);
+            utf::ConvertWhole(units, units + count, end, end + utf::BytesOf(units, count));
+            out = reinterpret_cast<char*>(end);
+        });
+        return out;
+    }
+
+  private:
+    char* copyValid(char* out) const {
+        std::memcpy(out, text_, static_cast<std::size_t>(end_ - text_));
+        char* const end = out + (end_ - text_);
+        for (const char* at = text_; (at = utf8text::FindInvalid(at, end_)) != end_; ++at)
+            out[at - text_] = mbchar::kReplacement;
+        return end;
     }
     // Hands the text on as UTF-16, a piece at a time: reading a string allocates nothing.
     template <class Use>
@@ -112,7 +143,6 @@ class CodePageText {
         }
     }
 
-  private:
     const CodePage& page_ = CodePage::Current();
     const char* const text_;
     const char* const end_;
@@ -136,6 +166,13 @@ int WriteUTF8(const wchar_t* text, std::uint32_t length, char* out, std::uint32_
 bool WideFromUTF8(const char* text, std::uint32_t nBytes, SOCAString& wide) {
     const std::uint32_t length = SourceLength(text, nBytes);
     return length == 0 || DecodeUTF8(text, length, wide);
+}
+
+// What is not legal as a whole is not taken, as in the other pages.
+bool TakeUtf8(Ansi& target, const char* text, std::uint32_t length) {
+    const bool isLegal = utf8text::FindInvalid(text, text + length) == text + length;
+    Take(target, isLegal ? Ansi(text, length) : Ansi());
+    return isLegal;
 }
 
 // --- ASCII ---
@@ -163,12 +200,12 @@ bool TakeAscii(Ascii& target, const unit* text, std::uint32_t count, const char*
 
 template <>
 std::uint32_t FlavourConvert<char, 0>::getNBytesForWide(const char* text, std::uint32_t length) {
-    return (CodePageText(text, length).units() + 1) * kUnitBytes;
+    return (NarrowText(text, length).units() + 1) * kUnitBytes;
 }
 
 template <>
 std::uint32_t FlavourConvert<char, 0>::getNBytesForAscii(const char* text, std::uint32_t length) {
-    return CodePageText(text, length).characters() + 1;
+    return NarrowText(text, length).characters() + 1;
 }
 
 template <>
@@ -178,22 +215,18 @@ std::uint32_t FlavourConvert<char, 0>::getNBytesForMBCS(const char*, std::uint32
 
 template <>
 std::uint32_t FlavourConvert<char, 0>::getNBytesForUTF8(const char* text, std::uint32_t length) {
-    return CodePageText(text, length).utf8Bytes() + 1;
+    return NarrowText(text, length).utf8Bytes() + 1;
 }
 
 template <>
 int FlavourConvert<char, 0>::toAscii(const char* text, std::uint32_t length, char* out,
                                      std::uint32_t nBytesInBuffer) {
     if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
-    const CodePageText source(text, length);
+    const NarrowText source(text, length);
     if (nBytesInBuffer <= source.characters()) return kFailed;
-    std::uint32_t used = 0;
-    source.forEachPiece([&](const wchar_t* units, std::uint32_t count) {
-        WriteAscii(units, count, out + used);
-        used += count;
-    });
-    out[used] = '\0';
-    return static_cast<int>(used + 1);
+    char* const end = source.writeAscii(out);
+    *end = '\0';
+    return static_cast<int>(end - out + 1);
 }
 
 template <>
@@ -206,7 +239,7 @@ template <>
 int FlavourConvert<char, 0>::toWide(const char* text, std::uint32_t length, wchar_t* out,
                                     std::uint32_t nBytesInBuffer) {
     if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
-    const CodePageText source(text, length);
+    const NarrowText source(text, length);
     const std::uint32_t units = source.units();
     if (nBytesInBuffer / kUnitBytes <= units) return kFailed;
     const std::uint32_t written = source.write(out, units);
@@ -219,15 +252,11 @@ template <>
 int FlavourConvert<char, 0>::toUTF8(const char* text, std::uint32_t length, char* out,
                                     std::uint32_t nBytesInBuffer) {
     if (!Require(out != nullptr, kUnit, kNoUTF8Output)) return kFailed;
-    const CodePageText source(text, length);
-    const std::uint32_t needed = source.utf8Bytes();
-    if (nBytesInBuffer <= needed) return kFailed;
-    std::uint32_t used = 0;
-    source.forEachPiece([&](const wchar_t* units, std::uint32_t count) {
-        used += static_cast<std::uint32_t>(WriteUTF8(units, count, out + used, needed + 1 - used));
-    });
-    out[used] = '\0';
-    return static_cast<int>(used);
+    const NarrowText source(text, length);
+    if (nBytesInBuffer <= source.utf8Bytes()) return kFailed;
+    char* const end = source.writeUtf8(out);
+    *end = '\0';
+    return static_cast<int>(end - out);
 }
 
 template <>
@@ -259,6 +288,7 @@ bool FlavourConvert<char, 0>::fromWChar(Ansi& target, const wchar_t* text, std::
 
 template <>
 bool FlavourConvert<char, 0>::fromUTF8(Ansi& target, const char* text, std::uint32_t nBytes) {
+    if (CodePage::Current().isUtf8()) return TakeUtf8(target, text, SourceLength(text, nBytes));
     SOCAString wide;
     const bool converted = WideFromUTF8(text, nBytes, wide);
     Take(target, MBCSFromWide(wide.getString(), wide.getLength()));

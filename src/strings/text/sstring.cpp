@@ -6,6 +6,7 @@
 #include <string>
 
 #include "diag/assert/require.h"
+#include "strings/base/bytesearch.h"
 #include "strings/base/lentblock.h"
 #include "strings/base/memory.h"
 #include "strings/base/wipe.h"
@@ -450,6 +451,19 @@ template <class unit, int flavour>
 void SString_t<unit, flavour>::changeCase(LetterCase to) {
     if (isEmpty()) return;
     const std::uint32_t length = getLength();
+    if constexpr (flavour == 0) {
+        // In UTF-8 a letter's other case may take more bytes; ASCII is mapped in place.
+        const char* const end = getString() + length;
+        if (mbchar::CodePage::Current().isUtf8() && FindNonAscii(getString(), end) != end) {
+            const std::uint32_t needed = CountMapped(getString(), length, to);
+            SString_t mapped;
+            mapped.copyOnWrite(needed);
+            WriteMapped(getString(), length, mapped.characters(), to);
+            mapped.terminateBuffer(needed);
+            *this = std::move(mapped);
+            return;
+        }
+    }
     copyOnWrite(length);
     if constexpr (flavour == 0) {
         terminateBuffer(MapCase(characters(), length, length, to));

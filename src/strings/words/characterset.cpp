@@ -1,13 +1,6 @@
 #include "strings/words/characterset.h"
 
-#include <cstring>
-
 namespace TarnLibA500 {
-namespace {
-
-constexpr unsigned kPairBytes = 2;
-
-}  // namespace
 
 void CharacterSet::add(const SAnsiString& characters) {
     const char* const end = characters.end().getPtr();
@@ -21,8 +14,8 @@ void CharacterSet::add(const SAnsiString& characters) {
 void CharacterSet::insert(const char* character, unsigned bytes) {
     if (bytes == 1) {
         singles_[static_cast<unsigned char>(*character)] = true;
-    } else if (bytes == kPairBytes) {
-        pairs_.concat(character, kPairBytes);
+    } else if (bytes <= sizeof(Key)) {
+        longs_.Add(KeyOf(character, bytes));
     }
 }
 
@@ -31,19 +24,16 @@ void CharacterSet::remove(const SChar_t<char, 0>& character) {
         singles_[static_cast<unsigned char>(character.getUnits()[0])] = false;
         return;
     }
-    SAnsiString kept;
-    for (const char* pair = pairs_.getString(); pair < pairs_.end().getPtr(); pair += kPairBytes) {
-        if (std::memcmp(pair, character.getUnits(), kPairBytes) != 0) kept.concat(pair, kPairBytes);
+    const Key removed = KeyOf(character.getUnits(), character.getLength());
+    SIArray<Key> kept;
+    for (const Key key : longs_) {
+        if (key != removed) kept.Add(key);
     }
-    pairs_ = kept;
+    longs_ = kept;
 }
 
-const char* CharacterSet::findPair(const char* at) const noexcept {
-    const char* const end = pairs_.end().getPtr();
-    for (const char* pair = pairs_.getString(); pair < end; pair += kPairBytes) {
-        if (std::memcmp(pair, at, kPairBytes) == 0) return pair;
-    }
-    return nullptr;
+bool CharacterSet::holdsLong(Key key) const noexcept {
+    return std::find(longs_.begin(), longs_.end(), key) != longs_.end();
 }
 
 const char* CharacterSet::findMember(const char* at, const char* end) const noexcept {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 
 #include "strings/characters/mbchar.h"
+#include "tarnlib/siarray.h"
 #include "tarnlib/sstring.h"
 
 namespace TarnLibA500 {
@@ -13,7 +15,7 @@ inline unsigned CharacterBytes(const mbchar::CodePage& page, const char* at) noe
     return std::max(page.step(at), 1U);
 }
 
-/// A set of characters of one code page.
+/// A set of characters of one page.
 class CharacterSet {
   public:
     explicit CharacterSet(const mbchar::CodePage& page) : page_(&page) {}
@@ -27,7 +29,7 @@ class CharacterSet {
     void remove(const SChar_t<char, 0>& character);
     /// The character is given by its place and its bytes.
     bool contains(const char* at, unsigned bytes) const noexcept {
-        return bytes == 1 ? singles_[static_cast<unsigned char>(*at)] : findPair(at) != nullptr;
+        return bytes == 1 ? singles_[static_cast<unsigned char>(*at)] : holdsLong(KeyOf(at, bytes));
     }
 
     /// The first place of a range where a character is, or is not, in the set; the range's end when there is
@@ -38,12 +40,20 @@ class CharacterSet {
     const char* stripMembers(const char* at, const char* end) const noexcept;
 
   private:
+    /// The bytes of a character of more than one, with zero bytes behind them.
+    using Key = std::uint32_t;
+
+    static Key KeyOf(const char* character, unsigned bytes) noexcept {
+        Key key = 0;
+        std::memcpy(&key, character, bytes);
+        return key;
+    }
     void insert(const char* character, unsigned bytes);
-    const char* findPair(const char* at) const noexcept;
+    bool holdsLong(Key key) const noexcept;
 
     const mbchar::CodePage* page_;
     bool singles_[256] = {};
-    SAnsiString pairs_;  // the double-byte members, one after the other
+    SIArray<Key> longs_;  // the members of more than one byte
 };
 
 }  // namespace TarnLibA500

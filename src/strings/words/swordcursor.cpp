@@ -5,11 +5,6 @@
 #include "strings/words/characterset.h"
 
 namespace TarnLibA500 {
-namespace {
-
-constexpr unsigned kPairBytes = 2;
-
-}  // namespace
 
 SWordCursor::SWordCursor(const SAnsiString& text, const SAnsiString& separators)
     : text_(text), separators_(separators), page_(&mbchar::CodePage::Current()), at_(text_.getString()) {
@@ -24,8 +19,10 @@ SWordCursor::SWordCursor(const SAnsiString& text, const SAnsiString& separators)
 bool SWordCursor::isSeparator(unsigned bytes) const noexcept {
     if (bytes == 1) return single_[static_cast<unsigned char>(*at_)];
     const char* const end = separators_.end().getPtr();
-    for (const char* at = separators_.getString(); at < end; at += CharacterBytes(*page_, at)) {
-        if (end - at >= static_cast<int>(kPairBytes) && std::memcmp(at, at_, kPairBytes) == 0) return true;
+    for (const char* at = separators_.getString(); at < end;) {
+        const unsigned length = CharacterBytes(*page_, at);
+        if (length == bytes && std::memcmp(at, at_, bytes) == 0) return true;
+        at += length;
     }
     return false;
 }

@@ -39,3 +39,22 @@ TEST(Cp932Character, HoldsBothBytes) {
     EXPECT_TRUE(!broken.isUnicode() && !broken.isMBCSChar() && broken.toLower() == broken);
     EXPECT_EQ((SChar_t<char, 0>("\x82\x60").toLower()), (SChar_t<char, 0>("\x82\x81")));
 }
+
+TEST(Utf8Character, HoldsAllOfUnicode) {
+    const SChar_t<char, 0> face("\xF0\x9F\x98\x80!"), e("\xC3\xA9"), broken("\x9F"), grows("\xC8\xBA");
+    EXPECT_TRUE(face.getLength() == 4 && face.toUCS4() == 0x1F600 && face.toUChar() == 0 &&
+                face.isWideChar());
+    EXPECT_TRUE(face.getNBytesForUTF8() == 4 && face.getNBytesForMBCS() == 4 &&
+                face.getNBytesForWChar() == 4);
+    EXPECT_EQ(e.toUpper(), (SChar_t<char, 0>("\xC3\x89")));
+    EXPECT_TRUE(e.isAlpha() && e.isLower() && grows.toLower().getLength() == 3);
+    EXPECT_FALSE(broken.isUnicode() || face.isAlpha() || face.isUpper());
+    wchar_t units[2] = {};
+    EXPECT_TRUE(face.toOCAChar(units, 2) == -1 && face.toOCAChar(units, 4) == 2 && units[1] == 0xDE00);
+    SChar_t<wchar_t, 1> wide(L'a');
+    SChar_t<char, 0> narrow('a');
+    EXPECT_FALSE(wide.fromSChar(face) || narrow.fromUChar(0xD83D) || narrow.fromUCS4(0x110000));
+    EXPECT_TRUE(wide == 'a' && narrow == 'a' && narrow.fromSChar(face) && narrow == face &&
+                narrow.fromUCS4(0xE9) && narrow == e);
+    EXPECT_EQ((SChar_t<char, 0>("\xF0\x90\x90\x80").toLower()), (SChar_t<char, 0>("\xF0\x90\x90\xA8")));
+}

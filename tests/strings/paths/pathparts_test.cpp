@@ -62,3 +62,13 @@ TEST(Cp932PathParts, TrailBytesAreNoSlashes) {
     tarntest::LocaleScope locale(tarntest::kLocale932);
     tarntest::ExpectCalls("strings/path_calls_932.txt", kCalls);
 }
+
+TEST(Utf8PathParts, CountUnitsAndNotBytes) {
+    tarntest::ExpectCalls("strings/path_calls.txt", kCalls);
+    tarntest::ExpectCalls("strings/path_calls_utf8.txt", kCalls);
+    SAnsiString longest;
+    for (int i = 0; i < 255; ++i) longest += "\xE6\x97\xA5";
+    EXPECT_EQ(Split(longest + ".e"), "*!" + longest + "!.e");
+    tarntest::AssertRecorder recorder;
+    EXPECT_EQ(Split(longest + "n.e"), "*!*!*");
+}

@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
+#include <cstring>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -18,6 +21,7 @@
 #include "support/calls.h"
 #include "support/locale_scope.h"
 #include "support/thrown.h"
+#include "tarnlib/codesetconverter.h"
 
 using namespace TarnLibA500;
 using tarntest::Arguments, tarntest::Number, tarntest::WhatOf, tarntest::YesNo;
@@ -99,22 +103,114 @@ SAnsiString EqualsNoCase(const SAnsiStringCI& a, const char* b) {
     return YesNo(a == b);
 }
 
+// A text in a block of its very size: what is read beyond it faults where blocks are guarded.
+std::vector<char> Exact(const SAnsiString& text) {
+    return {text.getString(), text.getString() + text.getLength() + 1};
+}
+
+std::uint32_t Count(const SAnsiString& digits) {
+    return static_cast<std::uint32_t>(std::stoul(digits.getString()));
+}
+
+// Into every room that is too small, too: a part of it then, and never half a character.
+SWCharString ToWide(const SAnsiString& text) {
+    const auto exact = Exact(text);
+    SWCharString whole;
+    whole.fromMBCS(exact.data(), text.getLength());
+    const auto units = static_cast<std::uint32_t>(CodesetConverter::mbstoucs2(nullptr, exact.data(), 0));
+    EXPECT_TRUE(units == whole.getLength() && text.getNBytesForWChar() == 2 * units + 2);
+    for (std::uint32_t room = 0; room <= units; ++room) {
+        const auto out = std::make_unique<wchar_t[]>(room);  // for 0, too, an address
+        const int written = CodesetConverter::mbstoucs2(out.get(), exact.data(), room);
+        EXPECT_EQ(SWCharString(out.get(), static_cast<std::uint32_t>(written)),
+                  whole.left(static_cast<std::uint32_t>(written)));
+        EXPECT_TRUE(written + 1 >= static_cast<int>(room) &&
+                    (written == 0 || (out[static_cast<std::size_t>(written) - 1] & 0xFC00) != 0xD800));
+    }
+    return whole;
+}
+
+SAnsiString Hex(const SWCharString& text) {
+    SAnsiString hex;
+    for (std::uint32_t i = 0; i < text.getLength(); ++i) {
+        char digits[5];
+        std::snprintf(digits, sizeof digits, "%04x", text.getString()[i]);
+        hex += digits;
+    }
+    return hex;
+}
+
+// By way of UTF-16, which must be what is written at once.
+SAnsiString ToUtf8(const SAnsiString& text) {
+    const SWCharString wide = ToWide(text);
+    std::vector<char> at_once(text.getNBytesForUTF8()), back(wide.getNBytesForMBCS());
+    EXPECT_EQ(text.toUTF8(at_once.data(), text.getNBytesForUTF8()) + 1, static_cast<int>(at_once.size()));
+    EXPECT_EQ(wide.toMBCS(back.data(), wide.getNBytesForMBCS()), static_cast<int>(back.size()));
+    EXPECT_STREQ(at_once.data(), back.data());
+    SAnsiString whole;
+    whole.fromWChar(wide.getString(), wide.getLength());
+    EXPECT_EQ(whole, back.data());
+    return whole;
+}
+
+SAnsiString FromUtf8(const SAnsiString& text) {
+    SAnsiString taken("old");
+    return taken.fromUTF8(Exact(text).data(), text.getLength()) ? taken : "no" + taken;
+}
+
+SAnsiString ToAscii(const SAnsiString& text) {
+    std::vector<char> out(text.getNBytesForAscii());
+    EXPECT_EQ(text.toAscii(out.data(), text.getNBytesForAscii()), static_cast<int>(out.size()));
+    return out.data();
+}
+
+// In place a text may not grow, whatever becomes of its letters.
+SAnsiString MappedInPlace(const SAnsiString& text, void (*map)(char*, std::uint32_t)) {
+    auto exact = Exact(text);
+    map(exact.data(), 0xFFFFFFFF);
+    EXPECT_LE(std::strlen(exact.data()), text.getLength());
+    return exact.data();
+}
+
+template <class Edit>
+SAnsiString Edited(SAnsiString text, Edit edit) {
+    const SAnsiString shared(text);
+    edit(text);
+    return text;
+}
+
 // Positions are in bytes.
 const tarntest::Calls kCalls = {
     {"find",
-     [](const Arguments& a) { return Number(a[0].find(a[1].getString()).getPtr() - a[0].getString()); }},
+     [](const Arguments& a) { return Number(a[0].find(Exact(a[1]).data()).getPtr() - a[0].getString()); }},
     {"find last", [](const Arguments& a) { return Number(a[0].findLast(a[1]).getPtr() - a[0].getString()); }},
-    {"starts with", [](const Arguments& a) { return YesNo(a[0].startsWith(a[1].getString())); }},
-    {"ends with", [](const Arguments& a) { return YesNo(a[0].endsWith(a[1].getString())); }},
+    {"starts with", [](const Arguments& a) { return YesNo(a[0].startsWith(Exact(a[1]).data())); }},
+    {"ends with", [](const Arguments& a) { return YesNo(a[0].endsWith(Exact(a[1]).data())); }},
     {"compare", [](const Arguments& a) { return Order(a[0], a[1]); }},
     {"compare no case", [](const Arguments& a) { return Number(a[0].compareNoCase(a[1])); }},
-    {"equals no case", [](const Arguments& a) { return EqualsNoCase(a[0], a[1].getString()); }},
+    {"equals no case", [](const Arguments& a) { return EqualsNoCase(a[0], Exact(a[1]).data()); }},
     {"less no case", [](const Arguments& a) { return YesNo(SAnsiStringCI(a[0]) < a[1].getString()); }},
     {"characters", [](const Arguments& a) { return Number(a[0].getNChars()); }},
-    {"second", [](const Arguments& a) { return a[0].mid(1, 1); }},
-    {"last", [](const Arguments& a) { return a[0].right(1); }},
+    {"left", [](const Arguments& a) { return a[0].left(Count(a[1])); }},
+    {"right", [](const Arguments& a) { return a[0].right(Count(a[1])); }},
+    {"mid", [](const Arguments& a) { return a[0].mid(Count(a[1]), Count(a[2])); }},
+    {"delete",
+     [](const Arguments& a) {
+         return Edited(a[0], [&](auto& s) { s.deleteChars(Count(a[1]), Count(a[2])); });
+     }},
+    {"insert",
+     [](const Arguments& a) { return Edited(a[0], [&](auto& s) { s.insertChars(Count(a[2]), a[1]); }); }},
+    {"set",
+     [](const Arguments& a) { return Edited(a[0], [&](auto& s) { s.setAt(Count(a[2]), a[1].getAt(0)); }); }},
+    {"utf-16", [](const Arguments& a) { return Hex(ToWide(a[0])); }},
+    {"utf-8", [](const Arguments& a) { return ToUtf8(a[0]); }},
+    {"from utf-8", [](const Arguments& a) { return FromUtf8(a[0]); }},
+    {"ascii", [](const Arguments& a) { return ToAscii(a[0]); }},
     {"trim", [](const Arguments& a) { return SAnsiString(a[0]).trim(); }},
-    {"lower", [](const Arguments& a) { return SAnsiString(a[0]).toLower(); }},
+    {"lower",
+     [](const Arguments& a) { return MappedInPlace(a[0], &MakeLowerCase), SAnsiString(a[0]).toLower(); }},
+    {"upper",
+     [](const Arguments& a) { return MappedInPlace(a[0], &MakeUpperCase), SAnsiString(a[0]).toUpper(); }},
 };
 
 }  // namespace
@@ -323,6 +419,17 @@ TEST(StringCalls, AnswerAsInTheFiles) {
     const LocaleScope locale(kLocale1252);
     tarntest::ExpectCalls("strings/string_calls_1252.txt", kCalls);
     EXPECT_EQ(SWCharString(L"\xC9T\xC9").compareNoCase(L"\xE9t\xE9"), 0);
+}
+
+TEST(Utf8String, AnswersAsInTheFilesAndAsPython) {
+    tarntest::ExpectCalls("strings/string_calls.txt", kCalls);
+    tarntest::ExpectCalls(TARN_MADE_CASES "utf8_strings.txt", kCalls);
+    for (const auto& c : tarntest::ReadCases("strings/trims.txt")) {
+        EXPECT_EQ(SAnsiString(c[0].c_str()).trimLeft(), c[1].c_str());
+        EXPECT_EQ(SAnsiString(c[0].c_str()).trimRight(), c[2].c_str());
+    }
+    const LocaleScope locale(kLocale1252);
+    tarntest::ExpectCalls("strings/string_calls_utf8.txt", kCalls);
 }
 
 // Some texts are ordered without asking the system; the answer must be the system's.

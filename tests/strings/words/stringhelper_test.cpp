@@ -97,6 +97,12 @@ TEST(Cp932StringHelper, WorksInWholeCharacters) {
     tarntest::ExpectCalls("strings/helper_calls_932.txt", kCalls);
 }
 
+TEST(Utf8StringHelper, WorksInWholeCharacters) {
+    tarntest::ExpectCalls("strings/helper_calls.txt", kCalls);
+    tarntest::ExpectCalls("strings/helper_calls_utf8.txt", kCalls);
+    tarntest::ExpectCalls(TARN_MADE_CASES "utf8_helpers.txt", kCalls);
+}
+
 TEST(MakeWords, TakesAnotherQuoteAndItsOwnWords) {
     SIArray<SAnsiString> words;
     SStringHelper::makeWords("a 'b \"c' \"d e", words, '\'', " ", true, false);

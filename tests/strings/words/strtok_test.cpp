@@ -84,6 +84,11 @@ TEST(StrTok, TokenOfOneCallStays) {
     EXPECT_EQ(tokenizer.RightStr("="), "");
 }
 
+TEST(Utf8StrTok, TokenMatchesWholeCharacters) {
+    ExpectPieces("strings/tokens.txt");
+    ExpectPieces("strings/tokens_utf8.txt");
+}
+
 TEST(Cp932StrTok, TokenNeverMatchesATrailByte) {
     tarntest::LocaleScope locale(tarntest::kLocale932);
     ExpectPieces("strings/tokens_932.txt");
