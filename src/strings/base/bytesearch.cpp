@@ -1,6 +1,8 @@
 #include "strings/base/bytesearch.h"
 
+#include <algorithm>
 #include <bit>
+#include <cstdint>
 #include <cstring>
 
 #include <emmintrin.h>
@@ -68,6 +70,24 @@ const char* FindByte(const char* text, const char* end, char byte) noexcept {
     return FindHit(text, end, [wanted](__m128i bytes) {
         return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, wanted)));
     });
+}
+
+// The runtime's strnlen goes byte by byte. Aligned blocks never reach into another page, so that what stands before
+// and behind the text in the same block can be read; it is not used.
+std::size_t LengthUpTo(const char* text, std::size_t most) noexcept {
+    const auto before = static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(text) % kBlock);
+    const char* block = text - before;
+    const auto zerosIn = [](const char* at) {
+        const __m128i bytes = _mm_load_si128(reinterpret_cast<const __m128i*>(at));
+        return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())));
+    };
+    unsigned zeros = zerosIn(block) >> before << before;
+    while (zeros == 0) {
+        block += kBlock;
+        if (static_cast<std::size_t>(block - text) >= most) return most;
+        zeros = zerosIn(block);
+    }
+    return std::min(static_cast<std::size_t>(block + std::countr_zero(zeros) - text), most);
 }
 
 const char* FindNonAscii(const char* text, const char* end) noexcept {

@@ -14,4 +14,7 @@ const char* FindByte(const char* text, const char* end, char byte) noexcept;
 /// The first byte that is not ASCII, or the end of the text.
 const char* FindNonAscii(const char* text, const char* end) noexcept;
 
+/// Bytes before the zero byte that ends a text, or as many as are asked for.
+std::size_t LengthUpTo(const char* text, std::size_t most) noexcept;
+
 }  // namespace TarnLibA500

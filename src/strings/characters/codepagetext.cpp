@@ -1,5 +1,7 @@
 #include "strings/characters/codepagetext.h"
 
+#include <algorithm>
+
 #include "strings/characters/utf.h"
 #include "strings/characters/utf8text.h"
 
@@ -28,14 +30,16 @@ std::uint32_t Decode(const CodePage& page, const char*& text, const char* end, w
                      std::uint32_t room) noexcept {
     if (page.isUtf8()) return utf8text::Decode(text, end, out, room);
     const char* at = text;
-    std::uint32_t units = 0;
-    while (at < end && units < room) {
+    wchar_t* unit = out;
+    // A room may be given that leads beyond the address space; there are never more units than bytes.
+    const auto most = static_cast<std::uint32_t>(end - text);
+    for (wchar_t* const last = out + std::min(room, most); at < end && unit < last; ++unit) {
         const Character character = page.characterAt(at, end);
-        out[units++] = static_cast<wchar_t>(character.isValid() ? character.code : char32_t{kReplacement});
+        *unit = static_cast<wchar_t>(character.isValid() ? character.code : char32_t{kReplacement});
         at += character.bytes;
     }
     text = at;
-    return units;
+    return static_cast<std::uint32_t>(unit - out);
 }
 
 std::uint32_t CountBytes(const CodePage& page, const wchar_t* text, const wchar_t* end) noexcept {

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "diag/assert/require.h"
+#include "strings/base/bytesearch.h"
 #include "strings/characters/codepagetext.h"
 
 namespace TarnLibA500 {
@@ -18,7 +19,7 @@ constexpr const char* kUnit = "codesetconverter";
 const char* EndOfUnits(const char* in, std::uint32_t units) {
     constexpr std::size_t kMostBytes = std::numeric_limits<std::size_t>::max();
     constexpr std::size_t kMostOfUnit = mbchar::kLongestCharacter;
-    return in + strnlen(in, units < kMostBytes / kMostOfUnit ? kMostOfUnit * units : kMostBytes);
+    return in + LengthUpTo(in, units < kMostBytes / kMostOfUnit ? kMostOfUnit * units : kMostBytes);
 }
 
 }  // namespace

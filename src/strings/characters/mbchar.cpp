@@ -6,6 +6,7 @@
 
 #include <windows.h>
 
+#include "strings/base/bytesearch.h"
 #include "strings/base/memory.h"
 #include "strings/characters/utf8form.h"
 #include "strings/characters/utf8text.h"
@@ -18,7 +19,7 @@ namespace {
 
 constexpr unsigned kByteValues = 256;
 
-std::atomic<const CodePage*> chosen{nullptr};
+// The page that was used last; UTF-8 stays there, because it is used by choice.
 std::atomic<const CodePage*> lastUsed{nullptr};
 std::atomic<CodePage*> known{nullptr};
 // A table is made, and a row filled, by one thread at a time. A table that an ended thread left unfinished is
@@ -48,22 +49,36 @@ wchar_t LowerCase(wchar_t unit) {
 
 }  // namespace
 
+// Called for every step of an iterator: nothing is kept across the runtime's function, and what happens seldom
+// is not inlined, so that no register must be saved.
 const CodePage& CodePage::Current() {
-    if (const CodePage* page = chosen.load(std::memory_order_acquire)) return *page;
-    const unsigned number = ___lc_codepage_func();
     const CodePage* page = lastUsed.load(std::memory_order_acquire);
+    if (page != nullptr && page->isUtf8_) return *page;
+    const unsigned number = ___lc_codepage_func();
+    page = lastUsed.load(std::memory_order_acquire);
     if (page != nullptr && page->number_ == number) return *page;
-    page = &Of(number);
-    lastUsed.store(page, std::memory_order_release);
-    return *page;
+    return FollowLocale(page);
 }
 
-void CodePage::Choose(const CodePage* page) noexcept {
-    chosen.store(page, std::memory_order_release);
+// A choice that another thread made meanwhile is not overwritten.
+[[gnu::noinline]] const CodePage& CodePage::FollowLocale(const CodePage* before) {
+    if (before != nullptr && before->isUtf8_) return *before;
+    const CodePage& page = Of(___lc_codepage_func());
+    lastUsed.compare_exchange_strong(before, &page, std::memory_order_acq_rel);
+    return page;
 }
 
-const CodePage* CodePage::Chosen() noexcept {
-    return chosen.load(std::memory_order_acquire);
+void CodePage::UseUtf8() {
+    lastUsed.store(&Utf8(), std::memory_order_release);
+}
+
+void CodePage::FollowLocale() noexcept {
+    lastUsed.store(nullptr, std::memory_order_release);
+}
+
+bool CodePage::CurrentIsUtf8() noexcept {
+    const CodePage* page = lastUsed.load(std::memory_order_acquire);
+    return page != nullptr && page->isUtf8_;
 }
 
 const CodePage& CodePage::Of(unsigned number) {
@@ -226,7 +241,7 @@ std::uint32_t CountCharacters(const CodePage& page, const char* text) noexcept {
 
 std::uint32_t CountCharacters(const CodePage& page, const char* text, const char* end) noexcept {
     if (page.isSingleByte())
-        return static_cast<std::uint32_t>(strnlen(text, static_cast<std::size_t>(end - text)));
+        return static_cast<std::uint32_t>(LengthUpTo(text, static_cast<std::size_t>(end - text)));
     if (page.isUtf8()) return utf8text::CountCharacters(text, end);
     std::uint32_t count = 0;
     for (; text < end && *text != '\0'; text += page.step(text)) ++count;
@@ -234,13 +249,14 @@ std::uint32_t CountCharacters(const CodePage& page, const char* text, const char
 }
 
 const char* Advance(const CodePage& page, const char* text, std::uint32_t characters) noexcept {
-    if (page.isSingleByte()) return text + strnlen(text, characters);
+    if (page.isSingleByte()) return text + LengthUpTo(text, characters);
     for (; characters != 0 && *text != '\0'; --characters) text += page.step(text);
     return text;
 }
 
 const char* Advance(const CodePage& page, const char* text, const char* end,
                     std::uint32_t characters) noexcept {
+    if (page.isSingleByte()) return text + LengthUpTo(text, characters);
     return page.isUtf8() ? utf8text::Advance(text, end, characters) : Advance(page, text, characters);
 }
 

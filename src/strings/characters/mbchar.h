@@ -49,10 +49,12 @@ class CodePage {
     /// LC_CTYPE category, which the process may change at any time: an operation asks once and hands the answer
     /// down, so that sizes and what is written agree.
     static const CodePage& Current();
-    /// What Current answers from now on, whatever the locale; null: what the locale says.
-    static void Choose(const CodePage* page) noexcept;
-    /// The page that was chosen, or null.
-    static const CodePage* Chosen() noexcept;
+    /// From now on Current is UTF-8, whatever the locale. Throws as Of does.
+    static void UseUtf8();
+    /// From now on Current is what the locale says.
+    static void FollowLocale() noexcept;
+    /// True after UseUtf8.
+    static bool CurrentIsUtf8() noexcept;
 
     unsigned number() const noexcept { return number_; }
     bool isUtf8() const noexcept { return isUtf8_; }
@@ -103,6 +105,7 @@ class CodePage {
     CodePage() = default;
     static CodePage* Create(unsigned number, bool isUtf8);
     static const CodePage& FindOrCreate(unsigned number, bool isUtf8);
+    static const CodePage& FollowLocale(const CodePage* before);
 
     void findPartials() noexcept;
     void fillSingles() noexcept;

@@ -68,7 +68,7 @@ std::uint32_t MBCSFromCode(char32_t code, char (&bytes)[mbchar::kMaxCharacterByt
 // Only narrow text that is UTF-8 has characters that the C runtime's maps do not reach.
 template <int flavour>
 bool HasAllOfUnicode() {
-    return flavour == 0 && CodePage::Current().isUtf8();
+    return flavour == 0 && CodePage::CurrentIsUtf8();
 }
 
 template <class unit>
@@ -84,7 +84,7 @@ template <class unit, int flavour>
 SChar_t<unit, flavour>::SChar_t(const unit* oneChar) {
     if (oneChar == nullptr) return;
     data_.length = UnitsAtStart(oneChar, std::integral_constant<int, flavour>());
-    std::memcpy(data_.units, oneChar, data_.length * sizeof(unit));
+    for (std::uint32_t i = 0; i < data_.length; ++i) data_.units[i] = oneChar[i];
 }
 
 template <class unit, int flavour>

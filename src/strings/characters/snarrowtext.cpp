@@ -5,15 +5,15 @@
 namespace TarnLibA500 {
 
 void SNarrowText::UseUtf8() {
-    mbchar::CodePage::Choose(&mbchar::CodePage::Utf8());
+    mbchar::CodePage::UseUtf8();
 }
 
 void SNarrowText::FollowLocale() noexcept {
-    mbchar::CodePage::Choose(nullptr);
+    mbchar::CodePage::FollowLocale();
 }
 
 bool SNarrowText::IsUtf8() noexcept {
-    return mbchar::CodePage::Chosen() != nullptr;
+    return mbchar::CodePage::CurrentIsUtf8();
 }
 
 }  // namespace TarnLibA500

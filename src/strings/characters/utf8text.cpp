@@ -15,8 +15,9 @@ namespace {
 using mbchar::Character;
 using utf::Result;
 
-constexpr unsigned kBlock = sizeof(__m128i);
-constexpr auto kBlockLength = static_cast<std::ptrdiff_t>(kBlock);
+constexpr auto kBlockLength = static_cast<std::ptrdiff_t>(sizeof(__m128i));
+
+constexpr std::uint64_t kMaxUnitBytes = 3;  // of a unit; a pair has four
 
 const unsigned char* Bytes(const char* text) {
     return reinterpret_cast<const unsigned char*>(text);
@@ -24,20 +25,28 @@ const unsigned char* Bytes(const char* text) {
 
 enum class ZeroBytes { areCharacters, endTheText };
 
-// The characters of ASCII at the beginning of a block, up to sixteen; none where no block is left.
+// A bit for each byte of a block that is not of ASCII, or ends the text.
 template <ZeroBytes zeros>
-unsigned LeadingAscii(const char* text, const char* end) {
-    if (end - text < kBlockLength) return 0;
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-    auto others = static_cast<unsigned>(_mm_movemask_epi8(block));
+unsigned OthersIn(const char* text) {
+    __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
     if constexpr (zeros == ZeroBytes::endTheText) {
-        others |= static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_setzero_si128())));
+        block = _mm_or_si128(block, _mm_cmpeq_epi8(block, _mm_setzero_si128()));
     }
-    return static_cast<unsigned>(std::countr_zero(others | 1U << kBlock));
+    return static_cast<unsigned>(_mm_movemask_epi8(block));
+}
+
+// The end of a run of ASCII, or a place in it that is less than a block before the end of the text.
+template <ZeroBytes zeros>
+const char* SkipAscii(const char* text, const char* end) {
+    for (; end - text >= kBlockLength; text += kBlockLength) {
+        if (const unsigned others = OthersIn<zeros>(text)) return text + std::countr_zero(others);
+    }
+    return text;
 }
 
 // Bytes of the well-formed character at a place; 0 when there is none.
 unsigned WellFormedBytes(const char* text, const char* end) {
+    if (end - text >= 4) return utf::BytesOfCharacter(Bytes(text));
     const int trailing = utf::TrailingBytes(*Bytes(text));
     const bool isWellFormed = end - text > trailing && utf::IsWellFormed(Bytes(text), trailing);
     return isWellFormed ? static_cast<unsigned>(trailing + 1) : 0;
@@ -49,10 +58,12 @@ template <ZeroBytes zeros, class Weigh>
 std::uint32_t Sum(const char* text, const char* end, Weigh weigh) {
     std::uint32_t sum = 0;
     while (text < end) {
-        const unsigned ascii = LeadingAscii<zeros>(text, end);
-        text += ascii;
-        sum += ascii;
-        if (ascii == kBlock) continue;
+        if (static_cast<signed char>(*text) > 0) {
+            const char* const after = std::max(SkipAscii<zeros>(text, end), text + 1);
+            sum += static_cast<std::uint32_t>(after - text);
+            text = after;
+            continue;
+        }
         if (zeros == ZeroBytes::endTheText && *text == '\0') break;
         const unsigned bytes = WellFormedBytes(text, end);
         sum += weigh(bytes);
@@ -85,26 +96,23 @@ std::uint32_t CountCharacters(const char* text, const char* end) noexcept {
 }
 
 const char* Advance(const char* text, const char* end, std::uint32_t characters) noexcept {
-    while (characters != 0 && text < end) {
-        const unsigned ascii = LeadingAscii<ZeroBytes::endTheText>(text, end);
-        if (ascii != 0) {
-            const std::uint32_t passed = std::min(ascii, characters);
-            text += passed;
-            characters -= passed;
+    for (; characters != 0 && text < end; --characters) {
+        if (static_cast<signed char>(*text) > 0) {
+            const char* const limit =
+                text + std::min(static_cast<std::size_t>(end - text), std::size_t{characters});
+            const char* const after = std::max(SkipAscii<ZeroBytes::endTheText>(text, limit), text + 1);
+            characters -= static_cast<std::uint32_t>(after - text) - 1;
+            text = after;
             continue;
         }
         if (*text == '\0') break;
         text += std::max(WellFormedBytes(text, end), 1U);
-        --characters;
     }
     return text;
 }
 
 const char* FindInvalid(const char* text, const char* end) noexcept {
-    while (text < end) {
-        const unsigned ascii = LeadingAscii<ZeroBytes::areCharacters>(text, end);
-        text += ascii;
-        if (ascii == kBlock) continue;
+    while ((text = SkipAscii<ZeroBytes::areCharacters>(text, end)) < end) {
         const unsigned bytes = WellFormedBytes(text, end);
         if (bytes == 0) break;
         text += bytes;
@@ -116,10 +124,11 @@ std::uint32_t CountUnits(const char* text, const char* end) noexcept {
     return Sum<ZeroBytes::areCharacters>(text, end, [](unsigned bytes) { return bytes == 4 ? 2U : 1U; });
 }
 
+// A room may be given that leads beyond the address space, so it is not taken for longer than what can come out.
 std::uint32_t Decode(const char*& text, const char* end, wchar_t* out, std::uint32_t room) noexcept {
     const unsigned char* at = Bytes(text);
     wchar_t* unit = out;
-    wchar_t* const last = out + room;
+    wchar_t* const last = out + std::min(room, static_cast<std::uint32_t>(end - text));
     for (;;) {
         const Result result = utf::Convert(at, Bytes(end), unit, last);
         if (result == Result::converted || result == Result::targetExhausted || unit == last) break;
@@ -132,7 +141,8 @@ std::uint32_t Decode(const char*& text, const char* end, wchar_t* out, std::uint
 
 std::uint32_t Encode(const wchar_t*& text, const wchar_t* end, char* out, std::uint32_t room) noexcept {
     auto* byte = reinterpret_cast<unsigned char*>(out);
-    unsigned char* const last = byte + room;
+    const std::uint64_t most = kMaxUnitBytes * static_cast<std::uint64_t>(end - text);
+    unsigned char* const last = byte + std::min<std::uint64_t>(room, most);
     for (;;) {
         const Result result = utf::Convert(text, end, byte, last, utf::Mode::strict);
         if (result == Result::converted || result == Result::targetExhausted || byte == last) break;

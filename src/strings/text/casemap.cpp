@@ -1,5 +1,6 @@
 #include "strings/text/casemap.h"
 
+#include <algorithm>
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
@@ -7,6 +8,7 @@
 #include "diag/assert/require.h"
 #include "strings/characters/mbchar.h"
 #include "strings/characters/unicodecase.h"
+#include "strings/characters/utf8form.h"
 #include "strings/characters/utf8text.h"
 #include "tarnlib/sstring.h"
 
@@ -43,6 +45,14 @@ char32_t MapCode(const mbchar::CodePage& page, char32_t code, LetterCase to) {
     return page.isUtf8() ? MapUnicode(code, to) : MapWide(static_cast<wchar_t>(code), to);
 }
 
+// Maps characters up to the first that is not ASCII, or to a zero byte; returns how many. In every page a byte of
+// ASCII where a character begins is one.
+std::uint32_t MapAsciiRun(char* out, const char* in, std::uint32_t most, LetterCase to) {
+    std::uint32_t done = 0;
+    for (; done<most&& static_cast<signed char>(in[done])> 0; ++done) out[done] = MapAscii(in[done], to);
+    return done;
+}
+
 bool MapOne(const mbchar::CodePage& page, char* position, std::uint32_t room, std::uint32_t& nBytes,
             LetterCase to) {
     nBytes = 0;
@@ -59,15 +69,17 @@ bool MapOne(const mbchar::CodePage& page, char* position, std::uint32_t room, st
     return true;
 }
 
-// Hands on the mapped characters of UTF-8, up to where mapping ends; returns that place.
+// Hands on the mapped code points of UTF-8, up to where mapping ends; returns that place.
 template <class Take>
 const char* ForEachMapped(const char* text, const char* end, LetterCase to, Take take) {
     while (text < end && *text != '\0') {
+        if (static_cast<signed char>(*text) > 0) {
+            take(static_cast<unsigned char>(MapAscii(*text++, to)));
+            continue;
+        }
         const mbchar::Character character = utf8text::CharacterAt(text, end);
         if (!character.isValid()) break;
-        char bytes[mbchar::kMaxCharacterBytes];
-        const int mapped = utf8text::FromCode(bytes, MapUnicode(character.code, to));
-        take(bytes, static_cast<std::uint32_t>(mapped));
+        take(MapUnicode(character.code, to));
         text += character.bytes;
     }
     return text;
@@ -99,15 +111,17 @@ std::uint32_t MapCase(char* text, std::uint32_t length, std::uint32_t limit, Let
     std::uint32_t read = 0;
     std::uint32_t written = 0;
     while (read < length) {
+        const std::uint32_t ascii =
+            MapAsciiRun(text + written, text + read, std::min(length - read, limit - written), to);
+        read += ascii;
+        written += ascii;
+        if (read == length) break;
         const unsigned bytes = page.step(text + read);
         const bool invalid = bytes == 1 && !page.isAlone(text[read]);
         if (bytes == 0 || invalid || written + bytes > limit) break;
         std::uint32_t mapped = bytes;
         std::memmove(text + written, text + read, bytes);
-        const bool isAscii = bytes == 1 && static_cast<unsigned char>(text[written]) < 0x80;
-        if (isAscii) {
-            text[written] = MapAscii(text[written], to);
-        } else if (Grows(page, text + written, to) || !MapOne(page, text + written, bytes, mapped, to)) {
+        if (Grows(page, text + written, to) || !MapOne(page, text + written, bytes, mapped, to)) {
             mapped = bytes;
         }
         read += bytes;
@@ -120,16 +134,15 @@ std::uint32_t MapCase(char* text, std::uint32_t length, std::uint32_t limit, Let
 std::uint32_t CountMapped(const char* text, std::uint32_t length, LetterCase to) {
     std::uint32_t mapped = 0;
     const char* const end = text + length;
-    const char* const rest = ForEachMapped(text, end, to, [&](const char*, std::uint32_t n) { mapped += n; });
+    const char* const rest = ForEachMapped(
+        text, end, to, [&](char32_t code) { mapped += static_cast<std::uint32_t>(utf::BytesOfCode(code)); });
     return mapped + static_cast<std::uint32_t>(end - rest);
 }
 
 void WriteMapped(const char* text, std::uint32_t length, char* out, LetterCase to) {
     const char* const end = text + length;
-    const char* const rest = ForEachMapped(text, end, to, [&](const char* bytes, std::uint32_t n) {
-        std::memcpy(out, bytes, n);
-        out += n;
-    });
+    const char* const rest =
+        ForEachMapped(text, end, to, [&](char32_t code) { out += utf8text::FromCode(out, code); });
     std::memcpy(out, rest, static_cast<std::size_t>(end - rest));
 }
 

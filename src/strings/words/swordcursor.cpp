@@ -16,8 +16,8 @@ SWordCursor::SWordCursor(const SAnsiString& text, const SAnsiString& separators)
     }
 }
 
+// For a character of more than one byte.
 bool SWordCursor::isSeparator(unsigned bytes) const noexcept {
-    if (bytes == 1) return single_[static_cast<unsigned char>(*at_)];
     const char* const end = separators_.end().getPtr();
     for (const char* at = separators_.getString(); at < end;) {
         const unsigned length = CharacterBytes(*page_, at);
@@ -31,7 +31,8 @@ void SWordCursor::skip(bool separators) noexcept {
     const char* const end = text_.end().getPtr();
     while (at_ < end) {
         const unsigned bytes = CharacterBytes(*page_, at_);
-        if (isSeparator(bytes) != separators) return;
+        const bool isOne = bytes == 1 ? single_[static_cast<unsigned char>(*at_)] : isSeparator(bytes);
+        if (isOne != separators) return;
         at_ += bytes;
     }
 }
