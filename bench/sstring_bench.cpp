@@ -1,10 +1,12 @@
-// Strings against std::string: sharing, growth, search.
+// Strings against std::string: sharing, growth, search; UTF-8 as narrow text against code page 1252.
 
 #include <benchmark/benchmark.h>
 
 #include <clocale>
 #include <string>
 
+#include "tarnlib/UTFConverter.h"
+#include "tarnlib/snarrowtext.h"
 #include "tarnlib/sstring.h"
 
 using namespace TarnLibA500;
@@ -69,6 +71,48 @@ void FindStd(benchmark::State& state, const std::string& text, const char* what)
     for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(text.find(wanted));
 }
 
+// The same text and the same work in either.
+void InUtf8(benchmark::State& state, void (*work)(const SAnsiString&)) {
+    SNarrowText::UseUtf8();
+    const SAnsiString text(English().c_str());
+    for ([[maybe_unused]] auto _ : state) work(text);
+    SNarrowText::FollowLocale();
+}
+void In1252(benchmark::State& state, void (*work)(const SAnsiString&)) {
+    std::setlocale(LC_ALL, "English_United States.1252");
+    const SAnsiString text(English().c_str());
+    for ([[maybe_unused]] auto _ : state) work(text);
+    std::setlocale(LC_ALL, "C");
+}
+
+void Count(const SAnsiString& text) {
+    benchmark::DoNotOptimize(text.getNChars());
+}
+void Step(const SAnsiString& text) {
+    SAnsiString::iterator at = text.begin();
+    while (!at.isAtEnd()) ++at;
+    benchmark::DoNotOptimize(at);
+}
+void Cut(const SAnsiString& text) {
+    benchmark::DoNotOptimize(text.mid(text.getLength() / 2, 10));
+}
+void Find(const SAnsiString& text) {
+    benchmark::DoNotOptimize(text.find("lazy cat"));
+}
+void ToUpper(const SAnsiString& text) {
+    benchmark::DoNotOptimize(SAnsiString(text).toUpper());
+}
+void ToWide(const SAnsiString& text) {
+    SWCharString wide;
+    wide.fromMBCS(text.getString(), text.getLength());
+    benchmark::DoNotOptimize(wide);
+}
+void ToWideByConverter(const SAnsiString& text) {
+    SOCAString wide;
+    CUTFConverter::UTF8ToUTF16(text.getString(), text.getLength(), wide);
+    benchmark::DoNotOptimize(wide);
+}
+
 constexpr const char* kLocale1252 = "English_United States.1252";
 constexpr const char* kLocale932 = "Japanese_Japan.932";
 
@@ -90,3 +134,15 @@ BENCHMARK_CAPTURE(FindStd, dbl, Japanese(), "\x83\x5C\x83\x5C")->Name("BM_String
 // for a byte that the text does not hold, so that both read it to its end.
 BENCHMARK_CAPTURE(FindOurs, trail, kLocale932, Japanese(), "\\")->Name("BM_StringFind_932TrailBytes/ours");
 BENCHMARK_CAPTURE(FindStd, trail, Japanese(), "\\#")->Name("BM_StringFind_932TrailBytes/std::string");
+
+#define TARN_IN_UTF8(WORK)                                                \
+    BENCHMARK_CAPTURE(InUtf8, WORK, WORK)->Name("BM_Utf8" #WORK "/ours"); \
+    BENCHMARK_CAPTURE(In1252, WORK, WORK)->Name("BM_Utf8" #WORK "/in 1252")
+
+TARN_IN_UTF8(Count);
+TARN_IN_UTF8(Step);
+TARN_IN_UTF8(Cut);
+TARN_IN_UTF8(Find);
+TARN_IN_UTF8(ToUpper);
+TARN_IN_UTF8(ToWide);
+BENCHMARK_CAPTURE(InUtf8, Converter, ToWideByConverter)->Name("BM_Utf8ToWide/UTF8ToUTF16");

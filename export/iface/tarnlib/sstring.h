@@ -17,7 +17,8 @@
 /// must not be changed by two threads. Pointers and iterators into a string are valid until that string is
 /// changed, assigned or destroyed.
 ///
-/// Code units are bytes or UTF-16 units. Positions and counts of characters are multi-byte characters in
+/// Code units are bytes or UTF-16 units. The bytes of an SAnsiString are text in the process's code page, the C
+/// locale's, or UTF-8 where the process says so (snarrowtext.h). Positions and counts of characters are multi-byte characters in
 /// SAnsiString and code units in the other flavours; wherever a raw pointer comes with a count, the count is
 /// code units.
 ///
@@ -397,7 +398,7 @@ class SString_t {
     // The text is written with a terminator. The result is the code units written, the terminator included, or -1
     // when the room is too small, a pointer is null or the text cannot be converted.
 
-    /// Into ASCII, "?" for everything else.
+    /// Into ASCII, "?" for every other character (in a wide string, unit).
     int toAscii(char* out, std::uint32_t nBytesInBuffer) const;
     /// Into the process's code page, "?" for what it does not have. A wide string that does not fit fills the room
     /// with "?" without a terminator, deliberately, and returns the size + 1.
@@ -428,7 +429,7 @@ class SString_t {
     bool fromAscii(const char* text, std::uint32_t count = 0xFFFFFFFF);
     /// From the process's code page. An SAsciiString refuses what is not ASCII.
     bool fromMBCS(const char* text, std::uint32_t count = 0xFFFFFFFF);
-    /// From UTF-16, "?" for what the code page does not have. An SAsciiString refuses what is not ASCII.
+    /// From UTF-16, "?" for what the code page does not have, and in UTF-8 for half a surrogate pair. An SAsciiString refuses what is not ASCII.
     bool fromOCA(const wchar_t* text, std::uint32_t count = 0xFFFFFFFF);
     /// The same as fromOCA.
     bool fromWChar(const wchar_t* text, std::uint32_t count = 0xFFFFFFFF);
@@ -532,7 +533,7 @@ class SAsciiString;
 class SWCharString;
 class SOCAString;
 
-/// Text in the process's multi-byte code page.
+/// Text in the process's multi-byte code page, or UTF-8 (snarrowtext.h).
 class TARN_API SAnsiString : public SString_t<char, 0> {
   public:
     /// The template that it stands on, with all members.

@@ -178,10 +178,15 @@ unsigned CodePage::stepPartial(const char* text) const noexcept {
     return decodePair(text) != kNoCharacter ? 2 : 1;
 }
 
+Character CodePage::partialAt(const char* text) const noexcept {
+    if (isUtf8_) return utf8text::CharacterAt(text);
+    const std::uint16_t unit = decodePair(text);
+    return unit != kNoCharacter ? Character{2, unit} : Character{1, Character::kInvalid};
+}
+
 Character CodePage::partialAt(const char* text, const char* end) const noexcept {
     if (isUtf8_) return utf8text::CharacterAt(text, end);
-    const std::uint16_t unit = end - text > 1 ? decodePair(text) : kNoCharacter;
-    return unit != kNoCharacter ? Character{2, unit} : Character{1, Character::kInvalid};
+    return end - text > 1 ? partialAt(text) : Character{1, Character::kInvalid};
 }
 
 int CodePage::toWide(wchar_t& out, const char* text) const noexcept {

@@ -18,7 +18,7 @@
 /// ever. UTF-8 needs none: its characters are computed.
 namespace TarnLibA500::mbchar {
 
-/// Room for any one character, in bytes, and how far a character is looked at.
+/// Room for any one character, in bytes.
 constexpr std::size_t kMaxCharacterBytes = 6;
 /// The longest character that there is, in bytes.
 constexpr std::size_t kLongestCharacter = 4;
@@ -80,7 +80,9 @@ class CodePage {
     }
     /// The character at the text, which a zero byte ends: that has 0 bytes and the code 0.
     Character characterAt(const char* text) const noexcept {
-        return *text != '\0' ? characterAt(text, text + kMaxCharacterBytes) : Character{0, 0};
+        if (*text == '\0') return {0, 0};
+        if (isAlone(*text)) return {1, single_.entry[static_cast<unsigned char>(*text)]};
+        return partialAt(text);
     }
     /// Converts the character at the text into one UTF-16 unit. Returns its bytes, 0 on the terminator (and
     /// stores 0), -1 when it is invalid or takes two units (and stores nothing).
@@ -115,6 +117,7 @@ class CodePage {
     std::uint16_t encodeOne(wchar_t unit) const noexcept;
     std::uint16_t decodePair(const char* text) const noexcept;
     unsigned stepPartial(const char* text) const noexcept;
+    Character partialAt(const char* text) const noexcept;
     Character partialAt(const char* text, const char* end) const noexcept;
 
     unsigned number_ = 0;

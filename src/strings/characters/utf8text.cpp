@@ -45,11 +45,18 @@ const char* SkipAscii(const char* text, const char* end) {
 }
 
 // Bytes of the well-formed character at a place; 0 when there is none.
+unsigned WellFormedBytes(const char* text) {
+    const int trailing = utf::TrailingBytes(*Bytes(text));
+    return utf::IsWellFormed(Bytes(text), trailing) ? static_cast<unsigned>(trailing + 1) : 0;
+}
 unsigned WellFormedBytes(const char* text, const char* end) {
     if (end - text >= 4) return utf::BytesOfCharacter(Bytes(text));
-    const int trailing = utf::TrailingBytes(*Bytes(text));
-    const bool isWellFormed = end - text > trailing && utf::IsWellFormed(Bytes(text), trailing);
-    return isWellFormed ? static_cast<unsigned>(trailing + 1) : 0;
+    return end - text > utf::TrailingBytes(*Bytes(text)) ? WellFormedBytes(text) : 0;
+}
+
+Character DecodeWellFormed(const char* text, unsigned bytes) {
+    if (bytes == 0) return {1, Character::kInvalid};
+    return {bytes, utf::CodeOf(Bytes(text), static_cast<int>(bytes) - 1)};
 }
 
 // The sum over all characters: 1 for those of ASCII, and what "weigh" says for the others by their bytes, 0 for
@@ -75,13 +82,15 @@ std::uint32_t Sum(const char* text, const char* end, Weigh weigh) {
 }  // namespace
 
 unsigned Step(const char* text) noexcept {
-    return std::max(WellFormedBytes(text, text + mbchar::kMaxCharacterBytes), 1U);
+    return std::max(WellFormedBytes(text), 1U);
+}
+
+Character CharacterAt(const char* text) noexcept {
+    return DecodeWellFormed(text, WellFormedBytes(text));
 }
 
 Character CharacterAt(const char* text, const char* end) noexcept {
-    const unsigned bytes = WellFormedBytes(text, end);
-    if (bytes == 0) return {1, Character::kInvalid};
-    return {bytes, utf::CodeOf(Bytes(text), static_cast<int>(bytes) - 1)};
+    return DecodeWellFormed(text, WellFormedBytes(text, end));
 }
 
 int FromCode(char* out, char32_t code) noexcept {

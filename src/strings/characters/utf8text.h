@@ -10,6 +10,8 @@ namespace TarnLibA500::utf8text {
 
 /// Bytes of the character at a place, which is no zero byte; looks at none behind one.
 unsigned Step(const char* text) noexcept;
+/// The character at such a place.
+mbchar::Character CharacterAt(const char* text) noexcept;
 /// The character at a place before the end of a text.
 mbchar::Character CharacterAt(const char* text, const char* end) noexcept;
 /// Writes a code point. Returns its bytes, or -1 for half a surrogate pair and for what is beyond Unicode.
