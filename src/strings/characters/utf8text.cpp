@@ -23,6 +23,11 @@ const unsigned char* Bytes(const char* text) {
     return reinterpret_cast<const unsigned char*>(text);
 }
 
+// No zero byte, which may end a text.
+bool IsAscii(char byte) {
+    return static_cast<signed char>(byte) > 0;
+}
+
 enum class ZeroBytes { areCharacters, endTheText };
 
 // A bit for each byte of a block that is not of ASCII, or ends the text.
@@ -65,7 +70,7 @@ template <ZeroBytes zeros, class Weigh>
 std::uint32_t Sum(const char* text, const char* end, Weigh weigh) {
     std::uint32_t sum = 0;
     while (text < end) {
-        if (static_cast<signed char>(*text) > 0) {
+        if (IsAscii(*text)) {
             const char* const after = std::max(SkipAscii<zeros>(text, end), text + 1);
             sum += static_cast<std::uint32_t>(after - text);
             text = after;
@@ -106,7 +111,7 @@ std::uint32_t CountCharacters(const char* text, const char* end) noexcept {
 
 const char* Advance(const char* text, const char* end, std::uint32_t characters) noexcept {
     for (; characters != 0 && text < end; --characters) {
-        if (static_cast<signed char>(*text) > 0) {
+        if (IsAscii(*text)) {
             const char* const limit =
                 text + std::min(static_cast<std::size_t>(end - text), std::size_t{characters});
             const char* const after = std::max(SkipAscii<ZeroBytes::endTheText>(text, limit), text + 1);

@@ -31,6 +31,11 @@ wchar_t MapWide(wchar_t unit, LetterCase to) {
     return static_cast<wchar_t>(to == LetterCase::Lower ? std::towlower(unit) : std::towupper(unit));
 }
 
+// In every page such a byte is a character where one begins. Not so a zero byte, where texts end.
+bool IsAscii(char byte) {
+    return static_cast<signed char>(byte) > 0;
+}
+
 char MapAscii(char byte, LetterCase to) {
     const char first = to == LetterCase::Lower ? 'A' : 'a';
     const bool maps = byte >= first && byte < first + 26;
@@ -45,11 +50,10 @@ char32_t MapCode(const mbchar::CodePage& page, char32_t code, LetterCase to) {
     return page.isUtf8() ? MapUnicode(code, to) : MapWide(static_cast<wchar_t>(code), to);
 }
 
-// Maps characters up to the first that is not ASCII, or to a zero byte; returns how many. In every page a byte of
-// ASCII where a character begins is one.
+// Maps characters up to the first that is not ASCII, or to a zero byte; returns how many.
 std::uint32_t MapAsciiRun(char* out, const char* in, std::uint32_t most, LetterCase to) {
     std::uint32_t done = 0;
-    for (; done<most&& static_cast<signed char>(in[done])> 0; ++done) out[done] = MapAscii(in[done], to);
+    for (; done < most && IsAscii(in[done]); ++done) out[done] = MapAscii(in[done], to);
     return done;
 }
 
@@ -73,7 +77,7 @@ bool MapOne(const mbchar::CodePage& page, char* position, std::uint32_t room, st
 template <class Take>
 const char* ForEachMapped(const char* text, const char* end, LetterCase to, Take take) {
     while (text < end && *text != '\0') {
-        if (static_cast<signed char>(*text) > 0) {
+        if (IsAscii(*text)) {
             take(static_cast<unsigned char>(MapAscii(*text++, to)));
             continue;
         }
