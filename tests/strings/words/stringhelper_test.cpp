@@ -100,7 +100,6 @@ TEST(Cp932StringHelper, WorksInWholeCharacters) {
 TEST(Utf8StringHelper, WorksInWholeCharacters) {
     tarntest::ExpectCalls("strings/helper_calls.txt", kCalls);
     tarntest::ExpectCalls("strings/helper_calls_utf8.txt", kCalls);
-    tarntest::ExpectCalls(TARN_MADE_CASES "utf8_helpers.txt", kCalls);
 }
 
 TEST(MakeWords, TakesAnotherQuoteAndItsOwnWords) {
