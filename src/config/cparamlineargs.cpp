@@ -9,12 +9,12 @@
 
 #include "diag/assert/levels.h"
 #include "diag/assert/require.h"
+#include "strings/characters/mbchar.h"
 #include "tarnlib/neutralstr.h"
 #include "tarnlib/straceobj.h"
 #include "tarnlib/stringhelper.h"
 
 extern "C" __declspec(dllimport) unsigned long* __cdecl ___lc_handle_func(void);
-extern "C" __declspec(dllimport) unsigned __cdecl ___lc_codepage_func(void);
 
 namespace TarnLibA500 {
 namespace {
@@ -47,7 +47,7 @@ constexpr std::uint32_t kMostUnordered = 32;
 
 // What the order of names depends on. A program may change its locale while options are there.
 std::uint64_t CollationNow() {
-    return std::uint64_t{___lc_codepage_func()} << 32 | ___lc_handle_func()[LC_COLLATE];
+    return std::uint64_t{mbchar::CodePage::Current().number()} << 32 | ___lc_handle_func()[LC_COLLATE];
 }
 
 SAnsiString AsItIs(const SAnsiString& text) {
@@ -73,6 +73,10 @@ CParamLineArgs::CParamLineArgs(const SAnsiString& line, const SChar_t<char, 0>& 
     SetArgs(line, quote);
 }
 
+CParamLineArgs::CParamLineArgs(const SIArray<SAnsiString>& words) {
+    SetArgs(words);
+}
+
 CParamLineArgs::CParamLineArgs(int count, char* const* arguments) {
     SetArgs(count, arguments);
 }
@@ -91,6 +95,10 @@ void CParamLineArgs::SetArgs(const SAnsiString& line, const SChar_t<char, 0>& qu
 void CParamLineArgs::SetArgs(int, char* const* arguments) {
     SIArray<SAnsiString> words;
     for (; arguments != nullptr && *arguments != nullptr; ++arguments) words.Add(*arguments);
+    SetArgs(words);
+}
+
+void CParamLineArgs::SetArgs(const SIArray<SAnsiString>& words) {
     takeWords(words, words.GetSize() != 0 ? words[0] : SAnsiString());
 }
 

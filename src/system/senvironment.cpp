@@ -1,11 +1,17 @@
 #include "tarnlib/senvironment.h"
 
 #include "diag/assert/levels.h"
+#include "strings/base/memory.h"
 #include "strings/text/stringbuilder.h"
 #include "system/systemtext.h"
 #include "tarnlib/straceobj.h"
 
 #include <windows.h>
+
+// Parts the command line as it does for main and wmain. Documented, but declared in no public header.
+extern "C" __declspec(dllimport) int __cdecl __wgetmainargs(int* count, wchar_t*** words,
+                                                            wchar_t*** environment, int expandWildcards,
+                                                            int* newMode);
 
 namespace TarnLibA500 {
 namespace {
@@ -34,7 +40,26 @@ bool Refused(const SAnsiString& name, DWORD error) {
     return false;
 }
 
+// The words stay in the C runtime's memory until the process ends; asking twice would make them anew.
+wchar_t** ReadWords() {
+    int count = 0;
+    int newMode =
+        0;  // operator new does not ask malloc's handler, as every program of this compiler says at its start
+    wchar_t** words = nullptr;
+    wchar_t** environment = nullptr;
+    if (__wgetmainargs(&count, &words, &environment, 0, &newMode) < 0 || words == nullptr)
+        throw BadAllocation();
+    return words;
+}
+
 }  // namespace
+
+SIArray<SAnsiString> SEnvironment::GetArguments() {
+    static wchar_t** const words = ReadWords();
+    SIArray<SAnsiString> arguments;
+    for (wchar_t** word = words; *word != nullptr; ++word) arguments.Add(FromSystem(*word));
+    return arguments;
+}
 
 bool SEnvironment::Get(const SAnsiString& name, SAnsiString& value) {
     SWCharString wideName;

@@ -7,6 +7,7 @@
 #include "strings/characters/mbchar.h"
 #include "strings/text/stringbuilder.h"
 #include "tarnlib/UTFConverter.h"
+#include "tarnlib/snarrowtext.h"
 #include "tarnlib/sstringconv.h"
 
 #include <windows.h>
@@ -75,6 +76,10 @@ char* EncodeUtf8(const wchar_t* text, const wchar_t* end, char* out, bool& isExa
     return reinterpret_cast<char*>(at);
 }
 
+unsigned PageOfNames() {
+    return SNarrowText::IsUtf8() ? CP_UTF8 : GetACP();
+}
+
 // The end of a piece, which does not part a surrogate pair.
 const wchar_t* PieceEnd(const wchar_t* at, const wchar_t* end) {
     if (end - at <= kPieceUnits) return end;
@@ -116,11 +121,11 @@ bool FromUtf16(const wchar_t* text, unsigned codePage, SAnsiString& narrow) {
 }
 
 bool ToSystemExactly(const SAnsiString& text, SWCharString& wide) {
-    return ToUtf16(text, GetACP(), wide);
+    return ToUtf16(text, PageOfNames(), wide);
 }
 
 bool FromSystemExactly(const wchar_t* text, SAnsiString& narrow) {
-    return FromUtf16(text, GetACP(), narrow);
+    return FromUtf16(text, PageOfNames(), narrow);
 }
 
 SWCharString ToSystem(const SAnsiString& text) {

@@ -47,6 +47,8 @@ class TARN_API CParamLineArgs {
     CParamLineArgs(const SAnsiString& line, const SChar_t<char, 0>& quote);
     /// Takes an argument vector, as SetArgs does.
     CParamLineArgs(int count, char* const* arguments);
+    /// Takes the words of a command line, as SetArgs does.
+    explicit CParamLineArgs(const SIArray<SAnsiString>& words);
     /// Becomes a copy of the other.
     CParamLineArgs& operator=(const CParamLineArgs& other);
     /// Takes the other's name and options, and leaves it without.
@@ -64,9 +66,11 @@ class TARN_API CParamLineArgs {
     void SetArgs(const SAnsiString& line, const SChar_t<char, 0>& quote);
     /// Takes an argument vector, up to its null entry. The count is deliberately not looked at. Null, for the
     /// vector or its first entry, removes the options and leaves no program name, which is reported by
-    /// assertion. The vector that main gets has "?", or a look-alike, where the code page lacks a character;
-    /// the words of GetCommandLineW have them all.
+    /// assertion. The vector that main gets is in the system's ANSI code page, with "?", or a look-alike, where
+    /// that lacks a character: SEnvironment::GetArguments gives better words.
     void SetArgs(int count, char* const* arguments);
+    /// Takes words, the program's name first. An empty array counts as a null vector.
+    void SetArgs(const SIArray<SAnsiString>& words);
     /// Becomes a copy of the other.
     void SetArgs(const CParamLineArgs& other);
 
