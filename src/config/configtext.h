@@ -9,9 +9,9 @@
 namespace TarnLibA500::configtext {
 
 /// The first place of a range where a character of ASCII stands; the range's end when there is none. In a
-/// double-byte code page trail bytes may look like it.
+/// double-byte code page trail bytes may look like it, in UTF-8 they do not.
 inline const char* Find(const mbchar::CodePage& page, const char* at, const char* end, char wanted) {
-    if (page.isSingleByte()) return FindByte(at, end, wanted);
+    if (page.isFoundByBytes()) return FindByte(at, end, wanted);
     while (at < end && *at != wanted) at += CharacterBytes(page, at);
     return at < end ? at : end;
 }

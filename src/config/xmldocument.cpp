@@ -38,11 +38,7 @@ static_assert(sizeof(XMLCh) == sizeof(wchar_t));
 // A text, which is no name: by the C locale, as the texts of the other configuration files are.
 SAnsiString FromXml(const XMLCh* text) {
     SAnsiString narrow;
-    for (; text != nullptr && *text != 0; ++text) {
-        SChar_t<char, 0> character;
-        if (!character.fromUChar(static_cast<wchar_t>(*text))) character = '?';
-        narrow.concat(character);
-    }
+    if (text != nullptr) narrow.fromWChar(reinterpret_cast<const wchar_t*>(text));
     return narrow;
 }
 

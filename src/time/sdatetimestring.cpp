@@ -4,7 +4,6 @@
 
 #include <windows.h>
 
-#include "strings/characters/mbchar.h"
 #include "tarnlib/slocale.h"
 #include "time/calendar.h"
 
@@ -21,19 +20,9 @@ constexpr std::int32_t kFirstYear = 1601;
 constexpr std::int32_t kLastYear = 9999;
 
 SAnsiString FromWide(const wchar_t* text) {
-    SAnsiString all;
-    if (all.fromWChar(text)) return all;
-    const mbchar::CodePage& page = mbchar::CodePage::Current();
-    for (; *text != L'\0'; ++text) {
-        char bytes[mbchar::kMaxCharacterBytes];
-        const int count = page.fromWide(bytes, *text);
-        if (count > 0) {
-            all.concat(bytes, static_cast<std::uint32_t>(count));
-        } else {
-            all.concat(mbchar::kReplacement);
-        }
-    }
-    return all;
+    SAnsiString narrow;
+    narrow.fromWChar(text);
+    return narrow;
 }
 
 SAnsiString DateName(const SYSTEMTIME& date, const wchar_t* pattern) {

@@ -20,6 +20,22 @@ STimeZone Zone(const std::string& rules) {
     return STimeZone(SAnsiString(rules.c_str()));
 }
 
+void CheckNames(const char* cases) {
+    for (const auto& fields : tarntest::ReadCases(cases)) {
+        const LCID language = std::stoul(fields[0], nullptr, 16);
+        SetThreadLocale(language);
+        const tarntest::LocaleScope locale(fields[1].c_str());
+        EXPECT_EQ(SLocale::GetCurrentThreadLocale(), language);
+        const int n = std::stoi(fields[2]);
+        EXPECT_EQ(SDateTimeString::GetLongMonth(n), fields[3].c_str());
+        EXPECT_EQ(SDateTimeString::GetLongDay(n), fields[4].c_str());
+        const SDateTime day(1999, static_cast<unsigned char>(n), 1, 0, 0, 0, 0, utc);
+        if (!fields[3].empty())
+            EXPECT_EQ(day.Format("MMMM '\xF0\x9F\x98\x80'", utc), (fields[3] + " \xF0\x9F\x98\x80").c_str());
+    }
+    SetThreadLocale(kEnglish);
+}
+
 }  // namespace
 
 TEST(DateText, FollowsThePattern) {
@@ -69,14 +85,9 @@ TEST(DateText, ReadsOnlyWhatIsADate) {
 }
 
 TEST(DateText, TakesNamesFromTheThreadsLocale) {
-    for (const auto& fields : tarntest::ReadCases("time/date_names.txt")) {
-        const LCID language = std::stoul(fields[0], nullptr, 16);
-        SetThreadLocale(language);
-        const tarntest::LocaleScope locale(fields[1].c_str());
-        EXPECT_EQ(SLocale::GetCurrentThreadLocale(), language);
-        const int n = std::stoi(fields[2]);
-        EXPECT_EQ(SDateTimeString::GetLongMonth(n), fields[3].c_str());
-        EXPECT_EQ(SDateTimeString::GetLongDay(n), fields[4].c_str());
-    }
-    SetThreadLocale(kEnglish);
+    CheckNames("time/date_names.txt");
+}
+
+TEST(Utf8DateText, HasEveryName) {
+    CheckNames("time/date_names_utf8.txt");
 }

@@ -30,7 +30,7 @@ class STimeZone {
     ///
     ///     NAME,offset[,DSTNAME,offset,Mm.w.d/hh:mm,Mm.w.d/hh:mm]
     ///
-    /// with offsets in minutes (below a day), names of 1 to 63 bytes, and the switches to and from daylight
+    /// with offsets in minutes (below a day), names of 1 to 95 bytes (any of the system's, in UTF-8 too), and the switches to and from daylight
     /// saving time: month m (1 to 12), the w-th (1 to 4, 5: the last) weekday d (0 is Sunday) in it, at the
     /// time that clocks show just before (00:00 to 24:00). Any other text is reported by assertion and gives
     /// UTC.
@@ -59,7 +59,7 @@ class STimeZone {
         std::int16_t minute;  // of the day, up to 1440
     };
     enum class Kind : unsigned char { Fixed, Daylight, System };
-    static constexpr std::uint32_t kNameBytes = 64;
+    static constexpr std::uint32_t kNameBytes = 96;
 
     constexpr explicit STimeZone(Kind kind) noexcept : kind_(kind) {}
     bool ReadRules(const SAnsiString& rules) noexcept;

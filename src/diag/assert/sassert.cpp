@@ -4,12 +4,16 @@
 #include <cstdio>
 #include <memory>
 
+#include "diag/assert/narrowreports.h"
 #include "diag/assert/unlogged.h"
 #include "seam/osmemory.h"
 
 #include <windows.h>
 
 namespace TarnLibA500 {
+
+std::atomic<bool> reportsAreUtf8{false};
+
 namespace {
 
 constexpr const char* kNoMessage = "no message";
@@ -144,10 +148,10 @@ void SAssert(const char* file, int line, const char* expression) {
 void SAssert(const char* file, int line, const char* expression, const wchar_t* message) {
     if (message == nullptr) return SAssert(file, line, expression);
     WhenWanted([&](const SDiagnosticSink& sink) {
-        const bool isUtf8 = sink.assertionUtf8 != nullptr;
-        const NarrowMessage narrow(message, isUtf8 ? CP_UTF8 : CP_ACP);
+        const bool takesUtf8 = sink.assertionUtf8 != nullptr;
+        const NarrowMessage narrow(message, takesUtf8 || reportsAreUtf8 ? CP_UTF8 : CP_ACP);
         Report(file, line, expression, narrow.text(), [&](const char* text) {
-            if (isUtf8) return sink.assertionUtf8(text);
+            if (takesUtf8) return sink.assertionUtf8(text);
             DeliverText(sink, text);
         });
     });

@@ -14,7 +14,6 @@ namespace TarnLibA500 {
 namespace {
 
 constexpr const char* kNull = "(null)";
-constexpr wchar_t kAsciiEnd = 0x80;
 
 /// Where the next argument of a format goes.
 struct Place {
@@ -137,18 +136,7 @@ SAnsiString STraceParameter::GetString() const {
 
 SAnsiString NarrowTraceText(const wchar_t* text, std::uint32_t units) {
     SAnsiString narrow;
-    if (std::wmemchr(text, L'\0', units) == nullptr && narrow.fromWChar(text, units)) return narrow;
-    narrow.empty();
-    for (std::uint32_t i = 0; i < units; ++i) {
-        SChar_t<char, 0> character;
-        if (text[i] < kAsciiEnd) {
-            narrow.concat(static_cast<char>(text[i]));
-        } else if (character.fromUChar(text[i])) {
-            narrow.concat(character);
-        } else {
-            narrow.concat('?');
-        }
-    }
+    narrow.fromWChar(text, units);
     return narrow;
 }
 
