@@ -6,29 +6,35 @@
 
 #include "strings/base/bytesearch.h"
 #include "strings/base/wipe.h"
-#include "strings/characters/mbchar.h"
+#include "strings/characters/utf8text.h"
 #include "tarnlib/UTFConverter.h"
 #include "tarnlib/mbcscodesetconverter.h"
 
 namespace TarnLibA500 {
 namespace {
 
+using mbchar::CodePage;
+
 constexpr wchar_t kAsciiEnd = 0x80;
 // One piece at a time goes through UTF-16, so that it stays in the cache.
 constexpr std::uint32_t kPieceBytes = 4096;
 // A shorter run of ASCII is not worth leaving the piece for.
 constexpr std::uint32_t kAsciiRunBytes = 64;
-constexpr std::uint32_t kMaxCodePageBytes = 3;
+constexpr std::uint32_t kMaxCodePageBytes = 2;
 
 }  // namespace
 
-TextDecoder::TextDecoder(SFile::FileEncoding encoding, std::uint32_t expectedBytes) : encoding_(encoding) {
+TextDecoder::TextDecoder(SFile::FileEncoding encoding, std::uint32_t expectedBytes)
+    : page_(CodePage::Current()),
+      isKept_(encoding == SFile::nativeCodePage || page_.isUtf8()),
+      isChecked_(encoding == SFile::utf8) {
     text_.setSize(expectedBytes);
 }
 
 void TextDecoder::add(const char* bytes, std::uint32_t count) {
-    if (encoding_ == SFile::nativeCodePage) {
+    if (isKept_) {
         text_.concat(bytes, count);
+        if (isChecked_) check();
     } else if (isLegal_) {
         const auto* const first = reinterpret_cast<const unsigned char*>(bytes);
         addUtf8(first, first + count);
@@ -93,7 +99,6 @@ void TextDecoder::completePending(const unsigned char*& at, const unsigned char*
 }
 
 void TextDecoder::encode(const wchar_t* units, std::uint32_t count) {
-    const mbchar::CodePage& page = mbchar::CodePage::Current();
     char bytes[kPieceBytes * kMaxCodePageBytes];
     char* out = bytes;
     for (const wchar_t* unit = units; unit != units + count; ++unit) {
@@ -101,7 +106,7 @@ void TextDecoder::encode(const wchar_t* units, std::uint32_t count) {
             *out++ = static_cast<char>(*unit);
             continue;
         }
-        const int written = page.fromWide(out, *unit);
+        const int written = page_.fromWide(out, *unit);
         if (written < 0) *out = mbchar::kReplacement;
         out += written < 0 ? 1 : written;
     }
@@ -109,13 +114,24 @@ void TextDecoder::encode(const wchar_t* units, std::uint32_t count) {
     Wipe(bytes, static_cast<std::size_t>(out - bytes));
 }
 
-SAnsiString TextDecoder::finish() {
-    if (pendingBytes_ != 0) isLegal_ = false;
-    return isLegal_ ? std::move(text_) : SAnsiString();
+// Goes on where it stopped: at what is no character, or at one whose end has not come yet.
+void TextDecoder::check() {
+    const char* const text = text_.getString();
+    const char* const end = text_.end().getPtr();
+    validBytes_ = static_cast<std::uint32_t>(utf8text::FindInvalid(text + validBytes_, end) - text);
 }
 
-bool IsAsItIs(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding) noexcept {
-    return encoding == SFile::nativeCodePage || FindNonAscii(bytes, bytes + count) == bytes + count;
+SAnsiString TextDecoder::finish() {
+    if (pendingBytes_ != 0 || (isKept_ && isChecked_ && validBytes_ != text_.getLength())) isLegal_ = false;
+    return isLegal_ || isKept_ ? std::move(text_) : SAnsiString();
+}
+
+bool IsAsItIs(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding) {
+    if (encoding == SFile::nativeCodePage) return true;
+    const char* const end = bytes + count;
+    const char* const beyondAscii = FindNonAscii(bytes, end);
+    if (beyondAscii == end) return true;
+    return CodePage::Current().isUtf8() && utf8text::FindInvalid(beyondAscii, end) == end;
 }
 
 SSimpleBuffer EncodeFileText(const SAnsiString& text, bool& isWhole) {

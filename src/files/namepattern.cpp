@@ -1,6 +1,7 @@
 #include "files/namepattern.h"
 
 #include "system/systemtext.h"
+#include "tarnlib/snarrowtext.h"
 
 #include <windows.h>
 
@@ -19,10 +20,14 @@ bool SameLetter(wchar_t a, wchar_t b) noexcept {
     return a == b || CompareStringOrdinal(&a, 1, &b, 1, TRUE) == CSTR_EQUAL;
 }
 
+bool IsPair(const wchar_t* name) {
+    return (name[0] & 0xFC00) == 0xD800 && (name[1] & 0xFC00) == 0xDC00;
+}
+
 }  // namespace
 
 NamePattern::NamePattern(const SAnsiString& pattern)
-    : takesAll_(pattern.isEmpty() || pattern == "*" || pattern == "*.*") {
+    : takesAll_(pattern.isEmpty() || pattern == "*" || pattern == "*.*"), hasPairs_(SNarrowText::IsUtf8()) {
     isText_ = ToSystemExactly(pattern, pattern_);  // what is no character would be a "?", which matches any
 }
 
@@ -39,8 +44,8 @@ bool NamePattern::matches(const wchar_t* name) const noexcept {
             afterStar = ++pattern;
             starEnd = name;
         } else if (*pattern != L'\0' && (*pattern == L'?' || SameLetter(*pattern, *name))) {
+            name += *pattern == L'?' && hasPairs_ && IsPair(name) ? 2 : 1;
             ++pattern;
-            ++name;
         } else if (afterStar != nullptr) {
             pattern = afterStar;
             name = ++starEnd;

@@ -15,6 +15,7 @@ class NamePattern {
     bool isText_;  // what is not matches nothing
     SWCharString pattern_;
     bool takesAll_;
+    bool hasPairs_;  // where narrow text has the characters that take two units, they are one
 };
 
 }  // namespace TarnLibA500

@@ -17,6 +17,7 @@
 #include "strings/base/bytesearch.h"
 #include "strings/text/lineend.h"
 #include "tarnlib/sfilesys.h"
+#include "tarnlib/snarrowtext.h"
 #include "tarnlib/straceobj.h"
 
 namespace TarnLibA500 {
@@ -405,15 +406,16 @@ bool SFile::readMore(int& emptyReads) {
     return false;
 }
 
-// For a text that counts as empty; what is wrong with it stands "bytesBack" bytes before the position.
+// What is wrong with a text stands "bytesBack" bytes before the position.
 void SFile::traceIllegalText(std::uint32_t bytesBack) const {
     long long reached = 0;
     seekEx(handle_, seekCurrent, 0, &reached);
-    TARN_TRACE_AT(levels::kLoss, kUnit, "\"%1\" is not valid UTF-8 at byte %2, so its text counts as empty",
-                  name_, reached - ahead_->unread() - bytesBack);
+    TARN_TRACE_AT(levels::kLoss, kUnit, "\"%1\" is not valid UTF-8 at byte %2, so its text %3", name_,
+                  reached - ahead_->unread() - bytesBack,
+                  SNarrowText::IsUtf8() ? "is kept as it stands" : "counts as empty");
 }
 
-// The text of a line, which usually is ASCII and has no carriage return but at its end. "endBytes" stand behind
+// The text of a line, which usually needs no conversion and has no carriage return but at its end. "endBytes" stand behind
 // it: its line feed, if there is one.
 SAnsiString SFile::lineText(const char* bytes, const char* end, std::uint32_t endBytes,
                             FileEncoding encoding) {
@@ -492,11 +494,16 @@ SAnsiString SFile::readString(FileEncoding encoding) try {
 }
 
 std::uint32_t SFile::writeString(const SAnsiString& text) {
-    const char* const bytes = text.getString();
-    const char* const end = text.end().getPtr();
-    if (FindNonAscii(bytes, end) == end) {
-        writeAll(bytes, text.getLength());
-        return text.getLength();
+    const std::uint32_t count = text.getLength();
+    if (IsAsItIs(text.getString(), count, utf8)) {
+        writeAll(text.getString(), count);
+        return count;
+    }
+    if (SNarrowText::IsUtf8()) {
+        TARN_TRACE_AT(levels::kLoss, kUnit, "text for \"%1\" is not valid UTF-8, and written as it stands",
+                      name_);
+        writeAll(text.getString(), count);
+        return count;
     }
     bool isWhole = true;
     const SSimpleBuffer encoded = EncodeFileText(text, isWhole);

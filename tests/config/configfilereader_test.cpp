@@ -25,9 +25,18 @@ class ConfigFiles : public testing::Test {
         tarntest::WriteBytes(folder / "file", bytes);
         return Text(folder / "file");
     }
+    void lookUp(const char* cases) const {
+        for (const auto& c : tarntest::ReadCases(cases)) {
+            ConfigFileReader reader;
+            ASSERT_EQ(reader.initialize(write(c[0])), c[3] != "refused") << c[0];
+            if (c[3] == "refused") continue;
+            EXPECT_EQ(Bytes(reader.getValue(c[1].c_str(), c[2].c_str(), "-")), c[3]) << c[0];
+        }
+    }
 };
 
 using Cp932ConfigFiles = ConfigFiles;
+using Utf8ConfigFiles = ConfigFiles;
 
 constexpr const char* kTold = "9 configfilereader: ";
 
@@ -66,12 +75,13 @@ std::string Shown(const ConfigFileReader& reader) {
 
 TEST_F(ConfigFiles, LookUpsByTheLetter) {
     const tarntest::LocaleScope locale(tarntest::kLocale1252);
-    for (const auto& c : tarntest::ReadCases("config/config_texts.txt")) {
-        ConfigFileReader reader;
-        ASSERT_EQ(reader.initialize(write(c[0])), c[3] != "refused") << c[0];
-        if (c[3] == "refused") continue;
-        EXPECT_EQ(Bytes(reader.getValue(c[1].c_str(), c[2].c_str(), "-")), c[3]) << c[0];
-    }
+    lookUp("config/config_texts.txt");
+    lookUp("config/config_texts_1252.txt");
+}
+
+TEST_F(Utf8ConfigFiles, LookUpsByTheLetter) {
+    lookUp("config/config_texts.txt");
+    lookUp("config/config_texts_utf8.txt");
 }
 
 TEST_F(ConfigFiles, WhatIsNotReadIsTold) {
@@ -142,13 +152,9 @@ TEST_F(ConfigFiles, LargeSectionsFollowTheSameRules) {
     EXPECT_EQ(keys.GetSize(), 1000U);
 }
 
-TEST_F(Cp932ConfigFiles, TrailBytesAreNoBracketsAndWideBlanksAreTrimmed) {
+TEST_F(Cp932ConfigFiles, LookUpsByTheLetter) {
     const tarntest::LocaleScope locale(tarntest::kLocale932);
-    ConfigFileReader reader;
-    // Characters whose trail bytes are 5B, 5D and 40, which is the wide blank.
-    ASSERT_TRUE(reader.initialize(write("[\x83\x5D]\n\x81\x40key\x81\x40=\x83\x5B\x81\x40\n"),
-                                  ConfigFileReader::nativeCodePage));
-    EXPECT_EQ(reader.getValue("\x83\x5D", "key", "-"), "\x83\x5B");
+    lookUp("config/config_texts_932.txt");
 }
 
 TEST_F(ConfigFiles, LandscapesBecomeSectionsAndHostileOnesAreRefused) {

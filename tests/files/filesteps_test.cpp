@@ -257,13 +257,20 @@ class FileSteps : public testing::Test {
 };
 
 using Cp932FileSteps = FileSteps;
+using Utf8FileSteps = FileSteps;
 
 }  // namespace
 
 TEST_F(FileSteps, GiveWhatTheyMust) {
     play("files/file_steps.txt");
+    play("files/file_steps_1252.txt");
 }
 
 TEST_F(Cp932FileSteps, GiveWhatTheyMust) {
     play("files/file_steps_932.txt");
+}
+
+TEST_F(Utf8FileSteps, GiveWhatTheyMust) {
+    play("files/file_steps.txt");
+    play("files/file_steps_utf8.txt");
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "support/assert_recorder.h"
@@ -9,6 +10,7 @@
 #include "support/print_strings.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
+#include "tarnlib/snarrowtext.h"
 
 using namespace TarnLibA500;
 using tarntest::Bytes;
@@ -32,34 +34,11 @@ class Files : public testing::Test {
         WriteBytes(folder / name, bytes);
         return folder / name;
     }
+    void readIllegalTexts() const;
 };
 
 using SFileText = Files;
-
-// What the unit traces while it lives: "level text|".
-class Traces {
-  public:
-    Traces() {
-        Lines().clear();
-        sink_.shouldTrace = [](int, const char* unit) { return std::string(unit) == "sfile"; };
-        sink_.trace = [](int level, const char*, const char* text) {
-            Lines() += std::to_string(level) + " " + text + "|";
-        };
-        before_ = InstallDiagnosticSink(&sink_);
-    }
-    ~Traces() { InstallDiagnosticSink(before_); }
-    Traces(const Traces&) = delete;
-    Traces& operator=(const Traces&) = delete;
-    std::string text() const { return Lines(); }
-
-  private:
-    static std::string& Lines() {
-        static std::string lines;
-        return lines;
-    }
-    SDiagnosticSink sink_;
-    const SDiagnosticSink* before_;
-};
+using Utf8SFileText = Files;
 
 class BareFile : public SFile {
   public:
@@ -68,6 +47,30 @@ class BareFile : public SFile {
     using SFile::seekEx;
     using SFile::SFile;
 };
+
+void Files::readIllegalTexts() const {
+    const bool isKept = SNarrowText::IsUtf8();
+    for (const auto& c : tarntest::ReadCases("files/file_illegal_texts.txt")) {
+        const std::string bytes = std::string(std::stoul(c[0]), 'b') + c[1];
+        std::string line = isKept ? bytes : "";
+        line.erase(std::remove(line.begin(), line.end(), '\r'), line.end());
+        SFile file(Text(write("illegal", "first\n" + bytes + "\nlast")), SFile::readOnly, kRights, kShared);
+        tarntest::AssertRecorder traces(tarntest::kTracesToo);
+        const std::string expected = "\"" + Bytes(file.name()) + "\" is not valid UTF-8 at byte " + c[2] +
+                                     ", so its text " +
+                                     (isKept ? "is kept as it stands\n" : "counts as empty\n");
+        EXPECT_EQ(file.readLine(), "first");
+        EXPECT_EQ(Bytes(file.readLine()), line) << c[1];
+        EXPECT_EQ(traces.take("9 sfile: "), expected);
+        EXPECT_EQ(file.readLine(), "last");
+        file.seek(SFile::seekBegin, 6);
+        EXPECT_EQ(Bytes(file.readString()), isKept ? bytes + "\nlast" : "") << c[1];
+        EXPECT_EQ(traces.take("9 sfile: "), expected);
+        EXPECT_TRUE(file.eof());
+        file.seek(SFile::seekBegin, 6);
+        EXPECT_EQ(Bytes(file.readString(SFile::nativeCodePage)), bytes + "\nlast");
+    }
+}
 
 }  // namespace
 
@@ -89,7 +92,7 @@ TEST_F(Files, OpensByTheModeAlone) {
 }
 
 TEST_F(Files, OpeningAndItsFailureAreTraced) {
-    const Traces traces;
+    tarntest::AssertRecorder traces(tarntest::kTracesToo);
     for (const int mode :
          {0, SFile::writeOnly | SFile::create | SFile::exclusive, kNewToReadToo, 3 | SFile::exclusive})
         Failure([&] { SFile("f", mode, kRights, kShared); });
@@ -98,12 +101,13 @@ TEST_F(Files, OpeningAndItsFailureAreTraced) {
                                      {"w and creation disposition: OPEN_ALWAYS", 0},
                                      {"rw and creation disposition: CREATE_ALWAYS", 0},
                                      {" and creation disposition: CREATE_NEW", 80}}) {
-        expected += std::string("2 opening f with desired access: ") + how + "|";
+        expected += std::string("2 sfile: opening f with desired access: ") + how + "\n";
         if (error == 0) continue;
         expected +=
-            "7 cannot open \"f\": " + Bytes(SFileException::GetSystemMessage(error).trimRight()) + "|";
+            "7 sfile: cannot open \"f\": " + Bytes(SFileException::GetSystemMessage(error).trimRight()) +
+            "\n";
     }
-    EXPECT_EQ(traces.text(), expected);
+    EXPECT_EQ(traces.take(), expected);
     fs::remove("f");
 }
 
@@ -134,23 +138,11 @@ TEST_F(SFileText, CharactersMayLieAcrossBlocks) {
 }
 
 TEST_F(SFileText, IllegalUtf8IsEmptyAndNamed) {
-    for (const auto& c : tarntest::ReadCases("files/file_illegal_texts.txt")) {
-        const std::string bytes = std::string(std::stoul(c[0]), 'b') + c[1];
-        SFile file(Text(write("illegal", "first\n" + bytes + "\nlast")), SFile::readOnly, kRights, kShared);
-        const Traces traces;
-        const std::string expected = "9 \"" + Bytes(file.name()) + "\" is not valid UTF-8 at byte " + c[2] +
-                                     ", so its text counts as empty|";
-        EXPECT_EQ(file.readLine(), "first");
-        EXPECT_EQ(file.readLine(), "") << c[1];
-        EXPECT_EQ(traces.text(), expected);
-        EXPECT_EQ(file.readLine(), "last");
-        file.seek(SFile::seekBegin, 6);
-        EXPECT_EQ(file.readString(), "") << c[1];
-        EXPECT_EQ(traces.text(), expected + expected);
-        EXPECT_TRUE(file.eof());
-        file.seek(SFile::seekBegin, 6);
-        EXPECT_EQ(Bytes(file.readString(SFile::nativeCodePage)), bytes + "\nlast");
-    }
+    readIllegalTexts();
+}
+
+TEST_F(Utf8SFileText, IllegalUtf8IsKeptAndNamed) {
+    readIllegalTexts();
 }
 
 // Lines, blocks, writes and seeks in any order are those of a reader that takes one byte at a time.

@@ -35,7 +35,7 @@ class TARN_API ConfigFileReader {
   public:
     /// What the bytes of a file are.
     enum FileEncoding {
-        nativeCodePage = 0,  ///< the file is text of the process's code page
+        nativeCodePage = 0,  ///< the file is narrow text, taken as it is
         utf8 = 1             ///< the file is UTF-8
     };
 

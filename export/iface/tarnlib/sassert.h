@@ -28,7 +28,7 @@ namespace TarnLibA500 {
 
 /// Where assertions and trace texts go. A null member stands for the built-in behaviour. The object must stay
 /// alive and unchanged while it is installed, and until no other thread can still be inside one of its
-/// functions. Texts are in the process's code page. The functions for assertions must not throw.
+/// functions. Texts are in the process's code page, or in UTF-8 (SNarrowText). The functions for assertions must not throw.
 struct SDiagnosticSink {
     /// Takes the finished line of an assertion, without a line end. Line ends inside are not escaped. Built in:
     /// to a debugger and to standard error, with \r, \n and \xNN for what would break the line.
@@ -44,7 +44,7 @@ struct SDiagnosticSink {
     /// trace with the line. Where it is set it is called in place of trace.
     void (*traceAt)(int level, const char* unit, int line, const char* text) = nullptr;
     /// Takes the line of an assertion with a wide message, in UTF-8. Where it is not set, such a line goes to
-    /// "assertion", with "?" for what the ANSI code page does not have.
+    /// "assertion", with "?" for what the ANSI code page does not have, unless narrow text is UTF-8.
     void (*assertionUtf8)(const char* text) = nullptr;
 };
 
@@ -54,7 +54,7 @@ TARN_API const SDiagnosticSink* InstallDiagnosticSink(const SDiagnosticSink* sin
 
 /// Reports the broken expression at a line of a source unit, with the message "no message".
 TARN_API void SAssert(const char* file, int line, const char* expression);
-/// Reports it with a message in the process's code page; a null message is "no message".
+/// Reports it with a message that is narrow text; a null message is "no message".
 TARN_API void SAssert(const char* file, int line, const char* expression, const char* message);
 /// Reports it with a UTF-16 message of any length; a null message is "no message".
 TARN_API void SAssert(const char* file, int line, const char* expression, const wchar_t* message);

@@ -107,7 +107,7 @@ class SDateTime {
     ///
     /// Text between single or double quotes is copied without them, up to the end when the second is missing,
     /// and every other character as it is. Years before 1 have a "-" in the full form. Names are those of the
-    /// thread's locale in the code page of the C locale. A part that is invalid renders nothing.
+    /// thread's locale as narrow text. A part that is invalid renders nothing.
     TARN_API SAnsiString Format(const char* pattern, const STimeZone& zone) const;
     /// The same into memory of the caller, with a terminator, and without an allocation for texts of up to
     /// 100 bytes. Returns the bytes before the terminator, or -1 and an empty text when they do not fit.

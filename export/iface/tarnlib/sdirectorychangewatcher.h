@@ -42,8 +42,7 @@ struct SDirectoryChange {
 
     /// What happened. Kinds of the system that are not among those count as modified.
     Kind kind = modified;
-    /// Relative to the directory, with backslashes, in the code page; "?" for characters that it does not
-    /// have.
+    /// Relative to the directory, with backslashes; "?" for what narrow text does not have.
     SAnsiString path;
 };
 

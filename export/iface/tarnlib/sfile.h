@@ -10,10 +10,10 @@
 ///
 /// Every failure is thrown as SFileException, and the object survives it: a failed open leaves it closed with
 /// the new name, a failed read or write leaves it open at an unspecified position. Names are in the process's
-/// ANSI code page, whatever the C locale is, and may be longer than 260 characters; bytes that are no character
-/// there make a name that no file has. Texts are UTF-8 in the file unless an operation is given an encoding; a
-/// byte order mark is a character like any other. Text that is not valid UTF-8 reads as empty, which is traced
-/// with the file and the byte; zero bytes stay. One thread at a time uses an object. What is written is with
+/// ANSI code page, whatever the C locale is, or in UTF-8 (SNarrowText), and may be longer than 260 characters; bytes
+/// that are no character there make a name that no file has. Texts are UTF-8 in the file unless an operation is
+/// given an encoding; a byte order mark is a character like any other. Text that is not valid UTF-8 reads as empty,
+/// or, where narrow text is UTF-8, as its bytes stand; either is traced with the file and the byte. Zero bytes stay. One thread at a time uses an object. What is written is with
 /// the system when write returns. readLine reads ahead, 64 KiB at most, and every other operation knows of
 /// that; only changes that are made through another handle meanwhile may not be seen in those bytes. What the
 /// object has read ahead is overwritten when it closes the file, and a string that readLine returned can be
@@ -87,8 +87,8 @@ class TARN_API SFile {
 
     /// What the bytes of a text are.
     enum FileEncoding {
-        nativeCodePage = 0,  ///< text of the C locale's code page, taken as it is
-        utf8 = 1             ///< UTF-8, converted to and from that code page
+        nativeCodePage = 0,  ///< narrow text, taken as it is
+        utf8 = 1  ///< UTF-8, converted to and from the code page of narrow text, if that has another
     };
 
     // --- opening and closing ---
@@ -152,7 +152,8 @@ class TARN_API SFile {
     /// Text in UTF-8 up to the end.
     SAnsiString readString() { return readString(utf8); }
     /// Writes a text in UTF-8 without a terminator; returns the bytes written. Text that is not valid in the
-    /// code page of the C locale is left out, which is traced, up to the next zero byte.
+    /// code page of the C locale is left out, which is traced, up to the next zero byte. Where narrow text is UTF-8,
+    /// it is written as it stands, which is traced when it is not valid.
     std::uint32_t writeString(const SAnsiString& text);
     /// Writes EOL; returns the bytes written.
     std::uint32_t writeNewLine();

@@ -142,7 +142,7 @@ class TARN_API SSimpleBuffer {
     /// buffer without bytes.
     bool operator==(const unsigned char* bytes) const noexcept;
 
-    // --- files; paths are in the process's code page, results false when the file system says no ---
+    // --- files; paths as for SFile, results false when the file system says no ---
     /// Replaces the bytes by a file's, read or (map) as a read-only view. Sequential tells the system that
     /// the file will be read from front to back; it never changes the bytes. False for an empty file.
     bool loadFromFile(const SAnsiString& path, bool map = false, bool sequential = false);

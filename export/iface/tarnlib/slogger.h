@@ -21,7 +21,8 @@
 ///         ...
 ///     }
 ///
-/// Texts are in the process's code page, the log is UTF-8.
+/// Texts are in the process's code page, or in UTF-8 (SNarrowText), the log is UTF-8: a byte that is no character
+/// becomes "?" there.
 namespace TarnLibA500 {
 
 /// How grave a structured entry is. The numbers are handed to the plug-in loggers as they are.

@@ -7,8 +7,8 @@
 
 /// A search over the entries of one directory.
 ///
-/// A pattern has "*" for any characters, none included, and "?" for exactly one UTF-16 unit; letters are
-/// compared without regard to case, long names only. A text that is not valid in the code page matches
+/// A pattern has "*" for any characters, none included, and "?" for exactly one UTF-16 unit, where narrow text is
+/// UTF-8 (SNarrowText) for one character; letters are compared without regard to case, long names only. A text that is not valid in the code page matches
 /// nothing; a listed name with a "?" in it (see FileProp::isExact) is no safe pattern. An empty pattern, "*"
 /// and "*.*" take every entry; "." and ".." are never among them. Entries come in the system's order. One
 /// thread at a time uses an object.
@@ -21,7 +21,7 @@ namespace TarnLibA500 {
 /// One entry of a directory. Times are seconds since 1970 in universal time: SDateTime(entry.modified,
 /// STimeZone::TZ_UTC()) is the moment.
 struct FileProp {
-    SAnsiString name;          ///< without the directory; "?" for characters that the code page does not have
+    SAnsiString name;          ///< without the directory; "?" for what narrow text does not have
     bool isExact = true;       ///< false when the name has such a "?": it is shown, and leads to no file
     bool isDirectory = false;  ///< a directory, or a link to one
     bool isLink = false;       ///< a link or another reparse point: going into such directories may not end

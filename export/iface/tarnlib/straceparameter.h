@@ -29,19 +29,19 @@ class TARN_API STraceParameter {
   public:
     /// One character: 'x' is "x".
     STraceParameter(char character);
-    /// One UTF-16 unit, "?" when the code page does not have it.
+    /// One UTF-16 unit, "?" when narrow text does not have it.
     STraceParameter(wchar_t character);
-    /// One character of the code page.
+    /// One character of narrow text.
     STraceParameter(const SChar_t<char, 0>& character);
     /// One ASCII character.
     STraceParameter(const SChar_t<char, 1>& character);
-    /// One UTF-16 unit, "?" when the code page does not have it.
+    /// One UTF-16 unit, "?" when narrow text does not have it.
     STraceParameter(const SChar_t<wchar_t, 1>& character);
-    /// A text in the code page (SAnsiString, SAnsiStringCI), which is shared.
+    /// A narrow text (SAnsiString, SAnsiStringCI), which is shared.
     STraceParameter(const SString_t<char, 0>& text);
     /// An ASCII text (SAsciiString).
     STraceParameter(const SString_t<char, 1>& text);
-    /// A UTF-16 text (SWCharString, SOCAString, SWCharStringCI), with "?" for what the code page does not have.
+    /// A UTF-16 text (SWCharString, SOCAString, SWCharStringCI), with "?" for what narrow text does not have.
     STraceParameter(const SString_t<wchar_t, 1>& text);
     /// "2026-11-21@07:15:02.125" in UTC; "invalid-date-time" for an invalid value.
     STraceParameter(const SDateTime& dateTime);
@@ -66,9 +66,9 @@ class TARN_API STraceParameter {
     STraceParameter(unsigned long long number);
     /// Six decimals, with the decimal point of the C locale.
     STraceParameter(double number);
-    /// A text in the code page; null is "(null)".
+    /// A narrow text; null is "(null)".
     STraceParameter(const char* text);
-    /// A UTF-16 text, with "?" for what the code page does not have; null is "(null)".
+    /// A UTF-16 text, with "?" for what narrow text does not have; null is "(null)".
     STraceParameter(const wchar_t* text);
     /// "0x" and 8 hexadecimal digits in upper case.
     STraceParameter(const void* address);

@@ -1,14 +1,21 @@
 #include "diag/logging/tracetext.h"
 
+#include <cstring>
+
+#include "strings/characters/utf8text.h"
 #include "strings/text/stringbuilder.h"
 #include "system/systemtext.h"
+#include "tarnlib/snarrowtext.h"
 
 namespace TarnLibA500 {
 namespace {
 
-bool IsAscii(const char* text) {
+// True for bytes that are the same in UTF-8.
+bool IsUtf8(const char* text) {
     while (*text > 0) ++text;
-    return *text == '\0';
+    if (*text == '\0') return true;
+    const char* const end = text + std::strlen(text);
+    return SNarrowText::IsUtf8() && utf8text::FindInvalid(text, end) == end;
 }
 
 SAnsiString AsciiOnly(SAnsiString text) {
@@ -42,7 +49,7 @@ Utf8::Utf8(const SAnsiString& text) : kept_(text), text_(kept_.getString()) {
 }
 
 void Utf8::convert() {
-    if (text_ == nullptr || IsAscii(text_)) return;
+    if (text_ == nullptr || IsUtf8(text_)) return;
     kept_ = ToUtf8(text_);
     text_ = kept_.getString();
 }
