@@ -52,7 +52,10 @@ echo "date       $instant is $(tool date -parse $instant -zone $central_europe) 
     "a second later $(tool date -parse $instant -zone $central_europe -add 1s)"
 echo "config     $(tool config -file examples/config/mailer.ini -section server | paste -sd' ')," \
     "Production is at $(tool config -file examples/config/landscape.xml -xml -section Production -key MSSrvName)"
-echo "files      $(tool files -size "$converted") bytes in $converted"
+echo "           Łódź is at $(tool config -file examples/config/landscape.xml -xml -section "Łódź 本番" -key Server)"
+tool files -copy $texts/japanese-utf8.txt -to "$converted/枕草子 😀.txt" -overwrite
+echo "files     $(tool files -list "$converted" -pattern '枕*')"
+echo "           $(tool files -size "$converted") bytes in $converted"
 
 echo
 echo "library    $dll ($(stat -c %s "$dll") bytes)"

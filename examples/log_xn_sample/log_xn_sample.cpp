@@ -6,6 +6,8 @@
 
 #include "tarnlib/loggingplugin.h"
 
+#include <windows.h>
+
 namespace {
 
 constexpr const char* kJournalOption = " -sampleJournal ";
@@ -34,6 +36,15 @@ bool FindJournal(const char* options, char* path, std::size_t room) {
     return true;
 }
 
+// A process may have its texts in UTF-8 or in its ANSI code page, whose texts beyond ASCII hardly ever are UTF-8.
+std::FILE* OpenJournal(const char* path) {
+    wchar_t wide[512];
+    constexpr int kRoom = sizeof wide / sizeof *wide;
+    const bool isWide = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide, kRoom) != 0 ||
+                        MultiByteToWideChar(CP_ACP, 0, path, -1, wide, kRoom) != 0;
+    return isWide ? _wfopen(wide, L"ab") : nullptr;
+}
+
 // An argument with line ends in it would look like several entries.
 void WriteArgument(const char* text) {
     std::fputc(' ', journal);
@@ -51,7 +62,7 @@ __declspec(dllexport) int GetDLLVersion() {
 __declspec(dllexport) int Initialize(const char* options) {
     char path[512];
     if (!FindJournal(options, path, sizeof path)) return 0;
-    journal = std::fopen(path, "ab");
+    journal = OpenJournal(path);
     return journal != nullptr ? 1 : 0;
 }
 

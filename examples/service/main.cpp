@@ -5,6 +5,8 @@
 #include "scm.h"
 #include "serve.h"
 #include "tarnlib/sdescribeexception.h"
+#include "tarnlib/senvironment.h"
+#include "tarnlib/snarrowtext.h"
 
 #include <windows.h>
 
@@ -35,9 +37,12 @@ int RunOnConsole(const CParamLineArgs& args) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main() {
     try {
-        const CParamLineArgs args(argc, argv);
+        // Before anything else: names and texts of any script, from the command line on.
+        TarnLibA500::SNarrowText::UseUtf8();
+        SetConsoleOutputCP(CP_UTF8);
+        const CParamLineArgs args(TarnLibA500::SEnvironment::GetArguments());
         if (Has(args, "stop")) return StopOther(args);
         return Has(args, "service") ? RunAsService(args) : RunOnConsole(args);
     } catch (...) {

@@ -9,7 +9,7 @@
 namespace {
 
 using TarnLibA500::CParamLineArgs;
-using TarnLibA500::SAnsiString;
+using TarnLibA500::SWCharString;
 
 constexpr DWORD kWaitHint = 15000;  // more than a start or a stop takes
 
@@ -38,9 +38,15 @@ DWORD WINAPI OnControl(DWORD control, DWORD, void*, void*) {
     return NO_ERROR;
 }
 
-void WINAPI ServiceMain(DWORD, char**) {
-    const SAnsiString name = InstanceName(*serviceArgs);
-    statusHandle = RegisterServiceCtrlHandlerExA(name.getString(), OnControl, nullptr);
+SWCharString ServiceName() {
+    SWCharString name;
+    name.fromMBCS(InstanceName(*serviceArgs).getString());
+    return name;
+}
+
+void WINAPI ServiceMain(DWORD, wchar_t**) {
+    const SWCharString name = ServiceName();
+    statusHandle = RegisterServiceCtrlHandlerExW(name.getString(), OnControl, nullptr);
     if (statusHandle == nullptr) return;
     Report(SERVICE_START_PENDING);
     const ExitStatus status = Serve(*serviceArgs, *serviceStop, [] { Report(SERVICE_RUNNING); });
@@ -50,12 +56,12 @@ void WINAPI ServiceMain(DWORD, char**) {
 }  // namespace
 
 int RunAsService(const CParamLineArgs& args) {
-    SAnsiString name = InstanceName(args);
-    StopSignal stop(name);
+    StopSignal stop(InstanceName(args));
     serviceArgs = &args;
     serviceStop = &stop;
-    const SERVICE_TABLE_ENTRYA table[] = {{name.detach(), ServiceMain}, {nullptr, nullptr}};
-    if (StartServiceCtrlDispatcherA(table)) return kStopped;
+    SWCharString name = ServiceName();
+    const SERVICE_TABLE_ENTRYW table[] = {{name.detach(), ServiceMain}, {nullptr, nullptr}};
+    if (StartServiceCtrlDispatcherW(table)) return kStopped;
     std::fprintf(stderr, "service: -service is for the system's service control manager alone\n");
     return kFailed;
 }

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 using TarnLibA500::SAnsiString;
+using TarnLibA500::SWCharString;
 
 namespace {
 
@@ -18,14 +19,16 @@ BOOL WINAPI OnConsoleEvent(DWORD event) {
     return TRUE;
 }
 
-SAnsiString EventName(const SAnsiString& name) {
-    return "Local\\" + name + ".stop";
+SWCharString EventName(const SAnsiString& name) {
+    SWCharString wide;
+    wide.fromMBCS(("Local\\" + name + ".stop").getString());
+    return wide;
 }
 
 }  // namespace
 
 StopSignal::StopSignal(const SAnsiString& name)
-    : event_(CreateEventA(nullptr, TRUE, FALSE, EventName(name).getString())) {
+    : event_(CreateEventW(nullptr, TRUE, FALSE, EventName(name).getString())) {
     if (event_ == nullptr)
         throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), "the stop event");
 }
@@ -49,7 +52,7 @@ void StopSignal::takeConsoleEvents() {
 }
 
 bool StopSignal::raiseOf(const SAnsiString& name) {
-    const HANDLE event = OpenEventA(EVENT_MODIFY_STATE, FALSE, EventName(name).getString());
+    const HANDLE event = OpenEventW(EVENT_MODIFY_STATE, FALSE, EventName(name).getString());
     if (event == nullptr) return false;
     SetEvent(event);
     CloseHandle(event);

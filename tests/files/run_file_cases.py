@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Files of the library next to other programs, and on a disk that is full or write-protected.
 
-    run_file_cases.py RUNNER TARN_EXE SCRATCH_FOLDER programs|disk
+    run_file_cases.py RUNNER TARN_EXE SCRATCH_FOLDER programs|scripts|disk
 
 Exit status: 0, 1 for a failure, 77 when a small file system cannot be mounted here.
 """
@@ -72,6 +72,26 @@ def programs(tool, folder):
     print(f"{len(VARIANTS)} texts, {len(listed)} entries, {total} bytes")
 
 
+# Where letters of a script stand side by side, Latin and Greek to Gothic; and emoji.
+BLOCKS = [0x100, 0x390, 0x430, 0x561, 0x5D0, 0x620, 0x905, 0x9A0, 0xA15, 0xA95, 0xBAE, 0xC15, 0xE01, 0xF40, 0x10D0, 0x1200, 0x13A0,
+          0x3041, 0x4E00, 0xAC00, 0x10330, 0x1F600]
+
+
+def scripts(tool, folder):
+    """Names in many scripts are made, listed, opened, copied and removed."""
+    for number, block in enumerate(BLOCKS):
+        name = "".join(chr(block + (number * 7 + 3 * i) % 16) for i in range(9))
+        files = [folder / name, folder / f"{name} ½"]
+        files[0].write_text(name, encoding="utf-8")
+        tool.must("files", "-copy", files[0], "-to", files[1])
+        listed = tool.must("files", "-list", folder, "-pattern", "?" * 11)
+        found = tool.must("text", "-from", "utf-8", "-to", "utf-16", "-find", name, "-file", files[1])
+        for path in files:
+            tool.must("files", "-remove", path)
+        if not listed.endswith(f"  {name} ½\n") or f"file:            {files[1]}, " not in found or any(folder.iterdir()):
+            sys.exit(f"{name}: {listed} {found}")
+
+
 def refused(tool, expected, *arguments):
     run = tool.run(*arguments)
     if run.returncode != 2 or expected not in run.stderr.lower():
@@ -108,7 +128,7 @@ def main(runner, tool, scratch, case):
     folder = pathlib.Path(scratch).resolve()
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
-    {"programs": programs, "disk": disk}[case](Tool(runner, tool), folder)
+    {"programs": programs, "scripts": scripts, "disk": disk}[case](Tool(runner, tool), folder)
 
 
 if __name__ == "__main__":

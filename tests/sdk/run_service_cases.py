@@ -25,7 +25,7 @@ class Service:
         self.folder = folder
         self.process = None
         self.ini = folder / "service.ini"
-        self.command = [runner, program, "-config", f"Z:{self.ini}", "-name", f"test-{folder.name}"]
+        self.command = [runner, program, "-config", f"Z:{self.ini}", "-name", f"test-表-{folder.name}"]
         for name in ("in", "out", "out2", "logs"):
             (folder / name).mkdir(parents=True)
 

@@ -1,18 +1,16 @@
 #include "codeset.h"
 
-#include <clocale>
-
 #include "command.h"
 #include "tarnlib/UTFConverter.h"
 #include "tarnlib/sstring.h"
+
+#include <windows.h>
 
 namespace tarn {
 namespace {
 
 using TarnLibA500::CUTFConverter;
 using TarnLibA500::SAnsiString;
-
-using AnsiChar = TarnLibA500::SChar_t<char, 0>;
 
 constexpr char32_t kReplacementCharacter = 0xFFFD;
 constexpr char32_t kFirstNonAscii = 0x80;
@@ -45,22 +43,31 @@ Fit EncodeAscii(char32_t code, std::string& out) {
 
 // ------------------------------------------------------------------------------------------------ code pages
 
-Character DecodeCodePage(const char* at, std::size_t) {
-    if (*at == '\0') return Valid(0, 1);
-    const AnsiChar character = *SAnsiString::iterator(at);
-    if (!character.isUnicode()) return Invalid(character.getLength());
-    return Valid(character.toUChar(), character.getLength());
+// By the system's tables, character by character: the library converts whole texts, and does not tell what was wrong where.
+
+template <UINT page>
+Character DecodeCodePage(const char* at, std::size_t left) {
+    if (Byte(at) < kFirstNonAscii) return Valid(Byte(at), 1);
+    const bool isPair = IsDBCSLeadByteEx(page, static_cast<BYTE>(*at)) != FALSE;
+    if (isPair && left < 2) return Invalid(1);
+    // For single bytes the system is stricter than the code pages are.
+    wchar_t unit = 0;
+    const int units =
+        MultiByteToWideChar(page, isPair ? MB_ERR_INVALID_CHARS : 0, at, isPair ? 2 : 1, &unit, 1);
+    return units == 1 ? Valid(unit, isPair ? 2 : 1) : Invalid(1);
 }
 
+template <UINT page>
 Fit EncodeCodePage(char32_t code, std::string& out) {
-    if (code == 0) {
-        out += '\0';
-        return Fit::Exact;
-    }
-    AnsiChar character;
-    if (code >= kFirstSupplementary || !character.fromUChar(static_cast<wchar_t>(code))) return Fit::Missing;
-    out.append(character.getUnits(), character.getLength());
-    return character.toUChar() == code ? Fit::Exact : Fit::Likeness;
+    if (code < kFirstNonAscii) return EncodeAscii(code, out);
+    const auto unit = static_cast<wchar_t>(code);
+    char bytes[2];
+    BOOL isMissing = code >= kFirstSupplementary;
+    const int count = isMissing ? 0 : WideCharToMultiByte(page, 0, &unit, 1, bytes, 2, nullptr, &isMissing);
+    if (count == 0 || isMissing) return Fit::Missing;
+    out.append(bytes, static_cast<std::size_t>(count));
+    return DecodeCodePage<page>(bytes, static_cast<std::size_t>(count)).code == code ? Fit::Exact
+                                                                                     : Fit::Likeness;
 }
 
 // ------------------------------------------------------------------------------------------------ UTF-8
@@ -145,19 +152,20 @@ constexpr const char* kNoMark = "";
 
 // The numbers 0 to 5 are those of the library's named code sets.
 const CodeSet kCodeSets[] = {
-    {"current 0", "the process's code page", "", kNoMark, '?', DecodeCodePage, EncodeCodePage},
-    {"utf-8 1 utf8", "UTF-8", nullptr, "\xEF\xBB\xBF", kReplacementCharacter, DecodeUtf8, EncodeUtf8},
-    {"1252 2 4 cp1252 windows-1252", "Windows code page 1252, Western European", ".1252", kNoMark, '?',
-     DecodeCodePage, EncodeCodePage},
-    {"932 3 cp932 shift_jis", "Windows code page 932, Japanese", ".932", kNoMark, '?', DecodeCodePage,
-     EncodeCodePage},
-    {"28605 5 iso-8859-15", "ISO 8859-15, Western European with the euro sign", ".28605", kNoMark, '?',
-     DecodeCodePage, EncodeCodePage},
-    {"utf-16le utf-16 utf16 utf16le", "UTF-16, low bytes first", nullptr, "\xFF\xFE", kReplacementCharacter,
+    {"current 0", "the system's ANSI code page", kNoMark, '?', DecodeCodePage<CP_ACP>,
+     EncodeCodePage<CP_ACP>},
+    {"utf-8 1 utf8", "UTF-8", "\xEF\xBB\xBF", kReplacementCharacter, DecodeUtf8, EncodeUtf8},
+    {"1252 2 4 cp1252 windows-1252", "Windows code page 1252, Western European", kNoMark, '?',
+     DecodeCodePage<1252>, EncodeCodePage<1252>},
+    {"932 3 cp932 shift_jis", "Windows code page 932, Japanese", kNoMark, '?', DecodeCodePage<932>,
+     EncodeCodePage<932>},
+    {"28605 5 iso-8859-15", "ISO 8859-15, Western European with the euro sign", kNoMark, '?',
+     DecodeCodePage<28605>, EncodeCodePage<28605>},
+    {"utf-16le utf-16 utf16 utf16le", "UTF-16, low bytes first", "\xFF\xFE", kReplacementCharacter,
      DecodeUtf16<false>, EncodeUtf16<false>},
-    {"utf-16be utf16be", "UTF-16, high bytes first", nullptr, "\xFE\xFF", kReplacementCharacter,
-     DecodeUtf16<true>, EncodeUtf16<true>},
-    {"ascii us-ascii", "7-bit ASCII", nullptr, kNoMark, '?', DecodeAscii, EncodeAscii},
+    {"utf-16be utf16be", "UTF-16, high bytes first", "\xFE\xFF", kReplacementCharacter, DecodeUtf16<true>,
+     EncodeUtf16<true>},
+    {"ascii us-ascii", "7-bit ASCII", kNoMark, '?', DecodeAscii, EncodeAscii},
 };
 
 std::string Names(const CodeSet& set) {
@@ -171,18 +179,13 @@ std::string CodeSet::name() const {
     return all.substr(0, all.find(' '));
 }
 
-void CodeSet::activate() const {
-    if (std::setlocale(LC_CTYPE, locale != nullptr ? locale : "C") == nullptr) {
-        throw Failure("the system does not have the code set " + name());
-    }
-}
-
 const CodeSet& FindCodeSet(const std::string& name) {
     SAnsiString wanted((" " + name + " ").c_str());
     wanted.toLower();
     for (const CodeSet& set : kCodeSets) {
         const SAnsiString names(Names(set).c_str());
-        if (name.find(' ') == name.npos && names.find(wanted) != names.end()) return set;
+        const bool isNamed = name.find(' ') == name.npos && names.find(wanted) != names.end();
+        if (isNamed) return &set == kCodeSets && GetACP() == CP_UTF8 ? Utf8CodeSet() : set;
     }
     throw Failure("there is no code set \"" + name + "\"; tarn text -help lists them");
 }

@@ -18,8 +18,6 @@ enum class Fit { Exact, Likeness, Missing };
 struct CodeSet {
     const char* names;  ///< between blanks; the first is the usual one
     const char* description;
-    /// The C locale under which the library converts this code set; null for those that need none.
-    const char* locale;
     const char* byteOrderMark;
     /// Stands for what the code set has no character for.
     char32_t replacement;
@@ -30,8 +28,6 @@ struct CodeSet {
     Fit (*encode)(char32_t code, std::string& out);
 
     std::string name() const;
-    /// Sets the locale for decode and encode. Throws Failure when the system does not have it.
-    void activate() const;
 };
 
 /// By any of its names, without regard to case; throws Failure for an unknown one.

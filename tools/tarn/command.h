@@ -4,10 +4,17 @@
 #include <string>
 #include <vector>
 
-/// What the commands of the tool have in common. Texts are UTF-8 throughout.
+#include "tarnlib/sstring.h"
+
+/// What the commands of the tool have in common. Texts are UTF-8 throughout, the library's too.
 namespace tarn {
 
 using Words = std::vector<std::string>;
+
+/// A text of the library as a standard string.
+inline std::string Str(const TarnLibA500::SAnsiString& text) {
+    return std::string(text.getString(), text.getLength());
+}
 
 enum ExitStatus : int { kYes = 0, kNo = 1, kFailed = 2 };
 

@@ -1,7 +1,6 @@
 #include "conversion.h"
 
 #include <algorithm>
-#include <clocale>
 #include <cstring>
 
 namespace tarn {
@@ -14,31 +13,15 @@ std::size_t Utf8Bytes(char32_t code) {
     return code < 0x80 ? 1 : code < 0x800 ? 2 : code < kFirstSupplementary ? 3 : 4;
 }
 
-// The C locale is what it was before when the object goes: names and failures are texts of that one.
-class LocaleKeeper {
-  public:
-    LocaleKeeper() : before_(std::setlocale(LC_CTYPE, nullptr)) {}
-    ~LocaleKeeper() { std::setlocale(LC_CTYPE, before_.c_str()); }
-    LocaleKeeper(const LocaleKeeper&) = delete;
-    LocaleKeeper& operator=(const LocaleKeeper&) = delete;
-
-  private:
-    std::string before_;
-};
-
 }  // namespace
 
 Conversion::Conversion(const CodeSet& from, const CodeSet& to) : from_(from), to_(to) {}
 
-// Each side has its own locale. Switching it for every character would cost more than the conversion.
 void Conversion::take(const std::string& bytes, bool isLast) {
     bytes_ += bytes;
     figures_.bytesRead += bytes.size();
     if (offset_ == 0) skipMark();
-    const LocaleKeeper keeper;
-    from_.activate();
     decode(isLast);
-    to_.activate();
     encode();
     for (const Character& character : characters_) count(character.code);
 }

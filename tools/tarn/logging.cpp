@@ -1,13 +1,12 @@
 #include "logging.h"
 
-#include "codepagetext.h"
+#include "tarnlib/cparamlineargs.h"
+#include "tarnlib/senvironment.h"
 #include "tarnlib/slogger.h"
 
 namespace tarn {
 namespace {
 
-using TarnLibA500::CParamLineArgs;
-using TarnLibA500::SAnsiString;
 using TarnLibA500::SAnsiStringCI;
 
 constexpr const char* kSwitches[] = {"warningTrace", "reqTrace",   "sdkTrace",      "noassert",
@@ -30,22 +29,10 @@ bool IsAmong(const std::string& word, const Names& names) {
     return false;
 }
 
-// The library's texts are in the code page of its locale.
-SAnsiString LibraryText(const std::string& word) {
-    SAnsiString text;
-    return text.fromUTF8(word.c_str()) ? text : SAnsiString(word.c_str());
-}
-
-CParamLineArgs Parse(const Words& words) {
-    std::vector<SAnsiString> texts = {"tarn"};
-    for (const std::string& word : words) texts.push_back(LibraryText(word));
-    return ParseWords(texts);
-}
-
 }  // namespace
 
-Logging::Logging(const Words& commandLine) {
-    TarnLibA500::SLogger::Initialize(Parse(commandLine));
+Logging::Logging() {
+    TarnLibA500::SLogger::Initialize(TarnLibA500::CParamLineArgs(TarnLibA500::SEnvironment::GetArguments()));
 }
 
 Logging::~Logging() {

@@ -7,7 +7,7 @@ namespace tarn {
 /// Logging for as long as the object lives, with the options of the whole command line.
 class Logging {
   public:
-    explicit Logging(const Words& commandLine);
+    Logging();
     ~Logging();
     Logging(const Logging&) = delete;
     Logging& operator=(const Logging&) = delete;

@@ -1,11 +1,9 @@
-#include <clocale>
-
-#include "codepagetext.h"
 #include "command.h"
 #include "logging.h"
 #include "options.h"
 #include "system.h"
 #include "tarnlib/sdescribeexception.h"
+#include "tarnlib/snarrowtext.h"
 #include "tarnlib/tarnversion.h"
 
 namespace tarn {
@@ -50,14 +48,14 @@ const Command& FindCommand(const std::string& name) {
     throw Failure("there is no command " + name + "; tarn -help lists them");
 }
 
-// Of the exception in hand: the tool's own sentences are UTF-8, the library's texts in the code page.
+// Of the exception in hand: the tool's own sentences as they are.
 std::string WhatFailed() {
     try {
         throw;
     } catch (const Failure& failure) {
         return failure.what();
     } catch (...) {
-        return Utf8Text(TarnLibA500::SDescribeException());
+        return Str(TarnLibA500::SDescribeException());
     }
 }
 
@@ -72,7 +70,7 @@ ExitStatus Run(const Command& command, const Words& arguments) {
 }
 
 ExitStatus Dispatch(const Words& words) {
-    const Logging logging(words);
+    const Logging logging;
     if (words.empty()) throw Failure("a command is missing; tarn -help lists them");
     if (words[0] == "version" || AsksForVersion(words[0])) return PrintVersion();
     if (words[0] == "help" || AsksForHelp(words[0])) {
@@ -86,8 +84,7 @@ ExitStatus Dispatch(const Words& words) {
 }
 
 int RunTool() {
-    std::setlocale(LC_CTYPE,
-                   "");  // the library's texts are in the process's code page, as the names of files are
+    TarnLibA500::SNarrowText::UseUtf8();
     try {
         const ExitStatus status = Dispatch(ReadCommandLine());
         if (!FlushOutput()) throw Failure("cannot write standard output");

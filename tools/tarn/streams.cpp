@@ -2,7 +2,6 @@
 
 #include <cstdio>
 
-#include "codepagetext.h"
 #include "command.h"
 #include "system.h"
 #include "tarnlib/sfilesys.h"
@@ -26,7 +25,7 @@ constexpr std::size_t kProgressWidth = 50;
 
 // A failure's text without the line end that the system's reasons have.
 std::string Reason(SAnsiString text) {
-    return Utf8Text(text.trimRight());
+    return Str(text.trimRight());
 }
 
 std::string ReadFromStandardInput(std::size_t count) {
@@ -74,7 +73,7 @@ bool IsStandardStream(const std::string& name) {
 
 Source::Source(const std::string& name) {
     if (IsStandardStream(name)) return;
-    file_ = std::make_unique<SFile>(FileName(name), SFile::readOnly | SFile::sequential, SFile::readWriteMask,
+    file_ = std::make_unique<SFile>(name.c_str(), SFile::readOnly | SFile::sequential, SFile::readWriteMask,
                                     SFile::denyNothing);
     size_ = file_->sizeEx();
 }
@@ -99,7 +98,7 @@ void Target::attempt(Action action) {
 
 Target::Target(const std::string& name) : name_(name) {
     if (IsStandardStream(name)) return;
-    const SAnsiString directory = FileName(DirectoryOf(name));
+    const SAnsiString directory = DirectoryOf(name).c_str();
     attempt([&] {
         temporary_.path =
             SFileSys::getUniqueFilename(directory, "tarn", ".tmp", true, SFile::defaultPermissions);
@@ -128,7 +127,7 @@ void Target::finish() {
     if (IsStandardStream(name_)) return;
     attempt([&] {
         file_.close();
-        SFileSys::replaceFile(temporary_.path, FileName(name_));
+        SFileSys::replaceFile(temporary_.path, name_.c_str());
     });
     temporary_.path = SAnsiString();
 }

@@ -2,37 +2,28 @@
 
 #include <cstdio>
 
-#include "tarnlib/sstring.h"
+#include "tarnlib/senvironment.h"
+#include "tarnlib/sfileexception.h"
 
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
 
-#include <shellapi.h>
-
 namespace tarn {
 namespace {
 
-using TarnLibA500::SWCharString;
-
-std::string ToUtf8(const wchar_t* text) {
-    const SWCharString wide(text);
-    std::string utf8(wide.getNBytesForUTF8(), '\0');
-    wide.toUTF8(utf8.data(), static_cast<std::uint32_t>(utf8.size()));
-    utf8.pop_back();  // the terminator
-    return utf8;
-}
+using TarnLibA500::SAnsiString;
+using TarnLibA500::SEnvironment;
+using TarnLibA500::SFileException;
 
 std::FILE* printed = stdout;
 
 }  // namespace
 
 Words ReadCommandLine() {
-    int count = 0;
-    wchar_t** const all = CommandLineToArgvW(GetCommandLineW(), &count);
     Words words;
-    for (int i = 1; all != nullptr && i < count; ++i) words.push_back(ToUtf8(all[i]));
-    LocalFree(static_cast<void*>(all));
+    for (const SAnsiString& word : SEnvironment::GetArguments()) words.push_back(Str(word));
+    if (!words.empty()) words.erase(words.begin());
     return words;
 }
 
@@ -40,7 +31,7 @@ Utf8Output::Utf8Output() {
     _setmode(_fileno(stdin), _O_BINARY);
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
-    if (_isatty(_fileno(stdout)) == 0) return;
+    if (_isatty(_fileno(stdout)) == 0 && _isatty(_fileno(stderr)) == 0) return;
     codePageBefore_ = GetConsoleOutputCP();
     SetConsoleOutputCP(CP_UTF8);
 }
@@ -68,11 +59,8 @@ bool FlushOutput() {
 }
 
 std::string SystemReason(unsigned long error) {
-    wchar_t text[512] = {};
-    FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0, text,
-                   sizeof text / sizeof *text, nullptr);
-    const std::string reason = ToUtf8(SWCharString(text).trimRight().getString());
-    return !reason.empty() ? reason : "error " + std::to_string(error);
+    const std::string reason = Str(SFileException::GetSystemMessage(error).trimRight());
+    return reason != "system error" ? reason : reason + " " + std::to_string(error);
 }
 
 }  // namespace tarn

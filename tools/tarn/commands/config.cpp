@@ -1,4 +1,3 @@
-#include "codepagetext.h"
 #include "command.h"
 #include "options.h"
 #include "system.h"
@@ -24,11 +23,11 @@ constexpr const char* kHelp =
     "Exit status: 0; 1 when there is no such section or value; 2 when the file cannot be loaded.\n";
 
 void Load(ConfigFileReader& reader, const Options& options) {
-    const SAnsiString file = FileName(options.value("file"));
+    const SAnsiString file = options.value("file").c_str();
     const auto encoding = options.has("native") ? ConfigFileReader::nativeCodePage : ConfigFileReader::utf8;
     const bool isLoaded =
         options.has("xml") ? reader.initializeFromXML(file) : reader.initialize(file, encoding);
-    const std::string why = Utf8Text(reader.GetLastErrorText());
+    const std::string why = Str(reader.GetLastErrorText());
     if (!isLoaded) throw Failure("cannot load " + why);
     std::istringstream losses(why);
     for (std::string line; std::getline(losses, line);) PrintError("tarn config: " + line);
@@ -49,8 +48,8 @@ const SAnsiString* Find(const ConfigFileReader& reader, const SAnsiString& secti
 
 ExitStatus PrintValue(const ConfigFileReader& reader, const Options& options) {
     SAnsiString value;
-    const SAnsiString section = CodePageText(options.value("section"), "-section");
-    const SAnsiString* const found = Find(reader, section, CodePageText(options.value("key"), "-key"), value);
+    const SAnsiString section = options.value("section").c_str();
+    const SAnsiString* const found = Find(reader, section, options.value("key").c_str(), value);
     if (found == nullptr && !options.has("default")) {
         SIArray<SAnsiString> keys;
         const std::string where = "section [" + options.value("section") + "]";
@@ -58,12 +57,12 @@ ExitStatus PrintValue(const ConfigFileReader& reader, const Options& options) {
                                        ? "key " + options.value("key") + " in " + where
                                        : where);
     }
-    Print((found != nullptr ? Utf8Text(*found) : options.value("default")) + "\n");
+    Print((found != nullptr ? Str(*found) : options.value("default")) + "\n");
     return kYes;
 }
 
 ExitStatus PrintSection(const ConfigFileReader& reader, const Options& options) {
-    const SAnsiString section = CodePageText(options.value("section"), "-section");
+    const SAnsiString section = options.value("section").c_str();
     SIArray<SAnsiString> keys;
     if (!reader.enumerateSection(section, keys))
         return SayMissing(options, "section [" + options.value("section") + "]");
@@ -72,7 +71,7 @@ ExitStatus PrintSection(const ConfigFileReader& reader, const Options& options) 
         SAnsiString value;
         // Sections of one name have keys that a look-up does not see.
         if (!shown.insert(key).second || Find(reader, section, key, value) == nullptr) continue;
-        Print(Utf8Text(key) + "=" + Utf8Text(value) + "\n");
+        Print(Str(key) + "=" + Str(value) + "\n");
     }
     return kYes;
 }
@@ -89,7 +88,7 @@ ExitStatus ShowConfig(const Words& arguments) {
     if (options.has("section")) return PrintSection(reader, options);
     SIArray<SAnsiString> names;
     reader.getSections(names);
-    for (const SAnsiString& name : names) Print("[" + Utf8Text(name) + "]\n");
+    for (const SAnsiString& name : names) Print("[" + Str(name) + "]\n");
     return kYes;
 }
 

@@ -1,8 +1,6 @@
 #include <algorithm>
-#include <clocale>
 
 #include "assertwatch.h"
-#include "codepagetext.h"
 #include "command.h"
 #include "options.h"
 #include "system.h"
@@ -34,7 +32,7 @@ STimeZone FindZone(const std::string& rules) {
     if (rules.empty() || name == "local") return STimeZone::TZ_Local();
     if (name == "utc") return STimeZone::TZ_UTC();
     const AssertWatch watch;  // rules that cannot be read are reported
-    const STimeZone zone(CodePageText(rules, "-zone"));
+    const STimeZone zone(rules.c_str());
     if (watch.sawOne()) throw Failure("-zone: \"" + rules + "\" are no rules; tarn date -help shows some");
     return zone;
 }
@@ -73,7 +71,6 @@ STimeSpan ReadSpan(const std::string& text) {
 
 ExitStatus ShowDate(const Words& arguments) {
     const Options options(arguments, {.values = {"format", "zone", "parse", "add"}});
-    std::setlocale(LC_ALL, "");  // names of months beyond ASCII
     const STimeZone zone = FindZone(options.value("zone"));
     SDateTime value = SDateTime::GetCurrentDateTime();
     const std::string text = options.value("parse");
@@ -87,7 +84,7 @@ ExitStatus ShowDate(const Words& arguments) {
         return kNo;
     }
     const std::string pattern = options.has("format") ? options.value("format") : kUsualPattern;
-    Print(Utf8Text(value.Format(CodePageText(pattern, "-format").getString(), zone)) + "\n");
+    Print(Str(value.Format(pattern.c_str(), zone)) + "\n");
     return kYes;
 }
 

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "codepagetext.h"
 #include "command.h"
 #include "options.h"
 #include "system.h"
@@ -43,9 +42,9 @@ void PrintEntry(const FileProp& entry, const std::string& below) {
     constexpr std::size_t kSizeWidth = 15;
     const std::string size = entry.isDirectory ? "<dir>" : std::to_string(entry.size);
     const SDateTime modified(entry.modified, STimeZone::TZ_UTC());
-    const std::string time = Utf8Text(modified.Format("yyyy-MM-dd HH:mm:ss", STimeZone::TZ_UTC()));
+    const std::string time = Str(modified.Format("yyyy-MM-dd HH:mm:ss", STimeZone::TZ_UTC()));
     Print(std::string(kSizeWidth - std::min(kSizeWidth, size.size()), ' ') + size + "  " + time + "  " +
-          below + Utf8Name(entry.name) + "\n");
+          below + Str(entry.name) + "\n");
 }
 
 void List(const SAnsiString& directory, const SAnsiString& pattern, bool recurse, const std::string& below) {
@@ -56,11 +55,11 @@ void List(const SAnsiString& directory, const SAnsiString& pattern, bool recurse
     SFileSys::listing(directory, "*", entries);
     for (const FileProp& entry : entries) {
         if (!entry.isDirectory || entry.isLink) continue;
-        const std::string shown = below + Utf8Name(entry.name) + "\\";
+        const std::string shown = below + Str(entry.name) + "\\";
         if (entry.isExact) {
             List(directory + "\\" + entry.name, pattern, true, shown);
         } else {
-            PrintError("tarn files: not entered, the code page cannot spell it: " + shown);
+            PrintError("tarn files: not entered, its name is no well-formed UTF-16: " + shown);
         }
     }
 }
@@ -83,15 +82,14 @@ const char* NameOf(SDirectoryChange::Kind kind) {
 
 void Watch(const std::string& directory, int seconds, bool recurse) {
     SDirectoryChangeWatcher watcher;
-    if (!watcher.open(FileName(directory), recurse))
+    if (!watcher.open(directory.c_str(), recurse))
         throw Failure("cannot watch " + directory + ": " + SystemReason(watcher.lastError()));
     const unsigned long long end = SMonotonicClock::GetMilliseconds() + seconds * 1000ULL;
     for (;;) {
         const unsigned long long now = SMonotonicClock::GetMilliseconds();
         SIArray<SDirectoryChange> changes;
         const auto result = watcher.wait(static_cast<unsigned long>(now < end ? end - now : 0), changes);
-        for (const SDirectoryChange& change : changes)
-            Print(NameOf(change.kind) + Utf8Name(change.path) + "\n");
+        for (const SDirectoryChange& change : changes) Print(NameOf(change.kind) + Str(change.path) + "\n");
         std::fflush(stdout);
         if (result == SDirectoryChangeWatcher::timedOut) return;
         if (result == SDirectoryChangeWatcher::changesLost) {
@@ -105,22 +103,22 @@ void Watch(const std::string& directory, int seconds, bool recurse) {
 void Use(const Options& options) {
     const bool recurse = options.has("recurse");
     if (options.has("list")) {
-        List(FileName(options.value("list")), FileName(options.value("pattern")), recurse, "");
+        List(options.value("list").c_str(), options.value("pattern").c_str(), recurse, "");
     } else if (options.has("size")) {
-        Print(std::to_string(SFileSys::rsizeEx(FileName(options.value("size")))) + "\n");
+        Print(std::to_string(SFileSys::rsizeEx(options.value("size").c_str())) + "\n");
     } else if (options.has("copy")) {
         if (!options.has("to")) throw Failure("-copy needs -to");
-        SFileSys::copyFile(FileName(options.value("copy")), FileName(options.value("to")),
+        SFileSys::copyFile(options.value("copy").c_str(), options.value("to").c_str(),
                            options.has("overwrite"));
     } else if (options.has("remove")) {
-        const SAnsiString path = FileName(options.value("remove"));
+        const SAnsiString path = options.value("remove").c_str();
         recurse ? SFileSys::rremove(path) : SFileSys::remove(path);
     } else if (options.has("watch")) {
         Watch(options.value("watch"), options.number("seconds", 0, kMaxSeconds), recurse);
     } else {
-        Print(Utf8Name(SFileSys::getUniqueFilename(
-                  FileName(options.value("unique")), FileName(options.value("prefix")),
-                  FileName(options.value("suffix")), true, SFile::defaultPermissions)) +
+        Print(Str(SFileSys::getUniqueFilename(
+                  options.value("unique").c_str(), options.value("prefix").c_str(),
+                  options.value("suffix").c_str(), true, SFile::defaultPermissions)) +
               "\n");
     }
 }

@@ -1,4 +1,3 @@
-#include "codepagetext.h"
 #include "command.h"
 #include "options.h"
 #include "system.h"
@@ -103,7 +102,7 @@ void GiveBack(SFileLock& lock, const std::string& file) {
 
 /// Without waiting, and without a file that could be left behind.
 ExitStatus RunInstance(const std::string& name, const std::string& command) {
-    SInstanceLock instance(CodePageText(name, "-instance"));
+    SInstanceLock instance(name.c_str());
     switch (instance.take()) {
         case SInstanceLock::taken:
             SetConsoleCtrlHandler(IgnoreInterrupt, TRUE);
@@ -128,7 +127,7 @@ ExitStatus RunInTurn(const Options& options) {
     unsigned long status = 0;
     for (int turn = 0; turn < turns && status == 0; ++turn) {
         // Not unlocked automatically: without the lock that would delete another's.
-        SFileLock lock(CodePageText(file, "-file"), stale, tries, false);
+        SFileLock lock(file.c_str(), stale, tries, false);
         if (!Take(lock, file)) {
             PrintError("tarn lock: gave up waiting for " + file);
             return kNo;

@@ -1,4 +1,3 @@
-#include "codepagetext.h"
 #include "command.h"
 #include "system.h"
 #include "tarnlib/cparamlineargs.h"
@@ -18,30 +17,29 @@ constexpr const char* kHelp =
     "Exit status: 0; 1 when there are no options.\n";
 
 CParamLineArgs Parse(const Words& words) {
-    if (words.size() == 1) return CParamLineArgs(CodePageText(words[0], "the line"));
-    std::vector<SAnsiString> texts;
-    texts.reserve(words.size());
-    for (const std::string& word : words) texts.push_back(CodePageText(word, "a word"));
-    return ParseWords(texts);
+    if (words.size() == 1) return CParamLineArgs(words[0].c_str());
+    SIArray<SAnsiString> texts;
+    for (const std::string& word : words) texts.Add(word.c_str());
+    return CParamLineArgs(texts);
 }
 
 void PrintWords(const char* label, const SIArray<SAnsiString>& words) {
     Print(label);
-    for (const SAnsiString& word : words) Print(" [" + Utf8Text(word) + "]");
+    for (const SAnsiString& word : words) Print(" [" + Str(word) + "]");
     Print("\n");
 }
 
 ExitStatus ShowOptions(const Words& words) {
     if (words.empty()) throw Failure("a command line is needed");
     const CParamLineArgs args = Parse(words);
-    Print("program:  " + Utf8Text(args.GetProgramName()) + "\n");
+    Print("program:  " + Str(args.GetProgramName()) + "\n");
     for (std::uint32_t i = 0; i < args.GetCount(); ++i)
-        Print("  -" + Utf8Text(args.GetName(i)) + " = [" + Utf8Text(args.GetValue(i)) + "]\n");
+        Print("  -" + Str(args.GetName(i)) + " = [" + Str(args.GetValue(i)) + "]\n");
     if (args.GetProgramName().isEmpty()) {
         PrintError("tarn options: there is no program name");
         return kNo;
     }
-    Print("line:     " + Utf8Text(args.GetCmdLine()) + "\n");
+    Print("line:     " + Str(args.GetCmdLine()) + "\n");
     SIArray<SAnsiString> plain, quoted;
     args.GetArgs(plain);
     args.GetArgsWithQuote(quoted);

@@ -1,5 +1,4 @@
 #include "tarnlib/registry.h"
-#include "codepagetext.h"
 #include "command.h"
 #include "options.h"
 #include "system.h"
@@ -95,7 +94,7 @@ Place FindPlace(const std::string& key, const char* option) {
     const std::string path = backslash == key.npos ? std::string() : key.substr(backslash + 1);
     if (!path.empty() && path.back() == '\\')
         throw Failure(std::string(option) + " must not end with a backslash");
-    return {root->key, CodePageText(path, option), key};
+    return {root->key, path.c_str(), key};
 }
 
 std::string TypeName(unsigned long type) {
@@ -121,12 +120,12 @@ ExitStatus SayNo(const std::string& why) {
 
 // What was not there, or what the library said of it.
 ExitStatus SayWhy(const Place& place, const SAnsiStringCI* value) {
-    if (!FailureWatch::why().isEmpty()) return SayNo(Utf8Text(FailureWatch::why()));
+    if (!FailureWatch::why().isEmpty()) return SayNo(Str(FailureWatch::why()));
     Registry key(place.path, place.path, place.root, false);
     if (!key.KeyExists()) return SayNo("there is no key " + place.text);
     unsigned long type = 0;
     if (value != nullptr && !key.GetType(*value, type))
-        return SayNo("there is no value \"" + Utf8Text(*value) + "\" in " + place.text);
+        return SayNo("there is no value \"" + Str(*value) + "\" in " + place.text);
     return SayNo("the registry refuses");
 }
 
@@ -145,26 +144,25 @@ unsigned long ReadNumber(const std::string& text) {
 ExitStatus PrintValue(Registry& key, const SAnsiStringCI& name, const Place& place) {
     unsigned long type = 0;
     if (!key.GetType(name, type)) return SayWhy(place, &name);
-    Print(TypeName(type) + " " + Utf8Text(key.ReadValue(name)) + "\n");
+    Print(TypeName(type) + " " + Str(key.ReadValue(name)) + "\n");
     return kYes;
 }
 
 ExitStatus PrintKey(Registry& key, const Place& place) {
     if (!key.KeyExists()) return SayWhy(place, nullptr);
     for (Registry::KeyIterator subKey = key.EnumSubKeys(); subKey; ++subKey)
-        Print("[" + Utf8Text(subKey.GetKey()) + "]\n");
+        Print("[" + Str(subKey.GetKey()) + "]\n");
     for (Registry::ValueIterator value = key.EnumValues(); value; ++value) {
         unsigned long type = 0;
         key.GetType(value.GetName(), type);
-        Print(Utf8Text(value.GetName()) + " " + TypeName(type) + " " + Utf8Text(value.GetValue()) + "\n");
+        Print(Str(value.GetName()) + " " + TypeName(type) + " " + Str(value.GetValue()) + "\n");
     }
     return kYes;
 }
 
 ExitStatus UseValue(const Options& options, Registry& key, const Place& place) {
-    const SAnsiStringCI name = CodePageText(options.value("value"), "-value");
-    if (options.has("set"))
-        return Answer(key.WriteValue(name, CodePageText(options.value("set"), "-set")), place);
+    const SAnsiStringCI name = options.value("value").c_str();
+    if (options.has("set")) return Answer(key.WriteValue(name, options.value("set").c_str()), place);
     if (options.has("setnumber"))
         return Answer(key.WriteValue(name, ReadNumber(options.value("setnumber"))), place);
     if (options.has("delete")) return Answer(key.DeleteValue(name), place, &name);

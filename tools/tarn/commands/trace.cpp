@@ -1,4 +1,3 @@
-#include "codepagetext.h"
 #include "command.h"
 #include "options.h"
 #include "system.h"
@@ -34,7 +33,7 @@ void RequireMask() {
     const bool isGiven = CParamLineArgs(SLogger::GetCmdLine()).Lookup("trace", letters);
     if (isGiven && !EvalConfig().assign_mask(letters.getString()))
         throw Failure(std::string("-trace must be letters of ") + EvalConfig::known_letters() +
-                      ", and is \"" + Utf8Text(letters) + "\"");
+                      ", and is \"" + Str(letters) + "\"");
 }
 
 ExitStatus Trace(const Words& arguments) {
@@ -42,7 +41,7 @@ ExitStatus Trace(const Words& arguments) {
     const int level = options.number("level", 0, 18);
     const int repeats = options.has("repeat") ? options.number("repeat", 1, kMaxRepeats) : 1;
     const int pause = options.has("pause") ? options.number("pause", 0, kMaxPause) : 0;
-    const SAnsiString text = CodePageText(options.value("text"), "-text");
+    const SAnsiString text = options.value("text").c_str();
     RequireMask();
     if (!SLogger::ShouldTrace(level, kUnit, __LINE__)) {
         Print("level " + std::to_string(level) + " is switched off\n");
@@ -52,8 +51,7 @@ ExitStatus Trace(const Words& arguments) {
         if (i != 0 && pause != 0) Sleep(static_cast<DWORD>(pause));
         STraceObj(level, kUnit, __LINE__)("%1", text);
     }
-    Print("level " + std::to_string(level) + " is switched on\nlog: " + Utf8Text(SLogger::GetLogFile()) +
-          "\n");
+    Print("level " + std::to_string(level) + " is switched on\nlog: " + Str(SLogger::GetLogFile()) + "\n");
     return kYes;
 }
 
