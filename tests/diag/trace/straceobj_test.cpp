@@ -70,50 +70,26 @@ TEST(TraceTexts, ArgumentsOfEveryType) {
     enum Plain : long long { kLarge = 1LL << 40 };
     const SChar_t<wchar_t, 1> wideCharacter(L'\x00E9');
     const STimeSpan day(1, 2, 3, 4, 5);
-    const struct {
-        STraceParameter parameter;
-        const char* text;
-    } cases[] = {
-        {'x', "x"},
-        {L'\x00E9', "\xE9"},
-        {L'\x4E00', "?"},
-        {static_cast<unsigned char>(120), "120"},
-        {SChar_t<char, 0>('c'), "c"},
-        {SChar_t<char, 1>('c'), "c"},
-        {wideCharacter, "\xE9"},
-        {SAnsiString("text"), "text"},
-        {SAnsiStringCI("text"), "text"},
-        {SAsciiString("text"), "text"},
-        {SWCharString(L"t\x00E9\x4E00"), "t\xE9?"},
-        {SOCAString(L"t\x00E9"), "t\xE9"},
-        {SWCharStringCI(L"text"), "text"},
-        {SDateTime(2024, 2, 29, 23, 59, 58, 7, STimeZone::TZ_UTC()), "2024-02-29@23:59:58.007"},
-        {SDateTime(), "invalid-date-time"},
-        {SDate(2024, 2, 29), "2024-02-29"},
-        {SDate(), "invalid-date"},
-        {STime(23, 59, 58, 7, STimeZone::TZ_UTC()), "23:59:58.007"},
-        {STime(), "invalid-time"},
-        {STimeSpan(), "00:00:00.000"},
-        {day, "1d 02:03:04.005"},
-        {STimeSpan() - day, "-1d 02:03:04.005"},
-        {STimeSpan::FromMilliseconds(-9223372036854775807LL - 1), "-106751991167d 07:12:55.808"},
-        {-1, "-1"},
-        {4294967295U, "4294967295"},
-        {-2L, "-2"},
-        {3UL, "3"},
-        {-9223372036854775807LL - 1, "-9223372036854775808"},
-        {18446744073709551615ULL, "18446744073709551615"},
-        {Color::Red, "200"},
-        {kLarge, "1099511627776"},
-        {1.5, "1.500000"},
-        {static_cast<const char*>(nullptr), "(null)"},
-        {static_cast<const wchar_t*>(nullptr), "(null)"},
-        {nullptr, "(null)"},
-        {reinterpret_cast<const void*>(0xABC), "0x00000ABC"},
-        {true, "true"},
-        {false, "false"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(c.parameter.GetString(), c.text);
+    constexpr const char* kAll = "%1|%2|%3|%4|%5|%6|%7|%8|%9|%10|%11|%12";
+    EXPECT_EQ(
+        STraceHelper(kAll, 'x', L'\x00E9', L'\x4E00', static_cast<unsigned char>(120), SChar_t<char, 0>('c'),
+                     SChar_t<char, 1>('d'), wideCharacter, SAnsiString("ansi"), SAnsiStringCI("ci"),
+                     SAsciiString("ascii"), SOCAString(L"oca"), SWCharStringCI(L"wci")),
+        "x|\xE9|?|120|c|d|\xE9|ansi|ci|ascii|oca|wci");
+    EXPECT_EQ(
+        STraceHelper(
+            kAll, SWCharString(L"t\x00E9\x4E00"), SDateTime(2024, 2, 29, 23, 59, 58, 7, STimeZone::TZ_UTC()),
+            SDateTime(), SDate(2024, 2, 29), SDate(), STime(23, 59, 58, 7, STimeZone::TZ_UTC()), STime(),
+            STimeSpan(), day, STimeSpan() - day, STimeSpan::FromMilliseconds(-9223372036854775807LL - 1), -1),
+        "t\xE9?|2024-02-29@23:59:58.007|invalid-date-time|2024-02-29|invalid-date|23:59:58.007|invalid-time|"
+        "00:00:00.000|1d 02:03:04.005|-1d 02:03:04.005|-106751991167d 07:12:55.808|-1");
+    EXPECT_EQ(
+        STraceHelper(kAll, 4294967295U, -2L, 3UL, -9223372036854775807LL - 1, 18446744073709551615ULL,
+                     Color::Red, kLarge, 1.5, static_cast<const char*>(nullptr),
+                     static_cast<const wchar_t*>(nullptr), nullptr, reinterpret_cast<const void*>(0xABC)),
+        "4294967295|-2|3|-9223372036854775808|18446744073709551615|200|1099511627776|1.500000|(null)|(null)|"
+        "(null)|0x00000ABC");
+    EXPECT_EQ(STraceHelper("%1%2", true, false), "truefalse");
 }
 
 TEST(TracePoints, EvaluateTheirArgumentsOnlyWhenSwitchedOn) {
