@@ -47,8 +47,8 @@ class TextDecoder {
 /// True when bytes are their own narrow text, with nothing in them that is no character.
 bool IsAsItIs(const char* bytes, std::uint32_t count, SFile::FileEncoding encoding);
 
-/// A code-page text in UTF-8, without a terminator. What stands between two zero bytes and is not valid in the code
-/// page is left out; "isWhole" says whether something was.
+/// A code-page text in UTF-8, without a terminator. What stands between two zero bytes and is not valid in the
+/// code page is left out; "isWhole" says whether something was.
 SSimpleBuffer EncodeFileText(const SAnsiString& text, bool& isWhole);
 
 }  // namespace TarnLibA500

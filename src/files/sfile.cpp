@@ -415,8 +415,8 @@ void SFile::traceIllegalText(std::uint32_t bytesBack) const {
                   SNarrowText::IsUtf8() ? "is kept as it stands" : "counts as empty");
 }
 
-// The text of a line, which usually needs no conversion and has no carriage return but at its end. "endBytes" stand behind
-// it: its line feed, if there is one.
+// The text of a line, which usually needs no conversion and has no carriage return but at its end. "endBytes"
+// stand behind it: its line feed, if there is one.
 SAnsiString SFile::lineText(const char* bytes, const char* end, std::uint32_t endBytes,
                             FileEncoding encoding) {
     const char* const last = end != bytes && end[-1] == '\r' ? end - 1 : end;

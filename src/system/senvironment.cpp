@@ -40,11 +40,11 @@ bool Refused(const SAnsiString& name, DWORD error) {
     return false;
 }
 
-// The words stay in the C runtime's memory until the process ends; asking twice would make them anew.
+// The words stay in the C runtime's memory until the process ends; asking twice would make them anew. The mode is
+// the one that every program of this compiler has from its start.
 wchar_t** ReadWords() {
     int count = 0;
-    int newMode =
-        0;  // operator new does not ask malloc's handler, as every program of this compiler says at its start
+    int newMode = 0;
     wchar_t** words = nullptr;
     wchar_t** environment = nullptr;
     if (__wgetmainargs(&count, &words, &environment, 0, &newMode) < 0 || words == nullptr)

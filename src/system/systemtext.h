@@ -5,10 +5,11 @@
 /// Texts for the system, which has UTF-16, and from it: names of files, modules, registry keys and variables,
 /// and what they hold.
 ///
-/// They are UTF-8 where narrow text is (SNarrowText). Otherwise they go by the process's ANSI code page, as they do
-/// in the system's own functions for bytes, whatever the C locale is. Unlike there nothing is replaced by a likeness ("best fit"), in neither direction: a name would
-/// mean another thing then, because the full-width U+FF3C resembles a backslash and U+0141 an L. What has no
-/// exact counterpart becomes "?", which no file has in its name.
+/// They are UTF-8 where narrow text is (SNarrowText). Otherwise they go by the process's ANSI code page, as
+/// they do in the system's own functions for bytes, whatever the C locale is. Unlike there nothing is replaced
+/// by a likeness ("best fit"), in neither direction: a name would mean another thing then, because the
+/// full-width U+FF3C resembles a backslash and U+0141 an L. What has no exact counterpart becomes "?", which no
+/// file has in its name.
 namespace TarnLibA500 {
 
 /// A narrow text in UTF-16, up to its first zero byte; "?" for bytes that are no character.

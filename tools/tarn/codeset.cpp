@@ -43,7 +43,8 @@ Fit EncodeAscii(char32_t code, std::string& out) {
 
 // ------------------------------------------------------------------------------------------------ code pages
 
-// By the system's tables, character by character: the library converts whole texts, and does not tell what was wrong where.
+// By the system's tables, character by character: the library converts whole texts, and does not tell what was
+// wrong where.
 
 template <UINT page>
 Character DecodeCodePage(const char* at, std::size_t left) {

@@ -5,10 +5,10 @@
 
 /// A DLL that is loaded while the program runs.
 ///
-/// An object owns its module and unloads it when it goes; addresses taken from it are valid until then.
-/// Modules are never looked for in the current directory. Names are in the process's ANSI code page, or in UTF-8
-/// (SNarrowText); one with a zero byte inside, or with bytes that are no character, is refused (error 161). Objects may be moved; one
-/// thread at a time uses an object.
+/// An object owns its module and unloads it when it goes; addresses taken from it are valid until then. Modules
+/// are never looked for in the current directory. Names are in the process's ANSI code page, or in UTF-8
+/// (SNarrowText); one with a zero byte inside, or with bytes that are no character, is refused (error 161).
+/// Objects may be moved; one thread at a time uses an object.
 ///
 ///     try {
 ///         CSharedLibrary library("mirelcrypto.dll");

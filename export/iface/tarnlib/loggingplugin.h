@@ -4,11 +4,11 @@
 /// "loggingPluginDir". All functions are extern "C" with the compiler's usual calling convention.
 /// GetDLLVersion, Initialize, Trace and Terminate must be there.
 ///
-/// Texts are in the process's code page, or in UTF-8 where the process has chosen that (SNarrowText). The functions are called by one thread at a time, between Initialize
-/// and Terminate. None should throw: a plug-in that does is traced and left out. A plug-in may use the library
-/// and log itself; such entries are traced, but not handed to the plug-ins. It must not start or stop logging.
-/// While its Trace does not return, entries of other threads wait for up to 10 seconds and are then handed
-/// over no more until it does.
+/// Texts are in the process's code page, or in UTF-8 where the process has chosen that (SNarrowText). The
+/// functions are called by one thread at a time, between Initialize and Terminate. None should throw: a plug-in
+/// that does is traced and left out. A plug-in may use the library and log itself; such entries are traced, but
+/// not handed to the plug-ins. It must not start or stop logging. While its Trace does not return, entries of
+/// other threads wait for up to 10 seconds and are then handed over no more until it does.
 ///
 ///     extern "C" __declspec(dllexport) void Trace(int level, int category, unsigned long message,
 ///                                                 const char* text, const char* const* arguments,

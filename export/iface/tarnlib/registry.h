@@ -11,11 +11,12 @@ namespace TarnLibA500 {
 
 /// One key of the Windows registry, its values and what is below it.
 ///
-/// A key is a root (HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER, ...) and the path below it, which must not end
-/// with a backslash. It is opened for reading when it is first needed and stays open; writing opens it a
-/// second time, because the first handle may not write, and makes it when it is missing. Keys are seen in the
-/// process's own view (32 bits). Names and values are text in the process's code page, or in UTF-8 (SNarrowText); a
-/// character that it does not have is read as "?", and no other character takes its place. Names ignore case.
+/// A key is a root (HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER, ...) and the path below it, which must not end with
+/// a backslash. It is opened for reading when it is first needed and stays open; writing opens it a second
+/// time, because the first handle may not write, and makes it when it is missing. Keys are seen in the
+/// process's own view (32 bits). Names and values are text in the process's code page, or in UTF-8
+/// (SNarrowText); a character that it does not have is read as "?", and no other character takes its place.
+/// Names ignore case.
 ///
 /// Failures are results: false, an empty text, or no entry. Each is traced (unit "registry") with the key,
 /// the value and the system's reason; that a key or a value is not there is an answer and no failure, except

@@ -28,7 +28,8 @@ namespace TarnLibA500 {
 
 /// Where assertions and trace texts go. A null member stands for the built-in behaviour. The object must stay
 /// alive and unchanged while it is installed, and until no other thread can still be inside one of its
-/// functions. Texts are in the process's code page, or in UTF-8 (SNarrowText). The functions for assertions must not throw.
+/// functions. Texts are in the process's code page, or in UTF-8 (SNarrowText). The functions for assertions
+/// must not throw.
 struct SDiagnosticSink {
     /// Takes the finished line of an assertion, without a line end. Line ends inside are not escaped. Built in:
     /// to a debugger and to standard error, with \r, \n and \xNN for what would break the line.

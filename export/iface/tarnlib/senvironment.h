@@ -6,10 +6,10 @@
 
 /// What the process was started with: its words and its environment variables.
 ///
-/// Names of variables ignore case, as the system has it. Texts are in the process's ANSI code page, whatever the C
-/// locale is, or in UTF-8 (SNarrowText), and of any length; the system's own functions for bytes cut double-byte values and replace characters by
-/// similar ones, so the wide ones are asked. What the C runtime's getenv sees may differ. Functions may be
-/// called from any thread.
+/// Names of variables ignore case, as the system has it. Texts are in the process's ANSI code page, whatever
+/// the C locale is, or in UTF-8 (SNarrowText), and of any length; the system's own functions for bytes cut
+/// double-byte values and replace characters by similar ones, so the wide ones are asked. What the C runtime's
+/// getenv sees may differ. Functions may be called from any thread.
 ///
 ///     const CParamLineArgs args(SEnvironment::GetArguments());
 ///     SAnsiString proxy;

@@ -10,14 +10,15 @@
 ///
 /// Every failure is thrown as SFileException, and the object survives it: a failed open leaves it closed with
 /// the new name, a failed read or write leaves it open at an unspecified position. Names are in the process's
-/// ANSI code page, whatever the C locale is, or in UTF-8 (SNarrowText), and may be longer than 260 characters; bytes
-/// that are no character there make a name that no file has. Texts are UTF-8 in the file unless an operation is
-/// given an encoding; a byte order mark is a character like any other. Text that is not valid UTF-8 reads as empty,
-/// or, where narrow text is UTF-8, as its bytes stand; either is traced with the file and the byte. Zero bytes stay. One thread at a time uses an object. What is written is with
-/// the system when write returns. readLine reads ahead, 64 KiB at most, and every other operation knows of
-/// that; only changes that are made through another handle meanwhile may not be seen in those bytes. What the
-/// object has read ahead is overwritten when it closes the file, and a string that readLine returned can be
-/// wiped at any time, so passwords may be read here.
+/// ANSI code page, whatever the C locale is, or in UTF-8 (SNarrowText), and may be longer than 260 characters;
+/// bytes that are no character there make a name that no file has. Texts are UTF-8 in the file unless an
+/// operation is given an encoding; a byte order mark is a character like any other. Text that is not valid
+/// UTF-8 reads as empty, or, where narrow text is UTF-8, as its bytes stand; either is traced with the file and
+/// the byte. Zero bytes stay. One thread at a time uses an object. What is written is with the system when
+/// write returns. readLine reads ahead, 64 KiB at most, and every other operation knows of that; only changes
+/// that are made through another handle meanwhile may not be seen in those bytes. What the object has read
+/// ahead is overwritten when it closes the file, and a string that readLine returned can be wiped at any time,
+/// so passwords may be read here.
 ///
 ///     SFile log("C:\\data\\run.log", SFile::writeOnly | SFile::create | SFile::append, SFile::readWriteMask,
 ///               SFile::denyNothing);
@@ -152,8 +153,8 @@ class TARN_API SFile {
     /// Text in UTF-8 up to the end.
     SAnsiString readString() { return readString(utf8); }
     /// Writes a text in UTF-8 without a terminator; returns the bytes written. Text that is not valid in the
-    /// code page of the C locale is left out, which is traced, up to the next zero byte. Where narrow text is UTF-8,
-    /// it is written as it stands, which is traced when it is not valid.
+    /// code page of the C locale is left out, which is traced, up to the next zero byte. Where narrow text is
+    /// UTF-8, it is written as it stands, which is traced when it is not valid.
     std::uint32_t writeString(const SAnsiString& text);
     /// Writes EOL; returns the bytes written.
     std::uint32_t writeNewLine();

@@ -12,13 +12,13 @@ namespace TarnLibA500 {
 
 /// Paths, files and directories: tests, listings, copying, removing, sizes, names, times.
 ///
-/// All members are static and may be called from any thread. Every failure is thrown as SFileSysException;
-/// the tests do not fail, they say no. Paths are in the process's code page, or in UTF-8 (SNarrowText), relative or
-/// absolute, and may be longer than 260 characters. As everywhere on this system, blanks and full stops at the end of a name are
-/// dropped and "nul.txt" is a device, unless the path begins with "\\?\". Links to directories are removed
-/// and counted, never entered, unless the operation was given the link itself; nor is a link entered that
-/// somebody puts in the place of a directory while an operation is at work. getFullPath, toLongPath and
-/// getCurrentDirectory write "?" for characters that the code page does not have.
+/// All members are static and may be called from any thread. Every failure is thrown as SFileSysException; the
+/// tests do not fail, they say no. Paths are in the process's code page, or in UTF-8 (SNarrowText), relative or
+/// absolute, and may be longer than 260 characters. As everywhere on this system, blanks and full stops at the
+/// end of a name are dropped and "nul.txt" is a device, unless the path begins with "\\?\". Links to
+/// directories are removed and counted, never entered, unless the operation was given the link itself; nor is a
+/// link entered that somebody puts in the place of a directory while an operation is at work. getFullPath,
+/// toLongPath and getCurrentDirectory write "?" for characters that the code page does not have.
 ///
 ///     const SAnsiString inbox("C:\\data\\in");
 ///     SFileSys::makeDirectories(inbox, SFile::defaultPermissions);   // where it is missing

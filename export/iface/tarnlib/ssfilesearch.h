@@ -7,11 +7,11 @@
 
 /// A search over the entries of one directory.
 ///
-/// A pattern has "*" for any characters, none included, and "?" for exactly one UTF-16 unit, where narrow text is
-/// UTF-8 (SNarrowText) for one character; letters are compared without regard to case, long names only. A text that is not valid in the code page matches
-/// nothing; a listed name with a "?" in it (see FileProp::isExact) is no safe pattern. An empty pattern, "*"
-/// and "*.*" take every entry; "." and ".." are never among them. Entries come in the system's order. One
-/// thread at a time uses an object.
+/// A pattern has "*" for any characters, none included, and "?" for exactly one UTF-16 unit, where narrow text
+/// is UTF-8 (SNarrowText) for one character; letters are compared without regard to case, long names only. A
+/// text that is not valid in the code page matches nothing; a listed name with a "?" in it (see
+/// FileProp::isExact) is no safe pattern. An empty pattern, "*" and "*.*" take every entry; "." and ".." are
+/// never among them. Entries come in the system's order. One thread at a time uses an object.
 ///
 ///     SSFileSearch search;
 ///     for (bool found = search.FindFirst("C:\\data\\in", "*.csv"); found; found = search.FindNext())

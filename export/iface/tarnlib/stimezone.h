@@ -30,10 +30,10 @@ class STimeZone {
     ///
     ///     NAME,offset[,DSTNAME,offset,Mm.w.d/hh:mm,Mm.w.d/hh:mm]
     ///
-    /// with offsets in minutes (below a day), names of 1 to 95 bytes (any of the system's, in UTF-8 too), and the switches to and from daylight
-    /// saving time: month m (1 to 12), the w-th (1 to 4, 5: the last) weekday d (0 is Sunday) in it, at the
-    /// time that clocks show just before (00:00 to 24:00). Any other text is reported by assertion and gives
-    /// UTC.
+    /// with offsets in minutes (below a day), names of 1 to 95 bytes (any of the system's, in UTF-8 too), and
+    /// the switches to and from daylight saving time: month m (1 to 12), the w-th (1 to 4, 5: the last) weekday
+    /// d (0 is Sunday) in it, at the time that clocks show just before (00:00 to 24:00). Any other text is
+    /// reported by assertion and gives UTC.
     TARN_API explicit STimeZone(const SAnsiString& rules);
 
     /// Universal time, with the rules "UTC,0".

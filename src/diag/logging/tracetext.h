@@ -3,8 +3,8 @@
 #include "tarnlib/sstring.h"
 #include "tracelog/tracelog.h"
 
-/// Texts between the library, which has them in the process's code page or in UTF-8, and the tracing engine, which has
-/// UTF-8.
+/// Texts between the library, which has them in the process's code page or in UTF-8, and the tracing engine,
+/// which has UTF-8.
 namespace TarnLibA500 {
 
 /// A narrow text in UTF-8 for the length of a call. What is UTF-8 already is passed on as it is; a byte that is
