@@ -1,5 +1,6 @@
 #include "files/namepattern.h"
 
+#include "strings/characters/surrogates.h"
 #include "system/systemtext.h"
 #include "tarnlib/snarrowtext.h"
 
@@ -21,7 +22,7 @@ bool SameLetter(wchar_t a, wchar_t b) noexcept {
 }
 
 bool IsPair(const wchar_t* name) {
-    return (name[0] & 0xFC00) == 0xD800 && (name[1] & 0xFC00) == 0xDC00;
+    return utf::IsHighSurrogate(name[0]) && utf::IsLowSurrogate(name[1]);
 }
 
 }  // namespace

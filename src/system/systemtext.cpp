@@ -5,6 +5,7 @@
 #include <cwchar>
 
 #include "strings/characters/mbchar.h"
+#include "strings/characters/surrogates.h"
 #include "strings/text/stringbuilder.h"
 #include "tarnlib/UTFConverter.h"
 #include "tarnlib/snarrowtext.h"
@@ -83,8 +84,7 @@ unsigned PageOfNames() {
 // The end of a piece, which does not part a surrogate pair.
 const wchar_t* PieceEnd(const wchar_t* at, const wchar_t* end) {
     if (end - at <= kPieceUnits) return end;
-    const bool isHigh = (at[kPieceUnits - 1] & 0xFC00) == 0xD800;
-    return at + kPieceUnits - (isHigh ? 1 : 0);
+    return at + kPieceUnits - (utf::IsHighSurrogate(at[kPieceUnits - 1]) ? 1 : 0);
 }
 
 }  // namespace
