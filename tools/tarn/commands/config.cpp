@@ -1,7 +1,10 @@
 #include "command.h"
+#include "conversion.h"
 #include "options.h"
 #include "system.h"
 #include "tarnlib/configfilereader.h"
+#include "tarnlib/sfile.h"
+#include "tarnlib/sfilesys.h"
 
 #include <set>
 #include <sstream>
@@ -11,23 +14,46 @@ namespace {
 
 using TarnLibA500::ConfigFileReader;
 using TarnLibA500::SAnsiString;
+using TarnLibA500::SFile;
+using TarnLibA500::SFileSys;
 using TarnLibA500::SIArray;
 
 constexpr const char* kHelp =
     "-file F [-section S] [-key K] [-default V] [-native] [-xml]\n\n"
     "Shows a configuration file: its sections; with -section the keys and values of one; with -key one\n"
     "value, or the default. Keys before the first section, or behind a line without \"=\", do not count.\n\n"
-    "  -native   the file is in the code page, not UTF-8\n"
+    "  -native   the file is in the system's ANSI code page, not UTF-8\n"
     "  -xml      the file is a landscape of connections\n\n"
     "Lines that are not read are told on standard error.\n"
     "Exit status: 0; 1 when there is no such section or value; 2 when the file cannot be loaded.\n";
 
-void Load(ConfigFileReader& reader, const Options& options) {
+// The library reads a copy in UTF-8 then, whose name nobody wants to see.
+bool LoadNative(ConfigFileReader& reader, const SAnsiString& file, std::string& why) {
+    SFile native(file, SFile::readOnly, SFile::readWriteMask, SFile::denyNothing);
+    Conversion text(FindCodeSet("current"), Utf8CodeSet());
+    text.take(Str(native.readString(SFile::nativeCodePage)), true);
+    SFile copy(SFileSys::getTempFilename("tarn"), SFile::writeOnly | SFile::temporary, SFile::readWriteMask,
+               SFile::denyNothing);
+    copy.writeAll(text.output().data(), static_cast<std::uint32_t>(text.output().size()));
+    const bool isLoaded = reader.initialize(copy.name());
+    why = Str(reader.GetLastErrorText());
+    const std::string name = Str(copy.name());
+    for (std::size_t at = 0; (at = why.find(name, at)) != why.npos; at += file.getLength())
+        why.replace(at, name.size(), Str(file));
+    return isLoaded;
+}
+
+bool Load(ConfigFileReader& reader, const Options& options, std::string& why) {
     const SAnsiString file = options.value("file").c_str();
-    const auto encoding = options.has("native") ? ConfigFileReader::nativeCodePage : ConfigFileReader::utf8;
-    const bool isLoaded =
-        options.has("xml") ? reader.initializeFromXML(file) : reader.initialize(file, encoding);
-    const std::string why = Str(reader.GetLastErrorText());
+    if (options.has("native")) return LoadNative(reader, file, why);
+    const bool isLoaded = options.has("xml") ? reader.initializeFromXML(file) : reader.initialize(file);
+    why = Str(reader.GetLastErrorText());
+    return isLoaded;
+}
+
+void Load(ConfigFileReader& reader, const Options& options) {
+    std::string why;
+    const bool isLoaded = Load(reader, options, why);
     if (!isLoaded) throw Failure("cannot load " + why);
     std::istringstream losses(why);
     for (std::string line; std::getline(losses, line);) PrintError("tarn config: " + line);
