@@ -13,11 +13,13 @@ enum Recorded { kAssertions, kTracesToo };
 /// Collects the assertions that are reported while it lives, instead of printing them.
 class AssertRecorder {
   public:
-    explicit AssertRecorder(Recorded recorded = kAssertions) {
+    /// Traces are those of levels up to the highest that is wanted.
+    explicit AssertRecorder(Recorded recorded = kAssertions, int highestLevel = 18) {
+        highest = highestLevel;
         Lines().clear();
         sink_.assertion = [](const char* text) { Lines().push_back(text); };
         if (recorded == kTracesToo) {
-            sink_.shouldTrace = [](int, const char*) { return true; };
+            sink_.shouldTrace = [](int level, const char*) { return level <= highest; };
             sink_.trace = [](int level, const char* unit, const char* text) {
                 Lines().push_back(std::to_string(level) + " " + unit + ": " + text);
             };
@@ -50,6 +52,7 @@ class AssertRecorder {
         static std::vector<std::string> lines;
         return lines;
     }
+    static inline int highest = 0;
     TarnLibA500::SDiagnosticSink sink_;
     const TarnLibA500::SDiagnosticSink* before_;
 };

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
+#include "support/assert_recorder.h"
 #include "support/print_strings.h"
 #include "tarnlib/sdatetime.h"
 #include "tarnlib/sscopetrace.h"
@@ -14,37 +14,11 @@ using namespace TarnLibA500;
 
 namespace {
 
-/// Takes trace texts of all levels up to a limit.
-class TraceRecorder {
-  public:
-    explicit TraceRecorder(int highestLevel) {
-        highest = highestLevel;
-        Lines().clear();
-        sink_.shouldTraceAt = [](int level, const char*, int) { return level <= highest; };
-        sink_.traceAt = [](int level, const char* file, int line, const char* text) {
-            Lines().push_back(std::to_string(level) + " " + (file != nullptr ? file : "-") +
-                              (line != 0 ? ":line " : " ") + text);
-        };
-        before_ = InstallDiagnosticSink(&sink_);
-    }
-    ~TraceRecorder() { InstallDiagnosticSink(before_); }
-    TraceRecorder(const TraceRecorder&) = delete;
-    TraceRecorder& operator=(const TraceRecorder&) = delete;
-
-    static std::vector<std::string>& Lines() {
-        static std::vector<std::string> lines;
-        return lines;
-    }
-
-  private:
-    static inline int highest = 0;
-    SDiagnosticSink sink_;
-    const SDiagnosticSink* before_;
-};
-
-std::string WithoutTimes(std::string line) {
-    const std::size_t bracket = line.find(" (");
-    return bracket == line.npos ? line : line.substr(0, bracket) + " (us)";
+// "(12 us)" is as long as it took.
+std::string WithoutTimes(std::string text) {
+    for (std::size_t at = 0; (at = text.find(" (", at)) != text.npos;)
+        text.erase(at, text.find(')', at) + 1 - at);
+    return text;
 }
 
 }  // namespace
@@ -96,26 +70,25 @@ TEST(TracePoints, EvaluateTheirArgumentsOnlyWhenSwitchedOn) {
     int evaluated = 0;
     TARN_TRACE(0, "%1", ++evaluated);  // no sink: off
     EXPECT_EQ(evaluated, 0);
-    const TraceRecorder recorder(5);
+    tarntest::AssertRecorder recorder(tarntest::kTracesToo, 5);
     TARN_TRACE_AT(5, "unit", "n=%1", ++evaluated);
     TARN_TRACE_AT(6, "unit", "n=%1", ++evaluated);
     EXPECT_EQ(evaluated, 1);
-    EXPECT_EQ(recorder.Lines(), std::vector<std::string>{"5 unit:line n=1"});
+    EXPECT_EQ(recorder.take(), "5 unit: n=1\n");
 }
 
 TEST(TracePoints, LoseNothingBehindAZeroByteAndDropLineEnds) {
-    const TraceRecorder recorder(5);
+    tarntest::AssertRecorder recorder(tarntest::kTracesToo, 5);
     const SAnsiString zeros("a\0b\0", 4);
     const std::string filling(600, 'x');  // more than has room without memory
     TARN_TRACE_AT(5, "unit", "%1|%2", zeros, "Access denied.\r\n");
     TARN_TRACE_AT(5, "unit", "%1%2|%3", filling.c_str(), SWCharString(L"a\0b\0", 4), "end\n");
-    const std::vector<std::string> expected = {"5 unit:line a\\x00b\\x00|Access denied.",
-                                               "5 unit:line " + filling + "a\\x00b\\x00|end"};
-    EXPECT_EQ(recorder.Lines(), expected);
+    EXPECT_EQ(recorder.take(),
+              "5 unit: a\\x00b\\x00|Access denied.\n5 unit: " + filling + "a\\x00b\\x00|end\n");
 }
 
 TEST(TracePoints, ScopesHaveABeginningAndAnEndInOrder) {
-    const TraceRecorder recorder(6);
+    tarntest::AssertRecorder recorder(tarntest::kTracesToo, 6);
     {
         const WorkflowScopeTrace root(true, "order", nullptr, "42");
         const InstrumentScopeTrace inner("file.cpp", "Load");
@@ -124,10 +97,7 @@ TEST(TracePoints, ScopesHaveABeginningAndAnEndInOrder) {
         EXPECT_EQ(off.GetMicroseconds(), 0U);
     }
     { const WorkflowScopeTrace step(false, "pay", "", nullptr); }
-    std::vector<std::string> lines;
-    for (const std::string& line : recorder.Lines()) lines.push_back(WithoutTimes(line));
-    const std::vector<std::string> expected = {"6 - -> Root: order 42",     "5 file.cpp   -> Load",
-                                               "5 file.cpp   <- Load (us)", "6 - <- Root: order 42 (us)",
-                                               "6 - -> Step: pay",          "6 - <- Step: pay (us)"};
-    EXPECT_EQ(lines, expected);
+    EXPECT_EQ(WithoutTimes(recorder.take()),
+              "6 : -> Root: order 42\n5 file.cpp:   -> Load\n5 file.cpp:   <- Load\n6 : <- Root: order 42\n"
+              "6 : -> Step: pay\n6 : <- Step: pay\n");
 }
