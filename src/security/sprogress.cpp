@@ -1,0 +1,7 @@
+#include "tarnlib/sprogress.h"
+
+namespace TarnLibA500 {
+
+SProgress::~SProgress() = default;
+
+}  // namespace TarnLibA500
