@@ -18,5 +18,7 @@ inline constexpr int kStep = 6;
 inline constexpr int kFailure = 7;
 /// What silently changes or loses something, and what is refused for safety: the default mask shows it.
 inline constexpr int kLoss = 9;
+/// A text that should be an identifier and is none.
+inline constexpr int kRefusedText = 12;
 
 }  // namespace TarnLibA500::levels

@@ -8,6 +8,8 @@
 #include "tarnlib/csharedlibrary.h"
 #include "tarnlib/sfileexception.h"
 #include "tarnlib/sfilesysexception.h"
+#include "tarnlib/sguid.h"
+#include "tarnlib/strongencryptionexception.h"
 
 namespace TarnLibA500 {
 namespace {
@@ -39,6 +41,10 @@ SAnsiString Describe() {
     } catch (const SFileSysException& failure) {
         return Sentence(failure);
     } catch (const CSharedLibraryException& failure) {
+        return failure.toString();
+    } catch (const StrongEncryptionException& failure) {
+        return failure.toString();
+    } catch (const SGUID::Error& failure) {
         return failure.toString();
     } catch (const SString_t<char, 0>& text) {
         return text;
