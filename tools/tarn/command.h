@@ -43,5 +43,12 @@ extern const Command kTraceCommand;
 extern const Command kConfigCommand;
 extern const Command kFilesCommand;
 extern const Command kLockCommand;
+extern const Command kEncryptCommand;
+extern const Command kDecryptCommand;
+extern const Command kDigestCommand;
+extern const Command kCompressCommand;
+extern const Command kExpandCommand;
+extern const Command kCrc32Command;
+extern const Command kGuidCommand;
 
 }  // namespace tarn

@@ -10,12 +10,16 @@ namespace tarn {
 namespace {
 
 const Command* const kCommands[] = {
-    &kTextCommand,    &kNumbersCommand, &kVersionCompareCommand, &kDateCommand, &kRegistryCommand,
-    &kOptionsCommand, &kTraceCommand,   &kFilesCommand,          &kLockCommand, &kConfigCommand};
+    &kTextCommand,    &kNumbersCommand, &kVersionCompareCommand, &kDateCommand,     &kRegistryCommand,
+    &kOptionsCommand, &kTraceCommand,   &kFilesCommand,          &kLockCommand,     &kConfigCommand,
+    &kEncryptCommand, &kDecryptCommand, &kDigestCommand,         &kCompressCommand, &kExpandCommand,
+    &kCrc32Command,   &kGuidCommand};
 
 void PrintOverview() {
     Print(
-        "tarn: texts, numbers, dates, options, the registry, files and the log as the library sees them\n\n"
+        "tarn: texts, numbers, dates, options, the registry, files, encryption, compression and the log as "
+        "the library sees "
+        "them\n\n"
         "usage: tarn COMMAND ...\n\n");
     for (const Command* command : kCommands) {
         std::string name(command->name);

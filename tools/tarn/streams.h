@@ -75,7 +75,8 @@ class Progress {
     long long total_;
     bool isTerminal_;
     bool isShown_ = false;
-    unsigned long long next_;  ///< when it is shown again, in milliseconds of the monotonic clock
+    unsigned long long began_;  ///< in milliseconds of the monotonic clock
+    unsigned long long next_;   ///< when it is shown again
 };
 
 }  // namespace tarn
