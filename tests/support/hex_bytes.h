@@ -19,4 +19,11 @@ inline unsigned Size(const std::string& bytes) {
     return static_cast<unsigned>(bytes.size());
 }
 
+inline std::string ToHex(const unsigned char* bytes, std::size_t count) {
+    std::string hex;
+    for (std::size_t i = 0; i < 2 * count; ++i)
+        hex += "0123456789abcdef"[bytes[i / 2] >> (i % 2 == 0 ? 4 : 0) & 0xF];
+    return hex;
+}
+
 }  // namespace tarntest

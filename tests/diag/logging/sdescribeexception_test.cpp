@@ -8,6 +8,8 @@
 #include "tarnlib/csharedlibrary.h"
 #include "tarnlib/sfileexception.h"
 #include "tarnlib/sfilesysexception.h"
+#include "tarnlib/sguid.h"
+#include "tarnlib/strongencryptionexception.h"
 
 using namespace TarnLibA500;
 
@@ -34,6 +36,9 @@ TEST(Exceptions, AreDescribedInOneLine) {
          "sharing "
          "violation.  Reason: why :more"},
         {[] { throw CSharedLibraryException("m.dll", "f", 127); }, "m.dll: has no function f (127): "},
+        {[] { throw StrongEncryptionException(SCrypt::blankKey); },
+         "Encryption/Decryption key passed in is blank."},
+        {[] { throw SGUID::Error_InvalidString("x"); }, "\"x\" is no identifier."},
         {[] { throw SAnsiString("two\r\n\r\nlines\n"); }, "two lines"},
         {[] { throw SAnsiStringCI("any case"); }, "any case"},
         {[] { throw std::logic_error("misuse\n"); }, "misuse"},
