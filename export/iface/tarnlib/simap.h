@@ -6,6 +6,7 @@
 #include <iterator>
 #include <map>
 #include <type_traits>
+#include <utility>
 
 #include "tarnlib/sstring.h"
 #include "tarnlib/tarnapi.h"
@@ -145,6 +146,9 @@ class SIMap {
     void Insert(const K& key, const V& value);
     /// Inserts every pair of another map.
     void Insert(const SIMap& other);
+    /// Takes the pairs of another map, which is empty then, without memory for them: their values replace those of
+    /// equal keys. Should comparing keys run out of memory, each pair is in one of the maps.
+    void Merge(SIMap& other);
     /// The same as Insert.
     void SetAt(const K& key, const V& value);
     /// True, with the value, when the key is there; otherwise the value stays as it was.
@@ -235,6 +239,14 @@ void SIMap<K, V>::Insert(const K& key, const V& value) {
 template <class K, class V>
 void SIMap<K, V>::Insert(const SIMap& other) {
     for (const auto& [key, value] : other.tree_) Insert(key, value);
+}
+
+template <class K, class V>
+void SIMap<K, V>::Merge(SIMap& other) {
+    if (&other == this) return;
+    tree_.merge(other.tree_);
+    for (auto left = other.tree_.begin(); left != other.tree_.end(); left = other.tree_.erase(left))
+        tree_.find(left->first)->second = std::move(left->second);
 }
 
 template <class K, class V>
