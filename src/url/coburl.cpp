@@ -59,6 +59,8 @@ CObUrl::CObUrl(const SAnsiString& full) : CObUrl() {
 
 CObUrl::CObUrl(const SAsciiString& full) : CObUrl(AnsiText(full)) {}
 
+CObUrl::CObUrl(const char* full) : CObUrl(SAnsiString(full)) {}
+
 CObUrl::~CObUrl() = default;
 
 void CObUrl::SetQueryString(const SAnsiString& full) {
@@ -74,9 +76,12 @@ void CObUrl::SetQueryString(const SAsciiString& full) {
     SetQueryString(AnsiText(full));
 }
 
+void CObUrl::SetQueryString(const char* full) {
+    SetQueryString(SAnsiString(full));
+}
+
 SAnsiString CObUrl::MakeURL() {
-    Require(GetProtocol().compareBinary(kProtocol) == 0, "coburl",
-            "m_Protocol.compareBinary(objectString)==0");
+    Require(GetProtocol() == kProtocol, "coburl", "m_Protocol.compareBinary(objectString)==0");
     const SAnsiString query = MakeQuery(pairs_);
     const SAnsiString path = GetPath();
     const SAnsiString url = path.isEmpty() ? query : SAnsiString(path + "?" + query);

@@ -97,6 +97,10 @@ void CObUrl::SetPropString(const SAnsiStringCI& key, const SAsciiString& value) 
     SetPropString(key, SAnsiString(value.getString(), value.getLength()));
 }
 
+void CObUrl::SetPropString(const SAnsiStringCI& key, const char* value) {
+    SetPropString(key, SAnsiString(value));
+}
+
 bool CObUrl::GetPropBool(const SAnsiStringCI& key, bool& value) const {
     unsigned char number = 0;
     if (!getNumber(key, number)) return false;
@@ -105,7 +109,7 @@ bool CObUrl::GetPropBool(const SAnsiStringCI& key, bool& value) const {
 }
 
 void CObUrl::SetPropBool(const SAnsiStringCI& key, bool value) {
-    SetPropString(key, SAnsiString(value ? "1" : "0"));
+    SetPropString(key, value ? "1" : "0");
 }
 
 bool CObUrl::GetPropByte(const SAnsiStringCI& key, unsigned char& value) const {

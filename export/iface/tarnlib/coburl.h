@@ -34,6 +34,8 @@ class TARN_API CObUrl : public CUrlBase {
     explicit CObUrl(const SAnsiString& full);
     /// The same for ASCII text.
     explicit CObUrl(const SAsciiString& full);
+    /// The same for a zero-terminated text; null is an empty one.
+    explicit CObUrl(const char* full);
     /// A copy with properties of its own.
     CObUrl(const CObUrl&) = default;
     /// Takes on copies of everything.
@@ -46,6 +48,8 @@ class TARN_API CObUrl : public CUrlBase {
     void SetQueryString(const SAnsiString& full) override;
     /// The same for ASCII text.
     void SetQueryString(const SAsciiString& full);
+    /// The same for a zero-terminated text; null is an empty one.
+    void SetQueryString(const char* full);
     /// The object URL, "?" and the properties in the map's order, escaped; without an object URL the properties alone.
     /// Protocol and server are deliberately no part of it. GetQueryString tells the properties afterwards. A protocol
     /// other than "object" is reported by assertion.
@@ -93,6 +97,8 @@ class TARN_API CObUrl : public CUrlBase {
     void SetPropString(const SAnsiStringCI& key, const SAnsiString& value);
     /// Sets the text.
     void SetPropString(const SAnsiStringCI& key, const SAsciiString& value);
+    /// Sets the text to a zero-terminated one; null is an empty one.
+    void SetPropString(const SAnsiStringCI& key, const char* value);
     /// A number from 0 to 255; true for all but 0.
     bool GetPropBool(const SAnsiStringCI& key, bool& value) const;
     /// "1" or "0".
