@@ -2,6 +2,7 @@
 #include <initializer_list>
 
 #include "diag/assert/require.h"
+#include "strings/base/asciichar.h"
 #include "strings/characters/mbchar.h"
 #include "tarnlib/frsurl.h"
 #include "url/urltext.h"
@@ -12,10 +13,6 @@ namespace {
 constexpr const char* kGroups = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";  // x: a hexadecimal digit
 constexpr std::uint32_t kGroupsLength = 36;
 constexpr std::uint32_t kSymbolsLength = 23;
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 bool IsLetter(char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');

@@ -1,5 +1,6 @@
 #include "tarnlib/swebencode.h"
 
+#include "strings/base/asciichar.h"
 #include "tarnlib/nvpairs.h"
 #include "url/replacement.h"
 
@@ -19,10 +20,6 @@ constexpr char32_t kParagraphSeparator = 0x2029;
 // CR LF is one line end.
 unsigned LineEndBytes(const char* at, const char* end) {
     return end - at > 1 && at[0] == '\r' && at[1] == '\n' ? 2 : 1;
-}
-
-bool IsLineEnd(char byte) {
-    return byte == '\r' || byte == '\n';
 }
 
 Replacement HtmlEntity(const CodePage&, const char* at, const char*) {

@@ -10,7 +10,6 @@
 #include "tarnlib/coburl.h"
 #include "tarnlib/frsurl.h"
 #include "tarnlib/siuri.h"
-#include "tarnlib/snarrowtext.h"
 #include "tarnlib/squerystring.h"
 #include "tarnlib/swebencode.h"
 
@@ -21,11 +20,6 @@ using Codeset = MBCSCodesetConverter::ExplicitCodeset;
 using Pairs = CNameValuePairs;
 
 namespace {
-
-struct Utf8Scope {
-    Utf8Scope() { SNarrowText::UseUtf8(); }
-    ~Utf8Scope() { SNarrowText::FollowLocale(); }
-};
 
 SWCharString Wide(const SAnsiString& utf8) {
     SWCharString wide;
@@ -373,7 +367,9 @@ const std::vector<std::string> kUtf8 = {"\xC3\xA9", "\xE2\x82\xAC", "\xE2\x82", 
 
 TEST(UrlsAtRandom, LikeIsTheGrammar) {
     ExpectLikeTheGrammar(kSingle);
-    const Utf8Scope utf8;
+}
+
+TEST(Utf8UrlsAtRandom, LikeIsTheGrammar) {
     ExpectLikeTheGrammar(kUtf8);
 }
 
@@ -384,7 +380,9 @@ TEST(Cp932UrlsAtRandom, LikeIsTheGrammar) {
 
 TEST(UrlsAtRandom, NothingIsASurprise) {
     ExpectNoSurprise(kSingle);
-    const Utf8Scope utf8;
+}
+
+TEST(Utf8UrlsAtRandom, NothingIsASurprise) {
     ExpectNoSurprise(kUtf8);
 }
 
@@ -403,8 +401,7 @@ TEST(Cp932Urls, AnswerAsInTheFile) {
     tarntest::ExpectCalls("url/url_calls_932.txt", WatchedCalls());
 }
 
-TEST(Urls, AnswerAsInTheFileInUtf8) {
-    const Utf8Scope utf8;
+TEST(Utf8Urls, AnswerAsInTheFile) {
     tarntest::ExpectCalls("url/url_calls.txt", WatchedCalls());
     tarntest::ExpectCalls("url/url_calls_utf8.txt", WatchedCalls());
 }

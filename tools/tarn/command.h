@@ -50,5 +50,11 @@ extern const Command kCompressCommand;
 extern const Command kExpandCommand;
 extern const Command kCrc32Command;
 extern const Command kGuidCommand;
+extern const Command kUrlCommand;
+extern const Command kQueryCommand;
+extern const Command kHtmlCommand;
+extern const Command kJsCommand;
+extern const Command kVbsCommand;
+extern const Command kLikeCommand;
 
 }  // namespace tarn

@@ -13,11 +13,12 @@ const Command* const kCommands[] = {
     &kTextCommand,    &kNumbersCommand, &kVersionCompareCommand, &kDateCommand,     &kRegistryCommand,
     &kOptionsCommand, &kTraceCommand,   &kFilesCommand,          &kLockCommand,     &kConfigCommand,
     &kEncryptCommand, &kDecryptCommand, &kDigestCommand,         &kCompressCommand, &kExpandCommand,
-    &kCrc32Command,   &kGuidCommand};
+    &kCrc32Command,   &kGuidCommand,    &kUrlCommand,            &kQueryCommand,    &kHtmlCommand,
+    &kJsCommand,      &kVbsCommand,     &kLikeCommand};
 
 void PrintOverview() {
     Print(
-        "tarn: texts, numbers, dates, options, the registry, files, encryption, compression and the log as "
+        "tarn: texts, numbers, dates, options, the registry, files, encryption, compression, URLs and the log as "
         "the library sees "
         "them\n\n"
         "usage: tarn COMMAND ...\n\n");

@@ -25,7 +25,7 @@ Options::Options(const Words& arguments, const Names& names) {
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string& word = arguments[i];
         if (const char* const name = Find(word, names.switches)) {
-            values_.emplace(name, "");
+            values_[name] = {""};
             continue;
         }
         const char* name = Find(word, names.values);
@@ -33,7 +33,7 @@ Options::Options(const Words& arguments, const Names& names) {
         if (name == nullptr)
             throw Failure(word[0] == '-' ? "there is no option " + word : "unexpected \"" + word + "\"");
         if (++i == arguments.size()) throw Failure(std::string("-") + name + " needs a value");
-        values_[name] = arguments[i];
+        values_[name].push_back(arguments[i]);
     }
     for (const char* name : names.required) {
         if (value(name).empty()) throw Failure(std::string("-") + name + " is missing");
@@ -47,7 +47,12 @@ int Options::count(const std::vector<const char*>& names) const {
 
 std::string Options::value(const char* name) const {
     const auto found = values_.find(name);
-    return found != values_.end() ? found->second : std::string();
+    return found != values_.end() ? found->second.back() : std::string();
+}
+
+Words Options::values(const char* name) const {
+    const auto found = values_.find(name);
+    return found != values_.end() ? found->second : Words();
 }
 
 int Options::number(const char* name, int least, int most) const {

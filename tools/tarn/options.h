@@ -27,11 +27,13 @@ class Options {
     int count(const std::vector<const char*>& names) const;
     /// Empty for an option that was not given.
     std::string value(const char* name) const;
+    /// All values of an option that may be given several times, in order.
+    Words values(const char* name) const;
     /// Throws Failure when the value is no number of that range.
     int number(const char* name, int least, int most) const;
 
   private:
-    std::map<std::string, std::string> values_;
+    std::map<std::string, Words> values_;  // one empty value for a switch
 };
 
 /// True for "-help" and the other spellings that people try.

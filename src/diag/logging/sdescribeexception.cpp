@@ -6,6 +6,7 @@
 #include "strings/base/asciichar.h"
 #include "strings/text/lineend.h"
 #include "tarnlib/csharedlibrary.h"
+#include "tarnlib/frsurlexception.h"
 #include "tarnlib/sfileexception.h"
 #include "tarnlib/sfilesysexception.h"
 #include "tarnlib/sguid.h"
@@ -45,6 +46,8 @@ SAnsiString Describe() {
     } catch (const StrongEncryptionException& failure) {
         return failure.toString();
     } catch (const SGUID::Error& failure) {
+        return failure.toString();
+    } catch (const FRSUrlException& failure) {
         return failure.toString();
     } catch (const SString_t<char, 0>& text) {
         return text;

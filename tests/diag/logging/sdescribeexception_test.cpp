@@ -6,6 +6,7 @@
 
 #include "support/print_strings.h"
 #include "tarnlib/csharedlibrary.h"
+#include "tarnlib/frsurlexception.h"
 #include "tarnlib/sfileexception.h"
 #include "tarnlib/sfilesysexception.h"
 #include "tarnlib/sguid.h"
@@ -39,6 +40,8 @@ TEST(Exceptions, AreDescribedInOneLine) {
         {[] { throw StrongEncryptionException(SCrypt::blankKey); },
          "Encryption/Decryption key passed in is blank."},
         {[] { throw SGUID::Error_InvalidString("x"); }, "\"x\" is no identifier."},
+        {[] { throw FRSUrlException(FRSUrlException::frsInvalidUrl, "%1 is not %2", "x%2"); },
+         "x%2 is not frs"},
         {[] { throw SAnsiString("two\r\n\r\nlines\n"); }, "two lines"},
         {[] { throw SAnsiStringCI("any case"); }, "any case"},
         {[] { throw std::logic_error("misuse\n"); }, "misuse"},

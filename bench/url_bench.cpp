@@ -1,0 +1,179 @@
+// Escaping against a loop over a table that appends to a std::string, as programs have it; patterns against the
+// system's own and std::regex.
+
+#include <benchmark/benchmark.h>
+
+#include <random>
+#include <regex>
+#include <string>
+
+#include <windows.h>
+
+#include <shlwapi.h>
+
+#include "tarnlib/nvpairs.h"
+#include "tarnlib/squerystring.h"
+#include "tarnlib/swebencode.h"
+
+using namespace TarnLibA500;
+
+namespace {
+
+constexpr std::size_t kTextBytes = 1 << 20;
+
+/// Names and values as forms send them: mostly letters and digits, some blanks and signs.
+std::string QueryText() {
+    std::mt19937 random(20250101);
+    const std::string letters = "etaoinshrdlucmfwypvbgkqjxzETAOIN0123456789";
+    const std::string signs = "    =&&.-/:,;<>\"'()\xE9";
+    std::string text;
+    while (text.size() < kTextBytes) {
+        const std::string& from = random() % 8 != 0 ? letters : signs;
+        text += from[random() % from.size()];
+    }
+    return text;
+}
+
+SAnsiString Ansi(const std::string& text) {
+    return {text.data(), static_cast<std::uint32_t>(text.size())};
+}
+
+struct Form {
+    char text[8];
+    std::size_t length;
+};
+using Forms = Form[256];
+
+void SetForm(Form& form, const std::string& text) {
+    text.copy(form.text, sizeof form.text);
+    form.length = text.size();
+}
+
+const Forms& UrlForms() {
+    static Forms forms;
+    for (int byte = 0; byte < 256; ++byte) {
+        const char* const digits = "0123456789ABCDEF";
+        const bool plain = byte < 128 && (std::isalnum(byte) != 0 || byte == '.' || byte == '_');
+        SetForm(forms[byte], plain ? std::string(1, static_cast<char>(byte))
+                                   : std::string{'%', digits[byte >> 4], digits[byte & 15]});
+    }
+    SetForm(forms[int{' '}], "+");
+    return forms;
+}
+
+const Forms& HtmlForms() {
+    static Forms forms;
+    for (int byte = 0; byte < 256; ++byte) SetForm(forms[byte], std::string(1, static_cast<char>(byte)));
+    SetForm(forms[int{'&'}], "&amp;");
+    SetForm(forms[int{'<'}], "&lt;");
+    SetForm(forms[int{'>'}], "&gt;");
+    SetForm(forms[int{'"'}], "&quot;");
+    return forms;
+}
+
+std::string ByTable(const std::string& text, const Forms& forms) {
+    std::string out;
+    out.reserve(text.size());
+    for (const char c : text) {
+        const Form& form = forms[static_cast<unsigned char>(c)];
+        out.append(form.text, form.length);
+    }
+    return out;
+}
+
+std::string DecodedByTable(const std::string& text) {
+    static const auto digits = [] {
+        std::string values(256, '\x10');
+        for (int i = 0; i < 16; ++i)
+            values[static_cast<unsigned char>("0123456789ABCDEF"[i])] =
+                values[static_cast<unsigned char>("0123456789abcdef"[i])] = static_cast<char>(i);
+        return values;
+    }();
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const int high = i + 2 < text.size() ? digits[static_cast<unsigned char>(text[i + 1])] : 16;
+        const int low = i + 2 < text.size() ? digits[static_cast<unsigned char>(text[i + 2])] : 16;
+        if (text[i] == '%' && high < 16 && low < 16) {
+            out.push_back(static_cast<char>(high << 4 | low));
+            i += 2;
+        } else {
+            out.push_back(text[i] == '+' ? ' ' : text[i]);
+        }
+    }
+    return out;
+}
+
+template <class Work>
+void Run(benchmark::State& state, Work work) {
+    for (auto _ : state) benchmark::DoNotOptimize(work());
+}
+
+void BM_Url_encode_1MiB(benchmark::State& state, bool ours) {
+    const std::string text = QueryText();
+    const SAnsiString ansi = Ansi(text);
+    const Forms& forms = UrlForms();
+    if (ours)
+        Run(state, [&] { return SWebEncode::URLEncodeSimple(ansi); });
+    else
+        Run(state, [&] { return ByTable(text, forms); });
+}
+BENCHMARK_CAPTURE(BM_Url_encode_1MiB, ours, true);
+BENCHMARK_CAPTURE(BM_Url_encode_1MiB, std_string_loop, false);
+
+void BM_Url_decode_1MiB(benchmark::State& state, bool ours) {
+    const std::string text = ByTable(QueryText(), UrlForms());
+    const SAnsiString ansi = Ansi(text);
+    if (ours)
+        Run(state, [&] { return SWebEncode::URLDecodeEx(ansi); });
+    else
+        Run(state, [&] { return DecodedByTable(text); });
+}
+BENCHMARK_CAPTURE(BM_Url_decode_1MiB, ours, true);
+BENCHMARK_CAPTURE(BM_Url_decode_1MiB, std_string_loop, false);
+
+void BM_Html_encode_1MiB(benchmark::State& state, bool ours) {
+    const std::string text = QueryText();
+    const SAnsiString ansi = Ansi(text);
+    const Forms& forms = HtmlForms();
+    if (ours)
+        Run(state, [&] { return SWebEncode::HTMLEncode(ansi); });
+    else
+        Run(state, [&] { return ByTable(text, forms); });
+}
+BENCHMARK_CAPTURE(BM_Html_encode_1MiB, ours, true);
+BENCHMARK_CAPTURE(BM_Html_encode_1MiB, std_string_loop, false);
+
+const std::string kLine =
+    "2024-02-29 12:30 the order 4711 of customer 815 was shipped to Hamburg by express mail!";
+
+enum class Matcher { Ours, PathMatchSpec, Regex };
+
+void BM_Like_order_shipped(benchmark::State& state, Matcher matcher) {
+    const SAnsiString ansi = Ansi(kLine);
+    const std::wstring wide(kLine.begin(), kLine.end());
+    SQueryString pattern("%order%shipped%");
+    const std::regex regex(".*order.*shipped.*", std::regex::optimize);
+    if (matcher == Matcher::Ours)
+        Run(state, [&] { return pattern.like(ansi); });
+    else if (matcher == Matcher::PathMatchSpec)
+        Run(state, [&] { return PathMatchSpecW(wide.c_str(), L"*order*shipped*"); });
+    else
+        Run(state, [&] { return std::regex_match(kLine, regex); });
+}
+BENCHMARK_CAPTURE(BM_Like_order_shipped, ours, Matcher::Ours);
+BENCHMARK_CAPTURE(BM_Like_order_shipped, PathMatchSpecW, Matcher::PathMatchSpec);
+BENCHMARK_CAPTURE(BM_Like_order_shipped, std_regex, Matcher::Regex);
+
+/// Twenty wildcards before one that finds nothing, against that one alone.
+void BM_Like_21_wildcards(benchmark::State& state, int more) {
+    const SAnsiString text = Ansi(std::string(10'000, 'a'));
+    SAnsiString letters;
+    for (int i = 0; i < more; ++i) letters += "%a";
+    SQueryString pattern(letters + "%b%");
+    Run(state, [&] { return pattern.like(text); });
+}
+BENCHMARK_CAPTURE(BM_Like_21_wildcards, ours, 20);
+BENCHMARK_CAPTURE(BM_Like_21_wildcards, one_wildcard, 0);
+
+}  // namespace
