@@ -18,31 +18,29 @@ struct Replacement {
     unsigned taken;
 };
 
-/// The bytes at which a character may have to be replaced.
+/// The bytes at which a character may have to be replaced: a few ASCII ones, and perhaps all others beyond.
 struct SpecialBytes {
-    bool isSpecial[256] = {};
+    static constexpr unsigned kMost = 6;
+    static constexpr unsigned kBlock = 16;
 
-    constexpr explicit SpecialBytes(std::string_view bytes) {
-        for (const char byte : bytes) isSpecial[static_cast<unsigned char>(byte)] = true;
-    }
-    constexpr SpecialBytes withAllBeyondAscii() const {
-        SpecialBytes more(*this);
-        for (unsigned byte = 0x80; byte < sizeof isSpecial; ++byte) more.isSpecial[byte] = true;
-        return more;
+    alignas(kBlock) char blocks[kMost][kBlock] =
+        {};  ///< each ASCII one as a block; the first one in the places left
+    bool isSpecial[256] = {};
+    bool allBeyondAscii;
+
+    constexpr explicit SpecialBytes(std::string_view ascii, bool beyondAscii = false)
+        : allBeyondAscii(beyondAscii) {
+        for (unsigned i = 0; i < kMost; ++i)
+            for (char& byte : blocks[i]) byte = ascii[i < ascii.size() ? i : 0];
+        for (const char byte : ascii) isSpecial[static_cast<unsigned char>(byte)] = true;
+        for (unsigned byte = 0x80; byte < sizeof isSpecial; ++byte) isSpecial[byte] = beyondAscii;
     }
     bool has(char byte) const noexcept { return isSpecial[static_cast<unsigned char>(byte)]; }
 };
 
 /// The first character that begins with a special byte; the end when there is none.
-inline const char* FindSpecial(const mbchar::CodePage& page, const SpecialBytes& special, const char* at,
-                               const char* end) noexcept {
-    if (page.isFoundByBytes()) {
-        while (at < end && !special.has(*at)) ++at;
-    } else {
-        while (at < end && !special.has(*at)) at += page.characterAt(at, end).bytes;
-    }
-    return at;
-}
+const char* FindSpecial(const mbchar::CodePage& page, const SpecialBytes& special, const char* at,
+                        const char* end) noexcept;
 
 struct CountedText {
     std::uint64_t length = 0;
@@ -56,9 +54,12 @@ struct CountedText {
 
 struct WrittenText {
     char* out;
+    // Pieces are short: a call of the runtime's memcpy takes longer than most of them.
     void add(const char* text, std::size_t count) {
-        std::memcpy(out, text, count);
-        out += count;
+        constexpr std::size_t kBlock = SpecialBytes::kBlock;
+        for (; count >= kBlock; count -= kBlock, text += kBlock, out += kBlock)
+            std::memcpy(out, text, kBlock);
+        while (count-- != 0) *out++ = *text++;
     }
     void replace(const char*, std::string_view by) { add(by.data(), by.size()); }
 };

@@ -11,7 +11,7 @@ using mbchar::CodePage;
 
 constexpr SpecialBytes kHtmlBytes("&<>\"");
 constexpr SpecialBytes kSpace(" ");
-constexpr SpecialBytes kJavaScriptBytes = SpecialBytes("\n\r\"'\\<").withAllBeyondAscii();
+constexpr SpecialBytes kJavaScriptBytes("\n\r\"'\\<", true);
 constexpr SpecialBytes kVBScriptBytes("\n\r\"");
 constexpr std::string_view kQuote("\"");
 constexpr char32_t kLineSeparator = 0x2028;
