@@ -44,7 +44,8 @@ TextPart IdentifierAt(const char* brace, const char* end) {
     return {brace, brace};
 }
 
-// The base name: what stands behind the last slash and before the last dot, which may stand in an identifier, too.
+// The base name: what stands behind the last slash and before the last dot, which may stand in an identifier,
+// too.
 struct BaseName {
     TextPart identifier;  // the last one; empty when there is none
     const char* brace;    // the last "{"; null when there is none

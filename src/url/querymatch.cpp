@@ -1,5 +1,5 @@
-// Sequences match as many characters as they have, so that the first place where one matches is as good as any: nothing
-// is ever tried again.
+// Sequences match as many characters as they have, so that the first place where one matches is as good as any:
+// nothing is ever tried again.
 #include <algorithm>
 
 #include "diag/assert/require.h"

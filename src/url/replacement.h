@@ -64,8 +64,9 @@ struct WrittenText {
     void replace(const char*, std::string_view by) { add(by.data(), by.size()); }
 };
 
-/// A rule is called with the page, a special place and the end of the text, in order, and may remember the places
-/// that it has seen; each walk has a rule of its own. A character that is to stay may come back as it stands.
+/// A rule is called with the page, a special place and the end of the text, in order, and may remember the
+/// places that it has seen; each walk has a rule of its own. A character that is to stay may come back as it
+/// stands.
 template <class Rule, class Out>
 void Walk(const mbchar::CodePage& page, const SpecialBytes& special, TextPart text, Rule rule, Out& out) {
     while (!text.isEmpty()) {

@@ -12,8 +12,8 @@ namespace TarnLibA500 {
 const char* FindEscape(const char* at, const char* end) noexcept;
 const wchar_t* FindEscape(const wchar_t* at, const wchar_t* end) noexcept;
 
-/// The decoded text; the first fault is reported by assertion. Halves of a surrogate pair that follow each other as
-/// "%uXXXX" are one character; a lone half is U+FFFD in UTF-8. One allocation.
+/// The decoded text; the first fault is reported by assertion. Halves of a surrogate pair that follow each other
+/// as "%uXXXX" are one character; a lone half is U+FFFD in UTF-8. One allocation.
 SAnsiString DecodeLeniently(const char* at, const char* end);
 SWCharString DecodeLeniently(const wchar_t* at, const wchar_t* end);
 /// False, and the output as it was, when there is a fault.

@@ -395,6 +395,20 @@ TEST(Urls, AnswerAsInTheFile) {
     tarntest::ExpectCalls("url/url_calls.txt", WatchedCalls());
 }
 
+TEST(Urls, AreTraced) {
+    tarntest::AssertRecorder recorder(tarntest::kTracesToo);
+    SAnsiString name, value;
+    long number = 0;
+    Pairs("a=1").Next(name, value);
+    EXPECT_EQ(recorder.take("4 nvpairs: "), "Name a Value 1n\n");
+    EXPECT_FALSE(CObUrl("n=x").GetPropLong("N", number));
+    EXPECT_EQ(recorder.take("7 coburl: "), "the property N is not of the type that is asked for: x\n");
+    EXPECT_FALSE(SQueryString("a[b").parse());
+    EXPECT_EQ(recorder.take("7 squerystring: "), "the [ behind 1 characters of the pattern a[b has no ]\n");
+    EXPECT_EQ(Pairs::Encode("a", "1", "b", nullptr), "");
+    EXPECT_TRUE(recorder.sawLast("nvpairs", "FALSE"));
+}
+
 TEST(Cp932Urls, AnswerAsInTheFile) {
     const tarntest::LocaleScope locale(tarntest::kLocale932);
     tarntest::ExpectCalls("url/url_calls.txt", WatchedCalls());

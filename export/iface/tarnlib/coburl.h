@@ -9,10 +9,10 @@
 
 /// An object's URL with properties: object-url?name=value&name=value.
 ///
-/// The properties are a map whose names ignore case; each has a text and is read as the type that the caller wants.
-/// GetProp... return false, and leave the value alone, when there is no such property or its text is none of the type;
-/// SetProp... replace the text. Numbers read as NeutralString::ToNumber reads them: "12.5" and "12 x" are the integer
-/// 12, and no text is 0. An object is used by one thread at a time.
+/// The properties are a map whose names ignore case; each has a text and is read as the type that the caller
+/// wants. GetProp... return false, and leave the value alone, when there is no such property or its text is none
+/// of the type; SetProp... replace the text. Numbers read as NeutralString::ToNumber reads them: "12.5" and "12
+/// x" are the integer 12, and no text is 0. An object is used by one thread at a time.
 ///
 ///     CObUrl url("folder/report?depth=3&Name=Anna+B.");
 ///     long depth = 0;
@@ -43,22 +43,22 @@ class TARN_API CObUrl : public CUrlBase {
     /// Destroys the properties.
     ~CObUrl() override;
     /// Takes object-url?name=value&... apart and adds the properties to those that are there, as
-    /// CMapNameValuePair::ParseParameter does; without a "?" the whole text is properties and the object URL stays. An
-    /// empty text makes the text of GetQueryString empty and leaves the properties alone.
+    /// CMapNameValuePair::ParseParameter does; without a "?" the whole text is properties and the object URL
+    /// stays. An empty text makes the text of GetQueryString empty and leaves the properties alone.
     void SetQueryString(const SAnsiString& full) override;
     /// The same for ASCII text.
     void SetQueryString(const SAsciiString& full);
     /// The same for a zero-terminated text; null is an empty one.
     void SetQueryString(const char* full);
-    /// The object URL, "?" and the properties in the map's order, escaped; without an object URL the properties alone.
-    /// Protocol and server are deliberately no part of it. GetQueryString tells the properties afterwards. A protocol
-    /// other than "object" is reported by assertion.
+    /// The object URL, "?" and the properties in the map's order, escaped; without an object URL the properties
+    /// alone. Protocol and server are deliberately no part of it. GetQueryString tells the properties
+    /// afterwards. A protocol other than "object" is reported by assertion.
     SAnsiString MakeURL() override;
     /// The same as ASCII text; an object URL that is not ASCII is reported by assertion and gives an empty text.
     SAsciiString MakeURLA();
 
-    /// Splits at the first "?". Without one the parameters are the whole text, the object URL stays as it is, and the
-    /// result is false.
+    /// Splits at the first "?". Without one the parameters are the whole text, the object URL stays as it is,
+    /// and the result is false.
     static bool SplitFullURL(const SAnsiString& full, SAnsiString& objectUrl, SAnsiString& parameters);
     /// The same for ASCII text.
     static bool SplitFullURL(const SAsciiString& full, SAsciiString& objectUrl, SAsciiString& parameters);
@@ -133,13 +133,13 @@ class TARN_API CObUrl : public CUrlBase {
     void SetPropInt64s(const SAnsiStringCI& key, long long value);
     /// A real as NeutralString reads it.
     bool GetPropDouble(const SAnsiStringCI& key, double& value) const;
-    /// The shortest text that reads back as the same number. One that is not finite is reported by assertion and leaves
-    /// the property as it was.
+    /// The shortest text that reads back as the same number. One that is not finite is reported by assertion and
+    /// leaves the property as it was.
     void SetPropDouble(const SAnsiStringCI& key, double value);
     /// A date and time as StringToDate reads it; in universal time where the text names no zone.
     bool GetPropDateTime(const SAnsiStringCI& key, SDateTime& value) const;
-    /// yyyy-MM-ddTHH:mm:ss.SSSZ in universal time. An invalid one, or one of a year that has not four digits, is reported
-    /// by assertion and leaves the property as it was.
+    /// yyyy-MM-ddTHH:mm:ss.SSSZ in universal time. An invalid one, or one of a year that has not four digits, is
+    /// reported by assertion and leaves the property as it was.
     void SetPropDateTime(const SAnsiStringCI& key, const SDateTime& value);
     /// The numbers, in the order of the text.
     bool GetPropDWordArray(const SAnsiStringCI& key, SIArray<unsigned long>& values) const;

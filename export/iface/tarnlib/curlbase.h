@@ -5,8 +5,8 @@
 
 /// A URL as four texts: protocol://server/path?query.
 ///
-/// Nothing is escaped or unescaped here. Texts are in the process's code page and are cut by whole characters. An
-/// object is used by one thread at a time.
+/// Nothing is escaped or unescaped here. Texts are in the process's code page and are cut by whole characters.
+/// An object is used by one thread at a time.
 ///
 ///     CUrlBase url("https", "example.com", "a/b", "x=1");
 ///     url.SetPath("c");
@@ -48,9 +48,10 @@ class TARN_API CUrlBase {
     SAnsiString GetQueryString() const { return query_; }
 
   protected:
-    /// Takes a URL apart; always true. The protocol ends at the first "://", then the server at the first "/", then
-    /// the path at the first "?". Deliberately, a text without "://" leaves the protocol as it was, and one without a
-    /// "/" leaves the server as it was: what is there is then the path. Without a "?" the query string is empty.
+    /// Takes a URL apart; always true. The protocol ends at the first "://", then the server at the first "/",
+    /// then the path at the first "?". Deliberately, a text without "://" leaves the protocol as it was, and one
+    /// without a "/" leaves the server as it was: what is there is then the path. Without a "?" the query string
+    /// is empty.
     bool ParseAndSetUrl(const SAnsiString& url);
 
   private:

@@ -7,14 +7,15 @@
 #include "tarnlib/sstring.h"
 #include "tarnlib/tarnapi.h"
 
-/// Query strings: pairs of a name, "=" and a value, joined by "&", with everything that could be mistaken escaped.
+/// Query strings: pairs of a name, "=" and a value, joined by "&", with everything that could be mistaken
+/// escaped.
 ///
 /// Texts are in the process's code page. Escaped, a byte that is no letter, digit, "." or "_" is "%" and two
 /// hexadecimal digits, and a space is "+". A UTF-16 unit above U+00FF is "%u" and four digits, which browsers'
 /// unescape reads. Static members may be called from any thread; an object is used by one at a time.
 ///
-///     SAnsiString query = CNameValuePairs::Encode("user", "Anna B.", "mode", "a&b", NULL);  // user=Anna+B.&mode=a%26b
-///     CNameValuePairs pairs(query);
+///     SAnsiString query = CNameValuePairs::Encode("user", "Anna B.", "mode", "a&b", NULL);
+///     CNameValuePairs pairs(query);                                       // user=Anna+B.&mode=a%26b
 ///     SAnsiString name, value;
 ///     while (pairs.Next(name, value)) Use(name, value);
 ///     if (!CNameValuePairs::tryURLStrDecode(value, text, length)) ...   // a "%" that begins no escape
@@ -45,8 +46,8 @@ class TARN_API CNameValuePairs {
     /// True while there is text that was not read.
     bool HasMorePairs() const;
     /// Reads the next pair and decodes both parts as URLStrDecode does. The name runs to the next "=", even past
-    /// an "&", the value from there to the next "&"; without a "=" all that is left is the name, and the value is
-    /// empty. False, and nothing changed, when nothing is left.
+    /// an "&", the value from there to the next "&"; without a "=" all that is left is the name, and the value
+    /// is empty. False, and nothing changed, when nothing is left.
     bool Next(SAnsiString& name, SAnsiString& value);
     /// The same, decoded as URLStrDecodeAndConvert does.
     bool Next(SAnsiString& name, SAnsiString& value, ExplicitCodeset codeset);
@@ -55,12 +56,12 @@ class TARN_API CNameValuePairs {
     /// Puts other pairs behind these, as ConcatUrl does. What was read stays read.
     void ConcatPairs(const SAnsiString& pairs);
 
-    /// A query string of names and values in turn, zero-terminated, with NULL behind the last; all are escaped. A
-    /// name without a value is reported by assertion and gives an empty text.
+    /// A query string of names and values in turn, zero-terminated, with NULL behind the last; all are escaped.
+    /// A name without a value is reported by assertion and gives an empty text.
     static SAnsiString Encode(const char* name, const char* value, ...);
     /// Two query strings in one. When either is empty, the other. When one of them has an "&" at the seam, they
-    /// are put together as they are, otherwise with an "&" between: three stand in a row, deliberately, when both
-    /// have one.
+    /// are put together as they are, otherwise with an "&" between: three stand in a row, deliberately, when
+    /// both have one.
     static SAnsiString ConcatUrl(const SAnsiString& left, const SAnsiString& right);
 
     /// The text with each byte of the code page escaped. Shared when there is nothing to escape.
@@ -84,9 +85,9 @@ class TARN_API CNameValuePairs {
     static void URLStrEncodeAppend3(SWCharString& target, const SWCharString& text);
 
     /// The text with "+" as a space, "%XX" as that byte, a zero byte too, and "%uXXXX" as that character of the
-    /// code page, or "?". A "%" that begins neither stays, and the first one is reported by assertion. Shared when
-    /// there is nothing to decode. In UTF-8 two halves of a surrogate pair are one
-    /// character, and a lone half is U+FFFD.
+    /// code page, or "?". A "%" that begins neither stays, and the first one is reported by assertion. Shared
+    /// when there is nothing to decode. In UTF-8 two halves of a surrogate pair are one character, and a lone
+    /// half is U+FFFD.
     static SAnsiString URLStrDecode(const SAnsiString& text);
     /// The same in UTF-16: "%XX" is the unit of that number, and "%uXXXX" that unit.
     static SWCharString URLStrDecode(const SWCharString& text);
@@ -110,8 +111,8 @@ class TARN_API CNameValuePairs {
     std::uint32_t position_ = 0;  // bytes that were read
 };
 
-/// Names and values, found without regard to the case of names. As in every map with this key, names are in order of
-/// their length in bytes, and only names of one length in that of the alphabet.
+/// Names and values, found without regard to the case of names. As in every map with this key, names are in
+/// order of their length in bytes, and only names of one length in that of the alphabet.
 class TARN_API CMapNameValuePair : public SIMap<SMapStringCaseInsensitive, SAnsiString> {
   public:
     /// No pairs.
@@ -128,8 +129,8 @@ class TARN_API CMapNameValuePair : public SIMap<SMapStringCaseInsensitive, SAnsi
     ~CMapNameValuePair();
 
     /// Adds the pairs of a query string, decoded as URLStrDecode does. A name that is there already gets the new
-    /// value. Nothing between two "&" is no pair. A pair with no "=", or with more than one, is reported by assertion
-    /// and ends the reading: false, and the pairs before it are added.
+    /// value. Nothing between two "&" is no pair. A pair with no "=", or with more than one, is reported by
+    /// assertion and ends the reading: false, and the pairs before it are added.
     bool ParseParameter(const SAnsiString& text);
     /// The same for so many bytes.
     bool ParseParameter(const char* text, std::uint32_t nBytes);

@@ -28,9 +28,9 @@ class TARN_API SIUri : public CUrlBase {
     /// Lets go of the texts.
     ~SIUri() override;
 
-    /// The decoded text between the next "=" and the next "," (or the end) behind the first place where the name stands
-    /// in the path: deliberately not only where a component begins. False, and the value as it was, when there is no
-    /// such place. An empty name is reported by assertion and gives an empty value and true.
+    /// The decoded text between the next "=" and the next "," (or the end) behind the first place where the name
+    /// stands in the path: deliberately not only where a component begins. False, and the value as it was, when
+    /// there is no such place. An empty name is reported by assertion and gives an empty value and true.
     bool getComponent(const SAnsiString& name, SAnsiString& value) const;
     /// Adds a component at the end of the path. An empty name is reported by assertion, and nothing is added.
     void insertComponent(const SAnsiString& name, const SAnsiString& value);

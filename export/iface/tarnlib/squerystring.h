@@ -15,8 +15,8 @@
 ///     [^a-z]   one character that is not in the class; a ^ alone is itself
 ///
 /// Characters are those of the process's code page and compare by their bytes, with regard to case; in ranges a
-/// character of several bytes is one number, its first byte the highest. A match takes time in proportion to text times
-/// pattern at most, and no memory. An object is used by one thread at a time.
+/// character of several bytes is one number, its first byte the highest. A match takes time in proportion to
+/// text times pattern at most, and no memory. An object is used by one thread at a time.
 ///
 ///     SQueryString pattern("%order%[0-9]%");
 ///     if (!pattern.parse()) ...                                       // a "[" without its "]"
@@ -66,22 +66,23 @@ class TARN_API SQueryString {
     /// Lets go of the pattern.
     ~SQueryString();
 
-    /// Parses the pattern, by the code page of now. False when a "[" has no "]": reported by assertion ("closeIter"),
-    /// and traced.
+    /// Parses the pattern, by the code page of now. False when a "[" has no "]": reported by assertion
+    /// ("closeIter"), and traced.
     bool parse();
-    /// True when the whole text matches. Parses the pattern where that was not done; false when it cannot be parsed.
+    /// True when the whole text matches. Parses the pattern where that was not done; false when it cannot be
+    /// parsed.
     bool like(const SAnsiString& text);
     /// The pattern.
     const SAnsiString& GetPattern() const { return pattern_; }
     /// After parse has said false: how many characters stand before the "[" that has no "]".
     std::uint32_t GetFaultPosition() const { return fault_; }
 
-    /// True when one of the first n bytes is "%", "_", "[" or "]", where n is the number of characters: in a text with
-    /// longer characters, deliberately, the end is not looked at.
+    /// True when one of the first n bytes is "%", "_", "[" or "]", where n is the number of characters: in a
+    /// text with longer characters, deliberately, the end is not looked at.
     static bool ContainsWildcards(const SAnsiString& text);
-    /// A pattern that the text matches, and no other, but that "*" becomes "%": what people type. "%", "_" and "[" are
-    /// put into brackets. In a text that is broken, a byte that is no character may take the "[" behind it for its other
-    /// half.
+    /// A pattern that the text matches, and no other, but that "*" becomes "%": what people type. "%", "_" and
+    /// "[" are put into brackets. In a text that is broken, a byte that is no character may take the "[" behind
+    /// it for its other half.
     static SAnsiString WrapWildCardCharsFromString(const SAnsiString& text);
 
   protected:
@@ -92,8 +93,8 @@ class TARN_API SQueryString {
         const char* end;               ///< behind the last one
     };
 
-    /// The first sequence of a pattern, up to the first "%" outside brackets; false when a bracket is not closed. The
-    /// place is moved behind it.
+    /// The first sequence of a pattern, up to the first "%" outside brackets; false when a bracket is not
+    /// closed. The place is moved behind it.
     static bool getFirstSequencePattern(Place& pattern, QueryPatternOps& sequence);
     /// All further sequences; the place stands on the "%" before them.
     static bool getRestPatterns(Place& pattern, SIArray<QueryPatternOps>& sequences);
@@ -106,12 +107,13 @@ class TARN_API SQueryString {
     /// Parses what stands in the brackets of a class.
     static QueryPattern parse_partial_pattern(const SAnsiString& inside);
 
-    /// Matches the whole text. A sequence with an empty class is reported by assertion ("checkInRange || checkOneOf").
+    /// Matches the whole text. A sequence with an empty class is reported by assertion ("checkInRange ||
+    /// checkOneOf").
     static bool doMatch(const SIArray<QueryPatternOps>& sequences, Place text);
     /// Moves the place to where as many characters are left as the sequence matches; false when there are fewer.
     static bool goToEnd(const QueryPatternOps& sequence, Place& text);
-    /// Matches the pieces of a sequence at the place, which is moved behind them; false, and not moved, when they do not
-    /// match.
+    /// Matches the pieces of a sequence at the place, which is moved behind them; false, and not moved, when
+    /// they do not match.
     static bool matchSequence(const QueryPatternOps& sequence, Place& text);
     /// Moves the place behind the first match of a sequence; false when there is none.
     static bool findSequence(const QueryPatternOps& sequence, Place& text);

@@ -6,8 +6,8 @@
 
 /// Text for web pages: for HTML, for string literals of scripts, for URLs.
 ///
-/// Texts are in the process's code page and are escaped by whole characters. All members are static, never fail, and
-/// may be called from any thread. A text in which nothing is escaped comes back shared.
+/// Texts are in the process's code page and are escaped by whole characters. All members are static, never fail,
+/// and may be called from any thread. A text in which nothing is escaped comes back shared.
 ///
 ///     page << "<td title=\"" << SWebEncode::HTMLEncode(title) << "\">";
 ///     page << "<script>show(\"" << SWebEncode::JavaScriptEncode(title) << "\");</script>";
@@ -26,15 +26,17 @@ class TARN_API SWebEncode {
     static SAnsiString HTMLEncode(const SAnsiString& text);
     /// The text with every space as "&nbsp;". Nothing else is escaped: HTMLEncode comes first.
     static SAnsiString HTMLNonBreakableSpace(const SAnsiString& text);
-    /// The text with every second space of a run, the first one to begin with, as "&nbsp;": a run keeps its width,
-    /// and lines may still break in it.
+    /// The text with every second space of a run, the first one to begin with, as "&nbsp;": a run keeps its
+    /// width, and lines may still break in it.
     static SAnsiString HTMLNonBreakableSpaceStippled(const SAnsiString& text);
-    /// The inside of a string literal of JavaScript, in either kind of quotes, in a script element too: \ and both
-    /// quotes with a \ before them, "<" as "\x3C", a line end (LF, CR or CR LF) as "\n". In UTF-8 U+2028 and U+2029
-    /// are escaped. A byte that is no character is "\xNN": it would take the \ behind it for its other half.
+    /// The inside of a string literal of JavaScript, in either kind of quotes, in a script element too: \ and
+    /// both quotes with a \ before them, "<" as "\x3C", a line end (LF, CR or CR LF) as "\n". In UTF-8 U+2028
+    /// and U+2029 are escaped. A byte that is no character is "\xNN": it would take the \ behind it for its
+    /// other half.
     static SAnsiString JavaScriptEncode(const SAnsiString& text);
-    /// A string expression of VBScript, with its quotes: quotes inside are doubled, a line end leaves the literal
-    /// and is chr(13), or chr(10) for a lone LF. At the very start or end of the text it stands outside the quotes.
+    /// A string expression of VBScript, with its quotes: quotes inside are doubled, a line end leaves the
+    /// literal and is chr(13), or chr(10) for a lone LF. At the very start or end of the text it stands outside
+    /// the quotes.
     static SAnsiString VBScriptStringEncode(const SAnsiString& text);
 
     /// See CNameValuePairs::URLStrEncodeBytewise.
