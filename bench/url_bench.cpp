@@ -1,5 +1,5 @@
-// Escaping against a loop over a table that appends to a std::string, as programs have it; patterns against the
-// system's own and std::regex.
+// Escaping against a loop over a table that appends to a std::string, as programs have it; patterns against those of
+// SQLite, PCRE2, the system and std::regex.
 
 #include <benchmark/benchmark.h>
 
@@ -10,6 +10,10 @@
 #include <windows.h>
 
 #include <shlwapi.h>
+
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include <pcre2.h>
+#include <sqlite3.h>
 
 #include "tarnlib/nvpairs.h"
 #include "tarnlib/squerystring.h"
@@ -147,23 +151,46 @@ BENCHMARK_CAPTURE(BM_Html_encode_1MiB, std_string_loop, false);
 const std::string kLine =
     "2024-02-29 12:30 the order 4711 of customer 815 was shipped to Hamburg by express mail!";
 
-enum class Matcher { Ours, PathMatchSpec, Regex };
-
-void BM_Like_order_shipped(benchmark::State& state, Matcher matcher) {
-    const SAnsiString ansi = Ansi(kLine);
-    const std::wstring wide(kLine.begin(), kLine.end());
+void LikeOurs(benchmark::State& state) {
+    const SAnsiString text = Ansi(kLine);
     SQueryString pattern("%order%shipped%");
-    const std::regex regex(".*order.*shipped.*", std::regex::optimize);
-    if (matcher == Matcher::Ours)
-        Run(state, [&] { return pattern.like(ansi); });
-    else if (matcher == Matcher::PathMatchSpec)
-        Run(state, [&] { return PathMatchSpecW(wide.c_str(), L"*order*shipped*"); });
-    else
-        Run(state, [&] { return std::regex_match(kLine, regex); });
+    Run(state, [&] { return pattern.like(text); });
 }
-BENCHMARK_CAPTURE(BM_Like_order_shipped, ours, Matcher::Ours);
-BENCHMARK_CAPTURE(BM_Like_order_shipped, PathMatchSpecW, Matcher::PathMatchSpec);
-BENCHMARK_CAPTURE(BM_Like_order_shipped, std_regex, Matcher::Regex);
+
+void LikeSqlite(benchmark::State& state) {
+    Run(state, [] { return sqlite3_strlike("%order%shipped%", kLine.c_str(), 0); });
+}
+
+/// Without a regard to the rest of the line, which is the fastest way to ask.
+void LikePcre2(benchmark::State& state, bool jit) {
+    int error = 0;
+    PCRE2_SIZE place = 0;
+    const auto* const pattern = reinterpret_cast<PCRE2_SPTR>("order.*shipped");
+    const auto* const text = reinterpret_cast<PCRE2_SPTR>(kLine.c_str());
+    pcre2_code* const code =
+        pcre2_compile(pattern, PCRE2_ZERO_TERMINATED, PCRE2_DOTALL, &error, &place, nullptr);
+    pcre2_match_data* const found = pcre2_match_data_create_from_pattern(code, nullptr);
+    if (jit && pcre2_jit_compile(code, PCRE2_JIT_COMPLETE) != 0) state.SkipWithError("no JIT");
+    Run(state, [&] { return pcre2_match(code, text, kLine.size(), 0, 0, found, nullptr); });
+    pcre2_match_data_free(found);
+    pcre2_code_free(code);
+}
+
+void LikeSystem(benchmark::State& state) {
+    const std::wstring wide(kLine.begin(), kLine.end());
+    Run(state, [&] { return PathMatchSpecW(wide.c_str(), L"*order*shipped*"); });
+}
+
+void LikeRegex(benchmark::State& state) {
+    const std::regex regex(".*order.*shipped.*", std::regex::optimize);
+    Run(state, [&] { return std::regex_match(kLine, regex); });
+}
+BENCHMARK(LikeOurs)->Name("BM_Like_order_shipped/ours");
+BENCHMARK(LikeSqlite)->Name("BM_Like_order_shipped/SQLite");
+BENCHMARK_CAPTURE(LikePcre2, jit, true)->Name("BM_Like_order_shipped/PCRE2 JIT");
+BENCHMARK_CAPTURE(LikePcre2, plain, false)->Name("BM_Like_order_shipped/PCRE2");
+BENCHMARK(LikeSystem)->Name("BM_Like_order_shipped/PathMatchSpecW");
+BENCHMARK(LikeRegex)->Name("BM_Like_order_shipped/std::regex");
 
 /// Twenty wildcards before one that finds nothing, against that one alone.
 void BM_Like_21_wildcards(benchmark::State& state, int more) {

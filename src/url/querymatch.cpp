@@ -59,16 +59,22 @@ bool SQueryString::matchSequence(const QueryPatternOps& sequence, Place& text) {
 
 bool SQueryString::findSequence(const QueryPatternOps& sequence, Place& text) {
     const SAnsiString& start = sequence.start;
-    const char* const before = text.at;
+    Place place(text);
     while (true) {
-        if (!start.isEmpty())
-            text.at = Flavour<char, 0>::find(text.at, text.end, start.getString(), start.getLength());
-        if (text.at != nullptr && matchSequence(sequence, text)) return true;
-        if (text.at == nullptr || text.at == text.end) break;
-        text.at += BytesAt(text.page, text.at, text.end);
+        if (!start.isEmpty()) {
+            place.at = Flavour<char, 0>::find(place.at, place.end, start.getString(), start.getLength());
+            if (place.at == nullptr) return false;
+        }
+        if (sequence.isPlain) {
+            text.at = place.at + start.getLength();
+            return true;
+        }
+        if (matchSequence(sequence, place)) break;
+        if (place.at == place.end) return false;
+        place.at += BytesAt(place.page, place.at, place.end);
     }
-    text.at = before;
-    return false;
+    text.at = place.at;
+    return true;
 }
 
 bool SQueryString::matchSubString(const SAnsiString& piece, Place& text) {

@@ -107,6 +107,8 @@ bool SQueryString::parse_sequence(Place& pattern, QueryPatternOps& sequence) {
         }
         sequence.pieces.Add(piece);
     }
+    sequence.isPlain = !sequence.start.isEmpty() && sequence.pieces.GetSize() == 1 &&
+                       sequence.start.getLength() == sequence.pieces[0].text.getLength();
     return true;
 }
 

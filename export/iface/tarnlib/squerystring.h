@@ -50,6 +50,7 @@ class TARN_API SQueryString {
         SIArray<QueryPattern> pieces;  ///< the pieces
         SAnsiString start;             ///< the characters, before any "_" or class, that a match begins with
         std::uint32_t nChars = 0;      ///< the characters that it matches, neither more nor fewer
+        bool isPlain = false;          ///< the start is all there is
         bool hasEmptyClass = false;    ///< a class with nothing in it, so that nothing matches
     };
 
