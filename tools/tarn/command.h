@@ -56,5 +56,8 @@ extern const Command kHtmlCommand;
 extern const Command kJsCommand;
 extern const Command kVbsCommand;
 extern const Command kLikeCommand;
+extern const Command kResolveCommand;
+extern const Command kPingCommand;
+extern const Command kFtpCommand;
 
 }  // namespace tarn

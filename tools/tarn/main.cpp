@@ -10,16 +10,19 @@ namespace tarn {
 namespace {
 
 const Command* const kCommands[] = {
-    &kTextCommand,    &kNumbersCommand, &kVersionCompareCommand, &kDateCommand,     &kRegistryCommand,
-    &kOptionsCommand, &kTraceCommand,   &kFilesCommand,          &kLockCommand,     &kConfigCommand,
-    &kEncryptCommand, &kDecryptCommand, &kDigestCommand,         &kCompressCommand, &kExpandCommand,
-    &kCrc32Command,   &kGuidCommand,    &kUrlCommand,            &kQueryCommand,    &kHtmlCommand,
-    &kJsCommand,      &kVbsCommand,     &kLikeCommand};
+    &kTextCommand,     &kNumbersCommand,  &kVersionCompareCommand, &kDateCommand,
+    &kRegistryCommand, &kOptionsCommand,  &kTraceCommand,          &kFilesCommand,
+    &kLockCommand,     &kConfigCommand,   &kEncryptCommand,        &kDecryptCommand,
+    &kDigestCommand,   &kCompressCommand, &kExpandCommand,         &kCrc32Command,
+    &kGuidCommand,     &kUrlCommand,      &kQueryCommand,          &kHtmlCommand,
+    &kJsCommand,       &kVbsCommand,      &kLikeCommand,           &kResolveCommand,
+    &kPingCommand,     &kFtpCommand};
 
 void PrintOverview() {
     Print(
-        "tarn: texts, numbers, dates, options, the registry, files, encryption, compression, URLs and the log as "
-        "the library sees "
+        "tarn: texts, numbers, dates, options, the registry, files, encryption, compression, URLs, the "
+        "network and "
+        "the log as the library sees "
         "them\n\n"
         "usage: tarn COMMAND ...\n\n");
     for (const Command* command : kCommands) {
