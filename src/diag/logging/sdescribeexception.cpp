@@ -6,6 +6,7 @@
 #include "strings/base/asciichar.h"
 #include "strings/text/lineend.h"
 #include "tarnlib/csharedlibrary.h"
+#include "tarnlib/csiftpexception.h"
 #include "tarnlib/frsurlexception.h"
 #include "tarnlib/sfileexception.h"
 #include "tarnlib/sfilesysexception.h"
@@ -48,6 +49,8 @@ SAnsiString Describe() {
     } catch (const SGUID::Error& failure) {
         return failure.toString();
     } catch (const FRSUrlException& failure) {
+        return failure.toString();
+    } catch (const CSIftpException& failure) {
         return failure.toString();
     } catch (const SString_t<char, 0>& text) {
         return text;
