@@ -85,6 +85,7 @@ bool CSIftp::SendControlMsg(const char* command, const char* argument, unsigned 
     TARN_TRACE_AT(levels::kDetail, kUnit, "Command: %1", line.shown());
     if (SendAll(control_, line.bytes(), line.size(), timeout_)) return true;
     TraceSocketFailure(kUnit, "the command %1 cannot be sent: %2", command, CSISocket::getLastErrorStr());
+    closeControl();  // a part of the line may have gone out
     return false;
 }
 
@@ -93,7 +94,8 @@ int CSIftp::GetReply(SAnsiString& text) {
     WSASetLastError(0);
     lines_->beginReply();
     const dialogue::Outcome outcome = dialogue::ReadReply(*lines_, reply);
-    const SAnsiString reason = CSISocket::getLastErrorStr();
+    const SAnsiString reason =
+        CSISocket::getLastError() != 0 ? CSISocket::getLastErrorStr() : SAnsiString("it is too long");
     text = reply.text.isEmpty() && outcome != dialogue::Outcome::Whole
                ? SAnsiString("Failed to get replay from ftp server")
                : reply.text;
@@ -111,12 +113,11 @@ int CSIftp::GetReply(SAnsiString& text) {
 /// Sends a command and reads the reply. 0 when the argument is refused.
 int CSIftp::command(const char* word, const SAnsiString* argument, SAnsiString& reply) {
     if (argument != nullptr && !dialogue::IsOneLine(*argument, kUnit)) return 0;
-    const bool isSent =
-        connected_ && SendControlMsg(word, argument != nullptr ? argument->getString() : nullptr,
-                                     argument != nullptr ? argument->getLength() : 0);
-    if (isSent) return GetReply(reply);
-    const SAnsiString reason = connected_ ? CSISocket::getLastErrorStr() : SAnsiString("no connection");
-    if (connected_) closeControl();  // half a line may have gone out
+    const bool wasConnected = connected_;
+    const char* const bytes = argument != nullptr ? argument->getString() : nullptr;
+    const unsigned count = argument != nullptr ? argument->getLength() : 0;
+    if (wasConnected && SendControlMsg(word, bytes, count)) return GetReply(reply);
+    const SAnsiString reason = wasConnected ? CSISocket::getLastErrorStr() : SAnsiString("no connection");
     fail(CSIftpException::controlConnectionError, kCommandNotSent, word + (": " + reason));
 }
 

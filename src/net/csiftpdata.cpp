@@ -66,6 +66,38 @@ SAnsiString PortArgument(const sockaddr_storage& address) {
     return STraceHelper("%d,%d,%d,%d,%d,%d", bytes[0], bytes[1], bytes[2], bytes[3], port[0], port[1]);
 }
 
+/// The end of a time in whole seconds.
+class Deadline {
+  public:
+    explicit Deadline(unsigned seconds) : end_(osclock::Tick() + seconds * kMilliseconds) {}
+    bool isOver() const { return osclock::Tick() >= end_; }
+    /// Rounded up.
+    unsigned secondsLeft() const {
+        const unsigned long long now = osclock::Tick();
+        return now < end_ ? static_cast<unsigned>((end_ - now + kMilliseconds - 1) / kMilliseconds) : 0;
+    }
+
+  private:
+    static constexpr unsigned long long kMilliseconds = 1000;
+    unsigned long long end_;
+};
+
+/// Takes the next connection if it is the server's, and closes any other. False when none can be taken.
+bool AcceptFrom(const sockaddr_storage& server, unsigned listening, unsigned& data) {
+    sockaddr_storage address = {};
+    int size = sizeof address;
+    ossockets::Socket accepted(CSISocket::accept(listening, Generic(address), &size));
+    if (!accepted) return IsToBeAskedAgain(CSISocket::getLastError());
+    if (!IsSameAddress(Generic(address), Generic(server))) {
+        TARN_TRACE_AT(levels::kLoss, kUnit, "a data connection from %1, which is not the server's, is closed",
+                      CSISocket::getipstring(Generic(address)));
+        return true;
+    }
+    if (ossockets::SetNonBlocking(accepted.get()) != 0) return false;
+    data = accepted.release();
+    return true;
+}
+
 /// A zone has no meaning on another machine.
 SAnsiString WithoutZone(const SAnsiString& address) {
     const SAnsiString::iterator zone = address.find('%');
@@ -134,31 +166,13 @@ void CSIftp::offerPort(const sockaddr_storage& address) {
 }
 
 int CSIftp::AcceptConnection() {
-    constexpr unsigned long long kMillisecondsPerSecond = 1000;
-    const unsigned long long deadline = osclock::Tick() + timeout_ * kMillisecondsPerSecond;
+    const Deadline deadline(timeout_);
     sockaddr_storage server = {};
     int size = sizeof server;
     bool goesOn = ossockets::PeerName(control_, Generic(server), &size) == 0;
     while (goesOn && data_ == CSISocket::kInvalid) {
-        const unsigned long long now = osclock::Tick();
-        const unsigned long long left = now < deadline ? deadline - now : 0;
-        const auto seconds =
-            static_cast<unsigned>((left + kMillisecondsPerSecond - 1) / kMillisecondsPerSecond);
-        goesOn = now <= deadline && CSISocket::isReadable(listening_, seconds) == 1;
-        if (!goesOn) break;
-        sockaddr_storage address = {};
-        size = sizeof address;
-        ossockets::Socket accepted(CSISocket::accept(listening_, Generic(address), &size));
-        if (!accepted) {
-            goesOn = IsToBeAskedAgain(CSISocket::getLastError());
-        } else if (!IsSameAddress(Generic(address), Generic(server))) {
-            TARN_TRACE_AT(levels::kLoss, kUnit,
-                          "a data connection from %1, which is not the server's, is closed",
-                          CSISocket::getipstring(Generic(address)));
-        } else {
-            goesOn = ossockets::SetNonBlocking(accepted.get()) == 0;
-            if (goesOn) data_ = accepted.release();
-        }
+        goesOn = CSISocket::isReadable(listening_, deadline.secondsLeft()) == 1 &&
+                 AcceptFrom(server, listening_, data_) && !deadline.isOver();
     }
     const ossockets::Socket listening(std::exchange(listening_, CSISocket::kInvalid));
     if (data_ == CSISocket::kInvalid) {

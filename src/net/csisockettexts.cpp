@@ -6,6 +6,7 @@
 #include "diag/assert/require.h"
 #include "net/hostaddresses.h"
 #include "net/socketfailure.h"
+#include "strings/base/asciichar.h"
 #include "tarnlib/csisocket.h"
 
 namespace TarnLibA500 {
@@ -20,10 +21,6 @@ std::string_view View(const SAnsiString& text) {
 
 SAnsiString Text(std::string_view view) {
     return SAnsiString(view.data(), static_cast<std::uint32_t>(view.size()));
-}
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 /// A decimal number without signs and blanks, from "least" to "most".

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "diag/assert/require.h"
+#include "strings/base/asciichar.h"
 #include "strings/base/wipe.h"
 
 namespace TarnLibA500::dialogue {
@@ -17,7 +18,7 @@ int CodeOf(const SAnsiString& line) {
     int code = 0;
     for (int i = 0; i < kCodeDigits; ++i) {
         const char c = line.getString()[i];  // at the end of the line the terminator stops this
-        if (c < '0' || c > '9') return -1;
+        if (!IsDigit(c)) return -1;
         code = code * 10 + (c - '0');
     }
     return code;

@@ -98,7 +98,7 @@ TEST(Ftp, EveryCallOfASessionMayFail) {
     const std::string content(5000, 'x');
     SFile(kLocal, SFile::readAndWrite | SFile::truncate, SFile::readWriteMask, SFile::denyNothing)
         .writeAll(content.data(), static_cast<std::uint32_t>(content.size()));
-    ossockets::selectReady = &SelectAtOnce;
+    const tarntest::Instead select(ossockets::selectReady, &SelectAtOnce);
     const auto session = [&] {
         CSIftp ftp;
         server.stored.clear();
@@ -117,7 +117,6 @@ TEST(Ftp, EveryCallOfASessionMayFail) {
         ASSERT_LT(nth, 200U);
     session();
     EXPECT_EQ(server.stored, content);
-    ossockets::selectReady = nullptr;
     std::remove(kLocal);
     CSISocket::uninitialize();
 }

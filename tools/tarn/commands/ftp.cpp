@@ -87,8 +87,7 @@ class Refusals {
 
 /// Not from the command line, which other users of the machine can read.
 SAnsiString Password(const Options& options) {
-    if (options.has("pass-env") == options.has("pass-file"))
-        throw Failure("-pass-env or -pass-file is needed");
+    if (options.count({"pass-env", "pass-file"}) != 1) throw Failure("-pass-env or -pass-file is needed");
     if (options.has("pass-file")) {
         SFile file(options.value("pass-file").c_str(), SFile::readOnly, SFile::readWriteMask,
                    SFile::denyNothing);
@@ -149,23 +148,10 @@ void Put(Client& client, const Options& options, Refusals& refusals) {
 }
 
 ExitStatus Ftp(const Words& arguments) {
-    using Kind = Options::Kind;
-    const Options options(arguments, {{"host", Kind::RequiredValue},
-                                      {"port", Kind::Value},
-                                      {"user", Kind::RequiredValue},
-                                      {"pass-env", Kind::Value},
-                                      {"pass-file", Kind::Value},
-                                      {"account", Kind::Value},
-                                      {"passive", Kind::Switch},
-                                      {"ascii", Kind::Switch},
-                                      {"timeout", Kind::Value},
-                                      {"cd", Kind::Value},
-                                      {"mkdir", Kind::Value},
-                                      {"put", Kind::Value},
-                                      {"to", Kind::Value},
-                                      {"delete", Kind::Value},
-                                      {"rmdir", Kind::Value},
-                                      {"pwd", Kind::Switch}});
+    const Options options(arguments, {.required = {"host", "user"},
+                                      .values = {"port", "pass-env", "pass-file", "account", "timeout", "cd",
+                                                 "mkdir", "put", "to", "delete", "rmdir"},
+                                      .switches = {"passive", "ascii", "pwd"}});
     const Network network;
     Client client;
     Refusals refusals;

@@ -44,10 +44,9 @@ std::string ResultOf(const CSISocket::ServerToPing& server) {
 }
 
 ExitStatus Ping(const Words& arguments) {
-    using Kind = Options::Kind;
     constexpr int kMostSeconds = 3600;
     constexpr std::size_t kMostServers = 64;
-    const Options options(arguments, {{"hosts", Kind::RequiredValue}, {"timeout", Kind::RequiredValue}});
+    const Options options(arguments, {.required = {"hosts", "timeout"}});
     const int seconds = options.number("timeout", 1, kMostSeconds);
     Servers servers = ReadServers(options.value("hosts"));
     if (servers.size() > kMostServers) throw Failure("64 servers at a time");

@@ -17,7 +17,7 @@ constexpr const char* kHelp =
     "Exit status: 0; 1 when nobody knows the host, with the resolver's reason.\n";
 
 ExitStatus Resolve(const Words& arguments) {
-    const Options options(arguments, {{"host", Options::Kind::RequiredValue}});
+    const Options options(arguments, {.required = {"host"}});
     const std::string host = options.value("host");
     const Network network;
     SAnsiString first;
