@@ -65,8 +65,11 @@ HostAddresses Ordered(const addrinfo* found) {
         sockaddr_storage address = {};
         if (!IsKnownFamily(found->ai_family)) continue;
         if (!Require(sizeof address >= found->ai_addrlen, kUnit, "addrlen >= (*pAI)->ai_addrlen")) continue;
-        std::memcpy(&address, found->ai_addr, found->ai_addrlen);
         const bool isV4 = found->ai_family == AF_INET;
+        if (!Require(!isV4 || found->ai_addrlen <= sizeof(sockaddr_in), kUnit,
+                     "sizeof(intaddress) >= hostentry->h_length"))
+            continue;
+        std::memcpy(&address, found->ai_addr, found->ai_addrlen);
         if (CSISocket::isLoopback(Generic(address))) {
             Add(isV4 ? loopback4 : loopback6, address);
         } else {

@@ -31,15 +31,21 @@ int WSAAPI Listed(const char* host, const char* service, const addrinfo* hints, 
     if (host != nullptr && std::string(host).ends_with(".invalid")) return EAI_NONAME;
     if (host == nullptr || std::string(host) != "list") return getaddrinfo(host, service, hints, found);
     for (auto word = listed.rbegin(); word != listed.rend(); ++word) {
+        const bool isAsked = hints->ai_family == AF_UNSPEC ||
+                             (hints->ai_family == AF_INET6) == (word->find(':') != word->npos);
         sockaddr_storage address = {};
+        if (!isAsked) continue;
         if (word->find_first_not_of("0123456789") == word->npos) return std::stoi(*word);
         if ((*word)[0] != '!') ParseAddress(word->c_str(), AF_UNSPEC, address);
-        if (*word == "!long") address.ss_family = AF_INET;
+        if (*word == "!long" || *word == "!wide") address.ss_family = AF_INET;
         if (*word == "!99") address.ss_family = 99;
         const bool isV4 = address.ss_family == AF_INET;
         auto* const entry = new addrinfo{};
         entry->ai_family = address.ss_family;
-        entry->ai_addrlen = *word == "!long" ? 129 : isV4 ? sizeof(sockaddr_in) : sizeof(sockaddr_in6);
+        entry->ai_addrlen = *word == "!long"   ? 129
+                            : *word == "!wide" ? 28
+                            : isV4             ? sizeof(sockaddr_in)
+                                               : sizeof(sockaddr_in6);
         entry->ai_addr = Generic(*new sockaddr_storage(address));
         entry->ai_next = *found;
         *found = entry;
@@ -226,6 +232,40 @@ TEST_F(Sockets, AddressesAreTriedInTheirOrder) {
     EXPECT_TRUE(recorder.sawLast("csisocket", "invalid family 99 passed in"));
 }
 
+/// The only name that an address has.
+int WSAAPI NameOf(const sockaddr* address, int size, char* name, DWORD room, char*, DWORD, int flags) {
+    if (flags != NI_NAMEREQD) return getnameinfo(address, size, name, room, nullptr, 0, flags);
+    std::snprintf(name, room, "localhost");
+    return CSISocket::isLoopback(address) ? 0 : EAI_NONAME;
+}
+
+TEST_F(Sockets, NamesOfAddressesAndAddressesOfNames) {
+    const Instead names(ossockets::getName, &NameOf);
+    SAnsiString name;
+    EXPECT_TRUE(CSISocket::gethostbyaddr(htonl(0x7F000001), name));
+    EXPECT_EQ(name, "localhost");
+    AssertRecorder recorder(kTracesToo);
+    EXPECT_FALSE(CSISocket::gethostbyaddr(htonl(0xC0000201), name));
+    EXPECT_EQ(recorder.take("7 csisocket: "),
+              "CSISocket::gethostbyaddr: Cannot gethostbyaddr for 192.0.2.1, error code 11001\n");
+    EXPECT_TRUE(CSISocket::getcanonicalname("[127.0.0.1]", name));
+    EXPECT_FALSE(CSISocket::getcanonicalname("no.invalid", name));
+    SISet<SAnsiString> found;
+    EXPECT_TRUE(CSISocket::gethostnames("127.0.0.1", found));
+    EXPECT_TRUE(found.Contains("localhost") && !found.Contains("127.0.0.1"));
+    listed = {"192.0.2.1", "2001:db8::1", "192.0.2.2"};
+    SIArray<unsigned long> numbers;
+    EXPECT_EQ(CSISocket::gethostbyname("list", numbers), 0);
+    EXPECT_EQ(numbers.GetSize(), 2U);
+    SIArray<SAnsiString> texts;
+    EXPECT_TRUE(CSISocket::getipaddresses("list", AF_INET6, texts));
+    EXPECT_EQ(texts[0], "2001:db8::1");
+    EXPECT_TRUE(CSISocket::getnthipstring(0, name) && CSISocket::isValidIPAddrString(name));
+    EXPECT_FALSE(CSISocket::getnthipstring(1000, name));
+    EXPECT_EQ(CSISocket::getportbyname("ftp", 1), 21);
+    EXPECT_EQ(CSISocket::getportbyname("no such service", 1), 1);
+}
+
 TEST_F(Sockets, StartWithOneOfTwoVersions) {
     AssertRecorder recorder(kTracesToo);
     const std::string complaint = "7 csisocket: Couldn't initialize winsocks using Version ";
@@ -311,6 +351,7 @@ TEST_F(Sockets, LinesAreReceived) {
     for (const bool isCut : {false, true}) {
         if (isCut) ossockets::receiveBytes = &ReceiveOne;
         for (const auto& c : ReadCases("net/tcp_lines.txt")) {
+            if (isCut && c[0].find('{') != c[0].npos) continue;  // a call for every byte
             const auto expanded = [](std::string text) {
                 for (std::size_t at; (at = text.find('{')) != text.npos;) {
                     const std::size_t end = text.find('}', at);
