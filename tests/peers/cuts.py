@@ -1,0 +1,86 @@
+"""A proxy that cuts a connection short: by its end, by a reset or by silence, after so many bytes in one direction."""
+import itertools
+import select
+import socket
+import threading
+from typing import NamedTuple
+
+from dialogue import bind_to, close_by_reset
+
+BLOCK = 65536
+
+
+class Cut(NamedTuple):
+    how: str  # end, reset, silence
+    towards: str  # client, server
+    after: int  # bytes
+
+
+class Relay:
+    """Passes connections to its port on to a server; the first one is cut, later ones are whole."""
+
+    def __init__(self, host, target, cut=None):
+        self.target = target  # gives the address of the server
+        self.passed = {"client": b"", "server": b""}
+        self.listener = bind_to(host)
+        self.listener.listen(16)
+        self.port = self.listener.getsockname()[1]
+        self.open = []
+        threading.Thread(target=self.serve, args=(cut,), daemon=True).start()
+
+    def close(self):
+        self.listener.shutdown(socket.SHUT_RDWR)  # wakes who waits there
+        self.listener.close()
+        for connection in self.open:
+            close_by_reset(connection)
+
+    def serve(self, cut):
+        for this_cut in itertools.chain([cut], itertools.repeat(None)):
+            try:
+                client = self.listener.accept()[0]
+                server = socket.create_connection(self.target())
+            except OSError:
+                return
+            self.open += [client, server]
+            threading.Thread(target=self.relay, args=(client, server, this_cut), daemon=True).start()
+
+    def relay(self, client, server, cut):
+        ways = {client: ("server", server), server: ("client", client)}
+        try:
+            while ways and not (cut and len(self.passed[cut.towards]) >= cut.after):
+                for source in select.select(list(ways), [], [])[0]:
+                    towards, other = ways[source]
+                    is_cut_here = cut and cut.towards == towards
+                    data = source.recv(cut.after - len(self.passed[towards]) if is_cut_here else BLOCK)
+                    self.passed[towards] += data
+                    if data:
+                        other.sendall(data)
+                    else:
+                        other.shutdown(socket.SHUT_WR)
+                        del ways[source]
+            if cut and ways:
+                self.cut(client, server, cut.how)
+        except (OSError, ValueError):  # reset by one of them, or closed by us
+            if cut is None or cut.how != "silence":
+                close_by_reset(client)
+
+    def cut(self, client, server, how):
+        if how == "reset":
+            close_by_reset(client)
+            close_by_reset(server)
+        elif how == "end":
+            server.shutdown(socket.SHUT_RDWR)
+            client.shutdown(socket.SHUT_WR)
+            while client.recv(BLOCK):  # unread bytes would make a reset of it
+                pass
+
+
+def cuts_of(passed, ways, step):
+    """The end and a reset after every step-th byte, silence at the first, middle and last byte of each line."""
+    for towards, data in passed.items():
+        for how in {"end", "reset"} & set(ways):
+            yield from (Cut(how, towards, after) for after in range(0, len(data) + 1, step))
+        at = 0
+        for line in data.splitlines(keepends=True) if "silence" in ways else []:
+            yield from (Cut("silence", towards, at + here) for here in sorted({0, len(line) // 2, len(line) - 1}))
+            at += len(line)

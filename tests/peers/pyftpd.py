@@ -1,0 +1,14 @@
+#!/usr/bin/python3
+"""pyftpd.py HOST PORT ROOT: an FTP server, for the system's own Python."""
+import sys
+
+from pyftpdlib.authorizers import DummyAuthorizer
+from pyftpdlib.handlers import FTPHandler
+from pyftpdlib.servers import FTPServer
+
+host, port, root = sys.argv[1:]
+FTPHandler.authorizer = DummyAuthorizer()
+FTPHandler.authorizer.add_user("clerk", "s3cret", root, perm="elradfmwMT")
+FTPHandler.auth_failed_timeout = 0
+FTPHandler.banner = "first line\r\nsecond line"
+FTPServer((host, int(port)), FTPHandler).serve_forever(handle_exit=False)

@@ -1,0 +1,123 @@
+"""Real servers, run from where deps/peers.sh unpacked them, each in a folder of its own."""
+import os
+import pathlib
+import shutil
+import socket
+import subprocess
+import threading
+import time
+
+from case import fill
+from dialogue import bind_to
+
+HERE = pathlib.Path(__file__).resolve().parent
+PATIENCE = 20  # seconds for a greeting
+COMMANDS = {
+    "proftpd": "exec {packages}/usr/sbin/proftpd -n -q -c {folder}/conf",
+    "vsftpd": "mount --bind {folder}/pam.d /etc/pam.d && exec {packages}/usr/sbin/vsftpd {folder}/conf",
+    "pyftpdlib": "exec /usr/bin/python3 {here}/pyftpd.py {host} {port} {root}",
+}
+FOR_EVERYBODY = ["pyftpdlib"]  # needs neither root nor a sandbox
+
+
+def free_port(host):
+    with bind_to(host) as probe:
+        return probe.getsockname()[1]
+
+
+class Server:
+    def __init__(self, kind, host, place, packages, is_boxed):
+        self.name = f"{kind} on {host}"
+        self.lock = threading.Lock()
+        self.folder = place / f"{kind}-{4 if '.' in host else 6}"
+        shutil.rmtree(self.folder, ignore_errors=True)
+        (self.folder / "empty").mkdir(parents=True)
+        self.root = self.folder / "root"
+        (self.root / "small").mkdir(parents=True)
+        self.values = {"host": host, "port": free_port(host)}
+        arch = next((path.name for path in (packages / "usr/lib").glob("*-linux-gnu")), "")
+        names = {**self.values, "here": HERE, "packages": packages, "arch": arch, "folder": self.folder,
+                 "root": self.root, "v4": "YES" if "." in host else "NO", "v6": "NO" if "." in host else "YES",
+                 "six": "" if "." in host else "6"}
+        if is_boxed:
+            subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", self.root / "small"], check=True)
+        self.copy_settings(HERE.parent / "data/peers" / kind, names)
+        libraries = f"{packages}/usr/lib/{arch}:{packages}/lib/{arch}"
+        command = ["sh", "-c", COMMANDS[kind].format(**names)]
+        with open(self.folder / "log", "wb") as log:
+            self.process = subprocess.Popen(["unshare", "--mount", *command] if is_boxed else command, stdout=log, stderr=log,
+                                            stdin=subprocess.DEVNULL, env={**os.environ, "LD_LIBRARY_PATH": libraries,
+                                            "PYTHONPATH": f"{packages}/usr/lib/python3/dist-packages"})
+        self.wait()
+
+    def copy_settings(self, source, names):
+        for path in (path for path in source.rglob("*") if path.is_file()):
+            copy = self.folder / path.relative_to(source)
+            copy.parent.mkdir(exist_ok=True)
+            copy.write_bytes(fill(path.read_text(), names))
+            copy.chmod(0o600 if path.name == "users" else 0o644)
+
+    def wait(self):
+        deadline = time.monotonic() + PATIENCE
+        while True:
+            try:
+                with socket.create_connection((self.values["host"], self.values["port"]), 5) as probe:
+                    return probe.recv(1)
+            except OSError as error:
+                if self.process.poll() is not None or time.monotonic() > deadline:
+                    log = (self.folder / "log").read_text(errors="replace")
+                    raise OSError(f"{self.name} does not serve: {error}\n{log}") from None
+                time.sleep(0.05)
+
+    def stop(self):
+        self.process.terminate()
+        try:
+            self.process.wait(PATIENCE)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+
+    def fill(self, case):
+        """The files that the case begins with and no other."""
+        for path in [*self.root.iterdir(), *(self.root / "small").iterdir()]:
+            if path.is_dir() and path.name != "small":
+                shutil.rmtree(path)
+            elif path.is_file():
+                path.unlink()
+        for name, _, text in (text.partition(" ") for text in case.all("server")):
+            path = self.path(name)
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_bytes(fill(text, {}))
+        for path in [self.root, *self.root.rglob("*")]:
+            path.chmod(0o777)
+
+    def path(self, name):
+        return self.root / os.fsdecode(fill(name, {}))
+
+    def faults(self, case, folder):
+        for name, _, file in (text.partition(" ") for text in case.all("has")):
+            if not self.path(name).exists():
+                yield f"{case.place}: the server has no {name}"
+            elif file and self.path(name).read_bytes() != (folder / file).read_bytes():
+                yield f"{case.place}: {name} of the server is not {file}"
+        yield from (f"{case.place}: the server has {name}" for name in case.all("lacks") if self.path(name).exists())
+
+
+class Servers:
+    """Each is started when it is first asked for."""
+
+    def __init__(self, place, packages, is_boxed):
+        self.how = place, packages, is_boxed
+        self.started = {}
+
+    def of(self, case):
+        kinds = [kind for kind in case.words("peer") if self.how[2] or kind in FOR_EVERYBODY]
+        return [self.get(kind, host) for kind in kinds for host in ("127.0.0.1", "::1")]
+
+    def get(self, *which):
+        if which not in self.started:
+            self.started[which] = Server(*which, *self.how)
+        return self.started[which]
+
+    def stop(self):
+        for server in self.started.values():
+            server.stop()
