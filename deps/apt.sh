@@ -78,7 +78,8 @@ use_main_suite() {
     write_main_list "$folder/main"
     apt_main=(-o Dir::Etc::sourceparts=/dev/null -o "Dir::Etc::sourcelist=$main_list"
         -o "Dir::State::lists=$folder/lists" -o APT::Sandbox::User=root)
-    as_root apt-get "${apt_main[@]}" -q update
+    # The lists are our own, so that this takes no rights, unless an earlier run was root's.
+    apt-get "${apt_main[@]}" -q update || as_root apt-get "${apt_main[@]}" -q update
 }
 
 # From the main suite; where that does not fit what the machine has, from everything that it knows.

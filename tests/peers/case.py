@@ -1,31 +1,4 @@
-"""Cases of the network tests: who serves, which client runs, what it must do.
-
-    == title                   begins a case; a line that begins with # is a comment
-    $ tarn ftp -port {port}    the client: a program of the build (or of the system), and its arguments as in a shell
-    env NAME=TEXT              one more variable for it;  file NAME TEXT makes {folder}/NAME
-    with NAME A|B              the case runs for each text, which {NAME} stands for
-    = 0 3   > TEXT   ! TEXT    the client's exit status is one of these; it prints the line on its output, on its errors
-    within SECONDS             it ends in this time after its start, otherwise in a minute
-    needs sandbox              other names and addresses than localhost are used (tests/data/net/hosts)
-    fault TEXT                 the case must fail, and what is told holds TEXT
-
-The server is a script (dialogue.py has its steps) at {host}, in brackets {url} if needed, and {port}
-
-    listen A[=closed|hole]...  at these addresses, otherwise 127.0.0.1, and one port; {host} is the first;
-                               closed: connections are refused, hole: they are never answered
-
-or each of some real ones, by IPv4 and IPv6 (servers.py):
-
-    peer NAME...               for user clerk, password s3cret; its folder "small" is a disk of 64 KiB in a sandbox
-    server NAME TEXT           a file of the server beforehand
-    has NAME [FILE]  lacks NAME   afterwards it has the name, with the bytes of {folder}/FILE, or has it not
-
-    cut HOW...                 the session runs once whole and then many times cut short (cuts.py); {id} differs for each,
-                               and the first status of = is that of the whole session
-
-TEXT is UTF-8 with \\r \\n \\t \\0 \\\\ \\{ \\xHH, {TEXT*N} for a repetition, {noise*N} for N random bytes that are always the
-same, and {NAME}.
-"""
+"""Cases of the network tests: README.md tells their form."""
 import itertools
 import os
 import pathlib

@@ -1,5 +1,6 @@
 """A proxy that cuts a connection short: by its end, by a reset or by silence, after so many bytes in one direction."""
 import itertools
+import os
 import select
 import socket
 import threading
@@ -75,12 +76,13 @@ class Relay:
                 pass
 
 
-def cuts_of(passed, ways, step):
-    """The end and a reset after every step-th byte, silence at the first, middle and last byte of each line."""
+def cuts_of(passed, words):
+    """The end and a reset after every n-th byte, silence at the first, middle and last byte of each line."""
+    step = int(os.environ.get("TARN_CUT_STEP") or next((word for word in words if word.isdigit()), 1))
     for towards, data in passed.items():
-        for how in {"end", "reset"} & set(ways):
+        for how in {"end", "reset"} & set(words):
             yield from (Cut(how, towards, after) for after in range(0, len(data) + 1, step))
         at = 0
-        for line in data.splitlines(keepends=True) if "silence" in ways else []:
+        for line in data.splitlines(keepends=True) if "silence" in words else []:
             yield from (Cut("silence", towards, at + here) for here in sorted({0, len(line) // 2, len(line) - 1}))
             at += len(line)

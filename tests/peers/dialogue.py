@@ -1,17 +1,4 @@
-"""A scripted server. The steps of a case:
-
-    S: TEXT   S- TEXT          the server sends TEXT and CR LF, TEXT alone;  split N [SECONDS]: from here on in pieces of N
-    C: TEXT   C- TEXT          the client must send exactly TEXT and CR LF, TEXT alone; {any} is the rest of a line
-    pause SECONDS              the server does nothing
-    end   gone                 the client must close now, without a byte more; in order, or also by a reset
-    fin   reset   shut         the server closes in order, by a reset, its own direction only
-    accept [ADDRESS]           takes the next connection (the first step does that by itself, also after an end)
-    NAME STEP                  the step on another connection, for example "data S- abc"; further steps for those:
-    NAME listen [ADDRESS]      makes {data} (a port) and {hi},{lo} (its bytes) for S lines; NAME accept takes it
-    NAME connect [from A]      to the port that {data} or {hi},{lo} stood for in a C line; NAME refused: must not succeed
-
-When the steps are through, the client must close what is open and connect no more.
-"""
+"""A scripted server: README.md tells its steps."""
 import os
 import re
 import select

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs cases of the network tests (case.py tells their form), many at once, in a sandbox where the machine has one.
+"""Runs cases of the network tests (README.md tells their form), many at once, in a sandbox where the machine has one.
 
     run_net_cases.py RUNNER PROGRAM_FOLDER SCRATCH_FOLDER FILE...
 """
@@ -14,10 +14,9 @@ import sandbox
 from case import Client, read_cases
 from cuts import Relay, cuts_of
 from dialogue import STEP, Player
-from servers import FOR_EVERYBODY, Servers
+from servers import STAND_IN, Servers
 
 AT_ONCE = 16
-CUT_STEP = int(os.environ.get("TARN_CUT_STEP", "1"))  # bytes between two cuts
 
 
 def play(case, build, folder, values):
@@ -95,7 +94,7 @@ class Run:
     def add_cuts(self, case, values, server):
         passed = {"client": b"", "server": b""}
         self.start(cut_short, case, values, server, None, passed).result()
-        for cut in cuts_of(passed, case.words("cut"), CUT_STEP):
+        for cut in cuts_of(passed, case.words("cut")):
             self.start(cut_short, case, values, server, cut, {"client": b"", "server": b""})
 
     def failures(self):
@@ -118,7 +117,7 @@ def main(*arguments):
     packages = find_packages(runner) if any(case.words("peer") for case in cases) else pathlib.Path()
     why_not = sandbox.enter(runner)
     if why_not:
-        print(f"no sandbox ({why_not}): of the servers only {FOR_EVERYBODY}, and without",
+        print(f"no sandbox ({why_not}): of the servers only {STAND_IN}, and without",
               *(case.place for case in cases if case.words("needs")))
         cases = [case for case in cases if not case.words("needs")]
     servers = Servers(scratch if why_not else sandbox.PLACE, packages, not why_not)

@@ -17,7 +17,7 @@ COMMANDS = {
     "vsftpd": "mount --bind {folder}/pam.d /etc/pam.d && exec {packages}/usr/sbin/vsftpd {folder}/conf",
     "pyftpdlib": "exec /usr/bin/python3 {here}/pyftpd.py {host} {port} {root}",
 }
-FOR_EVERYBODY = ["pyftpdlib"]  # needs neither root nor a sandbox
+STAND_IN = "pyftpdlib"  # for all of them, where there is no sandbox
 
 
 def free_port(host):
@@ -43,11 +43,11 @@ class Server:
             subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", self.root / "small"], check=True)
         self.copy_settings(HERE.parent / "data/peers" / kind, names)
         libraries = f"{packages}/usr/lib/{arch}:{packages}/lib/{arch}"
-        command = ["sh", "-c", COMMANDS[kind].format(**names)]
+        variables = {"LD_LIBRARY_PATH": libraries, "PYTHONPATH": f"{packages}/usr/lib/python3/dist-packages"}
+        own = ["unshare", "--mount"] if is_boxed else ["setpriv", "--pdeathsig", "KILL"]
         with open(self.folder / "log", "wb") as log:
-            self.process = subprocess.Popen(["unshare", "--mount", *command] if is_boxed else command, stdout=log, stderr=log,
-                                            stdin=subprocess.DEVNULL, env={**os.environ, "LD_LIBRARY_PATH": libraries,
-                                            "PYTHONPATH": f"{packages}/usr/lib/python3/dist-packages"})
+            self.process = subprocess.Popen([*own, "sh", "-c", COMMANDS[kind].format(**names)], env={**os.environ, **variables},
+                                            stdin=subprocess.DEVNULL, stdout=log, stderr=log)
         self.wait()
 
     def copy_settings(self, source, names):
@@ -110,7 +110,7 @@ class Servers:
         self.started = {}
 
     def of(self, case):
-        kinds = [kind for kind in case.words("peer") if self.how[2] or kind in FOR_EVERYBODY]
+        kinds = case.words("peer") if self.how[2] else [STAND_IN][:len(case.words("peer"))]
         return [self.get(kind, host) for kind in kinds for host in ("127.0.0.1", "::1")]
 
     def get(self, *which):
