@@ -10,5 +10,5 @@ host, port, root = sys.argv[1:]
 FTPHandler.authorizer = DummyAuthorizer()
 FTPHandler.authorizer.add_user("clerk", "s3cret", root, perm="elradfmwMT")
 FTPHandler.auth_failed_timeout = 0
-FTPHandler.banner = "first line\r\nsecond line"
+FTPHandler.banner = "first line\r\n second line" + " of a greeting that is long enough for the form of several lines" * 2
 FTPServer((host, int(port)), FTPHandler).serve_forever(handle_exit=False)
