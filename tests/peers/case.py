@@ -109,7 +109,7 @@ class Client:
         wrong = [f"= {text}" for text in self.case.all("=") or ["0"] if status not in text.split()]
         out, err = (path.read_bytes().decode("utf-8", "replace") for path in self.streams)
         for mark, printed in (">", out), ("!", err):
-            wrong += [f"{mark} {text}" for text in self.case.all(mark)
-                      if fill(text, self.values).decode() not in printed.splitlines()]
+            rest = iter(printed.splitlines())
+            wrong += [f"{mark} {text}" for text in self.case.all(mark) if fill(text, self.values).decode() not in rest]
         return [f"{self.case.place}: the client ended with {status}, but expected: {text}" for text in wrong] + (
             [out + err] if wrong else [])

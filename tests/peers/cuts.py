@@ -76,13 +76,18 @@ class Relay:
                 pass
 
 
-def cuts_of(passed, words):
-    """The end and a reset after every n-th byte, silence at the first, middle and last byte of each line."""
-    step = int(os.environ.get("TARN_CUT_STEP") or next((word for word in words if word.isdigit()), 1))
+def all_cuts(passed, ways):
+    """The end and a reset after every byte, silence at the first, middle and last byte of each line."""
     for towards, data in passed.items():
-        for how in {"end", "reset"} & set(words):
-            yield from (Cut(how, towards, after) for after in range(0, len(data) + 1, step))
+        for how in {"end", "reset"} & set(ways):
+            yield from (Cut(how, towards, after) for after in range(len(data) + 1))
         at = 0
-        for line in data.splitlines(keepends=True) if "silence" in words else []:
+        for line in data.splitlines(keepends=True) if "silence" in ways else []:
             yield from (Cut("silence", towards, at + here) for here in sorted({0, len(line) // 2, len(line) - 1}))
             at += len(line)
+
+
+def cuts_of(passed, words):
+    """Every n-th of them."""
+    step = os.environ.get("TARN_CUT_STEP") or next((word for word in words if word.isdigit()), 1)
+    return itertools.islice(all_cuts(passed, words), 0, None, int(step))

@@ -11,6 +11,8 @@ HOSTS = pathlib.Path(__file__).resolve().parent.parent / "data/net/hosts"
 SET_UP = f"""
 mount -t tmpfs -o mode=755 tmpfs {PLACE}
 mount --bind {HOSTS} /etc/hosts
+echo "hosts: files" >{PLACE}/names
+mount --bind {PLACE}/names /etc/nsswitch.conf
 mkdir -p /tmp/.wine-0 {PLACE}/wine {PLACE}/changes {PLACE}/work
 mount -t tmpfs -o mode=700 tmpfs /tmp/.wine-0
 mount -t overlay -o lowerdir="$TARN_WINE",upperdir={PLACE}/changes,workdir={PLACE}/work overlay {PLACE}/wine
