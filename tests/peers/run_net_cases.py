@@ -119,8 +119,8 @@ def main(*arguments):
     packages = find_packages(runner) if any(case.words("peer") for case in cases) else pathlib.Path()
     why_not = sandbox.enter(runner)
     if why_not:
-        print(f"no sandbox ({why_not}): of the servers only {STAND_IN}, and without",
-              *(case.place for case in cases if case.words("needs")))
+        left_out = ", ".join(case.place for case in cases if case.words("needs"))
+        print(f"no sandbox ({why_not}): {STAND_IN} stands in for every server; not run: {left_out or 'nothing'}")
         cases = [case for case in cases if not case.words("needs")]
     servers = Servers(scratch if why_not else sandbox.PLACE, packages, not why_not)
     run = Run((runner, programs), scratch, servers)
