@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Logs of whole processes: several in one directory, a disk that is full, a directory that is taken away.
+"""Logs of whole processes: a disk that is full, a directory that is taken away.
 
-    run_log_cases.py RUNNER TARN_EXE SCRATCH_FOLDER processes|full-disk|directory
+    run_log_cases.py RUNNER TARN_EXE SCRATCH_FOLDER full-disk|directory
 
 Exit status: 0, 1 for a failure, 77 when a small file system cannot be mounted here.
 """
@@ -12,7 +12,6 @@ import subprocess
 import sys
 import time
 
-LINES = 20_000
 LINE = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d m \S+ \d+ \d+ \[\] tarn\(\d+\) (.*)")
 
 
@@ -30,18 +29,6 @@ def texts(path):
             sys.exit(f"{path.name}: torn line {line!r}")
         found.append(match[1])
     return found
-
-
-def several_processes(runner, tool, folder):
-    words = ["alpha", "beta", "gamma"]
-    running = [subprocess.Popen(command(runner, tool, folder, word, LINES), stdout=subprocess.DEVNULL)
-               for word in words]
-    if any(process.wait(timeout=120) for process in running):
-        sys.exit("a process failed")
-    logs = sorted(tuple(texts(path)) for path in folder.glob("*.log"))
-    if logs != [(word,) * LINES for word in words]:
-        sys.exit(f"{len(logs)} logs with {[len(log) for log in logs]} lines")
-    print(f"{len(words)} processes, {LINES} lines each")
 
 
 def full_disk(runner, tool, folder):
@@ -84,8 +71,7 @@ def main(runner, tool, scratch, case):
     folder.mkdir(parents=True, exist_ok=True)
     for left_over in folder.iterdir():
         shutil.rmtree(left_over) if left_over.is_dir() else left_over.unlink()
-    cases = {"processes": several_processes, "full-disk": full_disk, "directory": directory_taken_away}
-    cases[case](runner, str(pathlib.Path(tool).resolve()), folder)
+    {"full-disk": full_disk, "directory": directory_taken_away}[case](runner, str(pathlib.Path(tool).resolve()), folder)
 
 
 if __name__ == "__main__":
