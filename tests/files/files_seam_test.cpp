@@ -11,6 +11,7 @@
 #include "support/case_file.h"
 #include "support/failing.h"
 #include "support/file_bytes.h"
+#include "support/open_handles.h"
 #include "support/print_strings.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
@@ -132,17 +133,6 @@ class Secret : public SAnsiString {
     using SAnsiString::unlinkBuffer;
     explicit Secret(SAnsiString&& text) : SAnsiString(std::move(text)) {}
 };
-
-// Every handle of the process whose value is small, as they are.
-std::set<HANDLE> Handles() {
-    std::set<HANDLE> handles;
-    for (std::uintptr_t value = 4; value < 4'096; value += 4) {
-        const auto handle = reinterpret_cast<HANDLE>(value);  // NOLINT(performance-no-int-to-ptr)
-        DWORD flags = 0;
-        if (GetHandleInformation(handle, &flags)) handles.insert(handle);
-    }
-    return handles;
-}
 
 }  // namespace
 
@@ -366,10 +356,10 @@ TEST_F(FileFaults, ZeroBytesCostNoAllocationEach) {
 
 TEST_F(FileFaults, ChildrenInheritUnlessToldOtherwise) {
     for (const int flag : {0, SFile::noInherit}) {
-        const std::set<HANDLE> before = Handles();
+        const std::set<HANDLE> before = tarntest::OpenHandles();
         SFile opened(file, SFile::writeOnly | SFile::create | flag, 0, kShared);
         std::size_t inherited = 0;
-        for (const HANDLE handle : Handles()) {
+        for (const HANDLE handle : tarntest::OpenHandles()) {
             DWORD flags = 0;
             GetHandleInformation(handle, &flags);
             if (before.count(handle) == 0 && (flags & HANDLE_FLAG_INHERIT) != 0) ++inherited;

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 #include "waiting/waiting.h"
 
@@ -21,40 +22,26 @@ constexpr std::size_t kMaxLiveBlocks = 24000;
 constexpr std::size_t kMaxAlignmentBySize = 16;
 constexpr int kUnusedByte = 0xFD;  // around a block; must still be there when it is freed
 constexpr int kFreshByte = 0xCD;   // in a new block
+constexpr std::size_t kNone = SIZE_MAX;
 
-enum class PageState : std::uint8_t { kUnused, kFirstOfBlock, kInsideBlock, kFreed };
+enum class PageState : std::uint8_t { kUnused, kLive, kFreed };
 
-/// What is known of a page. Only the first page of a span (the block's pages and one guard page) has it all.
+/// What is known of a page: the block of its span, which is the block's pages and one guard page.
 struct Page {
     PageState state;
-    std::uint32_t firstPage;  // index of the span's first page
-    std::uint32_t spanPages;
     std::size_t size;
     unsigned char* block;
+    unsigned char* data;  // the block's pages
 };
-
-struct Arena {
-    unsigned char* base;
-    Page* pages;
-    std::size_t pagesUsed;
-};
-
-/// Spans of freed blocks, oldest first, to be used again when the address space is spent.
-struct FreedSpan {
-    Arena* arena;
-    std::size_t firstPage;
-};
-constexpr std::size_t kMaxFreedSpans = kMaxArenas * kArenaPages / 2;
 
 // Static destructors allocate and free, too, when the threads are gone that may have been here.
 constinit waiting::Lock heapLock;
 
-Arena arenas[kMaxArenas];
+unsigned char* arenas[kMaxArenas];  // pages are numbered through all of them
+Page pages[kMaxArenas * kArenaPages];
 std::size_t arenaCount = 0;
+std::size_t nextPage = 0;  // goes round, so that what was freed longest ago is used again first
 std::size_t liveBlocks = 0;
-FreedSpan* freedSpans = nullptr;
-std::size_t oldestFreed = 0;
-std::size_t freedCount = 0;
 bool guardsFront = false;
 
 [[noreturn]] void Die(const char* finding, const void* block) {
@@ -65,79 +52,41 @@ bool guardsFront = false;
     __builtin_trap();
 }
 
-void* Reserve(std::size_t bytes, DWORD more, DWORD protection) {
-    return VirtualAlloc(nullptr, bytes, MEM_RESERVE | more, protection);
-}
-
-void InitialiseOnce() {
-    if (freedSpans != nullptr) return;
+bool AddArena() {
+    if (arenaCount == kMaxArenas) return false;
+    void* const base = VirtualAlloc(nullptr, kArenaSize, MEM_RESERVE, PAGE_NOACCESS);
+    if (base == nullptr) return false;
     char value[2] = {};
     guardsFront = GetEnvironmentVariableA("TARN_GUARD_UNDER", value, sizeof value) == 1 && value[0] == '1';
-    freedSpans =
-        static_cast<FreedSpan*>(Reserve(kMaxFreedSpans * sizeof(FreedSpan), MEM_COMMIT, PAGE_READWRITE));
-    if (freedSpans == nullptr) Die("no memory for the heap's own tables", nullptr);
-}
-
-Arena* AddArena() {
-    if (arenaCount == kMaxArenas) return nullptr;
-    Arena& arena = arenas[arenaCount];
-    arena.base = static_cast<unsigned char*>(Reserve(kArenaSize, 0, PAGE_NOACCESS));
-    arena.pages = static_cast<Page*>(Reserve(kArenaPages * sizeof(Page), MEM_COMMIT, PAGE_READWRITE));
-    if (arena.base == nullptr || arena.pages == nullptr) {
-        if (arena.base != nullptr) VirtualFree(arena.base, 0, MEM_RELEASE);
-        return nullptr;
-    }
-    ++arenaCount;
-    return &arena;
-}
-
-Arena* ArenaOf(const void* address) {
-    for (Arena* arena = arenas; arena != arenas + arenaCount; ++arena) {
-        const auto offset =
-            reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(arena->base);
-        if (offset < kArenaSize) return arena;
-    }
-    return nullptr;
-}
-
-/// A block's own pages: the span without its guard page.
-unsigned char* DataBegin(const Arena& arena, std::size_t firstPage) {
-    return arena.base + (firstPage + (guardsFront ? 1 : 0)) * kPageSize;
-}
-std::size_t DataSize(std::size_t spanPages) {
-    return (spanPages - 1) * kPageSize;
-}
-
-/// Takes the oldest freed span of exactly this size out of the ring.
-bool ReuseSpan(std::size_t spanPages, FreedSpan& found) {
-    for (std::size_t i = 0; i < freedCount; ++i) {
-        FreedSpan& candidate = freedSpans[(oldestFreed + i) % kMaxFreedSpans];
-        if (candidate.arena == nullptr || candidate.arena->pages[candidate.firstPage].spanPages != spanPages)
-            continue;
-        found = candidate;
-        candidate.arena = nullptr;
-        while (freedCount != 0 && freedSpans[oldestFreed].arena == nullptr) {
-            oldestFreed = (oldestFreed + 1) % kMaxFreedSpans;
-            --freedCount;
-        }
-        return true;
-    }
-    return false;
-}
-
-bool TakeSpan(std::size_t spanPages, FreedSpan& span) {
-    Arena* arena = arenaCount == 0 ? nullptr : &arenas[arenaCount - 1];
-    if (arena == nullptr || arena->pagesUsed + spanPages > kArenaPages) arena = AddArena();
-    if (arena == nullptr) return ReuseSpan(spanPages, span);
-    span = {arena, arena->pagesUsed};
-    arena->pagesUsed += spanPages;
+    arenas[arenaCount++] = static_cast<unsigned char*>(base);
     return true;
 }
 
-void RememberFreed(Arena* arena, std::size_t firstPage) {
-    if (freedCount == kMaxFreedSpans) return;
-    freedSpans[(oldestFreed + freedCount) % kMaxFreedSpans] = {arena, firstPage};
-    ++freedCount;
+/// The number of an address's page; kNone for those of other heaps.
+std::size_t PageOf(const void* address) {
+    for (std::size_t arena = 0; arena < arenaCount; ++arena) {
+        const auto offset =
+            reinterpret_cast<std::uintptr_t>(address) - reinterpret_cast<std::uintptr_t>(arenas[arena]);
+        if (offset < kArenaSize) return arena * kArenaPages + offset / kPageSize;
+    }
+    return kNone;
+}
+
+std::size_t DataSize(std::size_t size) {
+    return std::max<std::size_t>(1, (size + kPageSize - 1) / kPageSize) * kPageSize;
+}
+
+/// The first of so many pages in a row that no live block has; kNone when the address space is spent.
+std::size_t TakeSpan(std::size_t count) {
+    std::size_t found = 0;
+    for (std::size_t looked = 0; looked < std::size(pages) + count; ++looked) {
+        if (nextPage == arenaCount * kArenaPages && !AddArena()) nextPage = 0;
+        if (arenaCount == 0) return kNone;
+        if (nextPage % kArenaPages == 0) found = 0;  // arenas do not lie side by side
+        found = pages[nextPage++].state == PageState::kLive ? 0 : found + 1;
+        if (found == count) return nextPage - count;
+    }
+    return kNone;
 }
 
 std::size_t AlignmentFor(std::size_t size, std::size_t wanted) {
@@ -146,42 +95,30 @@ std::size_t AlignmentFor(std::size_t size, std::size_t wanted) {
     return lowestBit == 0 ? kMaxAlignmentBySize : std::min(lowestBit, kMaxAlignmentBySize);
 }
 
-unsigned char* PlaceBlock(unsigned char* data, std::size_t dataSize, std::size_t size,
-                          std::size_t alignment) {
-    if (guardsFront) return data;
-    return data + dataSize - (size + alignment - 1) / alignment * alignment;
-}
-
 /// Null when the address space is spent.
 void* AllocateGuarded(std::size_t size, std::size_t alignment) {
-    const std::size_t spanPages = std::max<std::size_t>(1, (size + kPageSize - 1) / kPageSize) + 1;
-    FreedSpan span{};
-    if (!TakeSpan(spanPages, span)) return nullptr;
-    unsigned char* const data = DataBegin(*span.arena, span.firstPage);
-    const std::size_t dataSize = DataSize(spanPages);
+    const std::size_t dataSize = DataSize(size);
+    const std::size_t count = dataSize / kPageSize + 1;
+    const std::size_t first = TakeSpan(count);
+    if (first == kNone) return nullptr;
+    unsigned char* const data =
+        arenas[first / kArenaPages] + (first % kArenaPages + (guardsFront ? 1 : 0)) * kPageSize;
     if (VirtualAlloc(data, dataSize, MEM_COMMIT, PAGE_READWRITE) == nullptr) return nullptr;
-
-    unsigned char* const block = PlaceBlock(data, dataSize, size, AlignmentFor(size, alignment));
+    const std::size_t step = AlignmentFor(size, alignment);
+    unsigned char* const block = guardsFront ? data : data + dataSize - (size + step - 1) / step * step;
     std::memset(data, kUnusedByte, dataSize);
     std::memset(block, kFreshByte, size);
-    Page* const first = &span.arena->pages[span.firstPage];
-    const auto firstPage = static_cast<std::uint32_t>(span.firstPage);
-    *first = {PageState::kFirstOfBlock, firstPage, static_cast<std::uint32_t>(spanPages), size, block};
-    for (std::size_t i = 1; i < spanPages; ++i)
-        first[i] = {PageState::kInsideBlock, firstPage, 0, 0, nullptr};
+    std::fill_n(pages + first, count, Page{PageState::kLive, size, block, data});
     ++liveBlocks;
     return block;
 }
 
-/// The record of a live block; ends the process for anything else.
-Page& RecordOf(const Arena& arena, const void* block) {
-    const auto offset = static_cast<const unsigned char*>(block) - arena.base;
-    const Page& page = arena.pages[static_cast<std::size_t>(offset) / kPageSize];
-    Page& record = arena.pages[page.firstPage];
-    if (record.state == PageState::kFreed) Die("second free of", block);
-    if (record.state != PageState::kFirstOfBlock || record.block != block)
+/// The page of a live block; ends the process for anything else.
+const Page& RequireBlock(std::size_t page, const void* block) {
+    if (pages[page].state == PageState::kFreed) Die("second free of", block);
+    if (pages[page].state != PageState::kLive || pages[page].block != block)
         Die("free of an address that is no block", block);
-    return record;
+    return pages[page];
 }
 
 void RequireUnused(const unsigned char* begin, const unsigned char* end, const char* finding,
@@ -190,16 +127,15 @@ void RequireUnused(const unsigned char* begin, const unsigned char* end, const c
         if (*begin != kUnusedByte) Die(finding, block);
 }
 
-void FreeGuarded(Arena& arena, void* block) {
-    Page& record = RecordOf(arena, block);
-    unsigned char* const data = DataBegin(arena, record.firstPage);
-    const std::size_t dataSize = DataSize(record.spanPages);
-    RequireUnused(data, record.block, "bytes were written before the block", block);
-    RequireUnused(record.block + record.size, data + dataSize, "bytes were written behind the block", block);
-    VirtualFree(data, dataSize, MEM_DECOMMIT);
-    record.state = PageState::kFreed;
+void FreeGuarded(std::size_t number, void* block) {
+    const Page page = RequireBlock(number, block);
+    const std::size_t dataSize = DataSize(page.size);
+    RequireUnused(page.data, page.block, "bytes were written before the block", block);
+    RequireUnused(page.block + page.size, page.data + dataSize, "bytes were written behind the block", block);
+    VirtualFree(page.data, dataSize, MEM_DECOMMIT);
+    const std::size_t first = PageOf(page.data) - (guardsFront ? 1 : 0);
+    std::fill_n(pages + first, dataSize / kPageSize + 1, Page{PageState::kFreed, 0, nullptr, nullptr});
     --liveBlocks;
-    RememberFreed(&arena, record.firstPage);
 }
 
 void* AllocateUnguarded(std::size_t bytes, std::size_t alignment) {
@@ -214,7 +150,6 @@ namespace tarntest {
 void* GuardAllocate(std::size_t bytes, std::size_t alignment) {
     if (alignment > kPageSize) Die("alignment of more than a page", nullptr);
     const waiting::Guard guard(heapLock);
-    InitialiseOnce();
     const bool isGuarded = bytes < kArenaSize - kPageSize && liveBlocks < kMaxLiveBlocks;
     void* const block = isGuarded ? AllocateGuarded(bytes, alignment) : nullptr;
     return block != nullptr ? block : AllocateUnguarded(bytes, alignment);
@@ -224,9 +159,9 @@ void* GuardReallocate(void* block, std::size_t bytes) {
     std::size_t oldSize = 0;
     {
         const waiting::Guard guard(heapLock);
-        const Arena* arena = ArenaOf(block);
-        if (arena == nullptr) return std::realloc(block, bytes);
-        oldSize = RecordOf(*arena, block).size;
+        const std::size_t page = PageOf(block);
+        if (page == kNone) return std::realloc(block, bytes);
+        oldSize = RequireBlock(page, block).size;
     }
     void* const moved = GuardAllocate(bytes);
     if (moved == nullptr) return nullptr;
@@ -238,8 +173,9 @@ void* GuardReallocate(void* block, std::size_t bytes) {
 void GuardFree(void* block) {
     if (block == nullptr) return;
     const waiting::Guard guard(heapLock);
-    if (Arena* arena = ArenaOf(block))
-        FreeGuarded(*arena, block);
+    const std::size_t page = PageOf(block);
+    if (page != kNone)
+        FreeGuarded(page, block);
     else
         std::free(block);
 }

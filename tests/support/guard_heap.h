@@ -8,8 +8,8 @@
 /// printed after "GUARD:" and ends the process.
 ///
 /// A block ends exactly at the guard when its alignment allows it; the alignment is the lowest set bit of the
-/// size, 16 at most. Above 24,000 live blocks, for blocks of 32 MiB and more, and where 1.5 GiB of addresses
-/// are spent and no freed block of the size is left to use again, the C heap serves: unguarded.
+/// size, 16 at most. Freed addresses are used again when 1.5 GiB are spent. Above 24,000 live blocks, for blocks
+/// of 32 MiB and more, and where no addresses are left the C heap serves: unguarded.
 ///
 /// TARN_GUARD_UNDER=1 in the environment guards the front of blocks instead of their end.
 namespace tarntest {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -46,14 +46,13 @@ class Logging : public testing::Test {
                       fs::copy_options::overwrite_existing);
         return " -loggingPluginDir \"" + folder_.string() + "\"";
     }
-    /// Stops and returns the log.
-    std::string stopAndRead() {
-        const std::string path = SLogger::GetLogFile().getString();
+    /// Stops, takes the log away and returns its lines.
+    std::vector<std::string> stopAndRead() {
+        const fs::path path = SLogger::GetLogFile().getString();
         stop();
-        std::string log;
-        for (const std::string& line : Lines(path)) log += line + "\n";
+        const std::vector<std::string> lines = Lines(path);
         fs::remove(path);
-        return log;
+        return lines;
     }
     void stop() {
         SLogger::Terminate();
@@ -64,6 +63,11 @@ class Logging : public testing::Test {
         std::ifstream log(file);
         for (std::string line; std::getline(log, line);) lines.push_back(line);
         return lines;
+    }
+    static int CountWith(const std::vector<std::string>& lines, const std::string& text) {
+        return static_cast<int>(std::count_if(lines.begin(), lines.end(), [&](const std::string& line) {
+            return line.find(text) != line.npos;
+        }));
     }
     static bool WaitFor(int seconds, bool (*holds)()) {
         for (int i = 0; i < seconds * 20; ++i) {
@@ -132,11 +136,7 @@ TEST_F(Logging, CarriesTheContextOfARequest) {
     SLogger::BeforeOutgoingCall("", sent);
     SLogger::AfterOutgoingCallNoResponse();
     EXPECT_NE(sent.find("ActionID="), sent.end());
-    const std::string path = SLogger::GetLogFile().getString();
-    stop();
-    int inContext = 0;
-    for (const std::string& line : Lines(path)) inContext += line.find("ActionID=A") != line.npos ? 1 : 0;
-    EXPECT_GE(inContext, 3);
+    EXPECT_GE(CountWith(stopAndRead(), "ActionID=A"), 3);
 }
 
 TEST_F(Logging, StructuredEntriesReachTheLogAndThePlugIns) {
@@ -145,9 +145,7 @@ TEST_F(Logging, StructuredEntriesReachTheLogAndThePlugIns) {
     start("-trace m -sampleJournal \"" + journal.string() + "\"" + plugin("log_xn_sample.dll"));
     SLog(loglevel_warning, logcategory_network, 4711, "a", nullptr, "b\nc");
     SLog(loglevel_error, static_cast<logcategory>(32), 1, "beyond the plug-in's categories");
-    const std::string path = SLogger::GetLogFile().getString();
-    stop();
-    const std::vector<std::string> lines = Lines(path);
+    const std::vector<std::string> lines = stopAndRead();
     ASSERT_EQ(lines.size(), 4U);  // the failure, what follows from it, and two entries
     EXPECT_NE(lines[1].find("log_xn_broken.dll is not used: "), std::string::npos) << lines[1];
     EXPECT_NE(lines[2].find(" slogger Log: level=1 cat=2 msg=4711 p=a p=b\\nc"), std::string::npos)
@@ -171,24 +169,23 @@ TEST_F(Logging, SurvivesHostilePlugIns) {
         const char* behaviour;
         const char* inLog;
     } cases[] = {
-        {"of-another-time", "is not used: it was built for version 2 of the interface\n"},
-        {"throws-at-start", "log_xn_hostile.dll is not used: its function Initialize threw: not today\n"},
-        {"throws-when-asked",
-         "log_xn_hostile.dll is not used: its function GetParam threw: std::bad_alloc\n"},
-        {"throws", "log_xn_hostile.dll is not used: its function Trace threw: broken\n"},
-        {"throws-at-end", "log_xn_hostile.dll threw at its end: an exception of an unknown type\n"},
-        {"logs", "p=from within\n"},
-        {"waits-at-end", "p=entry\n"},
+        {"of-another-time", "is not used: it was built for version 2 of the interface"},
+        {"throws-at-start", "log_xn_hostile.dll is not used: its function Initialize threw: not today"},
+        {"throws-when-asked", "log_xn_hostile.dll is not used: its function GetParam threw: std::bad_alloc"},
+        {"throws", "log_xn_hostile.dll is not used: its function Trace threw: broken"},
+        {"throws-at-end", "log_xn_hostile.dll threw at its end: an exception of an unknown type"},
+        {"logs", "p=from within"},
+        {"waits-at-end", "p=entry"},
         {"restarts", "(!isChanging : no message)."},
     };
     for (const auto& c : cases) {
         SEnvironment::Set("TARN_HOSTILE", c.behaviour);
         start("-trace m" + plugin("log_xn_hostile.dll"));
         for (int i = 0; i < 3; ++i) SLog(loglevel_error, logcategory_general, 1, "entry");
-        const std::string log = stopAndRead();
-        EXPECT_NE(log.find(c.inLog), log.npos) << c.behaviour << "\n" << log;
-        EXPECT_EQ(log.find(c.inLog) == log.rfind(c.inLog), std::string(c.inLog).find("p=") != 0)
-            << c.behaviour;
+        const std::vector<std::string> log = stopAndRead();
+        const bool isOfEntries = std::string(c.inLog).starts_with("p=");
+        const int found = CountWith(log, c.inLog);
+        EXPECT_TRUE(isOfEntries ? found > 1 : found == 1) << c.behaviour << testing::PrintToString(log);
         EXPECT_EQ(GetModuleHandleW(L"log_xn_hostile.dll"), nullptr) << c.behaviour;
     }
 }
@@ -231,15 +228,13 @@ TEST_F(Logging, TakesUpAChangedIniFile) {
     fs::remove(folder_ / "trace.ini");
     EXPECT_TRUE(WaitFor(60, [] { return !SLogger::ShouldTrace(4, "f.cpp"); }));
     EXPECT_TRUE(SLogger::ShouldTrace(8, "g.cpp"));
-    const std::string path = SLogger::GetLogFile().getString();
-    stop();
     const char* const expected[] = {
         // each said once
         "Invalid argument perhaps provided to keep",       "Using ByFileLine predicate:\\n  f.cpp",
         "Invalid argument x provided to maxLogFileSize",   "the option tracecmpname is not taken from there",
         "the option nativeassert is not taken from there", "the option noassert is not taken from there",
         "the option nevertrace is not taken from there"};
-    const std::vector<std::string> lines = Lines(path);
+    const std::vector<std::string> lines = stopAndRead();
     ASSERT_EQ(lines.size(), std::size(expected)) << testing::PrintToString(lines);
     for (std::size_t i = 0; i < lines.size(); ++i)
         EXPECT_NE(lines[i].find(expected[i]), std::string::npos) << lines[i];

@@ -10,9 +10,11 @@
 #include <tlhelp32.h>
 
 #include "support/file_bytes.h"
+#include "support/open_handles.h"
 #include "tarnlib/configfilereader.h"
 
 using namespace TarnLibA500;
+using tarntest::OpenHandles;
 
 namespace {
 
@@ -37,17 +39,6 @@ int Threads() {
         threads += entry.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
     CloseHandle(snapshot);
     return threads;
-}
-
-// Wine counts no handles (GetProcessHandleCount says 0), so every value that may be one is tried.
-int Handles() {
-    constexpr std::uintptr_t kMostTried = 0x4000;
-    int count = 0;
-    for (std::uintptr_t value = 4; value < kMostTried; value += 4) {
-        DWORD flags = 0;
-        count += GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags) ? 1 : 0;
-    }
-    return count;
 }
 
 void LoadAndUnload(bool terminate) {
@@ -81,7 +72,7 @@ TEST(Unloading, TheXmlParserGoesToo) {
     const std::filesystem::path folder = tarntest::MakeScratchFolder("unloading");
     tarntest::WriteBytes(folder / "landscape", "<Landscape/>");
     const SAnsiString path = tarntest::Text(folder / "landscape");
-    int handles = 0;
+    std::size_t handles = 0;
     for (int round = 0; round < 10; ++round) {
         const HMODULE module = LoadLibraryW(kDll);
         for (const SAnsiString& file : {path, SAnsiString("none"), path}) {
@@ -90,9 +81,9 @@ TEST(Unloading, TheXmlParserGoesToo) {
         }
         FreeLibrary(module);
         EXPECT_EQ(GetModuleHandleW(kDll), nullptr);
-        if (round == 0) handles = Handles();
+        if (round == 0) handles = OpenHandles().size();
     }
-    EXPECT_LE(Handles(), handles + 3);  // the system may have opened some of its own
+    EXPECT_LE(OpenHandles().size(), handles + 3);  // the system may have opened some of its own
     std::filesystem::remove_all(folder);
 }
 
@@ -112,10 +103,10 @@ TEST(Unloading, LeavesNothingBehind) {
         SetEnvironmentVariableW(L"ZQE_LOGGER_ENVIRONMENT", c.options);
         LoadAndUnload(c.terminate);
         const int threads = Threads();
-        const int handles = Handles();
+        const std::size_t handles = OpenHandles().size();
         for (int i = 0; i < kRounds; ++i) LoadAndUnload(c.terminate);
         EXPECT_LE(Threads(), threads);
-        EXPECT_LE(Handles(), handles + 3);  // the system may have opened some of its own
+        EXPECT_LE(OpenHandles().size(), handles + 3);  // the system may have opened some of its own
         EXPECT_EQ(GetModuleHandleW(kDll) != nullptr, c.staysLoaded);
     }
 }
