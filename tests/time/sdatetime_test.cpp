@@ -93,18 +93,6 @@ TEST(Time, WrapsAtMidnightAndComparesWhatClocksShow) {
     EXPECT_TRUE(recorder.sawLast("stime", "IsValid()"));
 }
 
-TEST(Time, ReportsTimesThatDoNotExist) {
-    constexpr unsigned char kCases[][3] = {{24, 0, 0}, {23, 60, 0}, {23, 59, 60}};
-    for (const auto& c : kCases) {
-        tarntest::AssertRecorder recorder;
-        STime time;
-        EXPECT_FALSE(time.Set(c[0], c[1], c[2], 0, utc));
-        EXPECT_TRUE(recorder.sawLast("stime", "false"));
-        EXPECT_EQ(time.GetHour(utc) + time.GetTotalMilliseconds(), 0);
-        EXPECT_TRUE(recorder.sawLast("stime", "IsValid()"));
-    }
-}
-
 TEST(DateTime, CarriesBetweenDateAndTime) {
     const SDateTime newYear(2025, 1, 1, 2, 0, 0, 7, east);
     EXPECT_EQ(newYear, SDateTime(SDate(2024, 12, 31), STime(20, 30, 0, 7, utc)));
@@ -118,16 +106,16 @@ TEST(DateTime, CarriesBetweenDateAndTime) {
 }
 
 TEST(DateTime, CountsFromOneInstantToAnother) {
+    for (const auto& fields : tarntest::ReadCases("time/date_sums.txt")) {
+        const SDateTime from = At(fields[0].c_str()), to = At(fields[2].c_str());
+        const auto span = STimeSpan::FromMilliseconds(std::stoll(fields[1]));
+        EXPECT_TRUE(from + span == to && to - span == from && to - from == span) << fields[0];
+        EXPECT_TRUE(span < STimeSpan() ? to < from : from < to) << fields[0];
+    }
     const SDateTime leapDay = At("2024-02-29T23:59:59.999");
-    EXPECT_EQ(leapDay + STimeSpan(0, 0, 0, 0, 1), At("2024-03-01"));
-    EXPECT_EQ(leapDay - STimeSpan(366, 0, 0, 0, 0), At("2023-02-28T23:59:59.999"));
-    EXPECT_EQ(At("1582-10-04T12:00") + STimeSpan(0, 24, 0, 0, 0), At("1582-10-15T12:00"));
-    EXPECT_EQ((At("2024-03-01") - leapDay).GetTotalMilliseconds(), 1);
-    EXPECT_EQ((At("0001-01-01") - At("9999-12-31")).GetDays(), -3652060);
     const auto longest = STimeSpan::FromMilliseconds(std::numeric_limits<long long>::min());
     EXPECT_FALSE((leapDay + longest).IsValid() || (leapDay - longest).IsValid());
     EXPECT_TRUE(longest + longest == longest && longest.GetDays() == -2147483647 - 1);
-    EXPECT_TRUE(At("2024-01-01T23:00") < At("2024-01-02T01:00") && At("2024-01-02T01:00") > At("2024-01-02"));
     EXPECT_TRUE(SDateTime() < At("0001-01-01") && SDateTime() == SDateTime());
 }
 
@@ -176,8 +164,11 @@ TEST(DateTime, RefusesPartsThatDoNotExist) {
     EXPECT_EQ(recorder.count(), 0U);
     EXPECT_FALSE(SDateTime(-1LL, utc).IsValid());
     EXPECT_TRUE(recorder.sawLast("stime", "time_t is invalid"));
-    EXPECT_FALSE(SDateTime(2024, 2, 29, 24, 0, 0, 0, utc).IsValid());
+    const SDateTime none[] = {
+        {2024, 2, 29, 24, 0, 0, 0, utc}, {2024, 2, 29, 23, 60, 0, 0, utc}, {2024, 2, 29, 23, 59, 60, 0, utc}};
+    EXPECT_EQ(recorder.count(), std::size(none));
     EXPECT_TRUE(recorder.sawLast("stime", "false"));
+    for (const SDateTime& value : none) EXPECT_FALSE(value.IsValid());
     EXPECT_FALSE(SDateTime(static_cast<const struct tm*>(nullptr), utc).IsValid());
     EXPECT_FALSE(SDateTime(static_cast<const SYSTEMTIME*>(nullptr), utc).IsValid());
     EXPECT_EQ(recorder.count(), 2U);
