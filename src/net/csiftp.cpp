@@ -117,7 +117,10 @@ int CSIftp::command(const char* word, const SAnsiString* argument, SAnsiString& 
     const char* const bytes = argument != nullptr ? argument->getString() : nullptr;
     const unsigned count = argument != nullptr ? argument->getLength() : 0;
     if (wasConnected && SendControlMsg(word, bytes, count)) return GetReply(reply);
-    const SAnsiString reason = wasConnected ? CSISocket::getLastErrorStr() : SAnsiString("no connection");
+    failToSend(word, wasConnected ? CSISocket::getLastErrorStr() : SAnsiString("no connection"));
+}
+
+void CSIftp::failToSend(const char* word, const SAnsiString& reason) const {
     fail(CSIftpException::controlConnectionError, kCommandNotSent, word + (": " + reason));
 }
 

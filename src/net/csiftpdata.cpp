@@ -297,6 +297,7 @@ bool CSIftp::PutFile(const SAnsiString& local, const SAnsiString& remote) {
         TARN_TRACE_AT(levels::kFailure, kUnit, "%1 is not sent: %2", local, failure.toString());
         return false;
     }
+    if (!connected_) failToSend(CTRL_FTP_PUT, "no connection");
     try {
         if (isPassive_) {
             openPassively();

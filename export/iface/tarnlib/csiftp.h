@@ -150,6 +150,7 @@ class TARN_API CSIftp {
 
   private:
     int command(const char* word, const SAnsiString* argument, SAnsiString& reply);
+    [[noreturn]] void failToSend(const char* word, const SAnsiString& reason) const;
     bool isDone(const char* word, const SAnsiString* argument, int code, int otherCode = 0);
     int sendPassword(const SAnsiString& password, const SAnsiString& account, SAnsiString& reply);
     bool changesTo(const SAnsiString& directory, const SAnsiString& back, bool& exists);
