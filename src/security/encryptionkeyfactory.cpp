@@ -18,10 +18,12 @@ constexpr unsigned kLength = sizeof kMask;
 
 SAnsiString EncryptionKeyFactory::makeStringKey() {
     SAnsiString text;
-    text.setSize(kLength);                             // at once, so that no beginning is left anywhere
-    const volatile unsigned char* const mask = kMask;  // the compiler must not put the text together
-    for (unsigned i = 0; i < kLength; ++i)
-        text.concat(static_cast<char>((i % 2 == 0 ? kEven : kOdd)[i / 2] ^ mask[i]));
+    text.setSize(kLength);                       // at once, so that no beginning is left anywhere
+    const volatile unsigned char* mask = kMask;  // the compiler must not put the text together
+    for (unsigned pair = 0; pair < kLength / 2; ++pair) {
+        text.concat(static_cast<char>(kEven[pair] ^ *mask++));
+        text.concat(static_cast<char>(kOdd[pair] ^ *mask++));
+    }
     return text;
 }
 
