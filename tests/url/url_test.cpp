@@ -33,8 +33,8 @@ SAnsiString Narrow(const SWCharString& wide) {
     return utf8;
 }
 
-Codeset CodesetOf(const SAnsiString& number) {
-    return static_cast<Codeset>(number.getString()[0] - '0');
+Codeset CodesetOf(const SAnsiString& number) {  // 7: an enumeration of 0 to 5 holds no more
+    return static_cast<Codeset>((number.getString()[0] - '0') & 7);
 }
 
 SAnsiString Appended(void (*append)(SAsciiString&, const SWCharString&),
