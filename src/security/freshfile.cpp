@@ -1,5 +1,6 @@
 #include "security/freshfile.h"
 
+#include "files/osfiles.h"
 #include "files/systempath.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
@@ -17,13 +18,15 @@ SAnsiString DirectoryOf(const SAnsiString& file) {
 
 FreshFile::FreshFile(const SAnsiString& target)
     : target_(target),
-      path_(SFileSys::getUniqueFilename(DirectoryOf(target), "~", ".tmp", true, SFile::defaultPermissions)) {}
+      path_(SFileSys::getUniqueFilename(DirectoryOf(target), "~", ".tmp", true, SFile::defaultPermissions)),
+      systemPath_(LongSystemPath(path_)) {}
 
 FreshFile::~FreshFile() {
     if (path_.isEmpty()) return;
     try {
         SFileSys::remove(path_);
-    } catch (...) {  // traced where it failed
+    } catch (...) {  // traced where it failed; if only memory was lacking, this needs none
+        osfiles::Remove(systemPath_.getString());
     }
 }
 

@@ -21,6 +21,7 @@ class FreshFile {
   private:
     SAnsiString target_;
     SAnsiString path_;  ///< empty when there is no such file any more
+    SWCharString systemPath_;
 };
 
 }  // namespace TarnLibA500
