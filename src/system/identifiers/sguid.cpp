@@ -40,6 +40,7 @@ osguid::Generator SystemGenerator() {
             known.store(reinterpret_cast<osguid::Generator>(ole.Resolve("CoCreateGuid")),
                         std::memory_order_release);
         } catch (const CSharedLibraryException&) {  // traced where it failed
+            return nullptr;
         }
     }
     return known.load(std::memory_order_relaxed);

@@ -57,7 +57,7 @@ class Client : public CSIftp {
   protected:
     int SendDataMsg(const char* data, unsigned count) override {
         const int sent = CSIftp::SendDataMsg(data, count);
-        if (sent > 0) progress_->show(done_ += static_cast<unsigned>(sent));
+        if (sent > 0 && progress_) progress_->show(done_ += static_cast<unsigned>(sent));
         return sent;
     }
 
