@@ -8,7 +8,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 
 declare -A packages=(
     [build]="cmake ninja-build g++-mingw-w64-i686-posix libz-mingw-w64-dev wine wine32:i386 dpkg-dev"
-    [test]="curl googletest iproute2 locales nodejs python3 tzdata"
+    [test]="curl googletest iproute2 locales nodejs openssl python3 tzdata"
     [sdk]="python3"
     [bench]="libfmt-dev libspdlog-dev libutfcpp-dev libboost-dev dpkg-dev python3 gcc libc6-dev make tcl"
     [check]="clang-format-14 python3 git"
