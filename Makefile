@@ -24,7 +24,7 @@ define run-ctest
 endef
 
 help:
-	@echo "make run         build the library and convert the texts of examples/texts with it"
+	@echo "make run         build the library and convert the texts of examples/texts with it; SERVERS=1 adds an upload"
 	@echo "make test        build and run all tests"
 	@echo "make checked     the same tests with traps, library assertions and a guarded heap"
 	@echo "make soak        network sessions cut short at every single byte, and files over 4 GiB (15 GB of disk)"
@@ -39,10 +39,13 @@ help:
 	@echo "make exports     write docs/exports.txt anew"
 	@echo "make clean       remove build"
 
+run: with_servers := $(filter-out 0 no,$(SERVERS))
 run:
-	@$(STEP) "packages" deps-run deps/install.sh build
+	@$(STEP) "packages" deps-run deps/install.sh build $(if $(with_servers),servers)
+	@$(if $(with_servers),$(STEP) "servers" deps-peers deps/peers.sh)
 	@$(call configure-and-build,release,tarn)
 	@$(WINE) scripts/run-demo.sh build/release
+	@$(if $(with_servers),$(WINE) scripts/show-upload.py build/release)
 
 test:
 	@$(STEP) "packages" deps-test deps/install.sh build test

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs the Debian packages that are missing for the named purposes. With everything there it takes milliseconds.
 #
-#   deps/install.sh PURPOSE...      PURPOSE: build test sdk bench check tidy coverage
+#   deps/install.sh PURPOSE...      PURPOSE: build test servers sdk bench check tidy coverage
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 . "$here/apt.sh"
@@ -9,6 +9,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 declare -A packages=(
     [build]="cmake ninja-build g++-mingw-w64-i686-posix libz-mingw-w64-dev wine wine32:i386 dpkg-dev"
     [test]="curl googletest iproute2 locales nodejs openssl python3 tzdata"
+    [servers]="iproute2 python3"
     [sdk]="python3"
     [bench]="libfmt-dev libspdlog-dev libutfcpp-dev libboost-dev dpkg-dev python3 gcc libc6-dev make tcl"
     [check]="clang-format-14 python3 git"
