@@ -6,9 +6,8 @@ import socket
 import struct
 import time
 
-from case import fill, pieces
+from case import PATIENCE, fill, pieces
 
-PATIENCE = 20  # seconds for the next bytes or connection of a client
 NAMES = {"any": rb"([^\r\n]*)", "data": rb"(\d+)", "hi": rb"(\d+)", "lo": rb"(\d+)"}
 WRAPS = {}  # kind: function that takes a connected socket and gives one with the same calls; for the step "wrap KIND"
 
@@ -184,6 +183,13 @@ class Player:
         self.link(name).expect_end(is_reset_right)
         self.links.pop(name).socket.close()
 
+    def await_reset(self, name):
+        errors = select.poll()
+        errors.register(self.link(name).socket, 0)
+        if not errors.poll(PATIENCE * 1000):
+            raise Mismatch(f"no reset by the client in {PATIENCE} s")
+        self.reset(name)
+
     def listen(self, name, address):
         listener = bind_to(address or self.values["host"])
         listener.listen(4)
@@ -221,6 +227,7 @@ STEPS = {
     "pause": lambda player, name, text: time.sleep(float(text)),
     "end": lambda player, name, text: player.expect_end(name, False),
     "gone": lambda player, name, text: player.expect_end(name, True),
+    "broken": lambda player, name, text: player.await_reset(name),
     "fin": lambda player, name, text: player.finish(name),
     "reset": lambda player, name, text: player.reset(name),
     "shut": lambda player, name, text: player.link(name).socket.shutdown(socket.SHUT_WR),

@@ -7,11 +7,10 @@ import subprocess
 import threading
 import time
 
-from case import fill
+from case import PATIENCE, fill
 from dialogue import bind_to
 
 HERE = pathlib.Path(__file__).resolve().parent
-PATIENCE = 20  # seconds for a greeting
 COMMANDS = {
     "proftpd": "exec {packages}/usr/sbin/proftpd -n -q -c {folder}/conf",
     "vsftpd": "mount --bind {folder}/pam.d /etc/pam.d && exec {packages}/usr/sbin/vsftpd {folder}/conf",
