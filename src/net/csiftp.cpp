@@ -84,28 +84,35 @@ bool CSIftp::SendControlMsg(const char* command, const char* argument, unsigned 
     const dialogue::CommandLine line(command, argument, argumentBytes);
     TARN_TRACE_AT(levels::kDetail, kUnit, "Command: %1", line.shown());
     if (SendAll(control_, line.bytes(), line.size(), timeout_)) return true;
-    TraceSocketFailure(kUnit, "the command %1 cannot be sent: %2", command, CSISocket::getLastErrorStr());
     closeControl();  // a part of the line may have gone out
+    TraceSocketFailure(kUnit, "the command %1 cannot be sent: %2", command, CSISocket::getLastErrorStr());
     return false;
 }
 
 int CSIftp::GetReply(SAnsiString& text) {
     dialogue::Reply reply;
+    dialogue::Outcome outcome = dialogue::Outcome::Failed;
     WSASetLastError(0);
     lines_->beginReply();
-    const dialogue::Outcome outcome = dialogue::ReadReply(*lines_, reply);
-    const SAnsiString reason =
-        CSISocket::getLastError() != 0 ? CSISocket::getLastErrorStr() : SAnsiString("it is too long");
+    try {
+        outcome = dialogue::ReadReply(*lines_, reply);
+    } catch (...) {
+        closeControl();
+        throw;
+    }
+    // What comes later would be taken for the reply to the next command.
+    if (outcome != dialogue::Outcome::Whole || reply.code == kServiceCloses) closeControl();
+    const int error = CSISocket::getLastError();
     text = reply.text.isEmpty() && outcome != dialogue::Outcome::Whole
                ? SAnsiString("Failed to get replay from ftp server")
                : reply.text;
     TARN_TRACE_AT(outcome == dialogue::Outcome::Whole ? levels::kDetail : levels::kFailure, kUnit,
                   "Reply: %1", text);
-    // What comes later would be taken for the reply to the next command.
-    if (outcome != dialogue::Outcome::Whole || reply.code == kServiceCloses) closeControl();
     if (outcome == dialogue::Outcome::Failed) {
+        WSASetLastError(error);
         fail(CSIftpException::controlConnectionError, kConnectionFailed,
-             "Failed to read reply from control connection: " + reason);
+             "Failed to read reply from control connection: " +
+                 (error != 0 ? CSISocket::getLastErrorStr() : SAnsiString("it is too long")));
     }
     return reply.code;
 }
@@ -246,9 +253,11 @@ bool CSIftp::ChangeToParentDir() {
 
 SAnsiString CSIftp::GetWorkingDir() {
     SAnsiString reply;
-    if (command(CTRL_FTP_PWD, nullptr, reply) == kPathCreated) return Quoted(reply);
+    SAnsiString directory;
+    if (command(CTRL_FTP_PWD, nullptr, reply) == kPathCreated) directory = Quoted(reply);
+    if (!directory.isEmpty()) return directory;
     TARN_TRACE_AT(levels::kFailure, kUnit, "the server does not tell its working directory: %1", reply);
-    return SAnsiString();
+    return directory;
 }
 
 bool CSIftp::CreateDir(const SAnsiString& directory) {

@@ -1,7 +1,6 @@
 // The data connection: who opens it, and what goes over it.
 #include <algorithm>
 #include <utility>
-#include <vector>
 
 #include "diag/assert/require.h"
 #include "net/dialogue.h"
@@ -13,6 +12,7 @@
 #include "tarnlib/csiftp.h"
 #include "tarnlib/csisocket.h"
 #include "tarnlib/sfile.h"
+#include "tarnlib/simplebuffer.h"
 
 namespace TarnLibA500 {
 namespace {
@@ -26,7 +26,7 @@ constexpr unsigned kBlockBytes = 256 * 1024;
 constexpr const char* kExtendedPort = "|2|%s|%d";
 constexpr const char* kExtendedPortWithBar = "|2|%s|%d|";
 
-/// The last error of a socket that could not be connected in time.
+/// Connects a socket that does not block. False when it is refused or takes too long: the last socket error says why.
 bool ConnectWithin(unsigned s, const sockaddr* address, unsigned seconds) {
     if (ossockets::Connect(s, address, CSISocket::getSize(address)) == 0) return true;
     if (!IsToBeAskedAgain(ossockets::LastError())) return false;
@@ -37,7 +37,8 @@ bool ConnectWithin(unsigned s, const sockaddr* address, unsigned seconds) {
     const timeval limit = {static_cast<long>(std::min<unsigned>(seconds, MAXLONG)), 0};
     const int ready = ossockets::Select(0, nullptr, &connected, &refused, &limit);
     if (ready == 0) WSASetLastError(WSAETIMEDOUT);
-    return ready > 0 && connected.fd_count == 1;
+    if (ready > 0 && refused.fd_count == 1) WSASetLastError(ossockets::ErrorOf(s));
+    return ready > 0 && refused.fd_count == 0;
 }
 
 /// Text as it is sent: every line ends with CR LF. Blocks may part them.
@@ -57,6 +58,10 @@ class TextLines {
   private:
     bool isAfterReturn_ = false;
 };
+
+char* RoomIn(SSimpleBuffer& buffer, unsigned bytes) {
+    return reinterpret_cast<char*>(buffer.getBuffer(bytes));
+}
 
 /// The bytes of an address for PORT: "127,0,0,1,25,46".
 SAnsiString PortArgument(const sockaddr_storage& address) {
@@ -175,10 +180,7 @@ int CSIftp::AcceptConnection() {
                  AcceptFrom(server, listening_, data_) && !deadline.isOver();
     }
     const ossockets::Socket listening(std::exchange(listening_, CSISocket::kInvalid));
-    if (data_ == CSISocket::kInvalid) {
-        closeControl();  // the server's word about it would be taken for the next reply
-        requireStep(false, "Failed to accept a data connection from the ftp server");
-    }
+    requireStep(data_ != CSISocket::kInvalid, "Failed to accept a data connection from the ftp server");
     return static_cast<int>(data_);
 }
 
@@ -239,18 +241,19 @@ void CSIftp::breakDataConnection() {
 
 /// Sends the file in blocks; false, and traced, when that breaks off.
 bool CSIftp::sendFile(SFile& file, const SAnsiString& remote) try {
-    std::vector<char> block(kBlockBytes);
-    std::vector<char> text(type_ == ascii ? 2 * kBlockBytes : 0);
+    SSimpleBuffer block, text;
+    char* const room = RoomIn(block, kBlockBytes);
+    char* const converted = type_ == ascii ? RoomIn(text, 2 * kBlockBytes) : nullptr;
     TextLines lines;
     long long sent = 0;
     for (;;) {
-        const int read = file.read(block.data(), kBlockBytes);
+        const int read = file.read(room, kBlockBytes);
         if (read <= 0) break;
-        const char* bytes = block.data();
+        const char* bytes = room;
         auto count = static_cast<unsigned>(read);
         if (type_ == ascii) {
-            count = lines.convert(bytes, count, text.data());
-            bytes = text.data();
+            count = lines.convert(bytes, count, converted);
+            bytes = converted;
         }
         if (SendDataMsg(bytes, count) < 0) return false;
         sent += count;
@@ -262,8 +265,20 @@ bool CSIftp::sendFile(SFile& file, const SAnsiString& remote) try {
     return false;
 }
 
-/// From the data connection on, which is open when this fails.
-bool CSIftp::put(SFile& file, const SAnsiString& remote) {
+/// Everything over the data connection, and closes it.
+bool CSIftp::transfer(SFile& file, const SAnsiString& remote) {
+    const bool isOpen = isPassive_ || Require(AcceptConnection() > 0, kUnit, "AcceptConnection() > 0");
+    const bool isSent = isOpen && sendFile(file, remote);
+    if (isSent) {
+        CloseDataConnection();
+    } else {
+        breakDataConnection();
+    }
+    return isSent;
+}
+
+/// From the data connection on, which may be open when this says no.
+bool CSIftp::put(SFile& file, const SAnsiString& remote) try {
     constexpr int kAlreadyOpen = 125;
     constexpr int kAboutToOpen = 150;
     constexpr int kStored = 226;
@@ -274,17 +289,14 @@ bool CSIftp::put(SFile& file, const SAnsiString& remote) {
         TARN_TRACE_AT(levels::kFailure, kUnit, "%1 is refused: %2", remote, reply);
         return false;
     }
-    if (!isPassive_ && !Require(AcceptConnection() > 0, kUnit, "AcceptConnection() > 0")) return false;
-    const bool isSent = sendFile(file, remote);
-    if (isSent) {
-        CloseDataConnection();
-    } else {
-        breakDataConnection();
-    }
+    const bool isSent = transfer(file, remote);
     const int last = GetReply(reply);
     if (isSent && (last == kStored || last == kDone)) return true;
     TARN_TRACE_AT(levels::kFailure, kUnit, "%1 is not stored: %2", remote, reply);
     return false;
+} catch (...) {
+    closeControl();  // the server's word about the file would be taken for the next reply
+    throw;
 }
 
 bool CSIftp::PutFile(const SAnsiString& local, const SAnsiString& remote) {

@@ -22,6 +22,11 @@ struct Pending {
     CSISocket::Address address;
 };
 
+void TraceNoAnswer(const CSISocket::ServerToPing& server, const CSISocket::Address& address, int error) {
+    TraceSocketFailure(kUnit, "CSISocket::ping - %1 at %2 does not answer: WSA%3", server.getAnsiHost(),
+                       address.toString(), error);
+}
+
 /// Of an address that is not connected at once.
 bool IsOnItsWay(int error) {
     return error == WSAEWOULDBLOCK || error == WSAEINPROGRESS;
@@ -81,8 +86,7 @@ void Round::start(CSISocket::ServerToPing& server, const CSISocket::Address& add
     } else if (IsOnItsWay(error)) {
         pending_.push_back({std::move(socket), &server, address});
     } else {
-        TraceSocketFailure(kUnit, "CSISocket::ping - %1 at %2 does not answer: WSA%3", server.getAnsiHost(),
-                           address.toString(), error);
+        TraceNoAnswer(server, address, error);
     }
 }
 
@@ -104,7 +108,11 @@ bool Round::look(long long microseconds) {
     for (const Pending& entry : pending_) {
         if (isIn(connected, entry)) answers.emplace_back(entry.server, entry.address);
     }
-    std::erase_if(pending_, [&](const Pending& entry) { return isIn(refused, entry); });
+    std::erase_if(pending_, [&](const Pending& entry) {
+        if (!isIn(refused, entry)) return false;
+        TraceNoAnswer(*entry.server, entry.address, ossockets::ErrorOf(entry.socket.get()));
+        return true;
+    });
     for (const auto& [server, address] : answers) {
         if (!server->hasPingedAddress()) answered(*server, address);
     }

@@ -161,6 +161,7 @@ class TARN_API CSIftp {
     void offerPort(const sockaddr_storage& address);
     void openPassively();
     unsigned short askForPort(int family);
+    bool transfer(SFile& file, const SAnsiString& remote);
     bool put(SFile& file, const SAnsiString& remote);
     bool sendFile(SFile& file, const SAnsiString& remote);
     void breakDataConnection();
