@@ -27,8 +27,8 @@ constexpr const char* kHelp =
     "Manages files and directories on an FTP server, in this order:\n\n"
     "  -cd D         changes the working directory\n"
     "  -mkdir D      makes a directory and those above it\n"
-    "  -put LOCAL    sends a file, or all files of a pattern (\"data\\*.csv\")\n"
-    "  -to REMOTE    their name there; with a pattern the directory for them\n"
+    "  -put LOCAL    sends a file, or all files of a pattern (\"data\\*.csv\"); may be repeated\n"
+    "  -to REMOTE    its name there; with a pattern or several files the directory for them\n"
     "  -delete F     deletes a file\n"
     "  -rmdir D      removes a directory\n"
     "  -pwd          prints the working directory\n\n"
@@ -119,7 +119,12 @@ void PutOne(Client& client, const SAnsiString& local, const SAnsiString& remote,
     if (!client.put(local, remote)) refusals.add("store", Str(remote));
 }
 
-/// The files of a pattern, by their own names in a directory of the server, or in the working one.
+/// A file by its own name in a directory of the server, or in the working one.
+SAnsiString NameIn(const SAnsiString& directory, const SAnsiString& name) {
+    return directory.isEmpty() ? name : TarnLibA500::MakePath(directory, name, '/');
+}
+
+/// The files of a pattern.
 void PutMatches(Client& client, const std::string& pattern, const SAnsiString& to, Refusals& refusals) {
     const std::size_t slash = pattern.find_last_of("/\\");
     const std::string directory = slash == pattern.npos ? "." : pattern.substr(0, slash + 1);
@@ -131,20 +136,24 @@ void PutMatches(Client& client, const std::string& pattern, const SAnsiString& t
         if (entry.isDirectory) continue;
         haveAny = true;
         if (!entry.isExact) throw Failure("the name " + Str(entry.name) + " cannot be spelled");
-        const SAnsiString remote = to.isEmpty() ? entry.name : TarnLibA500::MakePath(to, entry.name, '/');
-        PutOne(client, TarnLibA500::MakePath(directory.c_str(), entry.name), remote, refusals);
+        PutOne(client, TarnLibA500::MakePath(directory.c_str(), entry.name), NameIn(to, entry.name),
+               refusals);
     }
     if (!haveAny) throw Failure("there are no files " + pattern);
 }
 
 void Put(Client& client, const Options& options, Refusals& refusals) {
-    const std::string name = options.value("put");
     const SAnsiString to = options.value("to").c_str();
-    if (name.find_first_of("*?") != name.npos) return PutMatches(client, name, to, refusals);
-    if (!SFileSys::isFile(name.c_str())) throw Failure("there is no file " + name);
-    const std::size_t slash = name.find_last_of("/\\");
-    const SAnsiString own = (slash == name.npos ? name : name.substr(slash + 1)).c_str();
-    PutOne(client, name.c_str(), to.isEmpty() ? own : to, refusals);
+    const Words names = options.values("put");
+    for (const std::string& name : names) {
+        if (name.find_first_of("*?") != name.npos) {
+            PutMatches(client, name, to, refusals);
+            continue;
+        }
+        if (!SFileSys::isFile(name.c_str())) throw Failure("there is no file " + name);
+        const SAnsiString own = name.substr(name.find_last_of("/\\") + 1).c_str();  // npos + 1 is 0
+        PutOne(client, name.c_str(), names.size() == 1 && !to.isEmpty() ? to : NameIn(to, own), refusals);
+    }
 }
 
 ExitStatus Ftp(const Words& arguments) {
@@ -162,7 +171,7 @@ ExitStatus Ftp(const Words& arguments) {
     };
     attempt("cd", "change to", &CSIftp::ChangeWorkingDir);
     attempt("mkdir", "make", &CSIftp::CreateDirs);
-    if (options.has("put")) Put(client, options, refusals);
+    Put(client, options, refusals);
     attempt("delete", "delete", &CSIftp::RemoveFile);
     attempt("rmdir", "remove", &CSIftp::RemoveDir);
     if (options.has("pwd")) Print(Str(client.GetWorkingDir()) + "\n");
