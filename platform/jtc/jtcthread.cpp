@@ -1,8 +1,10 @@
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <system_error>
 #include <thread>
 
+#include "console/console.h"
 #include "jtc/jtc.h"
 #include "seam/osclock.h"
 #include "waiting/waiting.h"
@@ -93,7 +95,12 @@ struct JTCRunner {
     }
 
     static void report(const JTCThread& thread, const char* what) {
-        std::fprintf(stderr, "thread \"%s\" ended by an exception: %s\n", thread.getName(), what);
+        const char* const parts[] = {"thread \"", thread.getName(), "\" ended by an exception: ", what, "\n"};
+        if (console::Of(stderr) == nullptr) {
+            std::fprintf(stderr, "%s%s%s%s%s", parts[0], parts[1], parts[2], parts[3], parts[4]);
+        } else {
+            for (const char* part : parts) console::Write(stderr, part, std::strlen(part), CP_ACP);
+        }
         std::fflush(stderr);
     }
 };

@@ -1,6 +1,7 @@
 #include <cstring>
 
 #include "seam/osmodules.h"
+#include "seam/ostext.h"
 #include "tracelog/effective.h"
 #include "tracelog/logline.h"
 
@@ -92,7 +93,7 @@ std::wstring PathOfLog(const std::wstring& device) {
 std::wstring ToWide(const std::string& utf8) {
     const int bytes = static_cast<int>(utf8.size());
     std::wstring text(utf8.size(), L'\0');
-    const int units = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), bytes, text.data(), bytes);
+    const int units = ostext::ToWide(CP_UTF8, 0, utf8.data(), bytes, text.data(), bytes);
     text.resize(static_cast<std::size_t>(units));
     return text;
 }
@@ -100,8 +101,7 @@ std::wstring ToWide(const std::string& utf8) {
 std::string ToUtf8(const std::wstring& text) {
     const int units = static_cast<int>(text.size());
     std::string utf8(text.size() * 3, '\0');
-    const int bytes =
-        WideCharToMultiByte(CP_UTF8, 0, text.data(), units, utf8.data(), units * 3, nullptr, nullptr);
+    const int bytes = ostext::FromWide(CP_UTF8, 0, text.data(), units, utf8.data(), units * 3);
     utf8.resize(static_cast<std::size_t>(bytes));
     return utf8;
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "console/console.h"
 #include "tracelog/effective.h"
 #include "tracelog/logline.h"
 
@@ -17,6 +18,11 @@ constexpr const char* kMainDevice = "main";
 
 std::wstring FileNamePart(const std::string& device) {
     return device == kMainDevice ? std::wstring() : ToWide(device);
+}
+
+void PrintLine(const char* line, std::size_t bytes) {
+    console::Write(stdout, line, bytes, CP_UTF8);
+    console::Write(stdout, "\n", 1, CP_UTF8);
 }
 
 }  // namespace
@@ -32,7 +38,7 @@ void FileDevice::write(const char* line, std::size_t bytes) {
     if (!guard.holds()) return writeAside(line, bytes);
     add(line, bytes);
     if (!fileSettings.buffered.load(std::memory_order_relaxed)) drain();
-    if (toStandardOutput) std::printf("%.*s\n", static_cast<int>(bytes), line);
+    if (toStandardOutput) PrintLine(line, bytes);
 }
 
 void FileDevice::add(const char* line, std::size_t bytes) {

@@ -4,8 +4,10 @@
 #include <cstdio>
 #include <new>
 
+#include "console/console.h"
 #include "oscodes/oscodes.h"
 #include "seam/osclock.h"
+#include "seam/ostext.h"
 #include "tracelog/effective.h"
 #include "tracelog/logline.h"
 #include "tracelog/oldlogs.h"
@@ -40,8 +42,7 @@ std::wstring NumberedPath(const std::wstring& path, unsigned number) {
 std::string ErrorText(DWORD error) {
     constexpr DWORD kMaxText = 256;
     wchar_t text[kMaxText];
-    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
-                                  0, text, kMaxText, nullptr);
+    DWORD length = ostext::ErrorText(error, 0, text, kMaxText);
     while (length > 0 && text[length - 1] <= L' ') --length;
     return ToUtf8(std::wstring(text, length)) + " (" + std::to_string(error) + ")";
 }
@@ -49,7 +50,7 @@ std::string ErrorText(DWORD error) {
 // Where no log can take it.
 void Say(const std::string& text) {
     const std::string line = text + "\n";
-    std::fputs(line.c_str(), stderr);
+    console::Write(stderr, line.data(), line.size(), CP_UTF8);
     std::fflush(stderr);
     OutputDebugStringW(ToWide(line).c_str());
 }

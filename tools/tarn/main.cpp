@@ -107,6 +107,6 @@ int RunTool() {
 }  // namespace tarn
 
 int main() {
-    const tarn::Utf8Output output;
+    tarn::UseBinaryStreams();
     return tarn::RunTool();
 }

@@ -54,11 +54,6 @@ std::string DirectoryOf(const std::string& name) {
     return name.size() > 1 && name[1] == ':' ? name.substr(0, 2) + "." : ".";
 }
 
-// In one piece: standard error has no buffer.
-void WriteToTerminal(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stderr);
-}
-
 std::string Mebibytes(unsigned long long bytes) {
     return std::to_string(bytes >> 20) + " MiB";
 }
@@ -130,7 +125,7 @@ Target::Temporary::~Temporary() {
 void Target::write(const std::string& bytes) {
     if (!IsStandardStream(name_)) {
         attempt([&] { file_.writeAll(bytes.data(), static_cast<std::uint32_t>(bytes.size())); });
-    } else if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size()) {
+    } else if (!WriteOutput(bytes)) {
         throw Failure("cannot write standard output");
     }
 }
@@ -177,7 +172,7 @@ Progress::Progress(long long total)
       next_(began_ + kProgressMilliseconds) {}
 
 Progress::~Progress() {
-    if (isShown_) WriteToTerminal("\r" + std::string(kProgressWidth, ' ') + "\r");
+    if (isShown_) PrintPieceOfError("\r" + std::string(kProgressWidth, ' ') + "\r");
 }
 
 void Progress::show(unsigned long long done) {
@@ -185,7 +180,7 @@ void Progress::show(unsigned long long done) {
     if (!isTerminal_ || now < next_) return;
     std::string line = "\r" + ProgressText(done, total_, now - began_);
     line.resize(kProgressWidth + 1, ' ');
-    WriteToTerminal(line);
+    PrintPieceOfError(line);
     isShown_ = true;
     next_ = now + kProgressMilliseconds;
 }

@@ -11,22 +11,20 @@ namespace tarn {
 /// The command line without the program's name.
 Words ReadCommandLine();
 
-/// Makes the standard streams take bytes as they are, and a console show UTF-8 until the object goes.
-class Utf8Output {
-  public:
-    Utf8Output();
-    ~Utf8Output();
-    Utf8Output(const Utf8Output&) = delete;
-    Utf8Output& operator=(const Utf8Output&) = delete;
+/// Makes the standard streams take bytes as they are.
+void UseBinaryStreams();
 
-  private:
-    unsigned codePageBefore_ = 0;
-};
-
+/// Prints text in UTF-8. A console gets its characters, whatever its code page is, as soon as they are whole; a file or
+/// a pipe gets the bytes.
 void Print(const std::string& text);
 /// From now on Print writes to standard error, because standard output has something else.
 void PrintToError();
 void PrintError(const std::string& line);
+/// A part of a line, for a progress that is written over and over.
+void PrintPieceOfError(const std::string& text);
+/// Writes what the user asked to get on standard output, in pieces of any size; false when that fails. A console takes
+/// it for UTF-8.
+bool WriteOutput(const std::string& bytes);
 /// False when something that was printed could not be written.
 bool FlushOutput();
 

@@ -7,6 +7,7 @@
 #include "diag/assert/narrowreports.h"
 #include "diag/assert/unlogged.h"
 #include "seam/osmemory.h"
+#include "seam/ostext.h"
 
 #include <windows.h>
 
@@ -91,7 +92,7 @@ class NarrowMessage {
 
   private:
     static int convert(const wchar_t* message, int units, UINT codePage, char* out, int room) {
-        return WideCharToMultiByte(codePage, 0, message, units, out, room, nullptr, nullptr);
+        return ostext::FromWide(codePage, 0, message, units, out, room);
     }
 
     char usual_[kUsualTextBytes];

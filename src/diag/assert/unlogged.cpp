@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 
+#include "console/console.h"
 #include "diag/assert/narrowreports.h"
 
 #include <windows.h>
@@ -11,9 +13,8 @@ namespace TarnLibA500 {
 namespace {
 
 constexpr std::size_t kPieceBytes = 512;
-constexpr std::size_t kLongestEscape = 4;
-constexpr std::size_t kMostTrailingBytes = 3;  // of a character in UTF-8
-constexpr std::size_t kPieceRoom = kPieceBytes + kMostTrailingBytes + kLongestEscape + 2;
+constexpr std::size_t kLongestEscape = 4;  // no character has more bytes either
+constexpr std::size_t kPieceRoom = kPieceBytes + kLongestEscape + 2;
 constexpr char kHex[] = "0123456789ABCDEF";
 
 bool BreaksLine(char c) {
@@ -37,21 +38,31 @@ std::size_t WriteVisible(char* out, char c) {
     return 4;
 }
 
-// The system takes bytes for text of the ANSI code page.
+// What the system takes narrow text for here.
+UINT Page() {
+    return reportsAreUtf8 ? CP_UTF8 : CP_ACP;
+}
+
 void PutToDebugger(const char* piece) {
-    if (!reportsAreUtf8) return OutputDebugStringA(piece);
     wchar_t units[kPieceRoom];
-    if (MultiByteToWideChar(CP_UTF8, 0, piece, -1, units, kPieceRoom) != 0) OutputDebugStringW(units);
+    if (ostext::ToWide(Page(), 0, piece, -1, units, kPieceRoom) != 0) OutputDebugStringW(units);
 }
 
-void Put(const char* piece) {
+void Put(const char* piece, std::size_t bytes) {
     PutToDebugger(piece);
-    std::fputs(piece, stderr);
+    console::Write(stderr, piece, bytes, Page());
 }
 
-// What would part a character of UTF-8.
-bool GoesOn(const char* next, std::size_t bytes) {
-    return (*next & 0xC0) == 0x80 && bytes < kPieceBytes + kMostTrailingBytes;
+// Appends the character at a text; its bytes there.
+std::size_t AppendCharacter(char* piece, std::size_t& bytes, const char* text, std::size_t left) {
+    const std::size_t count = console::CharacterBytes(text, left, Page());
+    if (count == 1) {
+        bytes += WriteVisible(piece + bytes, *text);
+    } else {
+        std::memcpy(piece + bytes, text, count);
+        bytes += count;
+    }
+    return count;
 }
 
 }  // namespace
@@ -60,16 +71,16 @@ bool GoesOn(const char* next, std::size_t bytes) {
 void ReportUnlogged(const char* text) {
     char piece[kPieceRoom];
     std::size_t bytes = 0;
-    for (; *text != '\0'; ++text) {
-        bytes += WriteVisible(piece + bytes, *text);
-        if (bytes < kPieceBytes || GoesOn(text + 1, bytes)) continue;
+    for (const char* const end = text + std::strlen(text); text != end;) {
+        text += AppendCharacter(piece, bytes, text, static_cast<std::size_t>(end - text));
+        if (bytes < kPieceBytes) continue;
         piece[bytes] = '\0';
-        Put(piece);
+        Put(piece, bytes);
         bytes = 0;
     }
-    piece[bytes] = '\n';
-    piece[bytes + 1] = '\0';
-    Put(piece);
+    piece[bytes++] = '\n';
+    piece[bytes] = '\0';
+    Put(piece, bytes);
     std::fflush(stderr);
 }
 

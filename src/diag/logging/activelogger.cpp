@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <stdexcept>
 #include <utility>
 
+#include "console/console.h"
 #include "diag/assert/unlogged.h"
 #include "diag/logging/logdirectory.h"
 #include "diag/logging/loggeroptions.h"
@@ -26,8 +28,14 @@ constexpr const char* kNotFromIni[] = {"loggingPath",   "tracecmpname", "logging
                                        "notracethread", "traceinipath", "notraceini",
                                        "nativeassert",  "noassert",     "nevertrace"};
 
+// A console gets the characters, everything else the bytes.
 void PrintToStandardOutput(const SAnsiString& text) {
-    std::fwrite(text.getString(), 1, text.getLength(), stdout);
+    if (console::Of(stdout) != nullptr) {
+        const Utf8 utf8(text);
+        console::Write(stdout, utf8.text(), std::strlen(utf8.text()), CP_UTF8);
+    } else {
+        std::fwrite(text.getString(), 1, text.getLength(), stdout);
+    }
     std::fflush(stdout);
 }
 

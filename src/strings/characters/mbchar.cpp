@@ -6,6 +6,7 @@
 
 #include <windows.h>
 
+#include "seam/ostext.h"
 #include "strings/base/bytesearch.h"
 #include "strings/base/memory.h"
 #include "strings/characters/utf8form.h"
@@ -137,7 +138,7 @@ void CodePage::fillSingles() noexcept {
         const char text = static_cast<char>(byte);
         wchar_t unit = static_cast<wchar_t>(byte);
         // No MB_ERR_INVALID_CHARS here: it refuses single bytes that the C locale takes, such as A0 in 932.
-        if (systemNumber_ != 0 && !partial_[byte]) MultiByteToWideChar(systemNumber_, 0, &text, 1, &unit, 1);
+        if (systemNumber_ != 0 && !partial_[byte]) ostext::ToWide(systemNumber_, 0, &text, 1, &unit, 1);
         single_.entry[byte] = static_cast<std::uint16_t>(unit);
     }
 }
@@ -161,7 +162,7 @@ void CodePage::fillPairRow(unsigned char lead) const noexcept {
     for (unsigned trail = 1; trail < kByteValues; ++trail) {
         const char pair[2] = {static_cast<char>(lead), static_cast<char>(trail)};
         wchar_t units[2] = {};
-        const int count = MultiByteToWideChar(systemNumber_, MB_ERR_INVALID_CHARS, pair, 2, units, 2);
+        const int count = ostext::ToWide(systemNumber_, MB_ERR_INVALID_CHARS, pair, 2, units, 2);
         pairs_[lead].entry[trail] = count == 1 ? static_cast<std::uint16_t>(units[0]) : kNoCharacter;
     }
     SetReady(pairReady_[lead]);
@@ -201,8 +202,7 @@ std::uint16_t CodePage::encodeOne(wchar_t unit) const noexcept {
     if (systemNumber_ == 0) return unit < kByteValues ? static_cast<std::uint16_t>(unit) : kNoCharacter;
     char bytes[kMaxCharacterBytes] = {};
     BOOL replaced = FALSE;
-    const int count =
-        WideCharToMultiByte(systemNumber_, 0, &unit, 1, bytes, sizeof bytes, nullptr, &replaced);
+    const int count = ostext::FromWide(systemNumber_, 0, &unit, 1, bytes, sizeof bytes, nullptr, &replaced);
     if (count < 1 || count > 2 || replaced) return kNoCharacter;
     const auto first = static_cast<unsigned char>(bytes[0]);
     const auto second = static_cast<unsigned char>(bytes[1]);

@@ -7,6 +7,7 @@
 
 #include "diag/assert/levels.h"
 #include "diag/assert/require.h"
+#include "seam/ostext.h"
 #include "strings/base/memory.h"
 #include "strings/text/stringbuilder.h"
 #include "tarnlib/UTFConverter.h"
@@ -77,10 +78,10 @@ SAnsiString FromUTF8(const char* bytes, std::uint32_t count) {
 
 SAnsiString FromSystemPage(const char* bytes, std::uint32_t count, UINT page) {
     const int length = SystemCount(count);
-    const int units = MultiByteToWideChar(page, 0, bytes, length, nullptr, 0);
+    const int units = ostext::ToWide(page, 0, bytes, length, nullptr, 0);
     if (units <= 0) return SAnsiString();
     StringBuilder<wchar_t, 1> wide(static_cast<std::uint32_t>(units));
-    MultiByteToWideChar(page, 0, bytes, length, wide.units(), units);
+    ostext::ToWide(page, 0, bytes, length, wide.units(), units);
     return FromWide(wide);
 }
 
@@ -119,11 +120,10 @@ SSimpleBuffer ToSystemPage(const SAnsiString& text, UINT page) {
     SWCharString wide;
     wide.fromMBCS(text.getString(), text.getLength());
     const int units = SystemCount(wide.getLength());
-    const int count =
-        units != 0 ? WideCharToMultiByte(page, 0, wide.getString(), units, nullptr, 0, "?", nullptr) : 0;
+    const int count = units != 0 ? ostext::FromWide(page, 0, wide.getString(), units, nullptr, 0, "?") : 0;
     BytesOut out(static_cast<std::uint32_t>(count));
     char* const bytes = reinterpret_cast<char*>(out.bytes());
-    if (count != 0) WideCharToMultiByte(page, 0, wide.getString(), units, bytes, count, "?", nullptr);
+    if (count != 0) ostext::FromWide(page, 0, wide.getString(), units, bytes, count, "?");
     return out.finish();
 }
 

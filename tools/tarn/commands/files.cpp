@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdio>
 
 #include "command.h"
 #include "options.h"
@@ -90,7 +89,7 @@ void Watch(const std::string& directory, int seconds, bool recurse) {
         SIArray<SDirectoryChange> changes;
         const auto result = watcher.wait(static_cast<unsigned long>(now < end ? end - now : 0), changes);
         for (const SDirectoryChange& change : changes) Print(NameOf(change.kind) + Str(change.path) + "\n");
-        std::fflush(stdout);
+        FlushOutput();
         if (result == SDirectoryChangeWatcher::timedOut) return;
         if (result == SDirectoryChangeWatcher::changesLost) {
             Print("(some changes were lost)\n");
