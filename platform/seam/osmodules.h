@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cwchar>
+
 #include "seam/seam.h"
 
 #include <windows.h>
@@ -14,14 +16,37 @@ struct Kind {
 };
 using Calls = seam::Calls<Kind>;
 
+inline constinit seam::Replaceable<decltype(LoadLibraryExW)> loadLibrary;
+inline constinit seam::Replaceable<decltype(GetProcAddress)> getProcAddress;
+
 /// Counts a module that the system gave, if it did; passes it on.
 inline HMODULE Opened(HMODULE module) noexcept {
     if (module != nullptr) Calls::Opened();
     return module;
 }
 
+/// Keeps the system from opening dialogs on this thread, about a damaged file or a disk that is not there: in a service
+/// nobody would close them.
+class WithoutDialogs {
+  public:
+    WithoutDialogs() noexcept {
+        SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &before_);
+    }
+    ~WithoutDialogs() {
+        const DWORD error = GetLastError();
+        SetThreadErrorMode(before_, nullptr);
+        SetLastError(error);
+    }
+    WithoutDialogs(const WithoutDialogs&) = delete;
+    WithoutDialogs& operator=(const WithoutDialogs&) = delete;
+
+  private:
+    DWORD before_ = 0;
+};
+
 inline HMODULE Load(const wchar_t* path, DWORD flags) {
-    return Calls::MustFail() ? nullptr : Opened(LoadLibraryExW(path, nullptr, flags));
+    const WithoutDialogs withoutDialogs;
+    return Calls::MustFail() ? nullptr : Opened(loadLibrary.orElse(LoadLibraryExW)(path, nullptr, flags));
 }
 
 /// Not a call that can be made to fail: nobody could do anything about it.
@@ -55,12 +80,35 @@ inline HMODULE Loaded(const wchar_t* name) {
 }
 
 inline void* Find(HMODULE module, const char* symbol) {
-    return Calls::MustFail() ? nullptr : reinterpret_cast<void*>(GetProcAddress(module, symbol));
+    return Calls::MustFail() ? nullptr
+                             : reinterpret_cast<void*>(getProcAddress.orElse(GetProcAddress)(module, symbol));
+}
+
+/// Whether the flags LOAD_LIBRARY_SEARCH_... are known: Windows 7 has them with an update of its own.
+inline bool KnowsSearchFlags() {
+    const HMODULE kernel = Loaded(L"kernel32.dll");
+    return kernel != nullptr && Find(kernel, "AddDllDirectory") != nullptr;
 }
 
 /// The path in "units" units; as many when it is longer. A null module is the program.
 inline DWORD Path(HMODULE module, wchar_t* path, DWORD units) {
     return Calls::MustFail() ? 0 : GetModuleFileNameW(module, path, units);
+}
+
+/// The system's directory for modules, without a slash at its end, in "units" units; 0 or more when it fails.
+inline DWORD SystemDirectory(wchar_t* path, DWORD units) {
+    return Calls::MustFail() ? 0 : GetSystemDirectoryW(path, units);
+}
+
+/// Loads a module of the system's, whatever lies about elsewhere.
+inline HMODULE LoadOfSystem(const wchar_t* name) {
+    if (KnowsSearchFlags()) return Load(name, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    wchar_t path[2 * MAX_PATH];
+    const DWORD length = SystemDirectory(path, MAX_PATH);
+    if (length == 0 || length >= MAX_PATH || std::wcslen(name) >= MAX_PATH) return nullptr;
+    path[length] = L'\\';
+    std::wcscpy(path + length + 1, name);
+    return Load(path, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
 /// Whether a file is there to load.

@@ -2,8 +2,6 @@
 
 #include "system/systemtext.h"
 
-#include <windows.h>
-
 namespace TarnLibA500 {
 
 SAnsiString FillTemplate(const char* sentence, const SAnsiString& first, const SAnsiString& second,
@@ -22,12 +20,8 @@ SAnsiString FillTemplate(const char* sentence, const SAnsiString& first, const S
 }
 
 SAnsiString SystemMessage(unsigned long code) {
-    constexpr DWORD kMaxText = 500;
-    wchar_t text[kMaxText];
-    const DWORD length =
-        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code,
-                       MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT), text, kMaxText, nullptr);
-    return length != 0 ? FromSystem(text) : SAnsiString("system error");
+    SAnsiString text;
+    return FindSystemErrorText(code, text) ? text : SAnsiString("system error");
 }
 
 }  // namespace TarnLibA500

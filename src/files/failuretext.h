@@ -9,7 +9,8 @@ namespace TarnLibA500 {
 SAnsiString FillTemplate(const char* sentence, const SAnsiString& first, const SAnsiString& second,
                          const SAnsiString& third = SAnsiString());
 
-/// The system's text for an error code, as it comes: with its line end. "system error" when there is none.
+/// The system's text for an error code, as it comes: with its line end. "system error" when there is none that
+/// narrow text can hold.
 SAnsiString SystemMessage(unsigned long code);
 
 }  // namespace TarnLibA500

@@ -15,15 +15,31 @@
 namespace TarnLibA500 {
 namespace {
 
-// The directory that this library was loaded from, with its last slash; empty when the system does not tell.
-SWCharString OwnDirectory() {
-    constexpr DWORD kMaxPath = 32'768;
-    const HMODULE module = osmodules::At(reinterpret_cast<const void*>(&OwnDirectory));
-    if (module == nullptr) return SWCharString();
+constexpr DWORD kMaxPath = 32'768;
+
+// The directory of a module, of the program for null, with its last slash; empty when the system does not tell.
+SWCharString DirectoryOf(HMODULE module) {
     StringBuilder<wchar_t, 1> path(kMaxPath);
     const DWORD length = osmodules::Path(module, path.units(), kMaxPath);
     path.cut(length < kMaxPath ? length : 0);
     return path.isEmpty() ? SWCharString() : SWCharString(path.left(path.findLast(L"\\")) + L"\\");
+}
+
+// That of this library.
+SWCharString OwnDirectory() {
+    const HMODULE module = osmodules::At(reinterpret_cast<const void*>(&OwnDirectory));
+    return module != nullptr ? DirectoryOf(module) : SWCharString();
+}
+
+SWCharString SystemDirectory() {
+    wchar_t path[MAX_PATH];
+    const DWORD length = osmodules::SystemDirectory(path, MAX_PATH);
+    return length != 0 && length < MAX_PATH ? SWCharString(path) + L"\\" : SWCharString();
+}
+
+// Whether a directory has a file of that name; empty is no directory.
+bool Holds(const SWCharString& directory, const SWCharString& file) {
+    return !directory.isEmpty() && osmodules::IsThere((directory + file).getString());
 }
 
 [[noreturn]] void Fail(const SAnsiString& module, const SAnsiString& symbol, unsigned long code) {
@@ -36,6 +52,12 @@ SWCharString SystemName(const SAnsiString& name) {
     SWCharString wide;
     if (!ToSystemExactly(name, wide)) Fail(name, SAnsiString(), ERROR_BAD_PATHNAME);
     return wide;
+}
+
+// The system looks for "name.dll" when it is given "name".
+SWCharString FileNameOf(const SAnsiString& name) {
+    const SWCharString wide = SystemName(name);
+    return wide.find(L".").isAtEnd() ? SWCharString(wide + L".dll") : wide;
 }
 
 }  // namespace
@@ -70,12 +92,15 @@ CSharedLibrary::~CSharedLibrary() {
 void CSharedLibrary::Load(const SAnsiString& name) {
     Unload();
     if (IsAbsolutePath(name)) return LoadAbsolute(name);
-    const SWCharString wideName = SystemName(name);
+    const SWCharString file = FileNameOf(name);
     const SWCharString own = OwnDirectory();
-    const SWCharString beside = own + wideName;
-    if (!own.isEmpty() && osmodules::IsThere(beside.getString()))
-        return load(name, beside, LOAD_WITH_ALTERED_SEARCH_PATH);
-    load(name, wideName, LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    if (Holds(own, file)) return load(name, own + file, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (osmodules::KnowsSearchFlags()) return load(name, file, LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    // What those flags mean, without them: a name alone would be looked for in the current directory, too.
+    const SWCharString ofProgram = DirectoryOf(nullptr);
+    const SWCharString directory = Holds(ofProgram, file) ? ofProgram : SystemDirectory();
+    if (directory.isEmpty()) Fail(name, SAnsiString(), ERROR_MOD_NOT_FOUND);
+    load(name, directory + file, LOAD_WITH_ALTERED_SEARCH_PATH);
 }
 
 void CSharedLibrary::LoadAbsolute(const SAnsiString& path) {

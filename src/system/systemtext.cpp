@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
+#include <utility>
 
+#include "seam/ostext.h"
 #include "strings/characters/mbchar.h"
 #include "strings/characters/surrogates.h"
 #include "strings/text/stringbuilder.h"
@@ -78,13 +80,37 @@ char* EncodeUtf8(const wchar_t* text, const wchar_t* end, char* out, bool& isExa
 }
 
 unsigned PageOfNames() {
-    return SNarrowText::IsUtf8() ? CP_UTF8 : GetACP();
+    return SNarrowText::IsUtf8() ? CP_UTF8 : ostext::AnsiPage();
 }
 
 // The end of a piece, which does not part a surrogate pair.
 const wchar_t* PieceEnd(const wchar_t* at, const wchar_t* end) {
     if (end - at <= kPieceUnits) return end;
     return at + kPieceUnits - (utf::IsHighSurrogate(at[kPieceUnits - 1]) ? 1 : 0);
+}
+
+// A page that is null is UTF-8.
+bool FromUtf16(const wchar_t* text, const mbchar::CodePage* page, SAnsiString& narrow) {
+    const wchar_t* const end = text + std::wcslen(text);
+    bool isExact = true;
+    SAnsiString built;
+    built.setSize(static_cast<std::uint32_t>(end - text));
+    while (text != end) {
+        const wchar_t* const pieceEnd = PieceEnd(text, end);
+        char bytes[kPieceUnits * 3];
+        char* const last = page == nullptr ? EncodeUtf8(text, pieceEnd, bytes, isExact)
+                                           : Encode(*page, text, pieceEnd, bytes, isExact);
+        built.concat(bytes, static_cast<std::uint32_t>(last - bytes));
+        text = pieceEnd;
+    }
+    narrow = std::move(built);
+    return isExact;
+}
+
+// In the page that narrow text has at present.
+bool ToNarrowExactly(const wchar_t* text, SAnsiString& narrow) {
+    const mbchar::CodePage& page = mbchar::CodePage::Current();
+    return FromUtf16(text, page.isUtf8() ? nullptr : &page, narrow);
 }
 
 }  // namespace
@@ -103,21 +129,7 @@ bool ToUtf16(const SAnsiString& text, unsigned codePage, SWCharString& wide) {
 }
 
 bool FromUtf16(const wchar_t* text, unsigned codePage, SAnsiString& narrow) {
-    const wchar_t* const end = text + std::wcslen(text);
-    bool isExact = true;
-    SAnsiString built;
-    built.setSize(static_cast<std::uint32_t>(end - text));
-    while (text != end) {
-        const wchar_t* const pieceEnd = PieceEnd(text, end);
-        char bytes[kPieceUnits * 3];
-        char* const last = codePage == CP_UTF8
-                               ? EncodeUtf8(text, pieceEnd, bytes, isExact)
-                               : Encode(mbchar::CodePage::Of(codePage), text, pieceEnd, bytes, isExact);
-        built.concat(bytes, static_cast<std::uint32_t>(last - bytes));
-        text = pieceEnd;
-    }
-    narrow = std::move(built);
-    return isExact;
+    return FromUtf16(text, codePage == CP_UTF8 ? nullptr : &mbchar::CodePage::Of(codePage), narrow);
 }
 
 bool ToSystemExactly(const SAnsiString& text, SWCharString& wide) {
@@ -140,13 +152,24 @@ SAnsiString FromSystem(const wchar_t* text) {
     return narrow;
 }
 
+bool FindSystemErrorText(unsigned long code, SAnsiString& text) {
+    constexpr DWORD kMaxText = 500;
+    for (const DWORD language : {DWORD{MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT)},
+                                 DWORD{MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US)}}) {
+        wchar_t units[kMaxText];
+        SAnsiString narrow;
+        if (ostext::ErrorText(code, language, units, kMaxText) == 0 || !ToNarrowExactly(units, narrow))
+            continue;
+        text = std::move(narrow);
+        return true;
+    }
+    return false;
+}
+
 SAnsiString SystemErrorText(unsigned long code) {
-    constexpr DWORD kMaxText = 512;
-    wchar_t text[kMaxText];
-    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-                                        code, 0, text, kMaxText, nullptr);
-    if (length == 0) return SAnsiString("system error ") + SStringConv::ToString(code);
-    return FromSystem(text).trimRight();
+    SAnsiString text;
+    if (FindSystemErrorText(code, text)) return text.trimRight();
+    return SAnsiString("system error ") + SStringConv::ToString(code);
 }
 
 }  // namespace TarnLibA500

@@ -27,7 +27,11 @@ bool FromSystemExactly(const wchar_t* text, SAnsiString& narrow);
 bool ToUtf16(const SAnsiString& text, unsigned codePage, SWCharString& wide);
 bool FromUtf16(const wchar_t* text, unsigned codePage, SAnsiString& narrow);
 
-/// The system's text for an error code, without its line end; the number when there is none.
+/// The system's text for an error code as it comes, with its line end: in the system's language where narrow text
+/// can hold all of it, and in English otherwise. A text is not a name, so it is in the C locale's code page, or in
+/// UTF-8. False when there is none that narrow text can hold.
+bool FindSystemErrorText(unsigned long code, SAnsiString& text);
+/// The same without the line end; "system error" and the number when there is none.
 SAnsiString SystemErrorText(unsigned long code);
 
 }  // namespace TarnLibA500

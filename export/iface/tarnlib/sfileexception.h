@@ -72,7 +72,9 @@ class TARN_API SFileException {
     /// The system's or the runtime's text as it comes (the system's has a line end), or one of our own.
     const SAnsiString& reason() const noexcept { return reason_; }
 
-    /// The system's text for an error code as it comes, with its line end; "system error" when there is none.
+    /// The system's text for an error code as it comes, with its line end. It is in the system's language where the
+    /// code page of narrow text (the C locale's, or UTF-8) has all its characters, and in English otherwise; "system
+    /// error" when there is none of both.
     static SAnsiString GetSystemMessage(unsigned long code);
     /// The detail for a value of errno.
     static DetailCodes MapErrno(int error) noexcept;
