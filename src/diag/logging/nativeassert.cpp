@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "diag/logging/osdesktop.h"
 #include "seam/osmodules.h"
 #include "tarnlib/sstring.h"
 #include "waiting/waiting.h"
@@ -13,15 +14,15 @@ namespace {
 
 /// The window system's part of it. Loaded when needed: servers do without.
 struct WindowSystem {
-    int(WINAPI* messageBox)(HWND, LPCWSTR, LPCWSTR, UINT) = nullptr;
-    HWINSTA(WINAPI* ownStation)() = nullptr;
-    BOOL(WINAPI* information)(HANDLE, int, PVOID, DWORD, LPDWORD) = nullptr;
+    decltype(MessageBoxW)* messageBox = nullptr;
+    decltype(GetProcessWindowStation)* ownStation = nullptr;
+    decltype(GetUserObjectInformationW)* information = nullptr;
 
     bool isThere() const { return messageBox != nullptr && ownStation != nullptr && information != nullptr; }
-    /// False in a service: nobody sees its dialogs, and they would wait for ever.
-    bool hasUser() const {
+    bool isStationVisible() const {
         USEROBJECTFLAGS flags{};
-        return information(ownStation(), UOI_FLAGS, &flags, sizeof flags, nullptr) &&
+        return osdesktop::information.orElse(information)(ownStation(), UOI_FLAGS, &flags, sizeof flags,
+                                                          nullptr) &&
                (flags.dwFlags & WSF_VISIBLE) != 0;
     }
 };
@@ -33,7 +34,7 @@ void Find(HMODULE module, const char* name, Function& function) {
 
 WindowSystem LoadWindowSystem() {
     WindowSystem windows;
-    const HMODULE module = osmodules::Load(L"user32.dll", LOAD_LIBRARY_SEARCH_SYSTEM32);
+    const HMODULE module = osmodules::LoadOfSystem(L"user32.dll");
     if (module == nullptr) return windows;
     Find(module, "MessageBoxW", windows.messageBox);
     Find(module, "GetProcessWindowStation", windows.ownStation);
@@ -41,17 +42,33 @@ WindowSystem LoadWindowSystem() {
     return windows;
 }
 
+const WindowSystem& Windows() {
+    static const WindowSystem windows = LoadWindowSystem();
+    return windows;
+}
+
+// Nobody sees session 0, also where an old setting lets services have a visible window station there.
+bool IsAmongServices() {
+    constexpr DWORD kSessionOfServices = 0;
+    return osdesktop::OwnSession() == kSessionOfServices;
+}
+
 }  // namespace
 
+bool CanShowNativeAssert() {
+    if (waiting::ProcessIsEnding()) return false;  // a thread may have been ended while it loaded the dialog
+    return !IsAmongServices() && Windows().isThere() && Windows().isStationVisible();
+}
+
 void ShowNativeAssert(const char* utf8) {
-    if (IsDebuggerPresent()) return DebugBreak();
-    if (waiting::ProcessIsEnding()) return;  // a thread may have been ended while it loaded the dialog
-    static const WindowSystem windows = LoadWindowSystem();
-    if (!windows.isThere() || !windows.hasUser()) return;
     SWCharString text;
     if (!text.fromUTF8(utf8)) text = L"The assertion's text is not valid UTF-8.";
-    switch (windows.messageBox(nullptr, text.getString(), L"Assertion failed",
-                               MB_ABORTRETRYIGNORE | MB_ICONERROR | MB_TASKMODAL)) {
+    if (IsDebuggerPresent()) {
+        OutputDebugStringW(text.getString());
+        return DebugBreak();
+    }
+    switch (osdesktop::messageBox.orElse(Windows().messageBox)(
+        nullptr, text.getString(), L"Assertion failed", MB_ABORTRETRYIGNORE | MB_ICONERROR | MB_TASKMODAL)) {
         case IDABORT:
             std::abort();
         case IDRETRY:

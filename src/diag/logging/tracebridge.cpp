@@ -97,17 +97,20 @@ constexpr int kFramesOfUtf8Assertion = 5;
     return report;
 }
 
+void ReportUnloggedUtf8(const SAnsiString& utf8) {
+    CollectedText text;
+    text.append(utf8.getString(), utf8.getLength());
+    ReportUnlogged(text.text().getString());
+}
+
 [[gnu::noinline]] void ReportAssertion(const char* utf8, int ownFrames) {
     const TraceBridge& bridge = *inForce.load();
     const SAnsiString report = WithStack(utf8, bridge.CanStackDump(), ownFrames);
-    if (bridge.NeverWrites()) {
-        CollectedText text;
-        text.append(report.getString(), report.getLength());
-        ReportUnlogged(text.text().getString());
-    } else {
-        Logger(Logger::Assert) << report.getString();
-    }
-    if (bridge.IsNativeAssert()) ShowNativeAssert(report.getString());
+    const bool wantsDialog = bridge.IsNativeAssert();
+    const bool hasDialog = wantsDialog && CanShowNativeAssert();
+    if (!bridge.NeverWrites()) Logger(Logger::Assert) << report.getString();
+    if (bridge.NeverWrites() || wantsDialog != hasDialog) ReportUnloggedUtf8(report);
+    if (hasDialog) ShowNativeAssert(report.getString());
 }
 
 // Without memory for more the line alone is reported: an assertion never throws.

@@ -4,13 +4,16 @@
 
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "diag/logging/open_bridge.h"
+#include "diag/logging/osdesktop.h"
 #include "diag/logging/tracelevels.h"
 #include "diag/logging/tracetext.h"
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
+#include "support/failing.h"
 #include "support/print_strings.h"
 #include "support/scratch_folder.h"
 #include "tarnlib/sassert.h"
@@ -145,6 +148,49 @@ TEST(TraceBridges, SayOnStandardErrorWhatNoLogTakes) {
             "assert failure: (unit:2). (e : a message"),
         0U)
         << said;
+}
+
+namespace {
+
+DWORD session = 0;
+DWORD stationFlags = 0;
+int boxes = 0;
+
+BOOL WINAPI SessionOf(DWORD, DWORD* number) {
+    *number = session;
+    return TRUE;
+}
+
+BOOL WINAPI StationFlags(HANDLE, int, void* flags, DWORD, DWORD*) {
+    static_cast<USEROBJECTFLAGS*>(flags)->dwFlags = stationFlags;
+    return TRUE;
+}
+
+int WINAPI CountBox(HWND, const wchar_t*, const wchar_t*, UINT) {
+    ++boxes;
+    return IDIGNORE;
+}
+
+}  // namespace
+
+TEST(TraceBridges, OpenADialogOnlyWhereSomebodySeesIt) {
+    const tarntest::Instead sessions(osdesktop::sessionOf, &SessionOf);
+    const tarntest::Instead stations(osdesktop::information, &StationFlags);
+    const tarntest::Instead dialogs(osdesktop::messageBox, &CountBox);
+    const OpenBridge bridge("-nativeassert");
+    for (const auto& [number, flags, isShown] :
+         {std::tuple(1, WSF_VISIBLE, 1), {1, 0, 0}, {0, WSF_VISIBLE, 0}}) {
+        session = static_cast<DWORD>(number);
+        stationFlags = static_cast<DWORD>(flags);
+        boxes = 0;
+        testing::internal::CaptureStderr();
+        SAssert("unit", 1, "e");
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  isShown ? "" : "assert failure: (unit:1). (e : no message).\n");
+        EXPECT_EQ(boxes, isShown) << number << flags;
+        EXPECT_TRUE(bridge->IsNativeAssert());
+    }
+    EXPECT_EQ(bridge.texts().size(), 3U);
 }
 
 TEST(LoggerStarts, LeaveNothingWhenMemoryFails) {
