@@ -3,6 +3,12 @@ add_library(tarn_flags INTERFACE)
 target_compile_options(tarn_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
 # Two builds of the same sources, in two folders, give the same bytes.
 target_link_options(tarn_flags INTERFACE -Wl,--no-insert-timestamp)
+# For Windows 7 and later. The identifier of a build says which symbols belong to a crash.
+target_link_options(tarn_flags INTERFACE -Wl,--major-os-version=6,--minor-os-version=1 -Wl,--major-subsystem-version=6
+                                         -Wl,--minor-subsystem-version=1 -Wl,--build-id)
+# Programs have all of the 4 GiB that a 64-bit system gives them, and need no help on a terminal server.
+target_link_options(tarn_flags INTERFACE
+                    "$<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-Wl,--large-address-aware;-Wl,--tsaware>")
 if(NOT TARN_COVERAGE) # gcov wants the real paths
   target_compile_options(
     tarn_flags INTERFACE -ffile-prefix-map=${CMAKE_SOURCE_DIR}=. -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)

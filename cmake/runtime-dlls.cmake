@@ -13,6 +13,7 @@ foreach(dll IN LISTS TARN_RUNTIME_DLLS)
     OUTPUT_VARIABLE original
     OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   if(${original} IS_NEWER_THAN ${copy})
-    execute_process(COMMAND ${CMAKE_STRIP} -s -o ${copy} ${original} COMMAND_ERROR_IS_FATAL ANY)
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_STRIP} -s -o ${copy} ${original}
+                    COMMAND_ERROR_IS_FATAL ANY)
   endif()
 endforeach()

@@ -16,6 +16,12 @@ constexpr std::size_t kMaxTextOfVariable = 1024;
 constexpr std::size_t kMaxContextText = 8 * 1024;
 constexpr char kHex[] = "0123456789ABCDEF";
 
+/// A class of this module: code that makes a std::bad_alloc itself refers to data of another one, and has to be changed when
+/// it is loaded.
+struct OutOfMemory : std::bad_alloc {
+    const char* what() const noexcept override { return "bad allocation"; }
+};
+
 void WINAPI FreeContext(void* context) {
     delete static_cast<ThreadContext*>(context);
 }
@@ -144,7 +150,7 @@ ThreadContext* ThisThreadIfAny() {
 ThreadContext& ThisThread() {
     ThreadContext* context = slot.get();
     if (context == nullptr) {
-        if (!slot.isUsable()) throw std::bad_alloc();
+        if (!slot.isUsable()) throw OutOfMemory();
         context = new ThreadContext;
         slot.set(context);
     }

@@ -1,8 +1,9 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
-#include <new>
 
+#include "seam/nothrow.h"
+#include "seam/ostext.h"
 #include "zqezlib/oszlib.h"
 #include "zqezlib/zqezlib.h"
 
@@ -14,16 +15,16 @@ using WidePath = std::unique_ptr<wchar_t[]>;
 
 // Null when it is not UTF-8, or there is no memory.
 WidePath Widen(const char* path) {
-    const int size = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
+    const int size = ostext::ToWide(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
     if (size <= 0) {
         errno = EILSEQ;
         return nullptr;
     }
-    WidePath wide(new (std::nothrow) wchar_t[static_cast<unsigned>(size)]);
+    WidePath wide(new (seam::kNoThrow) wchar_t[static_cast<unsigned>(size)]);
     if (wide == nullptr) {
         errno = ENOMEM;
     } else {
-        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide.get(), size);
+        ostext::ToWide(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide.get(), size);
     }
     return wide;
 }

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <memory>
-#include <new>
 
 #include "diag/assert/levels.h"
 #include "files/osfiles.h"
 #include "files/systempath.h"
 #include "oscodes/oscodes.h"
+#include "seam/nothrow.h"
 #include "seam/osclock.h"
 #include "strings/base/memory.h"
 #include "system/systemtext.h"
@@ -155,7 +155,7 @@ bool SDirectoryChangeWatcher::open(const SAnsiString& directory, bool subtree, u
         return false;
     }
     ResetEvent(stopEvent_);
-    std::unique_ptr<Watch> watch(new (std::nothrow)
+    std::unique_ptr<Watch> watch(new (seam::kNoThrow)
                                      Watch(directory, subtree, std::max(recordBytes, kMinRecordBytes)));
     if (!watch) throw BadAllocation();
     if (!watch->open()) {

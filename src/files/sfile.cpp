@@ -15,6 +15,7 @@
 #include "files/systempath.h"
 #include "oscodes/oscodes.h"
 #include "strings/base/bytesearch.h"
+#include "strings/base/memory.h"
 #include "strings/text/lineend.h"
 #include "tarnlib/sfilesys.h"
 #include "tarnlib/snarrowtext.h"
@@ -466,7 +467,7 @@ SAnsiString SFile::readLine(FileEncoding encoding) try {
 
 std::uint32_t SFile::remainingBytes() {
     const long long bytes = sizeNow(SFileException::readError) - position(SFileException::readError);
-    if (bytes > kMaxTextBytes) throw std::bad_alloc();
+    if (bytes > kMaxTextBytes) throw BadAllocation();
     return bytes > 0 ? static_cast<std::uint32_t>(bytes) : 0;
 }
 

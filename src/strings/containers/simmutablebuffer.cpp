@@ -4,10 +4,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <new>
 #include <stdexcept>
 
 #include "diag/assert/require.h"
+#include "seam/nothrow.h"
 #include "strings/base/memory.h"
 
 namespace TarnLibA500 {
@@ -18,7 +18,7 @@ constexpr const char* kUnit = "simmutablebuffer";
 using Array = std::unique_ptr<unsigned char[]>;
 
 Array CopyOf(const unsigned char* bytes, std::uint32_t size) {
-    Array copy(new (std::nothrow) unsigned char[size]);
+    Array copy(new (seam::kNoThrow) unsigned char[size]);
     if (copy == nullptr) throw BadAllocation();
     if (size != 0) std::memcpy(copy.get(), bytes, size);
     return copy;

@@ -6,8 +6,8 @@
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
 
+#include <algorithm>
 #include <set>
-#include <sstream>
 
 namespace tarn {
 namespace {
@@ -55,8 +55,11 @@ void Load(ConfigFileReader& reader, const Options& options) {
     std::string why;
     const bool isLoaded = Load(reader, options, why);
     if (!isLoaded) throw Failure("cannot load " + why);
-    std::istringstream losses(why);
-    for (std::string line; std::getline(losses, line);) PrintError("tarn config: " + line);
+    for (std::size_t at = 0; at < why.size();) {
+        const std::size_t end = std::min(why.find('\n', at), why.size());
+        PrintError("tarn config: " + why.substr(at, end - at));
+        at = end + 1;
+    }
 }
 
 ExitStatus SayMissing(const Options& options, const std::string& what) {
