@@ -29,7 +29,7 @@ bool IsContinued(const SAnsiString& line) {
 }
 
 bool IsForSecrets(std::string_view word) {
-    return word == "PASS" || word == "ACCT" || word == "AUTH";
+    return word == "PASS" || word == "ACCT" || word == "AUTH PLAIN" || word.empty();
 }
 
 }  // namespace
@@ -63,7 +63,8 @@ CommandLine::CommandLine(const char* word, const char* argument, unsigned argume
     line_.setSize(wordBytes_ + argumentBytes +
                   kBlankAndEnd);  // once: a block that is left is not overwritten
     line_ += word;
-    if (argument != nullptr) line_.concat(' ').concat(argument, argumentBytes);
+    if (argument != nullptr && wordBytes_ != 0) line_ += ' ';
+    if (argument != nullptr) line_.concat(argument, argumentBytes);
     line_ += "\r\n";
 }
 
@@ -75,7 +76,7 @@ SAnsiString CommandLine::shown() const {
     const char* const text = line_.getString();
     const unsigned length = line_.getLength() - 2;
     if (length == wordBytes_ || !IsForSecrets({text, wordBytes_})) return SAnsiString(text, length);
-    return SAnsiString(text, wordBytes_) + " ****";
+    return wordBytes_ == 0 ? SAnsiString("****") : SAnsiString(text, wordBytes_) + " ****";
 }
 
 }  // namespace TarnLibA500::dialogue

@@ -43,7 +43,7 @@ bool IsOneLine(const SAnsiString& text, const char* unit);
 /// A command as it is sent, which may hold a secret: it is overwritten when it goes.
 class CommandLine {
   public:
-    /// "WORD argument", or "WORD" alone, and CR LF.
+    /// "WORD argument", either of them alone, and CR LF.
     CommandLine(const char* word, const char* argument, unsigned argumentBytes);
     ~CommandLine();
     CommandLine(const CommandLine&) = delete;
@@ -51,8 +51,8 @@ class CommandLine {
 
     const char* bytes() const noexcept { return line_.getString(); }
     unsigned size() const noexcept { return line_.getLength(); }
-    /// What a trace may show, without the end of the line: "****" in place of what follows a word that is for
-    /// secrets (PASS, ACCT, AUTH).
+    /// What a trace may show, without the end of the line: "****" in place of an argument without a word, and of
+    /// what follows one that is for secrets (PASS, ACCT, AUTH PLAIN).
     SAnsiString shown() const;
 
   private:

@@ -1,11 +1,9 @@
-// Runs the steps of its command line with an FTP client, and tells what came of each: "STEP yes", "STEP no", a text,
-// or the exception. A step is a name and its arguments, by commas.
-#include <cstdio>
+// Runs the steps of its command line with an FTP client.
 #include <functional>
 #include <map>
 #include <string>
-#include <vector>
 
+#include "net/steps.h"
 #include "tarnlib/csiftp.h"
 #include "tarnlib/csisocket.h"
 
@@ -13,21 +11,7 @@ using namespace TarnLibA500;
 
 namespace {
 
-/// Of an argument: "~n" is a line end, "~0" a zero byte.
-SAnsiString Decoded(const std::string& text) {
-    SAnsiString decoded;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '~')
-            decoded.concat(text[i]);
-        else if (text[++i] == 'n')
-            decoded.concat("\r\n");
-        else
-            decoded.concat('\0');
-    }
-    return decoded;
-}
-
-using Step = std::function<std::string(CSIftp&, const std::vector<SAnsiString>&)>;
+using Step = std::function<std::string(CSIftp&, const steps::Arguments&)>;
 
 Step Asks(bool (CSIftp::*member)(const SAnsiString&)) {
     return [=](CSIftp& ftp, auto& a) { return (ftp.*member)(a[0]) ? "yes" : "no"; };
@@ -60,7 +44,7 @@ const std::map<std::string, Step> kSteps = {
     {"account", Asks(&CSIftp::SendAcct)},
     {"local", Asks(&CSIftp::ChangeLocalWorkingDir)}};
 
-std::string Run(CSIftp& ftp, const std::string& name, const std::vector<SAnsiString>& arguments) try {
+std::string Run(CSIftp& ftp, const std::string& name, const steps::Arguments& arguments) try {
     return kSteps.at(name)(ftp, arguments);
 } catch (const CSIftpException& failure) {
     return std::to_string(failure.GetErrorCode()) + " " + failure.GetDetails().getString();
@@ -71,17 +55,6 @@ std::string Run(CSIftp& ftp, const std::string& name, const std::vector<SAnsiStr
 int main(int count, char** words) {
     CSISocket::initialize();
     CSIftp ftp;
-    for (int i = 1; i < count; ++i) {
-        std::vector<SAnsiString> arguments;
-        std::string rest(words[i]);
-        while (arguments.size() < 4) {
-            const std::size_t comma = std::min(rest.find(','), rest.size());
-            arguments.push_back(Decoded(rest.substr(0, comma)));
-            rest.erase(0, comma + 1);
-        }
-        const std::string name = arguments[0].getString();
-        arguments.erase(arguments.begin());
-        std::printf("%s %s\n", name.c_str(), Run(ftp, name, arguments).c_str());
-    }
+    steps::RunAll(count, words, 3, [&](auto& name, auto& arguments) { return Run(ftp, name, arguments); });
     return 0;
 }

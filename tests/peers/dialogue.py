@@ -171,6 +171,10 @@ class Player:
             same = len(os.path.commonprefix([heard, wanted]))
             raise Mismatch(f"from byte {same} on the client sent {heard[same:same + 80]!r}")
 
+    def hear_until(self, name, text):
+        last = fill(text, self.values)
+        self.link(name).take(text, lambda unread: unread.find(last) + len(last) if last in unread else 0)
+
     def finish(self, name):
         self.link(name).socket.shutdown(socket.SHUT_WR)
         self.held.append(self.links.pop(name).socket)
@@ -223,6 +227,7 @@ STEPS = {
     "S-": lambda player, name, text: player.say(name, fill(text, player.values)),
     "C:": lambda player, name, text: player.hear_line(name, text, b"\r\n"),
     "C-": Player.hear_bytes,
+    "until": Player.hear_until,
     "split": lambda player, name, text: player.set_split(text),
     "pause": lambda player, name, text: time.sleep(float(text)),
     "end": lambda player, name, text: player.expect_end(name, False),

@@ -24,8 +24,9 @@ AT_ONCE = 16
 def play(case, build, folder, values):
     """Against the script."""
     player = Player(case)
+    player.values.update(values)
     try:
-        with Client(case, build, folder, {**player.values, **values}) as client:
+        with Client(case, build, folder, player.values) as client:
             faults = player.play(client.process) + client.faults()
             if player.is_wanted_once_more():
                 faults.append(f"{case.place}: the client made one connection more")

@@ -59,5 +59,6 @@ extern const Command kLikeCommand;
 extern const Command kResolveCommand;
 extern const Command kPingCommand;
 extern const Command kFtpCommand;
+extern const Command kMailCommand;
 
 }  // namespace tarn

@@ -7,6 +7,7 @@
 #include "strings/text/lineend.h"
 #include "tarnlib/csharedlibrary.h"
 #include "tarnlib/csiftpexception.h"
+#include "tarnlib/csismtpmailexception.h"
 #include "tarnlib/frsurlexception.h"
 #include "tarnlib/sfileexception.h"
 #include "tarnlib/sfilesysexception.h"
@@ -51,6 +52,8 @@ SAnsiString Describe() {
     } catch (const FRSUrlException& failure) {
         return failure.toString();
     } catch (const CSIftpException& failure) {
+        return failure.toString();
+    } catch (const CSISMTPMailException& failure) {
         return failure.toString();
     } catch (const SString_t<char, 0>& text) {
         return text;

@@ -1,11 +1,10 @@
 #include "command.h"
 #include "libraryprogress.h"
 #include "options.h"
+#include "passphrase.h"
 #include "streams.h"
 #include "system.h"
 #include "tarnlib/scrypt.h"
-#include "tarnlib/senvironment.h"
-#include "tarnlib/sfile.h"
 #include "tarnlib/strongencryptionexception.h"
 
 #include <windows.h>
@@ -15,8 +14,6 @@ namespace {
 
 using TarnLibA500::SAnsiString;
 using TarnLibA500::SCrypt;
-using TarnLibA500::SEnvironment;
-using TarnLibA500::SFile;
 using TarnLibA500::SIArray;
 
 constexpr KCMAlg400::Digest kSha256 = static_cast<KCMAlg400::Digest>(3);
@@ -36,31 +33,6 @@ constexpr const char* kDecryptHelp =
     "  -pass-file P     the pass phrase is the first line of this file\n"
     "  -file F -out G   the file, and the one that it becomes: the whole file or nothing\n\n"
     "Exit status: 0; 1 when the pass phrase is wrong, or what was encrypted has been changed or cut.\n";
-
-/// A text that is overwritten when it goes.
-class PassPhrase : public SAnsiString {
-  public:
-    explicit PassPhrase(const Options& options) : SAnsiString(read(options)) {
-        if (isEmpty()) throw Failure("the pass phrase is empty");
-    }
-    ~PassPhrase() { releaseBuffer(true); }
-    PassPhrase(const PassPhrase&) = delete;
-    PassPhrase& operator=(const PassPhrase&) = delete;
-
-  private:
-    static SAnsiString read(const Options& options) {
-        if (options.count({"pass-env", "pass-file"}) != 1)
-            throw Failure("one of -pass-env and -pass-file must be given");
-        if (options.has("pass-file"))
-            return SFile(options.value("pass-file").c_str(), SFile::readOnly, SFile::readWriteMask,
-                         SFile::denyNothing)
-                .readLine();
-        SAnsiString value;
-        const std::string name = options.value("pass-env");
-        if (!SEnvironment::Get(name.c_str(), value)) throw Failure("there is no variable " + name);
-        return value;
-    }
-};
 
 struct PassKey : SCrypt::Key {
     explicit PassKey(const Options& options) : SCrypt::Key() {
