@@ -1,12 +1,14 @@
 #include "time/datepattern.h"
 
+#include <array>
 #include <cstring>
 #include <utility>
 
 #include "diag/assert/require.h"
 #include "strings/base/intconv.h"
-#include "strings/characters/mbchar.h"
+#include "strings/characters/codepagetext.h"
 #include "tarnlib/sdatetimestring.h"
+#include "time/datenames.h"
 #include "time/dateparts.h"
 
 namespace TarnLibA500 {
@@ -21,6 +23,12 @@ constexpr std::uint32_t kAtOnce = 16;
 constexpr std::uint32_t kUsualBytes = 128;
 
 constexpr std::uint32_t kTwoDigits = 2;
+
+constexpr auto kIsLetter = [] {
+    std::array<bool, 256> is{};
+    for (const unsigned char letter : {'y', 'M', 'd', 'g', 'H', 'h', 'm', 's', 'S', 't'}) is[letter] = true;
+    return is;
+}();
 
 // Without zeros in front.
 char* PutNumber(char* at, std::int32_t number) {
@@ -90,38 +98,21 @@ class PatternWriter : private SAnsiString {
 
     char* writeAll(const char* pattern) {
         char* at = begin_;
-        while (*pattern != '\0') at = step(pattern, makeRoom(at, kAtOnce));
+        while (*pattern != '\0') {
+            at = makeRoom(at, kAtOnce);
+            if (!kIsLetter[static_cast<unsigned char>(*pattern)]) {
+                at = copyOther(pattern, at);
+                continue;
+            }
+            const char letter = *pattern;
+            at = putRun(letter, takeRun(pattern), at);
+        }
         return at;
     }
 
-    char* step(const char*& pattern, char* at) {
-        switch (*pattern) {
-            case 'y':
-                return putDate<&PatternWriter::putYear>(pattern, at);
-            case 'M':
-                return putDate<&PatternWriter::putMonth>(pattern, at);
-            case 'd':
-                return putDate<&PatternWriter::putDay>(pattern, at);
-            case 'g':
-                return putDate<&PatternWriter::putEra>(pattern, at);
-            case 'H':
-                return putTime<&PatternWriter::putHour>(pattern, at);
-            case 'h':
-                return putTime<&PatternWriter::putHourOfHalfDay>(pattern, at);
-            case 'm':
-                return putTime<&PatternWriter::putMinute>(pattern, at);
-            case 's':
-                return putTime<&PatternWriter::putSecond>(pattern, at);
-            case 'S':
-                return putTime<&PatternWriter::putMillisecond>(pattern, at);
-            case 't':
-                return putTime<&PatternWriter::putHalfDay>(pattern, at);
-            case '\'':
-            case '"':
-                return copyQuoted(pattern, at);
-            default:
-                return copyCharacter(pattern, at);
-        }
+    char* copyOther(const char*& pattern, char* at) {
+        const bool isQuote = *pattern == '\'' || *pattern == '"';
+        return isQuote ? copyQuoted(pattern, at) : copyCharacter(pattern, at);
     }
 
     // How often the letter at the place is repeated; goes on behind it.
@@ -133,25 +124,12 @@ class PatternWriter : private SAnsiString {
         return static_cast<std::uint32_t>(pattern - start);
     }
 
-    // A part of the date for a run of its letter; nothing where no date is shown.
-    template <char* (PatternWriter::*put)(std::uint32_t run, char* at)>
-    char* putDate(const char*& pattern, char* at) {
-        const std::uint32_t run = takeRun(pattern);
-        return shown_.hasDate ? (this->*put)(run, at) : at;
-    }
-
-    // The same for the time of day.
-    template <char* (PatternWriter::*put)(std::uint32_t run, char* at)>
-    char* putTime(const char*& pattern, char* at) {
-        const std::uint32_t run = takeRun(pattern);
-        return shown_.hasTime ? (this->*put)(run, at) : at;
-    }
-
     // The trail byte of a character may look like a letter or a quote.
     static char* copyCharacter(const char*& pattern, char* at) {
-        unsigned bytes = 1;
-        if (static_cast<unsigned char>(*pattern) >= 0x80) bytes = mbchar::CodePage::Current().step(pattern);
-        for (; bytes > 0; --bytes) *at++ = *pattern++;
+        *at++ = *pattern++;
+        if (static_cast<signed char>(at[-1]) >= 0) return at;
+        for (unsigned bytes = mbchar::CodePage::Current().step(pattern - 1); bytes > 1; --bytes)
+            *at++ = *pattern++;
         return at;
     }
 
@@ -162,10 +140,50 @@ class PatternWriter : private SAnsiString {
         return at;
     }
 
-    char* putName(const SAnsiString& name, char* at) {
-        at = makeRoom(at, name.getLength());
-        std::memcpy(at, name.getString(), name.getLength());
-        return at + name.getLength();
+    [[gnu::noinline]] char* putText(const SAnsiString& text, char* at) {
+        at = makeRoom(at, text.getLength());
+        std::memcpy(at, text.getString(), text.getLength());
+        return at + text.getLength();
+    }
+
+    // Seldom more than once around: for text that takes more bytes than there is room for.
+    [[gnu::noinline]] char* putName(DateNames names, std::int32_t number, char* at) {
+        wchar_t room[kDateNameUnits];
+        const std::wstring_view name = DateName(names, number, room);
+        const mbchar::CodePage& page = mbchar::CodePage::Current();
+        const wchar_t* from = name.data();
+        const wchar_t* const last = from + name.size();
+        for (;;) {
+            at += mbchar::Encode(page, from, last, at, static_cast<std::uint32_t>(end_ - at));
+            if (from == last) return at;
+            at = grow(at, static_cast<std::uint32_t>(last - from) * mbchar::kLongestCharacter);
+        }
+    }
+
+    // A part of the date or of the time of day for a run of its letter; nothing where that is not shown.
+    char* putRun(char letter, std::uint32_t run, char* at) {
+        switch (letter) {
+            case 'y':
+                return shown_.hasDate ? putYear(run, at) : at;
+            case 'M':
+                return shown_.hasDate ? putMonth(run, at) : at;
+            case 'd':
+                return shown_.hasDate ? putDay(run, at) : at;
+            case 'g':
+                return shown_.hasDate ? putEra(at) : at;
+            case 'H':
+                return shown_.hasTime ? PutSmall(at, time_.hour, run) : at;
+            case 'h':
+                return shown_.hasTime ? PutSmall(at, (time_.hour + 11) % 12 + 1, run) : at;
+            case 'm':
+                return shown_.hasTime ? PutSmall(at, time_.minute, run) : at;
+            case 's':
+                return shown_.hasTime ? PutSmall(at, time_.second, run) : at;
+            case 'S':
+                return shown_.hasTime ? putMillisecond(run, at) : at;
+            default:
+                return shown_.hasTime ? putHalfDay(run, at) : at;
+        }
     }
 
     char* putYear(std::uint32_t run, char* at) {
@@ -175,41 +193,31 @@ class PatternWriter : private SAnsiString {
         return PutNumber(at, year);
     }
 
+    // Before the first year that leads back, the parts of a day number are no date and may be negative.
     char* putMonth(std::uint32_t run, char* at) {
-        if (run < 3) return PutSmall(at, shownMonth(), run);
-        return putName(run == 3 ? SDateTimeString::GetShortMonth(date_.month)
-                                : SDateTimeString::GetLongMonth(date_.month),
-                       at);
+        if (run < 3) return PutSmall(at, date_.month < 0 ? 0 : date_.month, run);
+        return putName(run == 3 ? DateNames::ShortMonths : DateNames::LongMonths, date_.month, at);
     }
 
     char* putDay(std::uint32_t run, char* at) {
-        if (run < 3) return PutSmall(at, shownDay(), run);
+        if (run < 3) return PutSmall(at, date_.day < 0 ? 0 : date_.day, run);
         const std::int32_t day = calendar::DayOfWeek(shown_.value.day);
-        return putName(run == 3 ? SDateTimeString::GetShortDay(day) : SDateTimeString::GetLongDay(day), at);
+        return putName(run == 3 ? DateNames::ShortDays : DateNames::LongDays, day, at);
     }
 
-    char* putEra(std::uint32_t /*run*/, char* at) {
-        return putName(SDateTimeString::GetEra(SDate::FromDayNumber(shown_.value.day)), at);
+    [[gnu::noinline]] char* putEra(char* at) {
+        return putText(SDateTimeString::GetEra(SDate::FromDayNumber(shown_.value.day)), at);
     }
 
-    // Before the first year that leads back, the parts of a day number are no date and may be negative.
-    std::int32_t shownMonth() const { return date_.month < 0 ? 0 : date_.month; }
-    std::int32_t shownDay() const { return date_.day < 0 ? 0 : date_.day; }
-
-    char* putHour(std::uint32_t run, char* at) { return PutSmall(at, time_.hour, run); }
-    char* putHourOfHalfDay(std::uint32_t run, char* at) {
-        return PutSmall(at, (time_.hour + 11) % 12 + 1, run);
-    }
-    char* putMinute(std::uint32_t run, char* at) { return PutSmall(at, time_.minute, run); }
-    char* putSecond(std::uint32_t run, char* at) { return PutSmall(at, time_.second, run); }
     char* putMillisecond(std::uint32_t run, char* at) {
         if (run == 1) return PutNumber(at, time_.millisecond);
         intconv::PutDecimal(at, static_cast<std::uint32_t>(time_.millisecond), 3);
         return at + 3;
     }
-    char* putHalfDay(std::uint32_t run, char* at) {
+
+    [[gnu::noinline]] char* putHalfDay(std::uint32_t run, char* at) {
         const bool isMorning = time_.hour < 12;
-        return putName(
+        return putText(
             run == 1 ? SDateTimeString::GetShortAM(isMorning) : SDateTimeString::GetLongAM(isMorning), at);
     }
 

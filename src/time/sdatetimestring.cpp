@@ -6,67 +6,55 @@
 
 #include "tarnlib/slocale.h"
 #include "time/calendar.h"
+#include "time/datenames.h"
 
 namespace TarnLibA500 {
 namespace {
 
 constexpr int kMarkerUnits = 40;
-constexpr int kNameUnits = 80;
-// The names do not depend on the year, and this one begins with a Friday.
-constexpr WORD kYearOfNames = 1999;
-constexpr WORD kFirstSundayOfNames = 3;
 // The years that the system formats.
 constexpr std::int32_t kFirstYear = 1601;
 constexpr std::int32_t kLastYear = 9999;
 
-SAnsiString FromWide(const wchar_t* text) {
+SAnsiString FromWide(std::wstring_view text) {
     SAnsiString narrow;
-    narrow.fromWChar(text);
+    if (!text.empty()) narrow.fromWChar(text.data(), static_cast<std::uint32_t>(text.size()));
     return narrow;
 }
 
-SAnsiString DateName(const SYSTEMTIME& date, const wchar_t* pattern) {
-    wchar_t name[kNameUnits];
-    const LCID locale = SLocale::GetCurrentThreadLocale();
-    if (GetDateFormatW(locale, 0, &date, pattern, name, kNameUnits) == 0) return SAnsiString();
-    return FromWide(name);
+// What the system has written; it counts the terminator, and nothing when it fails.
+SAnsiString FromSystem(const wchar_t* text, int count) {
+    return FromWide({text, static_cast<std::size_t>(std::max(count - 1, 0))});
 }
 
-SAnsiString MonthName(int month, const wchar_t* pattern) {
-    if (month < 1 || month > calendar::kMonthsPerYear) return SAnsiString();
-    return DateName({kYearOfNames, static_cast<WORD>(month), 0, 1, 0, 0, 0, 0}, pattern);
-}
-
-SAnsiString DayName(int day, const wchar_t* pattern) {
-    if (day < 0 || day >= calendar::kDaysPerWeek) return SAnsiString();
-    const auto date = static_cast<WORD>(kFirstSundayOfNames + day);
-    return DateName({kYearOfNames, 1, static_cast<WORD>(day), date, 0, 0, 0, 0}, pattern);
+SAnsiString NarrowName(DateNames names, int number) {
+    wchar_t room[kDateNameUnits];
+    return FromWide(DateName(names, number, room));
 }
 
 SAnsiString Marker(bool morning, const wchar_t* pattern) {
     const SYSTEMTIME time = {0, 0, 0, 0, static_cast<WORD>(morning ? 1 : 13), 0, 0, 0};
     wchar_t name[kMarkerUnits];
     const LCID locale = SLocale::GetCurrentThreadLocale();
-    if (GetTimeFormatW(locale, 0, &time, pattern, name, kMarkerUnits) == 0) return SAnsiString();
-    return FromWide(name);
+    return FromSystem(name, GetTimeFormatW(locale, 0, &time, pattern, name, kMarkerUnits));
 }
 
 }  // namespace
 
 SAnsiString SDateTimeString::GetLongMonth(int month) {
-    return MonthName(month, L"MMMM");
+    return NarrowName(DateNames::LongMonths, month);
 }
 
 SAnsiString SDateTimeString::GetShortMonth(int month) {
-    return MonthName(month, L"MMM");
+    return NarrowName(DateNames::ShortMonths, month);
 }
 
 SAnsiString SDateTimeString::GetLongDay(int day) {
-    return DayName(day, L"dddd");
+    return NarrowName(DateNames::LongDays, day);
 }
 
 SAnsiString SDateTimeString::GetShortDay(int day) {
-    return DayName(day, L"ddd");
+    return NarrowName(DateNames::ShortDays, day);
 }
 
 SAnsiString SDateTimeString::GetLongAM(bool morning) {
@@ -86,8 +74,11 @@ SAnsiString SDateTimeString::GetEra(const SDate& date) {
     const bool exact = year == parts.year;
     const auto month = static_cast<WORD>(exact ? parts.month : 1);
     const auto day = static_cast<WORD>(exact ? parts.day : 1);
+    const SYSTEMTIME shown = {year, month, 0, day, 0, 0, 0, 0};
+    wchar_t name[kDateNameUnits];
     // One letter: some systems write the name once for every letter.
-    return DateName({year, month, 0, day, 0, 0, 0, 0}, L"g");
+    const LCID locale = SLocale::GetCurrentThreadLocale();
+    return FromSystem(name, GetDateFormatW(locale, 0, &shown, L"g", name, kDateNameUnits));
 }
 
 }  // namespace TarnLibA500

@@ -86,6 +86,17 @@ TEST(DateText, ReadsOnlyWhatIsADate) {
 
 TEST(DateText, TakesNamesFromTheThreadsLocale) {
     CheckNames("time/date_names.txt");
+    // More locales than are kept, and each again.
+    for (int i = 0; i < 80; ++i) {
+        if (!SetThreadLocale(MAKELCID(MAKELANGID(1 + i % 40, SUBLANG_DEFAULT), SORT_DEFAULT))) continue;
+        const SYSTEMTIME may = {1999, 5, 0, 1, 0, 0, 0, 0};
+        wchar_t name[80];
+        GetDateFormatW(GetThreadLocale(), 0, &may, L"MMM", name, 80);
+        SAnsiString narrow;
+        narrow.fromWChar(name);
+        EXPECT_EQ(SDateTimeString::GetShortMonth(5), narrow) << i;
+    }
+    SetThreadLocale(kEnglish);
 }
 
 TEST(Utf8DateText, HasEveryName) {

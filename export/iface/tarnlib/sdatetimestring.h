@@ -9,8 +9,8 @@ namespace TarnLibA500 {
 /// The names of months, days, halves of the day and eras in the calling thread's locale.
 ///
 /// The names come from the system, in the code page of the C locale, or in UTF-8 (SNarrowText); a character
-/// that this does not have becomes "?". Members keep no state and may be called from any thread. A number out
-/// of range gives an empty name.
+/// that this does not have becomes "?". Names of months and days are asked of the system once for a locale and kept, those
+/// of the first sixteen locales. Members may be called from any thread. A number out of range gives an empty name.
 ///
 ///     SetThreadLocale(MAKELCID(MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN), SORT_DEFAULT));
 ///     SAnsiString month = SDateTimeString::GetLongMonth(3);     // "März"
