@@ -91,13 +91,24 @@ std::uint32_t FromDecimal(C* out, std::uint64_t value) {
     return length + 9;
 }
 
+/// The digits of all radixes.
+inline constexpr char kDigits[] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+
+/// Without a division: a digit is four bits.
+template <class C, class Unsigned>
+std::uint32_t FromHexadecimal(C* out, Unsigned value) {
+    const auto digits = static_cast<std::uint32_t>(std::bit_width(static_cast<Unsigned>(value | 1)) + 3) / 4;
+    for (C* at = out + digits; at != out; value >>= 4) *--at = static_cast<C>(kDigits[value & 15]);
+    return digits;
+}
+
 template <class C, class Unsigned>
 std::uint32_t FromUnsigned(C* out, Unsigned value, std::uint32_t radix) {
+    if (radix == 16) return FromHexadecimal(out, value);
     C reversed[kIntegerTextUnits];
     std::uint32_t length = 0;
     do {
-        const auto digit = static_cast<std::uint32_t>(value % radix);
-        reversed[length++] = static_cast<C>(digit < kDecimal ? '0' + digit : 'A' + (digit - kDecimal));
+        reversed[length++] = static_cast<C>(kDigits[value % radix]);
         value = static_cast<Unsigned>(value / radix);
     } while (value != 0);
     for (std::uint32_t i = 0; i < length; ++i) out[i] = reversed[length - 1 - i];

@@ -1,6 +1,7 @@
 #include "strings/numbers/neutralreal.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -146,6 +147,91 @@ int SignificantDigits(const char* at, const char* last) {
     return count;
 }
 
+// What a type holds exactly: as many digits as a whole number, and powers of ten up to this one.
+template <class T>
+constexpr int kExactDigits = std::numeric_limits<T>::digits10;
+template <class T>
+constexpr int kLargestExactPower = sizeof(T) == sizeof(double) ? 22 : 10;
+
+template <class T>
+constexpr auto kExactPowers = [] {
+    std::array<T, kLargestExactPower<T> + 1> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
+    return powers;
+}();
+
+/// A short number as a reader meets it: its digits, nine of them in the head, and where the point stands.
+struct ShortDigits {
+    std::uint32_t head = 0;
+    std::uint32_t tail = 0;
+    int count = 0;
+    int beforePoint = -1;  // no point
+
+    int exponent() const { return beforePoint < 0 ? 0 : beforePoint - count; }
+};
+
+constexpr int kHeadDigits = 9;
+
+// False when there are more digits than "most".
+bool TakeDigits(const char*& at, const char* last, int most, ShortDigits& digits) {
+    for (; at != last; ++at) {
+        const std::uint32_t digit = static_cast<std::uint32_t>(*at) - '0';
+        if (digit >= 10) {
+            if (*at != '.' || digits.beforePoint >= 0) return true;
+            digits.beforePoint = digits.count;
+            continue;
+        }
+        if (digits.count == most) return false;
+        std::uint32_t& part = digits.count < kHeadDigits ? digits.head : digits.tail;
+        part = part * 10 + digit;
+        ++digits.count;
+    }
+    return true;
+}
+
+// An exponent of one or two digits behind its mark, added to that of the digits.
+bool TakeExponent(const char* at, const char* last, int& exponent) {
+    const bool negative = at != last && *at == '-';
+    if (negative || (at != last && *at == '+')) ++at;
+    if (at == last || last - at > 2) return false;
+    int written = 0;
+    for (; at != last; ++at) {
+        if (!IsDigit(*at)) return false;
+        written = written * 10 + (*at - '0');
+    }
+    exponent += negative ? -written : written;
+    return true;
+}
+
+// A text that is too long for few digits and a short exponent is not read in vain.
+bool MayBeShort(const char* at, const char* last, int mostDigits) {
+    constexpr int kExponentUnits = 4;  // "e-22"
+    const std::ptrdiff_t beyond = last - at - (mostDigits + 1);
+    if (beyond <= 0) return true;
+    return beyond <= kExponentUnits &&
+           (IsExponentMark(last[-4]) || IsExponentMark(last[-3]) || IsExponentMark(last[-2]));
+}
+
+// Few digits and a small power of ten are exact, so that one operation gives the number, rounded once. False, with
+// nothing done, for all other numbers, and where the text goes on.
+template <class T>
+bool ReadShort(const char* at, const char* last, T& value) {
+    if (at == last || !IsDigit(*at) || !MayBeShort(at, last, kExactDigits<T>)) return false;
+    ShortDigits digits;
+    if (!TakeDigits(at, last, kExactDigits<T>, digits)) return false;
+    int exponent = digits.exponent();
+    if (at != last && !(IsExponentMark(*at) && TakeExponent(at + 1, last, exponent))) return false;
+    const int size = exponent < 0 ? -exponent : exponent;
+    if (size > kLargestExactPower<T>) return false;
+    T whole = static_cast<T>(static_cast<std::int32_t>(digits.head));
+    if (digits.count > kHeadDigits) {
+        whole = whole * kExactPowers<T>[digits.count - kHeadDigits] +
+                static_cast<T>(static_cast<std::int32_t>(digits.tail));
+    }
+    value = exponent < 0 ? whole / kExactPowers<T>[size] : whole * kExactPowers<T>[size];
+    return true;
+}
+
 // Numbers as they are usually written, straight by the standard library. False, with anything in the value,
 // where its reading and ours may part: at blanks, in more digits than are kept, near the ends of the range, and
 // where it rounds twice.
@@ -171,7 +257,7 @@ bool NeutralStringToRealIterator(const char* first, const char* last, T& out) {
     out = 0;
     Reader reader(first, last);
     const bool negative = reader.readSign();
-    if (!ReadUsual(reader.at(), last, out)) {
+    if (!ReadShort(reader.at(), last, out) && !ReadUsual(reader.at(), last, out)) {
         Decimal number;
         out = 0;
         if (!reader.readMagnitude(number) || !ValueOf(number, out)) return false;

@@ -27,7 +27,9 @@ constexpr int kMaxDigits = 17;
 // apart.
 constexpr double kShortDecimals = 1e9;
 constexpr int kShortDecimalPlaces = 6;
-constexpr double kMillionths = 1e6;
+constexpr std::uint32_t kMillionths = 1'000'000;
+constexpr std::uint32_t kFewestPlainMillionths = 10;  // 0.00001; below there is an exponent
+constexpr double kNoFractions = 4503599627370496.0;   // 2^52: doubles from here on are whole numbers
 constexpr double kWholeNumbers = 9007199254740992.0;  // 2^53
 
 // The smallest double ends within its 15 digits; further decimals are zeros.
@@ -58,24 +60,23 @@ Digits Split(const char* at, const char* end) {
     return digits;
 }
 
+/// A positive number with few decimals.
+struct ShortDecimal {
+    std::uint32_t whole;
+    std::uint32_t millionths;
+};
+
 // Most numbers that people write have few decimals, and then no search for the digits is needed: of the
 // decimal numbers with up to 15 digits at most one reads back as a given double. False for all others.
-bool ShortDecimalDigits(double magnitude, Digits& digits) {
+bool ToShortDecimal(double magnitude, ShortDecimal& decimal) {
     if (!(magnitude < kShortDecimals)) return false;
-    const double millionths = std::nearbyint(magnitude * kMillionths);
+    // The sum has no room for a fraction, so it is rounded to a whole number.
+    const double millionths = magnitude * kMillionths + kNoFractions - kNoFractions;
     if (millionths / kMillionths != magnitude) return false;
-    const auto whole = static_cast<std::uint32_t>(magnitude);
-    const auto rest = static_cast<std::uint32_t>(millionths - whole * kMillionths);
-    if (whole == 0) {
-        digits.count = static_cast<int>(intconv::FromDecimal(digits.text, rest));
-        digits.exponent = rest == 0 ? 0 : digits.count - 1 - kShortDecimalPlaces;
-    } else {
-        digits.count = static_cast<int>(intconv::FromDecimal(digits.text, whole));
-        digits.exponent = digits.count - 1;
-        intconv::PutDecimal(digits.text + digits.count, rest, kShortDecimalPlaces);
-        digits.count += kShortDecimalPlaces;
-    }
-    DropTrailingZeros(digits);
+    const auto whole = static_cast<std::int32_t>(magnitude);
+    decimal.whole = static_cast<std::uint32_t>(whole);
+    decimal.millionths = static_cast<std::uint32_t>(
+        static_cast<std::int32_t>(millionths - static_cast<double>(whole) * kMillionths));
     return true;
 }
 
@@ -90,15 +91,13 @@ bool WholeDigits(double magnitude, Digits& digits) {
 
 Digits ShortestDigits(double magnitude) {
     Digits digits;
-    if (ShortDecimalDigits(magnitude, digits) || WholeDigits(magnitude, digits)) return digits;
+    if (WholeDigits(magnitude, digits)) return digits;
     char text[kShortestRoom];
     const auto end = std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific).ptr;
     return Split(text, end);
 }
 
 Digits FifteenDigits(double magnitude) {
-    Digits digits;
-    if (ShortDecimalDigits(magnitude, digits)) return digits;
     char text[kShortestRoom];
     const auto end = std::to_chars(text, text + sizeof text, magnitude, std::chars_format::scientific,
                                    NeutralString::kPrecisionDigits - 1)
@@ -140,15 +139,34 @@ char* PutWithExponent(char* out, const Digits& digits) {
     return out + StringConvFromInteger(out, digits.exponent, kDecimal);
 }
 
+char* PutPlain(char* out, const ShortDecimal& decimal) {
+    out += intconv::FromDecimal(out, decimal.whole);
+    if (decimal.millionths == 0) return out;
+    *out++ = '.';
+    intconv::PutDecimal(out, decimal.millionths, kShortDecimalPlaces);
+    out += kShortDecimalPlaces;
+    while (out[-1] == '0') --out;
+    return out;
+}
+
+char* PutShortest(char* out, double magnitude) {
+    ShortDecimal decimal;
+    if (ToShortDecimal(magnitude, decimal)) {
+        const bool isPlain = decimal.whole != 0 || decimal.millionths >= kFewestPlainMillionths;
+        if (isPlain || decimal.millionths == 0) return PutPlain(out, decimal);
+    }
+    const Digits digits = ShortestDigits(magnitude);
+    const bool plain = digits.exponent >= kSmallestPlainExponent && digits.exponent <= kLargestPlainExponent;
+    return plain ? PutPlain(out, digits) : PutWithExponent(out, digits);
+}
+
 template <class String>
 String ShortestText(double number) {
     if (!Require(std::isfinite(number), kUnit, kMisuse)) return String();
     char text[kShortestRoom];
     char* at = text;
     if (number < 0) *at++ = '-';
-    const Digits digits = ShortestDigits(std::fabs(number));
-    const bool plain = digits.exponent >= kSmallestPlainExponent && digits.exponent <= kLargestPlainExponent;
-    at = plain ? PutPlain(at, digits) : PutWithExponent(at, digits);
+    at = PutShortest(at, std::fabs(number));
     return String(text, static_cast<std::uint32_t>(at - text));
 }
 
@@ -181,21 +199,54 @@ char* PutPowers(char* out, const Digits& digits, int from, int to) {
     return out;
 }
 
+// The same for a number with few decimals, of which so many are kept. Returns those as a whole number.
+std::uint32_t RoundToDecimals(ShortDecimal& decimal, int decimals) {
+    if (decimals == kShortDecimalPlaces) return decimal.millionths;
+    const std::uint32_t unit =
+        intconv::kPowersOfTen[static_cast<std::size_t>(kShortDecimalPlaces - decimals)];
+    const std::uint32_t rounded = (decimal.millionths + unit / 2) / unit;
+    if (rounded * unit != kMillionths) return rounded;
+    ++decimal.whole;
+    return 0;
+}
+
+// The sign stands in front of what does not round to 0.
+char* PutSign(char* out, bool negative, bool isZero) {
+    if (negative && !isZero) *out++ = '-';
+    return out;
+}
+
+char* PutFixed(char* out, bool negative, ShortDecimal decimal, int decimals) {
+    const int kept = std::min(decimals, kShortDecimalPlaces);
+    const std::uint32_t rest = RoundToDecimals(decimal, kept);
+    out = PutSign(out, negative, decimal.whole == 0 && rest == 0);
+    out += intconv::FromDecimal(out, decimal.whole);
+    if (decimals == 0) return out;
+    *out++ = '.';
+    intconv::PutDecimal(out, rest, static_cast<std::uint32_t>(kept));
+    return PutZeros(out + kept, decimals - kept);
+}
+
+char* PutFixed(char* out, bool negative, Digits digits, int decimals) {
+    RoundToDecimals(digits, decimals);
+    out = PutSign(out, negative, digits.count == 0 || digits.text[0] == '0');
+    out = PutPowers(out, digits, std::max(digits.exponent, 0), 0);
+    if (decimals != 0) *out++ = '.';
+    return PutPowers(out, digits, -1, -decimals);
+}
+
 template <class String>
 String FixedText(double number, int precision) {
     if (!Require(std::isfinite(number), kUnit, kMisuse)) return String();
     const int decimals = Require(precision >= 0, kUnit, kMisuse) ? precision : 0;
-    Digits digits = FifteenDigits(std::fabs(number));
-    RoundToDecimals(digits, decimals);
-    const bool isZero = digits.count == 0 || digits.text[0] == '0';
-    char text[kFixedRoom];
-    char* at = text;
-    if (number < 0 && !isZero) *at++ = '-';
-    at = PutPowers(at, digits, std::max(digits.exponent, 0), 0);
-    if (decimals != 0) *at++ = '.';
     const int written = std::min(decimals, kMostDecimals);
-    at = PutPowers(at, digits, -1, -written);
-    String result(text, static_cast<std::uint32_t>(at - text));
+    const double magnitude = std::fabs(number);
+    char text[kFixedRoom];
+    ShortDecimal decimal;
+    char* const end = ToShortDecimal(magnitude, decimal)
+                          ? PutFixed(text, number < 0, decimal, written)
+                          : PutFixed(text, number < 0, FifteenDigits(magnitude), written);
+    String result(text, static_cast<std::uint32_t>(end - text));
     for (int i = written; i < decimals; ++i) result += '0';
     return result;
 }
