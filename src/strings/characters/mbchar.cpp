@@ -11,6 +11,7 @@
 #include "strings/base/memory.h"
 #include "strings/characters/utf8form.h"
 #include "strings/characters/utf8text.h"
+#include "tarnlib/schar.h"
 #include "waiting/waiting.h"
 
 extern "C" __declspec(dllimport) unsigned int __cdecl ___lc_codepage_func(void);
@@ -19,6 +20,7 @@ namespace TarnLibA500::mbchar {
 namespace {
 
 constexpr unsigned kByteValues = 256;
+constexpr unsigned kAsciiEnd = 0x80;
 
 // The page that was used last; UTF-8 stays there, because it is used by choice.
 std::atomic<const CodePage*> lastUsed{nullptr};
@@ -117,6 +119,7 @@ CodePage* CodePage::Create(unsigned number, bool isUtf8) {
     page->isUtf8_ = isUtf8;
     page->findPartials();
     page->fillSingles();
+    page->fillSpaces();
     page->fillFolds();
     return page;
 }
@@ -140,6 +143,14 @@ void CodePage::fillSingles() noexcept {
         // No MB_ERR_INVALID_CHARS here: it refuses single bytes that the C locale takes, such as A0 in 932.
         if (systemNumber_ != 0 && !partial_[byte]) ostext::ToWide(systemNumber_, 0, &text, 1, &unit, 1);
         single_.entry[byte] = static_cast<std::uint16_t>(unit);
+        if (byte < kAsciiEnd && unit != byte) hasAscii_ = false;
+    }
+}
+
+void CodePage::fillSpaces() noexcept {
+    for (unsigned byte = 0; byte < kByteValues; ++byte) {
+        const wchar_t unit = static_cast<wchar_t>(single_.entry[byte]);
+        space_[byte] = !partial_[byte] && is_space(unit);
     }
 }
 
@@ -148,10 +159,10 @@ void CodePage::fillFolds() noexcept {
         fold_[byte] = static_cast<unsigned char>(byte);
         const bool isAsciiUpper = byte >= 'A' && byte <= 'Z';
         if (isAsciiUpper) fold_[byte] = static_cast<unsigned char>(byte - 'A' + 'a');
-        if (byte < 0x80 || systemNumber_ == 0 || partial_[byte]) continue;
+        if (byte < kAsciiEnd || systemNumber_ == 0 || partial_[byte]) continue;
         const std::uint16_t lower = encodeOne(LowerCase(static_cast<wchar_t>(single_.entry[byte])));
         const bool mapsBack =
-            lower != kNoCharacter && lower < kByteValues && !partial_[lower] && lower >= 0x80;
+            lower != kNoCharacter && lower < kByteValues && !partial_[lower] && lower >= kAsciiEnd;
         if (mapsBack) fold_[byte] = static_cast<unsigned char>(lower);
     }
 }
@@ -168,20 +179,13 @@ void CodePage::fillPairRow(unsigned char lead) const noexcept {
     SetReady(pairReady_[lead]);
 }
 
-std::uint16_t CodePage::decodePair(const char* text) const noexcept {
-    const auto lead = static_cast<unsigned char>(text[0]);
-    if (!IsReady(pairReady_[lead])) fillPairRow(lead);
-    return pairs_[lead].entry[static_cast<unsigned char>(text[1])];  // a zero byte has no entry
-}
-
-unsigned CodePage::stepPartial(const char* text) const noexcept {
-    if (isUtf8_) return utf8text::Step(text);
-    return decodePair(text) != kNoCharacter ? 2 : 1;
+unsigned CodePage::stepInUtf8(const char* text) noexcept {
+    return utf8text::Step(text);
 }
 
 Character CodePage::partialAt(const char* text) const noexcept {
     if (isUtf8_) return utf8text::CharacterAt(text);
-    const std::uint16_t unit = decodePair(text);
+    const wchar_t unit = unitOfPair(text);
     return unit != kNoCharacter ? Character{2, unit} : Character{1, Character::kInvalid};
 }
 
@@ -219,12 +223,8 @@ void CodePage::fillEncodeRow(unsigned high) const noexcept {
 }
 
 int CodePage::fromWide(char* out, wchar_t unit) const noexcept {
-    const unsigned high = unit >> 8;
-    if (!IsReady(encodeReady_[high])) {
-        if (isUtf8_) return utf8text::FromCode(out, unit);
-        fillEncodeRow(high);
-    }
-    const std::uint16_t code = encode_[high].entry[unit & 0xFF];
+    if (isUtf8_) return utf8text::FromCode(out, unit);
+    const std::uint16_t code = bytesOf(unit);
     if (code == kNoCharacter && unit != 0) return -1;
     if (code < kByteValues) {
         out[0] = static_cast<char>(code);

@@ -7,6 +7,7 @@
 
 #include <emmintrin.h>
 
+#include "strings/characters/asciiblocks.h"
 #include "strings/characters/surrogates.h"
 #include "strings/characters/utf.h"
 #include "strings/characters/utf8form.h"
@@ -14,6 +15,7 @@
 namespace TarnLibA500::utf {
 namespace {
 
+using namespace asciiblocks;
 using Byte = unsigned char;
 
 constexpr Code kReplacement = 0xFFFD;
@@ -21,19 +23,7 @@ constexpr Code kLastCode = 0x10FFFF;
 constexpr Code kAsciiEnd = 0x80;
 constexpr Code kTwoByteEnd = 0x800;
 constexpr Code kThreeByteEnd = 0x10000;
-constexpr std::ptrdiff_t kBlock = 16;
 constexpr unsigned kWholeBlock = 0xFFFF;
-
-template <class T>
-T Load(const void* from) {
-    T value;
-    std::memcpy(&value, from, sizeof value);
-    return value;
-}
-template <class T>
-void Store(void* to, T value) {
-    std::memcpy(to, &value, sizeof value);
-}
 
 // --- one character from a source; the source moves only when there is one ---
 
@@ -146,14 +136,6 @@ __m128i Repeated(int unit) {
     return _mm_set1_epi16(static_cast<short>(unit));
 }
 
-void StoreWide(wchar_t* target, __m128i block) {
-    Store(target, _mm_unpacklo_epi8(block, _mm_setzero_si128()));
-    Store(target + kBlock / 2, _mm_unpackhi_epi8(block, _mm_setzero_si128()));
-}
-void StoreAscii(Byte* target, const wchar_t* units) {
-    Store(target, _mm_packus_epi16(Load<__m128i>(units), Load<__m128i>(units + kBlock / 2)));
-}
-
 // A block of ASCII with single characters of two bytes in between, of whose bytes each has a bit. All of it
 // has been stored as if it were ASCII; what follows such a character is stored once more in its right place.
 // The places come from the bits alone, so that nothing waits for the character before. Returns the end, null
@@ -201,7 +183,7 @@ Cursor<Byte, wchar_t> ConvertBlocks(Cursor<Byte, wchar_t> at) {
     for (; others != 0; others &= others - 1) {
         const int place = std::countr_zero(others);
         Store(target + place, TwoBytes(source[place]));
-        StoreAscii(target + place + 2, source + place + 1);
+        StoreNarrow(target + place + 2, source + place + 1);
         ++target;
     }
     return target + kBlock;
@@ -281,8 +263,8 @@ __m128i StoreLanes(std::uint32_t* target, const wchar_t* source) {
 
 Cursor<wchar_t, Byte> ConvertBlocks(Cursor<wchar_t, Byte> at) {
     for (; at.left() >= 2 * kBlock && at.room() >= 4 * kBlock; at.source += kBlock) {
-        StoreAscii(at.target, at.source);
-        const unsigned others = UnitsWhere(at.source, 0xFF80, 0) ^ kWholeBlock;
+        StoreNarrow(at.target, at.source);
+        const unsigned others = OthersIn(at.source);
         if (others == 0) {
             at.target += kBlock;
             continue;

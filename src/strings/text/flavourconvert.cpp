@@ -28,6 +28,7 @@ constexpr int kFailed = -1;
 constexpr std::uint32_t kUpToTerminator = 0xFFFFFFFF;
 constexpr unsigned kAsciiEnd = 0x80;
 constexpr std::uint32_t kUnitBytes = sizeof(wchar_t);
+constexpr std::uint32_t kMostUtf8Bytes = 3;  // of a byte of narrow text
 
 using Ansi = SString_t<char, 0>;
 using Ascii = SString_t<char, 1>;
@@ -240,9 +241,11 @@ int FlavourConvert<char, 0>::toWide(const char* text, std::uint32_t length, wcha
                                     std::uint32_t nBytesInBuffer) {
     if (!Require(out != nullptr, kUnit, kNoOutput)) return kFailed;
     const NarrowText source(text, length);
-    const std::uint32_t units = source.units();
-    if (nBytesInBuffer / kUnitBytes <= units) return kFailed;
-    const std::uint32_t written = source.write(out, units);
+    // There are never more units than bytes, so that most texts need not be measured.
+    const bool isEnough = nBytesInBuffer / kUnitBytes > length;
+    const std::uint32_t room = isEnough ? length : source.units();
+    if (nBytesInBuffer / kUnitBytes <= room) return kFailed;
+    const std::uint32_t written = source.write(out, room);
     out[written] = L'\0';
     return static_cast<int>(written + 1);
 }
@@ -253,7 +256,8 @@ int FlavourConvert<char, 0>::toUTF8(const char* text, std::uint32_t length, char
                                     std::uint32_t nBytesInBuffer) {
     if (!Require(out != nullptr, kUnit, kNoUTF8Output)) return kFailed;
     const NarrowText source(text, length);
-    if (nBytesInBuffer <= source.utf8Bytes()) return kFailed;
+    const bool isEnough = nBytesInBuffer / kMostUtf8Bytes > length;
+    if (!isEnough && nBytesInBuffer <= source.utf8Bytes()) return kFailed;
     char* const end = source.writeUtf8(out);
     *end = '\0';
     return static_cast<int>(end - out);
