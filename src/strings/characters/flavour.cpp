@@ -14,7 +14,60 @@ bool BeginsCharacter(const mbchar::CodePage& page, const char* place, const char
     return run == place;
 }
 
+bool IsSpace(const mbchar::Character& character) {
+    return character.isOneUnit() && is_space(static_cast<wchar_t>(character.code));
+}
+
+// Blanks of ASCII are never trail bytes. In a page without trail bytes no white space is.
+bool EndsInBlank(const mbchar::CodePage& page, char last) {
+    return page.isSpaceAlone(last) && (page.isSingleByte() || static_cast<signed char>(last) >= 0);
+}
+
+// The end of the last character that is no white space, among whole characters.
+const char* EndOfLast(const mbchar::CodePage& page, const char* first, const char* end) {
+    const char* last = first;
+    for (const char* at = first; at < end;) {
+        const mbchar::Character character = page.characterAt(at, end);
+        at += character.bytes;
+        if (!IsSpace(character)) last = at;
+    }
+    return last;
+}
+
 }  // namespace
+
+const char* Flavour<char, 0>::skipSpace(const char* at, const char* end) {
+    const mbchar::CodePage& page = mbchar::CodePage::Current();
+    while (at < end) {
+        if (page.isSpaceAlone(*at)) {
+            ++at;
+            continue;
+        }
+        if (page.isAlone(*at)) break;
+        const mbchar::Character character = page.characterAt(at, end);
+        if (!IsSpace(character)) break;
+        at += character.bytes;
+    }
+    return at;
+}
+
+// From the end, by single bytes. What the last of them belongs to is told from the nearest place before it where a
+// character begins: behind a byte that is one by itself, or ends one.
+const char* Flavour<char, 0>::endWithoutSpace(const char* first, const char* end) {
+    const mbchar::CodePage& page = mbchar::CodePage::Current();
+    while (end > first) {
+        if (EndsInBlank(page, end[-1])) {
+            --end;
+            continue;
+        }
+        const char* run = end - 1;
+        while (run > first && !page.isAlone(run[-1])) --run;
+        const char* const last = EndOfLast(page, run, end);
+        if (last != run) return last;
+        end = run;
+    }
+    return end;
+}
 
 bool Flavour<char, 0>::beginsCharacter(const char* first, const char* place) {
     const mbchar::CodePage& page = mbchar::CodePage::Current();

@@ -14,12 +14,6 @@
 /// text is searched.
 namespace TarnLibA500 {
 
-/// A character as trimming sees it.
-struct TrimStep {
-    unsigned units;  ///< code units of the character; 0 on the terminator
-    bool isSpace;
-};
-
 /// Flavours whose characters are single code units.
 template <class unit>
 struct UnitFlavour {
@@ -37,6 +31,19 @@ struct UnitFlavour {
     }
     static bool isSearchable(const unit*, std::uint32_t) noexcept { return true; }
     static bool beginsCharacter(const unit*, const unit*) noexcept { return true; }
+
+  protected:
+    /// Where a text begins and ends without what a test says is white space.
+    template <class IsSpace>
+    static const unit* skipSpace(const unit* at, const unit* end, IsSpace isSpace) {
+        while (at < end && isSpace(*at)) ++at;
+        return at;
+    }
+    template <class IsSpace>
+    static const unit* endWithoutSpace(const unit* first, const unit* end, IsSpace isSpace) {
+        while (end > first && isSpace(end[-1])) --end;
+        return end;
+    }
 };
 
 template <class unit, int flavour>
@@ -44,8 +51,12 @@ struct Flavour;
 
 template <>
 struct Flavour<char, 1> : UnitFlavour<char> {
-    static TrimStep trimStep(const char* at) noexcept {
-        return {*at != '\0', std::isspace(static_cast<unsigned char>(*at)) != 0};
+    static bool isSpace(char byte) noexcept { return std::isspace(static_cast<unsigned char>(byte)) != 0; }
+    static const char* skipSpace(const char* at, const char* end) {
+        return UnitFlavour::skipSpace(at, end, isSpace);
+    }
+    static const char* endWithoutSpace(const char* first, const char* end) {
+        return UnitFlavour::endWithoutSpace(first, end, isSpace);
     }
     static const char* find(const char* from, const char* end, const char* what, std::uint32_t n) noexcept {
         return FindBytes(from, static_cast<std::size_t>(end - from), what, n);
@@ -54,7 +65,12 @@ struct Flavour<char, 1> : UnitFlavour<char> {
 
 template <>
 struct Flavour<wchar_t, 1> : UnitFlavour<wchar_t> {
-    static TrimStep trimStep(const wchar_t* at) { return {*at != L'\0', is_space(*at)}; }
+    static const wchar_t* skipSpace(const wchar_t* at, const wchar_t* end) {
+        return UnitFlavour::skipSpace(at, end, is_space);
+    }
+    static const wchar_t* endWithoutSpace(const wchar_t* first, const wchar_t* end) {
+        return UnitFlavour::endWithoutSpace(first, end, is_space);
+    }
     static const wchar_t* find(const wchar_t* from, const wchar_t* end, const wchar_t* what,
                                std::uint32_t n) noexcept {
         const std::wstring_view text(from, static_cast<std::size_t>(end - from));
@@ -75,11 +91,8 @@ struct Flavour<char, 0> {
     static std::uint32_t count(const char* from, const char* end) {
         return mbchar::CountCharacters(mbchar::CodePage::Current(), from, end);
     }
-    static TrimStep trimStep(const char* at) {
-        const mbchar::Character character = mbchar::CodePage::Current().characterAt(at);
-        const bool isSpace = character.isOneUnit() && is_space(static_cast<wchar_t>(character.code));
-        return {character.bytes, isSpace};
-    }
+    static const char* skipSpace(const char* at, const char* end);
+    static const char* endWithoutSpace(const char* first, const char* end);
     /// False when a character of the text is invalid, or when it begins with a zero byte, which ends every text
     /// that is searched: such a text is never found.
     static bool isSearchable(const char* text, std::uint32_t length) {

@@ -390,48 +390,24 @@ void SString_t<unit, flavour>::keepRange(const unit* first, const unit* last) {
     *this = SString_t(first, length);
 }
 
-namespace {
-
-template <class unit, int flavour>
-const unit* SkipSpace(const unit* at) {
-    for (;;) {
-        const TrimStep step = Flavour<unit, flavour>::trimStep(at);
-        if (!step.isSpace) return at;
-        at += step.units;
-    }
-}
-
-// The end of the last character that is no white space. Goes forward: what a byte is can only be told from
-// the start.
-template <class unit, int flavour>
-const unit* EndWithoutSpace(const unit* first, const unit* end) {
-    const unit* last = first;
-    for (const unit* at = first; at < end;) {
-        const TrimStep step = Flavour<unit, flavour>::trimStep(at);
-        at += std::max(step.units, 1U);
-        if (!step.isSpace) last = at;
-    }
-    return last;
-}
-
-}  // namespace
-
 template <class unit, int flavour>
 SString_t<unit, flavour>& SString_t<unit, flavour>::trimLeft() {
-    keepRange(SkipSpace<unit, flavour>(getString()), getString() + getLength());
+    const unit* const last = getString() + getLength();
+    keepRange(Flavour<unit, flavour>::skipSpace(getString(), last), last);
     return *this;
 }
 
 template <class unit, int flavour>
 SString_t<unit, flavour>& SString_t<unit, flavour>::trimRight() {
-    keepRange(getString(), EndWithoutSpace<unit, flavour>(getString(), getString() + getLength()));
+    keepRange(getString(), Flavour<unit, flavour>::endWithoutSpace(getString(), getString() + getLength()));
     return *this;
 }
 
 template <class unit, int flavour>
 SString_t<unit, flavour>& SString_t<unit, flavour>::trim() {
-    const unit* const first = SkipSpace<unit, flavour>(getString());
-    keepRange(first, EndWithoutSpace<unit, flavour>(first, getString() + getLength()));
+    const unit* const last = getString() + getLength();
+    const unit* const first = Flavour<unit, flavour>::skipSpace(getString(), last);
+    keepRange(first, Flavour<unit, flavour>::endWithoutSpace(first, last));
     return *this;
 }
 
