@@ -57,8 +57,28 @@ unsigned NextFolded(const CodePage& page, const char*& text) {
     return FoldedPair(page, at, static_cast<wchar_t>(character.code));
 }
 
+// Where every byte is a character.
+int OrderByFoldedBytes(const CodePage& page, const char* left, const char* right) {
+    while (*left != '\0' && page.foldByte(*left) == page.foldByte(*right)) ++left, ++right;
+    return Sign(page.foldByte(*left) - page.foldByte(*right));
+}
+
+// Characters of one byte that are the same but for case.
+void SkipSameBytes(const CodePage& page, const char*& left, const char*& right) {
+    const char* a = left;
+    const char* b = right;
+    const auto areSame = [&page](char x, char y) {
+        return page.isAlone(x) && page.isAlone(y) && page.foldByte(x) == page.foldByte(y);
+    };
+    while (*a != '\0' && areSame(*a, *b)) ++a, ++b;
+    left = a;
+    right = b;
+}
+
 int OrderByFolding(const CodePage& page, const char* left, const char* right) {
+    if (page.isSingleByte()) return OrderByFoldedBytes(page, left, right);
     for (;;) {
+        SkipSameBytes(page, left, right);
         const unsigned a = NextFolded(page, left);
         const unsigned b = NextFolded(page, right);
         if (a != b) return a < b ? -1 : 1;
@@ -121,6 +141,12 @@ bool DecideByRanks(const unit* left, const unit* right, int& order) {
     return true;
 }
 
+// What is the same but for case is equal, where no pair of letters is a letter of its own: in Danish "aa" and "aA" differ.
+// What is not the same may be equal, too. False where a byte may be a part of a character.
+bool AreSameButForCase(const CodePage& page, const char* left, const char* right) {
+    return page.isSingleByte() && OrderByFoldedBytes(page, left, right) == 0;
+}
+
 /// Narrow text in UTF-16, for the system's collation.
 class WideText {
   public:
@@ -162,8 +188,11 @@ int CollateNoCase(const char* left, const char* right) {
     const CodePage& page = CodePage::Current();
     const LCID locale = CollationLocale();
     if (locale == 0) return OrderByFolding(page, left, right);
-    int order = 0;
-    if (SortsLettersPlainly(locale) && DecideByRanks(left, right, order)) return order;
+    if (SortsLettersPlainly(locale)) {
+        int order = 0;
+        if (DecideByRanks(left, right, order)) return order;
+        if (AreSameButForCase(page, left, right)) return 0;
+    }
     const WideText a(page, left);
     const WideText b(page, right);
     const int answer = AskSystem(locale, a.units(), a.length(), b.units(), b.length());

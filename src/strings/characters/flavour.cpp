@@ -34,6 +34,20 @@ const char* EndOfLast(const mbchar::CodePage& page, const char* first, const cha
     return last;
 }
 
+// Where one trail byte looks like what is sought, the next ones often do: some characters are looked at one by one, from
+// a place where one begins. Returns where "what" stands, or null, with the place moved on.
+const char* FindByCharacters(const mbchar::CodePage& page, const char*& at, const char* end, const char* what,
+                             std::uint32_t n) {
+    constexpr int kCharacters = 32;
+    const char* place = at;
+    for (int i = 0; i < kCharacters && end - place >= static_cast<std::ptrdiff_t>(n); ++i) {
+        if (*place == *what && std::memcmp(place, what, n) == 0) return place;
+        place += std::max(page.step(place), 1U);
+    }
+    at = place;
+    return nullptr;
+}
+
 }  // namespace
 
 const char* Flavour<char, 0>::skipSpace(const char* at, const char* end) {
@@ -82,6 +96,8 @@ const char* Flavour<char, 0>::find(const char* from, const char* end, const char
     if (page.isFoundByBytes()) return place;
     const char* known = from;
     while (place != nullptr && !BeginsCharacter(page, place, known)) {
+        place = FindByCharacters(page, known, end, what, n);
+        if (place != nullptr) break;
         place = FindBytes(known, static_cast<std::size_t>(end - known), what, n);
     }
     return place;

@@ -26,6 +26,10 @@ struct UnitFlavour {
     static const unit* advanceWithin(const unit* at, const unit* end, std::uint32_t characters) noexcept {
         return at + std::min<std::size_t>(characters, static_cast<std::size_t>(end - at));
     }
+    /// The character behind so many others of a string.
+    static SChar_t<unit, 1> characterAt(const unit* text, const unit* end, std::uint32_t position) noexcept {
+        return *advanceWithin(text, end, position);
+    }
     static std::uint32_t count(const unit* from, const unit* end) noexcept {
         return static_cast<std::uint32_t>(end - from);
     }
@@ -90,6 +94,12 @@ struct Flavour<char, 0> {
     }
     static std::uint32_t count(const char* from, const char* end) {
         return mbchar::CountCharacters(mbchar::CodePage::Current(), from, end);
+    }
+    /// The character behind so many others of a string. The page is asked for once.
+    static SChar_t<char, 0> characterAt(const char* text, const char* end, std::uint32_t position) {
+        const mbchar::CodePage& page = mbchar::CodePage::Current();
+        const char* const at = mbchar::Advance(page, text, end, position);
+        return page.step(at) > 1 ? SChar_t<char, 0>(at) : SChar_t<char, 0>(*at);
     }
     static const char* skipSpace(const char* at, const char* end);
     static const char* endWithoutSpace(const char* first, const char* end);

@@ -6,6 +6,7 @@
 #include <cwctype>
 
 #include "diag/assert/require.h"
+#include "strings/characters/asciiblocks.h"
 #include "strings/characters/mbchar.h"
 #include "strings/characters/unicodecase.h"
 #include "strings/characters/utf8form.h"
@@ -50,9 +51,29 @@ char32_t MapCode(const mbchar::CodePage& page, char32_t code, LetterCase to) {
     return page.isUtf8() ? MapUnicode(code, to) : MapWide(static_cast<wchar_t>(code), to);
 }
 
-// Maps characters up to the first that is not ASCII, or to a zero byte; returns how many.
+// Sixteen bytes of ASCII at once: the letters are those that come out below a limit when their range is moved to the
+// lowest values, and differ in one bit.
+__m128i MapAsciiBlock(__m128i bytes, LetterCase to) {
+    const char first = to == LetterCase::Lower ? 'A' : 'a';
+    const __m128i moved = _mm_add_epi8(bytes, _mm_set1_epi8(static_cast<char>(-128 - first)));
+    const __m128i isLetter = _mm_cmplt_epi8(moved, _mm_set1_epi8(-128 + 26));
+    return _mm_xor_si128(bytes, _mm_and_si128(isLetter, _mm_set1_epi8('a' ^ 'A')));
+}
+
+bool HasZeros(__m128i bytes) {
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())) != 0;
+}
+
+// Maps characters up to the first that is not ASCII, or to a zero byte; returns how many. The text may be moved to lower
+// addresses on the way.
 std::uint32_t MapAsciiRun(char* out, const char* in, std::uint32_t most, LetterCase to) {
+    constexpr std::uint32_t kBlock = asciiblocks::kBlock;
     std::uint32_t done = 0;
+    for (; most - done >= kBlock && asciiblocks::OthersIn(in + done) == 0; done += kBlock) {
+        const auto bytes = asciiblocks::Load<__m128i>(in + done);
+        if (HasZeros(bytes)) break;
+        asciiblocks::Store(out + done, MapAsciiBlock(bytes, to));
+    }
     for (; done < most && IsAscii(in[done]); ++done) out[done] = MapAscii(in[done], to);
     return done;
 }
@@ -155,7 +176,10 @@ void MapCase(wchar_t* text, std::uint32_t length, LetterCase to) {
 }
 
 void MapAsciiCase(char* text, std::uint32_t length, LetterCase to) {
-    for (std::uint32_t i = 0; i < length; ++i) text[i] = MapAscii(text[i], to);
+    std::uint32_t i = 0;
+    for (; length - i >= asciiblocks::kBlock; i += asciiblocks::kBlock)
+        asciiblocks::Store(text + i, MapAsciiBlock(asciiblocks::Load<__m128i>(text + i), to));
+    for (; i < length; ++i) text[i] = MapAscii(text[i], to);
 }
 
 void MakeLowerCase(char* text, std::uint32_t size) {

@@ -272,7 +272,7 @@ typename SString_t<unit, flavour>::iterator SString_t<unit, flavour>::getCursor(
 
 template <class unit, int flavour>
 SChar_t<unit, flavour> SString_t<unit, flavour>::getAt(std::uint32_t position) const {
-    return *getCursor(position);
+    return Flavour<unit, flavour>::characterAt(getString(), getString() + getLength(), position);
 }
 
 template <class unit, int flavour>
