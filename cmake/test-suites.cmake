@@ -22,9 +22,9 @@ endfunction()
 # (tests/support/utf8_suites.cpp), suites named Zone... once in each of these zones.
 set(TARN_TEST_ZONES Europe/Berlin America/New_York Asia/Kolkata Australia/Sydney America/Sao_Paulo)
 
-# One CTest test: a suite of a program in an environment.
-function(tarn_add_suite program test suite)
-  add_test(NAME ${test} COMMAND ${program} --gtest_filter=${suite}.*:*/${suite}.*:${suite}/*.*:*/${suite}/*.*)
+# One CTest test: what a program runs of its tests in an environment.
+function(tarn_add_run program test filter)
+  add_test(NAME ${test} COMMAND ${program} --gtest_filter=${filter})
   # GoogleTest's own verdict is asked for, because a crash under Wine can end with exit status 0. The pattern
   # replaces CTest's look at the exit status; a crash after the verdict leaves one of the other lines.
   set_tests_properties(
@@ -34,6 +34,16 @@ function(tarn_add_suite program test suite)
                FAIL_REGULAR_EXPRESSION
                "\\[  FAILED  \\];Unhandled (page fault|exception);GUARD:;CRASH code;terminate called"
                ENVIRONMENT "${ARGN}")
+endfunction()
+
+# A suite in an environment.
+function(tarn_add_suite program test suite)
+  tarn_add_run(${program} ${test} ${suite}.*:*/${suite}.*:${suite}/*.*:*/${suite}/*.* ${ARGN})
+endfunction()
+
+# All suites that need no environment of their own and may run beside others once more, with every block above 2 GiB (tests/support/high_memory.cpp).
+function(tarn_add_high_run program prefix)
+  tarn_add_run(${program} ${prefix}above-2-GiB -Cp932*:Zone*:DirectoryWatch.* TARN_HIGH_MEMORY=1)
 endfunction()
 
 function(tarn_add_suites program prefix)

@@ -49,16 +49,24 @@ class RegistryKeys : public testing::Test {
         RegSetKeyValueW(HKEY_CURRENT_USER, std::wstring(top.begin(), top.end()).c_str(), name, type,
                         bytes.data(), size);
     }
-    /// What the system has: the type and the bytes, a text in the code page.
+    /// What the system has: the type and the bytes, a text in the code page. (The function for bytes may add a terminator
+    /// that is not there.)
     std::string raw(const char* below, const char* name) const {
+        const std::string path = top + below, value = name;
         HKEY opened = nullptr;
-        RegOpenKeyExA(HKEY_CURRENT_USER, (top + below).c_str(), 0, KEY_READ, &opened);
-        std::string bytes(10'000, '\0');
-        DWORD type = 0, size = static_cast<DWORD>(bytes.size());
-        const LONG error =
-            RegQueryValueExA(opened, name, nullptr, &type, reinterpret_cast<BYTE*>(bytes.data()), &size);
+        RegOpenKeyExA(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &opened);
+        std::wstring units(10'000, L'\0');
+        DWORD type = 0, size = static_cast<DWORD>(units.size() * sizeof(wchar_t));
+        const LONG error = RegQueryValueExW(opened, std::wstring(value.begin(), value.end()).c_str(), nullptr,
+                                            &type, reinterpret_cast<BYTE*>(units.data()), &size);
         RegCloseKey(opened);
-        return error != 0 ? "none" : std::to_string(type) + " " + bytes.substr(0, size);
+        if (error != 0) return "none";
+        std::string bytes(reinterpret_cast<const char*>(units.data()), size);
+        if (type == REG_SZ)
+            bytes.resize(static_cast<std::size_t>(
+                WideCharToMultiByte(CP_ACP, 0, units.c_str(), static_cast<int>(size / 2), bytes.data(),
+                                    static_cast<int>(size), nullptr, nullptr)));
+        return std::to_string(type) + " " + bytes;
     }
 };
 

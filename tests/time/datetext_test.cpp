@@ -20,6 +20,15 @@ STimeZone Zone(const std::string& rules) {
     return STimeZone(SAnsiString(rules.c_str()));
 }
 
+// Systems differ in their word for the era.
+std::string WithEra(std::string text) {
+    char era[16];
+    GetDateFormatA(kEnglish, 0, nullptr, "g", era, sizeof era);
+    for (std::size_t at = text.find("{era}"); at != text.npos; at = text.find("{era}"))
+        text.replace(at, 5, era);
+    return text;
+}
+
 void CheckNames(const char* cases) {
     for (const auto& fields : tarntest::ReadCases(cases)) {
         const LCID language = std::stoul(fields[0], nullptr, 16);
@@ -40,7 +49,8 @@ void CheckNames(const char* cases) {
 
 TEST(DateText, FollowsThePattern) {
     SetThreadLocale(kEnglish);
-    for (const auto& fields : tarntest::ReadCases("time/date_formats.txt")) {
+    for (auto fields : tarntest::ReadCases("time/date_formats.txt")) {
+        fields[3] = WithEra(fields[3]);
         const tarntest::LocaleScope locale(fields.size() > 4 ? fields[4].c_str() : "C");
         SDateTime value;
         if (fields[1] != "-") ASSERT_TRUE(StringToDate(fields[1].c_str(), value, utc)) << fields[1];

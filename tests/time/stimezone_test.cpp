@@ -9,6 +9,7 @@
 
 #include "support/assert_recorder.h"
 #include "support/case_file.h"
+#include "support/wine.h"
 #include "tarnlib/sdatetimeconv.h"
 
 using namespace TarnLibA500;
@@ -66,6 +67,8 @@ TEST(TimeZone, SwitchesAsItsRulesSay) {
 // These run in processes with several zones.
 
 TEST(ZoneLocal, IsTheZoneOfTheProcess) {
+    if (!tarntest::IsOnWine())
+        GTEST_SKIP() << "only the emulator takes the system's zone from the environment";
     const char* const wanted = std::getenv("TZ");
     bool found = wanted == nullptr;
     for (const auto& fields : tarntest::ReadCases("time/zone_processes.txt")) {
