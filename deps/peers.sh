@@ -5,7 +5,7 @@ set -euo pipefail
 . "$(dirname "$0")/recipe.sh"
 
 # One set a line: what excludes each other stands on lines of its own.
-sets="proftpd-core python3-pyftpdlib libpam-pwdfile libwrap0
+sets="proftpd-core python3-pyftpdlib libpam-pwdfile libwrap0 gnutls-bin
 vsftpd"
 
 build() {
@@ -21,4 +21,4 @@ build() {
     for package in packages/*.deb; do dpkg-deb -x "$package" installed; done
 }
 
-build_once peers 1 usr/sbin/vsftpd "the servers of the tests"
+build_once peers 1 usr/bin/gnutls-serv "the servers of the tests"

@@ -18,7 +18,6 @@ namespace {
 
 constexpr const char* kUnit = "csitcpsocket";
 constexpr unsigned kBufferBytes = 8192;
-constexpr DWORD kMillisecondsPerSecond = 1000;
 /// One call to the system; it blocks until all of it is taken, at most for the time-out.
 constexpr unsigned kSendBytes = 64 * 1024;
 
@@ -29,6 +28,11 @@ struct Drain {
     static constexpr unsigned kBytes = 1024 * 1024;
     static constexpr unsigned kBlock = 256;
 };
+
+unsigned Milliseconds(unsigned seconds) {
+    constexpr unsigned kPerSecond = 1000;
+    return std::min<unsigned>(seconds, MAXLONG / kPerSecond) * kPerSecond;
+}
 
 int Count(unsigned count) {
     return static_cast<int>(std::min<unsigned>(count, 0x7FFFFFFF));
@@ -77,14 +81,28 @@ bool CSITcpSocket::hasPending() {
     return false;
 }
 
+void CSITcpSocket::closing() noexcept {}
+
+void CSITcpSocket::takeConnection(CSITcpSocket& other) {
+    if (this == &other) return;
+    AbortSocket();
+    socket_ = std::exchange(other.socket_, CSISocket::kInvalid);
+    buffer_ = std::exchange(other.buffer_, nullptr);
+    unread_ = std::exchange(other.unread_, 0);
+    readPosition_ = std::exchange(other.readPosition_, 0);
+    sendSeconds_ = std::exchange(other.sendSeconds_, 0);
+}
+
 /// The handle and the bytes that came through it, which may be secrets.
 void CSITcpSocket::closeSocket() noexcept {
+    closing();  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
     const ossockets::Socket closed(std::exchange(socket_, CSISocket::kInvalid));
     if (buffer_ != nullptr) Wipe(buffer_, kBufferBytes);
     SSimpleBuffer::dealloc(std::exchange(buffer_, nullptr));
     unread_ = 0;
     readPosition_ = 0;
     sendSeconds_ = 0;
+    receiveMilliseconds_ = 0;
 }
 
 bool CSITcpSocket::TcpOpen() {
@@ -136,8 +154,7 @@ bool CSITcpSocket::Send(const void* bytes, unsigned length, unsigned seconds) {
     }
     // The socket blocks: what is sendable may be less than is sent.
     if (length != 0 && seconds != sendSeconds_ && seconds != 0) {
-        const DWORD limit =
-            std::min<DWORD>(seconds, MAXLONG / kMillisecondsPerSecond) * kMillisecondsPerSecond;
+        const DWORD limit = Milliseconds(seconds);
         if (ossockets::SetOption(socket_, SO_SNDTIMEO, &limit, sizeof limit) != 0)
             return aborted("cannot set the time-out of sending");
         sendSeconds_ = seconds;
@@ -157,12 +174,13 @@ bool CSITcpSocket::SendString(const SAnsiString& text, unsigned seconds) {
     return Send(text.getString(), text.getLength(), seconds);
 }
 
-/// Fills the buffer from what is there to be received.
+/// Fills the buffer from what is there to be received. False, and still open, when nothing came in time.
 bool CSITcpSocket::receive() {
     int received = 0;
     do {
         received = recv(buffer_, kBufferBytes, 0);
     } while (received < 0 && CSISocket::getLastError() == WSAEINTR);
+    if (received < 0 && CSISocket::getLastError() == WSAETIMEDOUT) return false;
     if (received == 0) WSASetLastError(0);  // an older error has nothing to do with it
     if (received < 1)
         return aborted(received == 0 ? "the peer has closed the connection" : "receiving failed");
@@ -177,9 +195,11 @@ bool CSITcpSocket::GetData(unsigned seconds, bool abortOnTimeout) {
         TARN_TRACE_AT(levels::kFailure, kUnit, "%1:%2: no connection to receive from", host_, port_);
         return false;
     }
+    receiveMilliseconds_ = std::max(1U, Milliseconds(seconds));
     const int ready = hasPending() ? 1 : CSISocket::isReadable(socket_, seconds);
-    if (ready == 1) return receive();
     if (ready < 0) return aborted("waiting for data failed");
+    if (ready == 1 && receive()) return true;
+    if (!IsOpen()) return false;
     if (abortOnTimeout) return aborted("nothing received in time");
     TARN_TRACE_AT(levels::kFailure, kUnit, "%1:%2: nothing received in %3 s", host_, port_, seconds);
     return false;

@@ -137,13 +137,15 @@ inline int SetOption(unsigned socket, int name, const void* value, int bytes) no
     return ::setsockopt(socket, SOL_SOCKET, name, static_cast<const char*>(value), bytes);
 }
 
+inline int GetOption(unsigned socket, int name, void* value, int bytes) noexcept {
+    if (Calls::MustFail()) return SOCKET_ERROR;
+    return ::getsockopt(socket, SOL_SOCKET, name, static_cast<char*>(value), &bytes);
+}
+
 /// What a connection that was begun has come to: 0, or the error that ended it.
 inline int ErrorOf(unsigned socket) noexcept {
     int error = 0;
-    int size = sizeof error;
-    char* const value = reinterpret_cast<char*>(&error);
-    const bool isTold = !Calls::MustFail() && ::getsockopt(socket, SOL_SOCKET, SO_ERROR, value, &size) == 0;
-    return isTold ? error : LastError();
+    return GetOption(socket, SO_ERROR, &error, sizeof error) == 0 ? error : LastError();
 }
 
 /// From now on the socket's calls return at once.

@@ -12,10 +12,11 @@ import subprocess
 import sys
 import threading
 
+import authority
 import sandbox
 from case import PATIENCE, Client, read_cases
 from cuts import Relay, cuts_of
-from dialogue import STEP, Player
+from dialogue import STEP, WRAPS, Player
 from servers import STAND_IN, Servers
 
 AT_ONCE = 16
@@ -74,15 +75,15 @@ def find_packages(runner):
 class Run:
     """The runs of the cases, each in a folder of its own."""
 
-    def __init__(self, build, scratch, servers):
-        self.build, self.scratch, self.servers = build, scratch, servers
+    def __init__(self, build, scratch, servers, ca):
+        self.build, self.scratch, self.servers, self.ca = build, scratch, servers, ca
         self.pool = concurrent.futures.ThreadPoolExecutor(AT_ONCE)
         self.count = 0
         self.started = []  # (case, future)
 
     def start(self, act, case, values, *more):
         self.count += 1
-        future = self.pool.submit(act, case, self.build, self.scratch / str(self.count), {"id": self.count, **values}, *more)
+        future = self.pool.submit(act, case, self.build, self.scratch / str(self.count), {"id": self.count, "ca": self.ca, **values}, *more)
         self.started.append((case, future))
         return future
 
@@ -123,8 +124,11 @@ def main(*arguments):
         left_out = ", ".join(case.place for case in cases if case.words("needs"))
         print(f"no sandbox ({why_not}): {STAND_IN} stands in for every server; not run: {left_out or 'nothing'}")
         cases = [case for case in cases if not case.words("needs")]
-    servers = Servers(scratch if why_not else sandbox.PLACE, packages, not why_not)
-    run = Run((runner, programs), scratch, servers)
+    place = scratch if why_not else sandbox.PLACE
+    ca = authority.make(place / "ca") if any("tls" in file.name for file in files) else place
+    WRAPS["tls"] = authority.wrapper(ca)
+    servers = Servers(place, packages, not why_not, ca)
+    run = Run((runner, programs), scratch, servers, ca)
     try:
         for case in cases:
             run.add(case)

@@ -14,9 +14,14 @@ HERE = pathlib.Path(__file__).resolve().parent
 COMMANDS = {
     "proftpd": "exec {packages}/usr/sbin/proftpd -n -q -c {folder}/conf",
     "vsftpd": "mount --bind {folder}/pam.d /etc/pam.d && exec {packages}/usr/sbin/vsftpd {folder}/conf",
+    "s_server": "cd {root} && exec openssl s_server -accept {url}:{port} -cert {ca}/{certificate}.pem -key {ca}/{certificate}.key "
+                "-quiet {options}",
+    "gnutls": "exec {packages}/usr/bin/gnutls-serv --echo -p {port} --x509certfile {ca}/{certificate}.pem "
+              "--x509keyfile {ca}/{certificate}.key {options}",
     "pyftpdlib": "exec /usr/bin/python3 {here}/pyftpd.py {host} {port} {root}",
 }
-STAND_IN = "pyftpdlib"  # for all of them, where there is no sandbox
+STAND_IN = "pyftpdlib"  # for all of them but s_server, where there is no sandbox
+SILENT = "s_server", "gnutls"  # these wait for the client's first word
 
 
 def free_port(host):
@@ -25,18 +30,21 @@ def free_port(host):
 
 
 class Server:
-    def __init__(self, kind, host, place, packages, is_boxed):
+    def __init__(self, kind, host, place, packages, is_boxed, ca):
         self.name = f"{kind} on {host}"
+        kind, certificate, options = (kind.split(":") + ["", ""])[:3]  # "s_server:good:-tls1_2,-rev"
+        self.is_silent = kind in SILENT
         self.lock = threading.Lock()
-        self.folder = place / f"{kind}-{4 if '.' in host else 6}"
+        self.folder = place / f"{self.name}".replace(" ", "-").replace("/", "-")
         shutil.rmtree(self.folder, ignore_errors=True)
         (self.folder / "empty").mkdir(parents=True)
         self.root = self.folder / "root"
         (self.root / "small").mkdir(parents=True)
         self.values = {"host": host, "port": free_port(host)}
         arch = next((path.name for path in (packages / "usr/lib").glob("*-linux-gnu")), "")
-        names = {**self.values, "here": HERE, "packages": packages, "arch": arch, "folder": self.folder,
-                 "root": self.root, "v4": "YES" if "." in host else "NO", "v6": "NO" if "." in host else "YES",
+        names = {**self.values, "here": HERE, "packages": packages, "arch": arch, "folder": self.folder, "ca": ca,
+                 "certificate": certificate, "options": options.replace(",", " ").format(ca=ca),
+                 "url": host if "." in host else f"[{host}]", "root": self.root, "v4": "YES" if "." in host else "NO", "v6": "NO" if "." in host else "YES",
                  "six": "" if "." in host else "6"}
         if is_boxed:
             subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", self.root / "small"], check=True)
@@ -61,7 +69,7 @@ class Server:
         while True:
             try:
                 with socket.create_connection((self.values["host"], self.values["port"]), 5) as probe:
-                    return probe.recv(1)
+                    return self.is_silent or probe.recv(1)
             except OSError as error:
                 if self.process.poll() is not None or time.monotonic() > deadline:
                     log = (self.folder / "log").read_text(errors="replace")
@@ -104,12 +112,14 @@ class Server:
 class Servers:
     """Each is started when it is first asked for."""
 
-    def __init__(self, place, packages, is_boxed):
-        self.how = place, packages, is_boxed
+    def __init__(self, place, packages, is_boxed, ca):
+        self.how = place, packages, is_boxed, ca
         self.started = {}
 
     def of(self, case):
-        kinds = case.words("peer") if self.how[2] else [STAND_IN][:len(case.words("peer"))]
+        kinds = case.words("peer")
+        if not self.how[2]:
+            kinds = {kind if kind.startswith("s_server") else STAND_IN for kind in kinds}
         return [self.get(kind, host) for kind in kinds for host in ("127.0.0.1", "::1")]
 
     def get(self, *which):

@@ -60,5 +60,6 @@ extern const Command kResolveCommand;
 extern const Command kPingCommand;
 extern const Command kFtpCommand;
 extern const Command kMailCommand;
+extern const Command kTlsCommand;
 
 }  // namespace tarn

@@ -9,15 +9,14 @@
 namespace tarn {
 namespace {
 
-const Command* const kCommands[] = {&kTextCommand,   &kNumbersCommand,  &kVersionCompareCommand,
-                                    &kDateCommand,   &kRegistryCommand, &kOptionsCommand,
-                                    &kTraceCommand,  &kFilesCommand,    &kLockCommand,
-                                    &kConfigCommand, &kEncryptCommand,  &kDecryptCommand,
-                                    &kDigestCommand, &kCompressCommand, &kExpandCommand,
-                                    &kCrc32Command,  &kGuidCommand,     &kUrlCommand,
-                                    &kQueryCommand,  &kHtmlCommand,     &kJsCommand,
-                                    &kVbsCommand,    &kLikeCommand,     &kResolveCommand,
-                                    &kPingCommand,   &kFtpCommand,      &kMailCommand};
+const Command* const kCommands[] = {
+    &kTextCommand,     &kNumbersCommand,  &kVersionCompareCommand, &kDateCommand,
+    &kRegistryCommand, &kOptionsCommand,  &kTraceCommand,          &kFilesCommand,
+    &kLockCommand,     &kConfigCommand,   &kEncryptCommand,        &kDecryptCommand,
+    &kDigestCommand,   &kCompressCommand, &kExpandCommand,         &kCrc32Command,
+    &kGuidCommand,     &kUrlCommand,      &kQueryCommand,          &kHtmlCommand,
+    &kJsCommand,       &kVbsCommand,      &kLikeCommand,           &kResolveCommand,
+    &kPingCommand,     &kFtpCommand,      &kMailCommand,           &kTlsCommand};
 
 void PrintOverview() {
     Print(

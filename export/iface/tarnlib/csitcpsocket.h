@@ -41,7 +41,7 @@ class TARN_API CSITcpSocket {
     // What else a secure channel replaces; -1 for a failure, see CSISocket::getLastError.
     /// Sends bytes; returns how many were taken.
     virtual int send(const char* bytes, unsigned count, int flags);
-    /// Receives bytes; returns how many came, 0 at the end.
+    /// Receives bytes; returns how many came, 0 at the end. WSAETIMEDOUT means that nothing came in time.
     virtual int recv(char* bytes, unsigned count, int flags);
     /// Ends receiving (0), sending (1) or both (2).
     virtual int shutdown(unsigned s, int how);
@@ -78,6 +78,11 @@ class TARN_API CSITcpSocket {
     /// True when recv has something at once although the socket is not readable: what a secure channel has
     /// decrypted already. False here.
     virtual bool hasPending();
+    /// What a secure channel gives back before the handle is closed. Nothing here.
+    virtual void closing() noexcept;
+    /// Closes this connection and takes that of another socket, with the received bytes that nobody has read. The
+    /// other is closed then; hosts and ports stay.
+    void takeConnection(CSITcpSocket& other);
 
     SAnsiString host_;           ///< as it was given
     unsigned short port_;        ///< in host order
@@ -85,6 +90,8 @@ class TARN_API CSITcpSocket {
     unsigned unread_ = 0;        ///< received bytes that nobody has read
     unsigned readPosition_ = 0;  ///< where they begin in the buffer
     char* buffer_ = nullptr;     ///< 8,192 bytes, from the first opening until the connection is aborted
+    unsigned receiveMilliseconds_ =
+        0;  ///< how long GetData waits, for a recv that has to wait for more; 0 before
 
   private:
     void closeSocket() noexcept;

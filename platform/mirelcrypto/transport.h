@@ -1,0 +1,41 @@
+#pragma once
+
+#include "mirelcrypto/osssl.h"
+
+namespace mirelcrypto {
+
+/// How a connection sends to its socket and receives from it.
+///
+/// A receive that somebody may have to wait for is preceded by a look at the socket: a receive that the socket's own
+/// time-out ends leaves it in no defined state.
+class Transport {
+  public:
+    Transport() = default;
+    Transport(const Transport&) = delete;
+    Transport& operator=(const Transport&) = delete;
+    ~Transport() { osssl::Free(method_); }
+
+    /// Makes it the transport of a connection, which it outlives. The socket stays the caller's.
+    bool attach(SSL* connection, SOCKET socket);
+    /// A call begins, with all of the time-out before it. The first receive waits for nobody when the caller has looked.
+    void begin(bool isReadable) noexcept;
+    /// The socket error of the call; 0 when it had none.
+    int error() const noexcept { return error_; }
+
+  private:
+    static int Receive(BIO* bio, char* bytes, int room);
+    static int Send(BIO* bio, const char* bytes, int count);
+    static long Control(BIO* bio, int command, long number, void* pointer);
+
+    bool wait();
+    int failed(BIO* bio, bool isToBeRetried);
+
+    BIO_METHOD* method_ = nullptr;
+    SOCKET socket_ = INVALID_SOCKET;
+    unsigned long long begun_ = 0;  ///< in milliseconds
+    int error_ = 0;
+    bool isReadable_ = false;
+    bool hasEnded_ = false;
+};
+
+}  // namespace mirelcrypto
