@@ -1,6 +1,7 @@
 """Real servers, run from where deps/peers.sh unpacked them, each in a folder of its own."""
 import os
 import pathlib
+import re
 import shutil
 import socket
 import subprocess
@@ -35,7 +36,7 @@ class Server:
         kind, certificate, options = (kind.split(":") + ["", ""])[:3]  # "s_server:good:-tls1_2,-rev"
         self.is_silent = kind in SILENT
         self.lock = threading.Lock()
-        self.folder = place / f"{self.name}".replace(" ", "-").replace("/", "-")
+        self.folder = place / re.sub(r"[^\w.]+", "-", self.name)  # a colon would end the name in a file of users
         shutil.rmtree(self.folder, ignore_errors=True)
         (self.folder / "empty").mkdir(parents=True)
         self.root = self.folder / "root"
