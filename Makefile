@@ -28,7 +28,7 @@ help:
 	@echo "make test        build and run all tests"
 	@echo "make checked     the same tests with traps, library assertions and a guarded heap"
 	@echo "make soak        network sessions cut short at every single byte, and files over 4 GiB (15 GB of disk)"
-	@echo "make bench       speed against others: a table; FILTER=regex picks"
+	@echo "make bench       speed against others: a table; FILTER=regex picks; PEERS=1: uploads against curl's instead"
 	@echo "make sdk         headers, import library and DLLs into build/sdk, and the examples built against it"
 	@echo "make debug       build for a debugger into build/debug"
 	@echo "make coverage    lines covered by the tests"
@@ -69,11 +69,19 @@ debug:
 	@$(STEP) "packages" deps-test deps/install.sh build test
 	@$(call configure-and-build,debug)
 
+ifeq ($(PEERS),)
 bench:
 	@$(STEP) "packages" deps-bench deps/install.sh build bench
 	@$(STEP) "Google Benchmark" deps-benchmark deps/benchmark.sh
 	@$(call configure-and-build,release,tarn_bench,-DTARN_BENCH=ON -Dbenchmark_DIR=$$(deps/benchmark.sh))
 	@$(WINE) bench/run.sh build/release "$(FILTER)"
+else
+bench:
+	@$(STEP) "packages" deps-bench-peers deps/install.sh build servers
+	@$(STEP) "servers" deps-peers deps/peers.sh
+	@$(call configure-and-build,release,tarn)
+	@$(WINE) bench/ftp_upload.py build/release
+endif
 
 coverage:
 	@$(STEP) "packages" deps-coverage deps/install.sh build test coverage

@@ -20,7 +20,9 @@ namespace {
 constexpr const char* kUnit = "csiftp";
 constexpr unsigned short kConnectionFailed = 41327;
 constexpr unsigned short kDataCommandRefused = 41319;
-constexpr unsigned kBlockBytes = 256 * 1024;
+/// Each send has a price of its own, under Wine three calls of its server: 1 MiB is sent a tenth faster than 256 KiB,
+/// and 2 MiB more slowly again.
+constexpr unsigned kBlockBytes = 1024 * 1024;
 
 // The argument of EPRT for IPv6. The first is not RFC 2428's: servers that insist on that get the second.
 constexpr const char* kExtendedPort = "|2|%s|%d";

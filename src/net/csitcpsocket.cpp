@@ -219,24 +219,28 @@ bool CSITcpSocket::GetBuffer(unsigned length, void* destination, unsigned second
 }
 
 bool CSITcpSocket::GetLine(char* destination, unsigned seconds) {
-    unsigned length = 0;
-    bool sawCarriageReturn = false;  // it is data unless a line feed follows
-    destination[0] = '\0';
+    unsigned length = 0;  // with the carriage return
     while (GetData(seconds, true)) {
-        const char next = buffer_[readPosition_++];
-        --unread_;
-        if (sawCarriageReturn && next == '\n') {
-            destination[length] = '\0';
-            return true;
-        }
-        const unsigned added = (sawCarriageReturn ? 1 : 0) + (next == '\r' ? 0 : 1);
-        if (length + added >= kLineBytes) {
+        const char* const unread = buffer_ + readPosition_;
+        const auto* const feed = static_cast<const char*>(std::memchr(unread, '\n', unread_));
+        const unsigned count = feed != nullptr ? static_cast<unsigned>(feed + 1 - unread) : unread_;
+        const bool isFirst = count == 1;  // then what stands before it came earlier
+        const bool isEnd =
+            feed != nullptr && (isFirst ? length != 0 && destination[length - 1] == '\r' : feed[-1] == '\r');
+        const unsigned stored = isEnd ? count - 1 : count;
+        const bool fits = stored <= kLineBytes - length;
+        if (fits) std::memcpy(destination + length, unread, stored);
+        length += stored;
+        // A carriage return may be the last: the terminator takes its place when the line feed comes.
+        if (!fits || (length == kLineBytes && destination[length - 1] != '\r')) {
             destination[0] = '\0';
             return aborted("a line is too long");
         }
-        if (sawCarriageReturn) destination[length++] = '\r';
-        sawCarriageReturn = next == '\r';
-        if (!sawCarriageReturn) destination[length++] = next;
+        readPosition_ += count;
+        unread_ -= count;
+        if (!isEnd) continue;
+        destination[length - 1] = '\0';
+        return true;
     }
     destination[0] = '\0';
     return false;

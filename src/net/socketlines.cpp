@@ -65,12 +65,13 @@ Outcome SocketLines::next(SAnsiString& line) {
 bool SendAll(unsigned socket, const char* bytes, unsigned count, unsigned seconds) {
     while (count != 0) {
         const int sent = ossockets::Send(socket, bytes, static_cast<int>(std::min(count, 0x7FFFFFFFU)), 0);
-        if (sent >= 0) {
+        if (sent < 0 && !IsToBeAskedAgain(ossockets::LastError())) return false;
+        if (sent > 0) {
             bytes += sent;
             count -= static_cast<unsigned>(sent);
-            continue;
         }
-        if (!IsToBeAskedAgain(ossockets::LastError())) return false;
+        if (count == 0) break;
+        // What it did not take now it would not take at once either.
         const int ready = CSISocket::isWriteable(socket, seconds);
         if (ready == 0) WSASetLastError(WSAETIMEDOUT);
         if (ready != 1) return false;

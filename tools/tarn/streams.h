@@ -69,6 +69,7 @@ class Progress {
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
+    bool isSeen() const { return isTerminal_; }
     void show(unsigned long long done);
 
   private:

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <optional>
 
 #include "command.h"
@@ -55,10 +56,16 @@ class Client : public CSIftp {
     }
 
   protected:
+    /// In pieces that let somebody who looks on see that it goes on, on a slow line too.
     int SendDataMsg(const char* data, unsigned count) override {
-        const int sent = CSIftp::SendDataMsg(data, count);
-        if (sent > 0 && progress_) progress_->show(done_ += static_cast<unsigned>(sent));
-        return sent;
+        constexpr unsigned kPiece = 64 * 1024;
+        if (!progress_ || !progress_->isSeen()) return CSIftp::SendDataMsg(data, count);
+        for (unsigned at = 0; at < count; at += kPiece) {
+            const int sent = CSIftp::SendDataMsg(data + at, std::min(kPiece, count - at));
+            if (sent < 0) return sent;
+            progress_->show(done_ += static_cast<unsigned>(sent));
+        }
+        return static_cast<int>(count);
     }
 
   private:
