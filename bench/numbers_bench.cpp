@@ -84,6 +84,20 @@ void ToStringFmt(benchmark::State& state, T (*make)(Random&)) {
     Each(state, Numbers(make), [](T number) { benchmark::DoNotOptimize(fmt::format("{}", number)); });
 }
 
+template <class T>
+void ToStringStd(benchmark::State& state, T (*make)(Random&)) {
+    Each(state, Numbers(make), [](T number) { benchmark::DoNotOptimize(std::to_string(number)); });
+}
+
+void HexOurs(benchmark::State& state, int (*make)(Random&)) {
+    Each(state, Numbers(make),
+         [](int number) { benchmark::DoNotOptimize(SAnsiStringConv::ToString(number, 16)); });
+}
+void HexFmt(benchmark::State& state, int (*make)(Random&)) {
+    Each(state, Numbers(make),
+         [](int number) { benchmark::DoNotOptimize(fmt::format("{:X}", static_cast<unsigned>(number))); });
+}
+
 void FixedOurs(benchmark::State& state, double (*make)(Random&)) {
     Each(state, Numbers(make),
          [](double number) { benchmark::DoNotOptimize(NeutralString::FromNumber(number, 2)); });
@@ -130,6 +144,9 @@ TARN_PAIR(IntegerToArray_32, IntegerToArrayOurs, IntegerToArrayStd, "std::to_cha
 TARN_PAIR(IntegerToArray_64, IntegerToArrayOurs, IntegerToArrayStd, "std::to_chars", AnyInteger<Int64>);
 TARN_PAIR(IntegerToString_32, ToStringOurs, ToStringFmt, "fmt", AnyInteger<Int32>);
 TARN_PAIR(IntegerToString_64, ToStringOurs, ToStringFmt, "fmt", AnyInteger<Int64>);
+BENCHMARK_CAPTURE(ToStringStd, std32, AnyInteger<Int32>)->Name("BM_IntegerToString_32/std::to_string");
+BENCHMARK_CAPTURE(ToStringStd, std64, AnyInteger<Int64>)->Name("BM_IntegerToString_64/std::to_string");
+TARN_PAIR(IntegerToHex_32, HexOurs, HexFmt, "fmt", AnyInteger<Int32>);
 TARN_PAIR(TextToInteger_32, FromTextOurs, FromTextStd, "std::from_chars", AnyInteger<Int32>);
 TARN_PAIR(TextToInteger_64, FromTextOurs, FromTextStd, "std::from_chars", AnyInteger<Int64>);
 TARN_PAIR(RealToString_Price, ToStringOurs, ToStringFmt, "fmt", Price);

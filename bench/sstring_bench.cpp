@@ -2,8 +2,12 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <cctype>
 #include <clocale>
 #include <string>
+
+#include <windows.h>
 
 #include "tarnlib/UTFConverter.h"
 #include "tarnlib/snarrowtext.h"
@@ -113,6 +117,70 @@ void ToWideByConverter(const SAnsiString& text) {
     benchmark::DoNotOptimize(wide);
 }
 
+// --- small functions on short texts; the rivals make a string each time where ours do ---
+
+constexpr const char* kPadded = "   the quick brown fox jumps over the lazy dog, and then again \t ";
+constexpr const char* kMixed = "The Quick Brown Fox Jumps Over The Lazy Dog, And Then Again";
+constexpr const char* kHeader = "Content-Transfer-Encoding";
+constexpr const char* kHeaderToo = "content-transfer-encodinG";
+constexpr const char* kAccented =
+    "Gr\xF6\xDF"
+    "enma\xDFst\xE4"
+    "be der \xDC"
+    "bung";
+constexpr const char* kAccentedToo =
+    "gr\xF6\xDF"
+    "enMa\xDFst\xC4"
+    "be der \xFC"
+    "bung";
+
+void TrimOurs(benchmark::State& state, const char* locale) {
+    std::setlocale(LC_ALL, locale);
+    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(SAnsiString(kPadded).trim());
+    std::setlocale(LC_ALL, "C");
+}
+void TrimStd(benchmark::State& state) {
+    constexpr const char* kBlanks = " \t\n\v\f\r";
+    for ([[maybe_unused]] auto _ : state) {
+        std::string text(kPadded);
+        text.erase(text.find_last_not_of(kBlanks) + 1);
+        text.erase(0, text.find_first_not_of(kBlanks));
+        benchmark::DoNotOptimize(text);
+    }
+}
+
+void NoCaseOurs(benchmark::State& state, const char* locale, const char* left, const char* right) {
+    std::setlocale(LC_ALL, locale);
+    const SAnsiString a(left);
+    const SAnsiString b(right);
+    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(a.compareNoCase(b));
+    std::setlocale(LC_ALL, "C");
+}
+void NoCaseStd(benchmark::State& state) {
+    const std::string a(kHeader);
+    const std::string b(kHeaderToo);
+    const auto lower = [](char byte) { return byte >= 'A' && byte <= 'Z' ? byte | 0x20 : byte; };
+    for ([[maybe_unused]] auto _ : state) {
+        benchmark::DoNotOptimize(std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                                            [&](char x, char y) { return lower(x) == lower(y); }));
+    }
+}
+void NoCaseSystem(benchmark::State& state) {
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(CompareStringA(0x409, NORM_IGNORECASE, kAccented, -1, kAccentedToo, -1));
+}
+
+void LowerOurs(benchmark::State& state) {
+    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(SAnsiString(kMixed).toLower());
+}
+void LowerStd(benchmark::State& state) {
+    for ([[maybe_unused]] auto _ : state) {
+        std::string text(kMixed);
+        for (char& byte : text) byte = static_cast<char>(std::tolower(static_cast<unsigned char>(byte)));
+        benchmark::DoNotOptimize(text);
+    }
+}
+
 constexpr const char* kLocale1252 = "English_United States.1252";
 constexpr const char* kLocale932 = "Japanese_Japan.932";
 
@@ -134,6 +202,18 @@ BENCHMARK_CAPTURE(FindStd, dbl, Japanese(), "\x83\x5C\x83\x5C")->Name("BM_String
 // for a byte that the text does not hold, so that both read it to its end.
 BENCHMARK_CAPTURE(FindOurs, trail, kLocale932, Japanese(), "\\")->Name("BM_StringFind_932TrailBytes/ours");
 BENCHMARK_CAPTURE(FindStd, trail, Japanese(), "\\#")->Name("BM_StringFind_932TrailBytes/std::string");
+
+BENCHMARK_CAPTURE(TrimOurs, c, "C")->Name("BM_Trim_C/ours");
+BENCHMARK(TrimStd)->Name("BM_Trim_C/std::string");
+BENCHMARK_CAPTURE(TrimOurs, dbl, kLocale932)->Name("BM_Trim_932/ours");
+BENCHMARK(TrimStd)->Name("BM_Trim_932/std::string");
+BENCHMARK_CAPTURE(NoCaseOurs, c, "C", kHeader, kHeaderToo)->Name("BM_CompareNoCase_C/ours");
+BENCHMARK(NoCaseStd)->Name("BM_CompareNoCase_C/std::equal");
+BENCHMARK_CAPTURE(NoCaseOurs, accented, kLocale1252, kAccented, kAccentedToo)
+    ->Name("BM_CompareNoCase_accented_1252/ours");
+BENCHMARK(NoCaseSystem)->Name("BM_CompareNoCase_accented_1252/CompareString");
+BENCHMARK(LowerOurs)->Name("BM_ToLower_C/ours");
+BENCHMARK(LowerStd)->Name("BM_ToLower_C/std::tolower");
 
 #define TARN_IN_UTF8(WORK)                                                \
     BENCHMARK_CAPTURE(InUtf8, WORK, WORK)->Name("BM_Utf8" #WORK "/ours"); \

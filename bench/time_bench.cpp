@@ -1,6 +1,7 @@
-// Dates as text and back against the C and C++ libraries, and their parts against the C library's calendar.
+// Dates as text and back against the C and C++ libraries and {fmt}, and their parts against the C library's calendar.
 
 #include <benchmark/benchmark.h>
+#include <fmt/chrono.h>
 
 #include <cstdlib>
 #include <ctime>
@@ -20,6 +21,7 @@ constexpr long long kStep = 98'765;        // a day and some hours
 constexpr int kMoments = 4096;
 constexpr const char* kOurPattern = "yyyy-MM-dd@HH:mm:ss.SS";
 constexpr const char* kTheirPattern = "%Y-%m-%d@%H:%M:%S.000";
+constexpr const char* kOurNames = "dddd, dd MMMM yyyy";
 
 const STimeZone& utc = STimeZone::TZ_UTC();
 const STimeZone& local = STimeZone::TZ_Local();
@@ -58,6 +60,24 @@ void FormatRuntime(benchmark::State& state) {
         const std::string string(text, std::strftime(text, sizeof text, kTheirPattern, &moment));
         benchmark::DoNotOptimize(string.data());
     });
+}
+
+void FormatFmt(benchmark::State& state) {
+    Each(state, RuntimeMoments(), [](const struct tm& moment) {
+        benchmark::DoNotOptimize(fmt::format("{:%Y-%m-%d@%H:%M:%S.000}", moment));
+    });
+}
+
+void NamesOurs(benchmark::State& state) {
+    Each(state, Moments(), [](const SDateTime& moment) {
+        const SAnsiString text = moment.Format(kOurNames, utc);
+        benchmark::DoNotOptimize(text.getString());
+    });
+}
+
+void NamesFmt(benchmark::State& state) {
+    Each(state, RuntimeMoments(),
+         [](const struct tm& moment) { benchmark::DoNotOptimize(fmt::format("{:%A, %d %B %Y}", moment)); });
 }
 
 void FormatIntoArrayOurs(benchmark::State& state) {
@@ -131,6 +151,9 @@ void BuildRuntime(benchmark::State& state) {
 
 BENCHMARK(FormatOurs)->Name("BM_DateFormat_String/ours");
 BENCHMARK(FormatRuntime)->Name("BM_DateFormat_String/strftime");
+BENCHMARK(FormatFmt)->Name("BM_DateFormat_String/fmt");
+BENCHMARK(NamesOurs)->Name("BM_DateFormat_Names/ours");
+BENCHMARK(NamesFmt)->Name("BM_DateFormat_Names/fmt");
 BENCHMARK(FormatIntoArrayOurs)->Name("BM_DateFormat_Array/ours");
 BENCHMARK(FormatIntoArrayRuntime)->Name("BM_DateFormat_Array/strftime");
 BENCHMARK(ParseOurs)->Name("BM_DateParse/ours");

@@ -1,7 +1,9 @@
-// UTF-8 and UTF-16 into each other against the system and utfcpp. All write into room that is there already.
+// UTF-8 and UTF-16 into each other against the system and utfcpp, and narrow text of a code page into both against the
+// system. All write into room that is there already.
 
 #include <benchmark/benchmark.h>
 
+#include <clocale>
 #include <string>
 #include <vector>
 
@@ -9,6 +11,7 @@
 #include <windows.h>
 
 #include "tarnlib/UTFConverter.h"
+#include "tarnlib/sstring.h"
 
 using namespace TarnLibA500;
 
@@ -100,7 +103,76 @@ void ToUTF8(benchmark::State& state, const Text& text, ToUTF8Function convert) {
     Convert(state, text.utf16, text.utf8.size(), kMaxBytesOfUnit * text.utf16.size(), convert);
 }
 
+// --- narrow text of a code page ---
+
+struct PageText {
+    const char* locale;
+    UINT page;
+    std::string bytes;
+};
+
+PageText InPage(const char* locale, UINT page, const Text& text) {
+    const auto units = static_cast<int>(text.utf16.size());
+    std::string bytes(2 * text.utf16.size(), '\0');
+    bytes.resize(static_cast<std::size_t>(WideCharToMultiByte(
+        page, 0, text.utf16.data(), units, bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr)));
+    return {locale, page, bytes};
+}
+const PageText& P1252() {
+    static const PageText text = InPage("English_United States.1252", 1252, German());
+    return text;
+}
+const PageText& P932() {
+    static const PageText text = InPage("Japanese_Japan.932", 932, CJK());
+    return text;
+}
+
+void PageToUTF16Ours(benchmark::State& state, const PageText& text) {
+    std::setlocale(LC_ALL, text.locale);
+    const SAnsiString narrow(text.bytes.c_str());
+    std::vector<wchar_t> out(text.bytes.size() + 1);
+    const auto bytes = static_cast<std::uint32_t>(out.size() * sizeof out[0]);
+    for (auto _ : state) benchmark::DoNotOptimize(narrow.toWChar(out.data(), bytes));
+    std::setlocale(LC_ALL, "C");
+}
+void PageToUTF16System(benchmark::State& state, const PageText& text) {
+    std::vector<wchar_t> out(text.bytes.size() + 1);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(MultiByteToWideChar(text.page, 0, text.bytes.c_str(), -1, out.data(),
+                                                     static_cast<int>(out.size())));
+    }
+}
+
+void PageToUTF8Ours(benchmark::State& state, const PageText& text) {
+    std::setlocale(LC_ALL, text.locale);
+    const SAnsiString narrow(text.bytes.c_str());
+    std::vector<char> out(kMaxBytesOfUnit * (text.bytes.size() + 1));
+    const auto bytes = static_cast<std::uint32_t>(out.size());
+    for (auto _ : state) benchmark::DoNotOptimize(narrow.toUTF8(out.data(), bytes));
+    std::setlocale(LC_ALL, "C");
+}
+void PageToUTF8System(benchmark::State& state, const PageText& text) {
+    std::vector<wchar_t> units(text.bytes.size() + 1);
+    std::vector<char> out(kMaxBytesOfUnit * units.size());
+    for (auto _ : state) {
+        const int count = MultiByteToWideChar(text.page, 0, text.bytes.c_str(), -1, units.data(),
+                                              static_cast<int>(units.size()));
+        benchmark::DoNotOptimize(WideCharToMultiByte(CP_UTF8, 0, units.data(), count, out.data(),
+                                                     static_cast<int>(out.size()), nullptr, nullptr));
+    }
+}
+
 }  // namespace
+
+#define TARN_FROM_PAGE(PAGE)                                                                    \
+    BENCHMARK_CAPTURE(PageToUTF16Ours, PAGE, P##PAGE())->Name("BM_PageToUTF16_" #PAGE "/ours"); \
+    BENCHMARK_CAPTURE(PageToUTF16System, PAGE, P##PAGE())                                       \
+        ->Name("BM_PageToUTF16_" #PAGE "/MultiByteToWideChar");                                 \
+    BENCHMARK_CAPTURE(PageToUTF8Ours, PAGE, P##PAGE())->Name("BM_PageToUTF8_" #PAGE "/ours");   \
+    BENCHMARK_CAPTURE(PageToUTF8System, PAGE, P##PAGE())->Name("BM_PageToUTF8_" #PAGE "/system in two steps")
+
+TARN_FROM_PAGE(1252);
+TARN_FROM_PAGE(932);
 
 #define TARN_BOTH_WAYS(TEXT)                                                                          \
     BENCHMARK_CAPTURE(ToUTF16, TEXT, TEXT(), ToUTF16Ours)->Name("BM_UTF8ToUTF16_" #TEXT "/ours");     \

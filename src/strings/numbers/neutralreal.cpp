@@ -250,17 +250,25 @@ bool ReadUsual(const char* first, const char* last, T& value) {
     return exponent != end && exponent - first <= kKeptDigits;
 }
 
+template <class T>
+bool ReadAnyhow(Reader& reader, T& value) {
+    Decimal number;
+    value = 0;
+    return reader.readMagnitude(number) && ValueOf(number, value);
+}
+
 }  // namespace
 
+// Most numbers begin with a digit, or with a minus and a digit.
 template <class T>
 bool NeutralStringToRealIterator(const char* first, const char* last, T& out) {
-    out = 0;
-    Reader reader(first, last);
-    const bool negative = reader.readSign();
-    if (!ReadShort(reader.at(), last, out) && !ReadUsual(reader.at(), last, out)) {
-        Decimal number;
-        out = 0;
-        if (!reader.readMagnitude(number) || !ValueOf(number, out)) return false;
+    bool negative = first != last && *first == '-';
+    const char* const digits = negative ? first + 1 : first;
+    if (!ReadShort(digits, last, out) && !ReadUsual(digits, last, out)) {
+        Reader reader(first, last);
+        negative = reader.readSign();
+        const bool begins = reader.at() != digits && ReadUsual(reader.at(), last, out);
+        if (!begins && !ReadAnyhow(reader, out)) return false;
     }
     if (negative) out = -out;
     return true;

@@ -1,14 +1,18 @@
 // Characters of every code page against the system's own conversion, where the two must agree.
 
-#include "strings/characters/mbchar.h"
+#include "strings/characters/codepagetext.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
 
 #include <windows.h>
 
 #include "tarnlib/schar.h"
 
-using TarnLibA500::mbchar::CodePage;
+using namespace TarnLibA500::mbchar;
 
 constexpr unsigned kCodePages[] = {1252, 932, 936, 949, 950, 28605, 1250, 1251, 874};
 
@@ -45,6 +49,46 @@ TEST(CodePageDifferential, EncodesLikeTheSystem) {
             ASSERT_EQ(page.fromWide(ours, code), replaced ? -1 : bytes) << number << ' ' << unit;
             if (!replaced) ASSERT_STREQ(ours, system) << number << ' ' << unit;
         }
+    }
+}
+
+// Texts go in blocks where they can.
+TEST(CodePageDifferential, ConvertsTextsAsTheirCharacters) {
+    std::mt19937 random(16);
+    for (int i = 0; i < 20'000; ++i) {
+        const CodePage& page = CodePage::Of(kCodePages[random() % std::size(kCodePages)]);
+        std::string text;
+        for (unsigned n = random() % 6; n != 0; --n) {
+            const char pair[] = {static_cast<char>(random()), static_cast<char>(random())};
+            text += random() % 3 ? std::string("abcdefghijklmnopqrstuvwxyz0123456789").substr(random() % 36)
+                                 : std::string(pair, 1 + random() % 2);
+        }
+        const char* const end = text.data() + text.size();
+        std::wstring expected;
+        for (const char* at = text.data(); at != end; at += page.characterAt(at, end).bytes) {
+            const Character character = page.characterAt(at, end);
+            expected += static_cast<wchar_t>(character.isValid() ? character.code : U'?');
+        }
+        EXPECT_EQ(CountUnits(page, text.data(), end), expected.size());
+        const auto room = static_cast<std::uint32_t>(random() % (expected.size() + 2));
+        std::wstring units(text.size() + 2, L'#');
+        const char* from = text.data();
+        units.resize(Decode(page, from, end, units.data(), room));
+        EXPECT_EQ(units, expected.substr(0, room)) << page.number();
+
+        if (!expected.empty()) expected[random() % expected.size()] = static_cast<wchar_t>(random());
+        std::string bytes;
+        for (const wchar_t unit : expected) {
+            char one[8] = "?";
+            bytes += std::string(one, static_cast<std::size_t>(std::max(page.fromWide(one, unit), 1)));
+        }
+        const wchar_t* const last = expected.data() + expected.size();
+        EXPECT_EQ(CountBytes(page, expected.data(), last), bytes.size());
+        std::string out(bytes.size() + 16, '#');
+        const wchar_t* wide = expected.data();
+        out.resize(Encode(page, wide, last, out.data(), room));
+        EXPECT_EQ(out, bytes.substr(0, out.size())) << page.number();
+        EXPECT_TRUE(wide == last || room - out.size() < 2);
     }
 }
 
