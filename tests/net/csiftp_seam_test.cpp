@@ -7,8 +7,7 @@
 #include <string>
 #include <thread>
 
-#include "net/hostaddresses.h"
-#include "net/ossockets.h"
+#include "net/loopback.h"
 #include "seam/osclock.h"
 #include "support/alloc_hooks.h"
 #include "support/failing.h"
@@ -33,14 +32,7 @@ std::string ReplyTo(const std::string& word) {
 /// A server that says yes to everything, for one client at a time, and remembers what was stored last.
 class Server {
   public:
-    Server() : listening_(socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_storage address = {};
-        int size = sizeof address;
-        ParseAddress("127.0.0.1", AF_INET, address);
-        bind(listening_, Generic(address), size);
-        listen(listening_, SOMAXCONN);
-        getsockname(listening_, Generic(address), &size);
-        port = CSISocket::getPort(Generic(address));
+    Server() : listening_(tarntest::ListenHere(AF_INET, port)) {
         thread_ = std::thread([this] {
             for (SOCKET client; (client = accept(listening_, nullptr, nullptr)) != INVALID_SOCKET;)
                 serve(client);
@@ -63,13 +55,8 @@ class Server {
         CSISocket::setPort(Generic(address), static_cast<unsigned short>(dataPort));
         const SOCKET data = socket(AF_INET, SOCK_STREAM, 0);
         std::string bytes(1 << 16, '\0');
-        if (connect(data, Generic(address), sizeof(sockaddr_in)) == 0) {
-            std::size_t length = 0;
-            for (int some;
-                 (some = recv(data, &bytes[length], static_cast<int>(bytes.size() - length), 0)) > 0;)
-                length += static_cast<unsigned>(some);
-            bytes.resize(length);
-        }
+        connect(data, Generic(address), sizeof(sockaddr_in));
+        bytes.resize(static_cast<unsigned>(std::max(0, recv(data, bytes.data(), 1 << 16, MSG_WAITALL))));
         closesocket(data);
         return bytes;
     }

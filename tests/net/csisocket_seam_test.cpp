@@ -3,8 +3,7 @@
 #include <sstream>
 #include <string>
 
-#include "net/hostaddresses.h"
-#include "net/ossockets.h"
+#include "net/loopback.h"
 #include "seam/osclock.h"
 #include "support/assert_recorder.h"
 #include "support/calls.h"
@@ -110,41 +109,26 @@ int WSAAPI ReceiveOne(SOCKET s, char* bytes, int, int flags) {
 /// A server on this machine, in the thread of the test: what is said before it is read waits in the system.
 class Peer {
   public:
-    explicit Peer(int family = AF_INET) : listening_(socket(family, SOCK_STREAM, 0)) {
-        sockaddr_storage address = {};
-        int size = sizeof address;
-        ParseAddress(family == AF_INET ? "127.0.0.1" : "::1", family, address);
-        bind(listening_.get(), Generic(address), size);
-        listen(listening_.get(), 5);
-        getsockname(listening_.get(), Generic(address), &size);
-        port = CSISocket::getPort(Generic(address));
+    explicit Peer(int family = AF_INET) : listening_(ListenHere(family, port)) {}
+    ~Peer() {
+        closesocket(accepted_);
+        closesocket(listening_);
     }
-    void accept() { accepted_ = Owned(::accept(listening_.get(), nullptr, nullptr)); }
-    void say(const std::string& bytes) { send(accepted_.get(), bytes.data(), int(bytes.size()), 0); }
-    void finish() { shutdown(accepted_.get(), SD_SEND); }
+    void accept() { closesocket(std::exchange(accepted_, ::accept(listening_, nullptr, nullptr))); }
+    void say(const std::string& bytes) { send(accepted_, bytes.data(), int(bytes.size()), 0); }
+    void finish() { shutdown(accepted_, SD_SEND); }
     std::string hear(std::size_t count) {
         std::string heard(count, '.');
         std::size_t done = 0;
         for (int some = 1; done < count && some > 0; done += some)
-            some = std::max(0, recv(accepted_.get(), heard.data() + done, int(count - done), 0));
+            some = std::max(0, recv(accepted_, heard.data() + done, int(count - done), 0));
         return heard;
     }
 
     unsigned short port = 0;
 
   private:
-    struct Owned {
-        explicit Owned(SOCKET s = INVALID_SOCKET) : socket(s) {}
-        Owned(const Owned&) = delete;
-        Owned& operator=(Owned&& other) {
-            std::swap(socket, other.socket);
-            return *this;
-        }
-        ~Owned() { closesocket(socket); }
-        SOCKET get() const { return socket; }
-        SOCKET socket;
-    };
-    Owned listening_, accepted_;
+    SOCKET listening_, accepted_ = INVALID_SOCKET;
 };
 
 /// The system's sockets are started, and names and sleeping are the test's.
@@ -158,14 +142,9 @@ class Sockets : public testing::Test {
         ossockets::freeAddresses = &FreeListed;
     }
     void TearDown() override {
-        ossockets::getAddresses = nullptr;
-        ossockets::freeAddresses = nullptr;
-        ossockets::connectTo = nullptr;
-        ossockets::selectReady = nullptr;
-        ossockets::sendBytes = nullptr;
-        ossockets::receiveBytes = nullptr;
-        osclock::sleep = nullptr;
-        osclock::tickCount = nullptr;
+        const auto reset = [](auto&... places) { ((places = nullptr), ...); };
+        reset(ossockets::getAddresses, ossockets::freeAddresses, ossockets::connectTo, ossockets::selectReady,
+              ossockets::sendBytes, ossockets::receiveBytes, osclock::sleep, osclock::tickCount);
         CSISocket::uninitialize();
         EXPECT_EQ(ossockets::Calls::OpenNow(), 0);
     }
