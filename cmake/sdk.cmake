@@ -12,7 +12,7 @@ if(TARGET tarn)
   install(TARGETS tarn RUNTIME DESTINATION bin)
 endif()
 
-set(needed_dlls ${TARN_RUNTIME_DLLS} ${TARN_OPENSSL_DLLS})
+set(needed_dlls ${TARN_RUNTIME_DLLS} ${TARN_OPENSSL_DLLS} ${TARN_LIBSSH2_DLLS})
 list(TRANSFORM needed_dlls PREPEND ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/ OUTPUT_VARIABLE foreign_dlls)
 install(FILES ${foreign_dlls} DESTINATION bin)
 foreach(module jtc kcm mirelcrypto tracelog zqezlib)
@@ -36,9 +36,10 @@ install(DIRECTORY docs DESTINATION ${shared})
 install(FILES debug/tarnlib.natvis debug/gdb/tarnlib_printers.py DESTINATION ${shared}/debug)
 install(DIRECTORY examples/ DESTINATION ${shared}/examples PATTERN texts EXCLUDE)
 
-# Of what is inside the DLLs: the XML parser, OpenSSL, zlib, the compiler's run-time and the Windows run-time.
+# Of what is inside the DLLs: the XML parser, OpenSSL, libssh2, zlib, the compiler's run-time and the Windows run-time.
 install(FILES ${xerces_prefix}/LICENSE ${xerces_prefix}/NOTICE DESTINATION licenses/xerces-c)
 install(FILES ${openssl_prefix}/LICENSE.txt DESTINATION licenses/openssl)
+install(FILES ${libssh2_prefix}/COPYING DESTINATION licenses/libssh2)
 foreach(part libz-mingw-w64-dev gcc-mingw-w64-i686-posix-runtime mingw-w64-i686-dev)
   install(FILES /usr/share/doc/${part}/copyright DESTINATION licenses/${part} OPTIONAL)
 endforeach()

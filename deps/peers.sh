@@ -6,7 +6,8 @@ set -euo pipefail
 
 # One set a line: what excludes each other stands on lines of its own.
 sets="proftpd-core python3-pyftpdlib libpam-pwdfile libwrap0 gnutls-bin
-vsftpd"
+vsftpd
+openssh-server python3-asyncssh"
 
 build() {
     use_main_suite
@@ -21,4 +22,4 @@ build() {
     for package in packages/*.deb; do dpkg-deb -x "$package" installed; done
 }
 
-build_once peers 1 usr/bin/gnutls-serv "the servers of the tests"
+build_once peers 1 usr/sbin/sshd "the servers of the tests"

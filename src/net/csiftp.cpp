@@ -272,7 +272,6 @@ bool CSIftp::RemoveFile(const SAnsiString& file) {
     return isDone(CTRL_FTP_RM, &file, kFileActionDone);
 }
 
-/// Tries to change to a directory, and back. False when there is no way back.
 bool CSIftp::changesTo(const SAnsiString& directory, const SAnsiString& back, bool& exists) {
     SAnsiString reply;
     exists = command(CTRL_FTP_CWD, &directory, reply) == kFileActionDone;

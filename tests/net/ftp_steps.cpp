@@ -1,10 +1,12 @@
-// Runs the steps of its command line with an FTP client.
+// Runs the steps of its command line with an FTP client, or, if the first one is "sftp", with an SFTP client.
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "net/steps.h"
 #include "tarnlib/csiftp.h"
+#include "tarnlib/csisftp.h"
 #include "tarnlib/csisocket.h"
 
 using namespace TarnLibA500;
@@ -21,7 +23,14 @@ Step Does(void (*action)(CSIftp&, int)) {
     return [=](CSIftp& ftp, auto& a) { return action(ftp, std::atoi(a[0].getString())), "done"; };
 }
 
+CSIsftp& Secure(CSIftp& ftp) {
+    return dynamic_cast<CSIsftp&>(ftp);
+}
+
 const std::map<std::string, Step> kSteps = {
+    {"sftp", [](CSIftp& ftp, auto& a) { return Secure(ftp).SetFingerprint(a[0]), "done"; }},
+    {"key", [](CSIftp& ftp, auto& a) { return Secure(ftp).SetPrivateKey(a[0], a[1]), "done"; }},
+    {"shown", [](CSIftp& ftp, auto&) { return Secure(ftp).GetServerFingerprint().getString(); }},
     {"port", Does([](CSIftp& ftp, int port) { ftp.SetPortA(static_cast<unsigned short>(port)); })},
     {"timeout", Does([](CSIftp& ftp, int seconds) { ftp.SetTimeout(static_cast<unsigned>(seconds)); })},
     {"passive", Does([](CSIftp& ftp, int) { ftp.SetPassive(true); })},
@@ -54,7 +63,7 @@ std::string Run(CSIftp& ftp, const std::string& name, const steps::Arguments& ar
 
 int main(int count, char** words) {
     CSISocket::initialize();
-    CSIftp ftp;
-    steps::RunAll(count, words, 3, [&](auto& name, auto& arguments) { return Run(ftp, name, arguments); });
+    const std::unique_ptr<CSIftp> client(std::string(words[1]).starts_with("sftp") ? new CSIsftp : new CSIftp);
+    steps::RunAll(count, words, 3, [&](auto& name, auto& arguments) { return Run(*client, name, arguments); });
     return 0;
 }

@@ -19,6 +19,8 @@ COMMANDS = {
                 "-quiet {options}",
     "gnutls": "exec {packages}/usr/bin/gnutls-serv --echo -p {port} --x509certfile {ca}/{certificate}.pem "
               "--x509keyfile {ca}/{certificate}.key {options}",
+    "sshd": "exec sh {folder}/start",
+    "asyncssh": "exec sh {folder}/start",
     "pyftpdlib": "exec /usr/bin/python3 {here}/pyftpd.py {host} {port} {root}",
 }
 STAND_IN = "pyftpdlib"  # for all of them but s_server, where there is no sandbox
@@ -57,6 +59,9 @@ class Server:
             self.process = subprocess.Popen([*own, "sh", "-c", COMMANDS[kind].format(**names)], env={**os.environ, **variables},
                                             stdin=subprocess.DEVNULL, stdout=log, stderr=log)
         self.wait()
+        self.values.update(peer=self.folder, root=self.root)
+        if (self.folder / "values").exists():
+            self.values.update(line.split(" ", 1) for line in (self.folder / "values").read_text().splitlines())
 
     def copy_settings(self, source, names):
         for path in (path for path in source.rglob("*") if path.is_file()):

@@ -61,5 +61,6 @@ extern const Command kPingCommand;
 extern const Command kFtpCommand;
 extern const Command kMailCommand;
 extern const Command kTlsCommand;
+extern const Command kSftpCommand;
 
 }  // namespace tarn

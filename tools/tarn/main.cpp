@@ -16,7 +16,8 @@ const Command* const kCommands[] = {
     &kDigestCommand,   &kCompressCommand, &kExpandCommand,         &kCrc32Command,
     &kGuidCommand,     &kUrlCommand,      &kQueryCommand,          &kHtmlCommand,
     &kJsCommand,       &kVbsCommand,      &kLikeCommand,           &kResolveCommand,
-    &kPingCommand,     &kFtpCommand,      &kMailCommand,           &kTlsCommand};
+    &kPingCommand,     &kFtpCommand,      &kMailCommand,           &kTlsCommand,
+    &kSftpCommand};
 
 void PrintOverview() {
     Print(

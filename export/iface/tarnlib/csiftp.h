@@ -135,6 +135,9 @@ class TARN_API CSIftp {
     virtual int SendDataMsg(const char* data, unsigned count);
     /// Closes the data connection and the listening socket.
     virtual void CloseDataConnection();
+    /// Finds out whether a directory exists: tries to change to it, and then to "back", the working directory. False when
+    /// there is no way back.
+    virtual bool changesTo(const SAnsiString& directory, const SAnsiString& back, bool& exists);
 
     /// Traces and throws.
     [[noreturn]] void fail(CSIftpException::ErrorCodes code, unsigned short messageID,
@@ -153,7 +156,6 @@ class TARN_API CSIftp {
     [[noreturn]] void failToSend(const char* word, const SAnsiString& reason) const;
     bool isDone(const char* word, const SAnsiString* argument, int code, int otherCode = 0);
     int sendPassword(const SAnsiString& password, const SAnsiString& account, SAnsiString& reply);
-    bool changesTo(const SAnsiString& directory, const SAnsiString& back, bool& exists);
     SAnsiString localPath(const SAnsiString& name) const;
     void closeControl() noexcept;
     int controlFamily();
