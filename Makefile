@@ -15,6 +15,7 @@ CTEST_LINES := sed -n '/tests passed/,$$p' build/log/ctest-
 # $(1): preset; $(2): targets, otherwise everything; $(3): more for the configuration
 define configure-and-build
 $(STEP) "OpenSSL (the first time: three minutes)" deps-openssl deps/openssl.sh
+$(STEP) "libssh2" deps-libssh2 deps/libssh2.sh
 $(STEP) "Xerces-C (the first time: two minutes)" deps-xerces deps/xerces.sh
 $(STEP) "configure ($(1))" configure-$(1) cmake --preset $(1) $(3)
 $(STEP) "build ($(1))" build-$(1) cmake --build --preset $(1) $(if $(2),--target $(2))
