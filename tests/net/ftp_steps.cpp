@@ -63,7 +63,9 @@ std::string Run(CSIftp& ftp, const std::string& name, const steps::Arguments& ar
 
 int main(int count, char** words) {
     CSISocket::initialize();
-    const std::unique_ptr<CSIftp> client(std::string(words[1]).starts_with("sftp") ? new CSIsftp : new CSIftp);
-    steps::RunAll(count, words, 3, [&](auto& name, auto& arguments) { return Run(*client, name, arguments); });
+    const std::unique_ptr<CSIftp> client(std::string(words[1]).starts_with("sftp") ? new CSIsftp
+                                                                                   : new CSIftp);
+    steps::RunAll(count, words, 3,
+                  [&](auto& name, auto& arguments) { return Run(*client, name, arguments); });
     return 0;
 }
