@@ -297,8 +297,12 @@ bool CSIftp::put(SFile& file, const SAnsiString& remote) try {
     TARN_TRACE_AT(levels::kFailure, kUnit, "%1 is not stored: %2", remote, reply);
     return false;
 } catch (...) {
-    closeControl();  // the server's word about the file would be taken for the next reply
+    dropReply();
     throw;
+}
+
+void CSIftp::dropReply() noexcept {
+    closeControl();  // the server's word about the file would be taken for the next reply
 }
 
 bool CSIftp::PutFile(const SAnsiString& local, const SAnsiString& remote) {

@@ -19,6 +19,8 @@ bool CSIsftp::InitializeListenSocket(int /*family*/) {
     return true;
 }
 
+void CSIsftp::dropReply() noexcept {}
+
 int CSIsftp::AcceptConnection() {
     const Step step("AcceptConnection");
     SshSession& session = *ssh_->session;

@@ -2,10 +2,13 @@
 
 #include <cstring>
 
+#include "kcm/kcm.h"
+
 namespace TarnLibA500 {
 namespace {
 
 constexpr std::string_view kPrefix = "SHA256:";
+constexpr unsigned kLetters = 43;  // of a digest, without padding
 constexpr std::string_view kBase64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::string_view kDigits = "0123456789abcdef";
 constexpr std::string_view kUpperDigits = "0123456789ABCDEF";
@@ -20,20 +23,9 @@ int DigitValue(char c) {
     return static_cast<int>(value != kDigits.npos ? value : kUpperDigits.find(c));
 }
 
-void AppendBase64(SAnsiString& text, const unsigned char* bytes, unsigned count) {
-    unsigned bits = 0;
-    int waiting = 0;
-    for (const unsigned char* const end = bytes + count; bytes != end; ++bytes) {
-        bits = bits << 8 | *bytes;
-        for (waiting += 8; waiting >= 6; waiting -= 6) text.concat(kBase64[bits >> (waiting - 6) & 63]);
-    }
-    if (waiting != 0) text.concat(kBase64[bits << (6 - waiting) & 63]);
-}
-
 }  // namespace
 
 SshFingerprint::SshFingerprint(const SAnsiString& text) {
-    constexpr std::size_t kLetters = 43;
     std::string_view rest = View(text);
     if (!rest.starts_with(kPrefix)) {
         readHex(rest);
@@ -67,9 +59,9 @@ void SshFingerprint::readHex(std::string_view text) {
 
 SAnsiString SshFingerprint::textOf(const unsigned char* digest) const {
     if (form_ != Form::Hex) {
-        SAnsiString text(kPrefix.data());
-        AppendBase64(text, digest, bytes_);
-        return text;
+        char base64[kLetters + 2];
+        KCMUtility400::base64Into(base64, sizeof base64, digest, kSha256Bytes);
+        return SAnsiString(kPrefix.data()).concat(base64, kLetters);
     }
     const std::string_view digits = isUpper_ ? kUpperDigits : kDigits;
     SAnsiString text;

@@ -138,6 +138,8 @@ class TARN_API CSIftp {
     /// Finds out whether a directory exists: tries to change to it, and then to "back", the working directory. False when
     /// there is no way back.
     virtual bool changesTo(const SAnsiString& directory, const SAnsiString& back, bool& exists);
+    /// After a transfer that ended by an exception: its reply may still come. Closes the control connection.
+    virtual void dropReply() noexcept;
 
     /// Traces and throws.
     [[noreturn]] void fail(CSIftpException::ErrorCodes code, unsigned short messageID,

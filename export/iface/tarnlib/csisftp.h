@@ -71,6 +71,9 @@ class TARN_API CSIsftp : public CSIftp {
     /// Looks for a directory without going there. False when the session is lost.
     bool changesTo(const SAnsiString& directory, const SAnsiString& back, bool& exists) override;
 
+    /// Nothing: replies are not mixed up.
+    void dropReply() noexcept override;
+
     /// Loads the SSH library unless it is there; false, by assertion, when that fails.
     bool initSSHLib();
     /// Changes the working directory to one that exists.
