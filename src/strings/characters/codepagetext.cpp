@@ -77,7 +77,7 @@ std::uint32_t CountPairedUnits(const CodePage& page, const char* at, const char*
             ++count;
             continue;
         }
-        const std::ptrdiff_t ascii = end - at >= kBlock ? AsciiInFront(at) : 0;
+        const std::ptrdiff_t ascii = page.hasAscii() && end - at >= kBlock ? AsciiInFront(at) : 0;
         const std::ptrdiff_t alone = std::max<std::ptrdiff_t>(ascii, 1);
         at += alone;
         count += static_cast<std::uint32_t>(alone);
@@ -130,7 +130,8 @@ std::uint16_t BytesOrReplacement(const CodePage& page, wchar_t unit) {
 std::uint32_t CountPairedBytes(const CodePage& page, const wchar_t* at, const wchar_t* end) {
     auto count = static_cast<std::uint32_t>(end - at);
     while (at < end) {
-        const bool areAscii = IsAscii(*at) && end - at >= kBlock && AsciiInFront(at) == kBlock;
+        const bool areAscii =
+            IsAscii(*at) && page.hasAscii() && end - at >= kBlock && AsciiInFront(at) == kBlock;
         if (!areAscii && BytesOrReplacement(page, *at) > 0xFF) ++count;
         at += areAscii ? kBlock : 1;
     }

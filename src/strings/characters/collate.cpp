@@ -87,6 +87,7 @@ int OrderByFolding(const CodePage& page, const char* left, const char* right) {
 }
 
 int OrderByFolding(const wchar_t* left, const wchar_t* right) {
+    while (*left != L'\0' && *left == *right) ++left, ++right;
     for (;; ++left, ++right) {
         const std::wint_t a = std::towlower(*left);
         const std::wint_t b = std::towlower(*right);
@@ -141,10 +142,11 @@ bool DecideByRanks(const unit* left, const unit* right, int& order) {
     return true;
 }
 
-// What is the same but for case is equal, where no pair of letters is a letter of its own: in Danish "aa" and "aA" differ.
-// What is not the same may be equal, too. False where a byte may be a part of a character.
-bool AreSameButForCase(const CodePage& page, const char* left, const char* right) {
-    return page.isSingleByte() && OrderByFoldedBytes(page, left, right) == 0;
+// The same for narrow text. Where every byte is a character, those beyond ASCII that stand on both sides weigh the same,
+// too: no pair of letters is a letter of its own here, as "aa" is in Danish, where "aA" is not equal.
+bool DecideByRanks(const CodePage& page, const char* left, const char* right, int& order) {
+    if (page.isSingleByte()) SkipSameBytes(page, left, right);
+    return DecideByRanks(left, right, order);
 }
 
 /// Narrow text in UTF-16, for the system's collation.
@@ -188,11 +190,8 @@ int CollateNoCase(const char* left, const char* right) {
     const CodePage& page = CodePage::Current();
     const LCID locale = CollationLocale();
     if (locale == 0) return OrderByFolding(page, left, right);
-    if (SortsLettersPlainly(locale)) {
-        int order = 0;
-        if (DecideByRanks(left, right, order)) return order;
-        if (AreSameButForCase(page, left, right)) return 0;
-    }
+    int order = 0;
+    if (SortsLettersPlainly(locale) && DecideByRanks(page, left, right, order)) return order;
     const WideText a(page, left);
     const WideText b(page, right);
     const int answer = AskSystem(locale, a.units(), a.length(), b.units(), b.length());

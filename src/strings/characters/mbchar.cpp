@@ -143,7 +143,7 @@ void CodePage::fillSingles() noexcept {
         // No MB_ERR_INVALID_CHARS here: it refuses single bytes that the C locale takes, such as A0 in 932.
         if (systemNumber_ != 0 && !partial_[byte]) ostext::ToWide(systemNumber_, 0, &text, 1, &unit, 1);
         single_.entry[byte] = static_cast<std::uint16_t>(unit);
-        if (byte < kAsciiEnd && unit != byte) hasAscii_ = false;
+        if (byte < kAsciiEnd && (unit != byte || partial_[byte])) hasAscii_ = false;
     }
 }
 
