@@ -1,10 +1,11 @@
 // A process that ends while its threads are in the middle of something. Another module's static destructor
 // then wants what they held, and traces that it came through.
 //
-//     ending log|writing|threads -loggingPath FOLDER
+//     ending log|writing|threads|strings -loggingPath FOLDER
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "jtc/jtc.h"
 #include "tarnlib/slogger.h"
@@ -88,12 +89,42 @@ void HoldDevice() {
     std::filesystem::remove(folder);
 }
 
-void WriteALot() {
+void StartFour(LPTHREAD_START_ROUTINE work) {
     for (int i = 0; i < 4; ++i) {
-        const HANDLE isWriting = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-        CloseHandle(CreateThread(nullptr, 0, &Write, isWriting, 0, nullptr));
-        WaitForSingleObject(isWriting, INFINITE);  // Wine does not end a thread that is only just beginning
+        const HANDLE isAtWork = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        CloseHandle(CreateThread(nullptr, 0, work, isAtWork, 0, nullptr));
+        WaitForSingleObject(isAtWork, INFINITE);  // Wine does not end a thread that is only just beginning
     }
+}
+
+void WriteALot() {
+    StartFour(&Write);
+}
+
+std::vector<SAnsiString> ManyTexts() {
+    std::vector<SAnsiString> texts;
+    for (unsigned length = 1; length < 1000; ++length)
+        texts.emplace_back(std::string(length, 'x').c_str(), length);
+    return texts;
+}
+std::vector<SAnsiString>& madeEarlier = *new std::vector<SAnsiString>(ManyTexts());
+
+// Makes and frees texts until it is stopped, often in their store.
+DWORD WINAPI MakeTexts(void* isMaking) {
+    for (;;) {
+        ManyTexts();
+        SetEvent(isMaking);
+    }
+}
+
+void MakeManyTexts() {
+    StartFour(&MakeTexts);
+}
+
+void MakeAndFreeTexts() {
+    madeEarlier.clear();
+    for (int i = 0; i < 10; ++i) ManyTexts();
+    Trace();
 }
 
 const struct {
@@ -104,6 +135,7 @@ const struct {
     {"log", &HoldDevice, &Trace},
     {"writing", &WriteALot, &Trace},
     {"threads", &HoldMonitor, &UseMonitorAndThread},
+    {"strings", &MakeManyTexts, &MakeAndFreeTexts},
 };
 
 }  // namespace

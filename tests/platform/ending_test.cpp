@@ -28,7 +28,7 @@ int StatusOf(const char* name, const std::string& folder) {
 }  // namespace
 
 TEST(Ending, WaitsForNoThreadThatIsGone) {
-    for (const auto& [name, runs] : {std::pair("log", 3), {"writing", 5}, {"threads", 1}}) {
+    for (const auto& [name, runs] : {std::pair("log", 3), {"writing", 5}, {"threads", 1}, {"strings", 10}}) {
         for (int run = 0; run < runs; ++run) {
             const std::filesystem::path folder = tarntest::MakeScratchFolder("ending");
             ASSERT_EQ(StatusOf(name, folder.string()), 0) << name;
