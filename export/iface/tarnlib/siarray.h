@@ -51,6 +51,8 @@ class SIArray {
 
     /// Appends an element and returns its index.
     std::uint32_t Add(const T& element);
+    /// The same with an element that is not needed any more.
+    std::uint32_t Add(T&& element);
     /// Appends all elements of an array, which may be this one, and returns the index of the first of them.
     std::uint32_t Append(const SIArray& other);
     /// Replaces all elements by another array's.
@@ -136,6 +138,13 @@ template <class T>
 std::uint32_t SIArray<T>::Add(const T& element) {
     CheckCapacity(std::uint64_t{GetSize()} + 1);
     elements_.push_back(element);
+    return GetSize() - 1;
+}
+
+template <class T>
+std::uint32_t SIArray<T>::Add(T&& element) {
+    CheckCapacity(std::uint64_t{GetSize()} + 1);
+    elements_.push_back(std::move(element));
     return GetSize() - 1;
 }
 

@@ -4,6 +4,8 @@
 #include <compare>
 #include <concepts>
 #include <cstdint>
+#include <cstring>
+#include <string>
 #include <utility>
 
 #include "tarnlib/schar.h"
@@ -243,11 +245,26 @@ class SString_t {
         return *this;
     }
     /// Appends a zero-terminated text; null appends nothing.
-    SString_t& concat(const unit* text);
+    TARN_MEM SString_t& concat(const unit* text) {
+        if (text == nullptr) return *this;
+        return concat(text, static_cast<std::uint32_t>(std::char_traits<unit>::length(text)));
+    }
     /// Appends a number of code units, zero units included; null appends nothing.
-    SString_t& concat(const unit* text, std::uint32_t nUnits);
+    TARN_MEM SString_t& concat(const unit* text, std::uint32_t nUnits) {
+        SStringBuffer* const buffer = buffer_;
+        const std::uint32_t length = buffer->length;
+        // A block has more room than its text is long.
+        if (text == nullptr || !isExclusive() || nUnits >= buffer->capacity - length) {
+            return concatSlowly(text, nUnits);
+        }
+        unit* const end = buffer->getBuffer() + length;
+        CopyUnits(end, text, nUnits);
+        end[nUnits] = unit();
+        buffer->length = length + nUnits;
+        return *this;
+    }
     /// Appends a string.
-    SString_t& concat(const SString_t& text);
+    TARN_MEM SString_t& concat(const SString_t& text) { return concat(text.getString(), text.getLength()); }
     /// Appends a character; the null character appends nothing.
     SString_t& concat(const Char& character);
     /// A number is no text: operator<< appends one.
@@ -477,8 +494,40 @@ class SString_t {
     }
     TARN_MEM static void DropReference(SStringBuffer* buffer) noexcept {
         if (IsEmptyBuffer(buffer)) return;
-        if (buffer->refCount.fetch_sub(1, std::memory_order_acq_rel) == 1) FreeBuffer(buffer);
+        // The only holder needs no locked subtraction: nobody else is there who could count.
+        if (buffer->refCount.load(std::memory_order_acquire) == 1 ||
+            buffer->refCount.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+            FreeBuffer(buffer);
+        }
     }
+    // The source may reach into the place it is copied to.
+    TARN_MEM static void CopyUnits(unit* to, const unit* from, std::uint32_t count) noexcept {
+        const std::size_t bytes = std::size_t{count} * sizeof(unit);
+        // Where the compiler knows an array but not the length of its text, it would warn of all that is longer.
+        __asm__("" : "+r"(from));
+        if (bytes > 2 * sizeof(std::uint64_t)) {
+            std::memmove(to, from, bytes);
+        } else if (bytes >= sizeof(std::uint64_t)) {
+            CopyEnds<std::uint64_t>(to, from, bytes);
+        } else if (bytes >= sizeof(std::uint32_t)) {
+            CopyEnds<std::uint32_t>(to, from, bytes);
+        } else if (bytes != 0) {
+            const unit first = from[0], middle = from[count / 2], last = from[count - 1];
+            to[0] = first;
+            to[count / 2] = middle;
+            to[count - 1] = last;
+        }
+    }
+    // As many bytes as one word or two: both ends are read before they are written.
+    template <class Word>
+    static void CopyEnds(unit* to, const unit* from, std::size_t bytes) noexcept {
+        Word first, last;
+        std::memcpy(&first, from, sizeof first);
+        std::memcpy(&last, reinterpret_cast<const char*>(from) + bytes - sizeof last, sizeof last);
+        std::memcpy(to, &first, sizeof first);
+        std::memcpy(reinterpret_cast<char*>(to) + bytes - sizeof last, &last, sizeof last);
+    }
+    static std::uint64_t BlockBytes(std::uint64_t capacity) noexcept;
     static void FreeBuffer(SStringBuffer* buffer) noexcept;
     static SStringBuffer* NewBuffer(std::uint32_t n);
     static SStringBuffer* NewBuffer(const unit* text, std::uint32_t length, std::uint32_t n);
@@ -487,7 +536,9 @@ class SString_t {
     }
     TARN_MEM unit* characters() noexcept { return buffer_->getBuffer(); }
     TARN_MEM void adopt(SStringBuffer* buffer) noexcept { DropReference(std::exchange(buffer_, buffer)); }
+    void growBuffer(std::uint32_t capacity);
     SString_t& concatSlowly(unit single);
+    SString_t& concatSlowly(const unit* text, std::uint32_t nUnits);
     TARN_MEM bool holds(const void* place) const noexcept {
         return place >= getString() && place <= getString() + getLength();
     }
@@ -505,6 +556,8 @@ class SString_t {
 extern template class TARN_API SString_t<char, 0>;
 extern template class TARN_API SString_t<char, 1>;
 extern template class TARN_API SString_t<wchar_t, 1>;
+
+// A sum takes a temporary on its left over and appends to it; Concat (sconcat.h) makes one block of many parts.
 
 /// Two strings as a new one.
 template <class unit, int flavour>
@@ -527,6 +580,18 @@ SString_t<unit, flavour> operator+(const unit* left, const SString_t<unit, flavo
     SString_t<unit, flavour> sum(left);
     sum.concat(right);
     return sum;
+}
+/// The temporary with a string behind it.
+template <class unit, int flavour>
+SString_t<unit, flavour> operator+(SString_t<unit, flavour>&& left, const SString_t<unit, flavour>& right) {
+    left.concat(right);
+    return std::move(left);
+}
+/// The temporary with a zero-terminated text behind it.
+template <class unit, int flavour>
+SString_t<unit, flavour> operator+(SString_t<unit, flavour>&& left, const unit* right) {
+    left.concat(right);
+    return std::move(left);
 }
 
 class SAsciiString;

@@ -34,16 +34,6 @@ std::uint32_t LengthOf(const unit* text) {
     return text != nullptr ? static_cast<std::uint32_t>(std::char_traits<unit>::length(text)) : 0;
 }
 
-template <class unit>
-void CopyUnits(unit* to, const unit* from, std::uint32_t count) {
-    if (count != 0) std::memmove(to, from, std::size_t{count} * sizeof(unit));
-}
-
-template <class Buffer, class unit>
-std::uint64_t BlockBytes(std::uint64_t capacity) {
-    return sizeof(Buffer) + capacity * sizeof(unit);
-}
-
 }  // namespace
 
 // -------------------------------------------------------------------------------------------- buffer control
@@ -55,12 +45,17 @@ typename SString_t<unit, flavour>::SStringBuffer* SString_t<unit, flavour>::GetE
     return &empty.header;
 }
 
+// What a capacity takes. It alone says which kind of block it is, so it changes with the block only.
+template <class unit, int flavour>
+std::uint64_t SString_t<unit, flavour>::BlockBytes(std::uint64_t capacity) noexcept {
+    return sizeof(SStringBuffer) + capacity * sizeof(unit);
+}
+
 template <class unit, int flavour>
 typename SString_t<unit, flavour>::SStringBuffer* SString_t<unit, flavour>::NewBuffer(std::uint32_t n) {
     if (n >= kTooManyUnits) throw BadAllocation();
     const std::uint32_t capacity = n + kSlackUnits;
-    void* block = memory::Allocate(BlockBytes<SStringBuffer, unit>(capacity));
-    auto* buffer = new (block) SStringBuffer(1, 0, capacity);
+    auto* buffer = new (memory::AllocateSized(BlockBytes(capacity))) SStringBuffer(1, 0, capacity);
     buffer->getBuffer()[0] = unit();
     return buffer;
 }
@@ -78,7 +73,16 @@ typename SString_t<unit, flavour>::SStringBuffer* SString_t<unit, flavour>::NewB
 
 template <class unit, int flavour>
 void SString_t<unit, flavour>::FreeBuffer(SStringBuffer* buffer) noexcept {
-    memory::Free(buffer);
+    // Where the compiler sees the empty block, it would warn of a free that never happens.
+    __asm__("" : "+r"(buffer));
+    memory::FreeSized(buffer, static_cast<std::size_t>(BlockBytes(buffer->capacity)));
+}
+
+template <class unit, int flavour>
+void SString_t<unit, flavour>::growBuffer(std::uint32_t capacity) {
+    const auto oldBytes = static_cast<std::size_t>(BlockBytes(buffer_->capacity));
+    buffer_ = static_cast<SStringBuffer*>(memory::ReallocateSized(buffer_, oldBytes, BlockBytes(capacity)));
+    buffer_->capacity = capacity;
 }
 
 template <class unit, int flavour>
@@ -131,10 +135,7 @@ void SString_t<unit, flavour>::copyOnWrite(std::uint32_t n) {
     if (needed > kMaxGrownUnits) throw BadAllocation();
     if (!isExclusive()) return adopt(NewBuffer(getString(), length, needed + 1));
     if (needed + 1 <= buffer_->capacity) return;
-    const std::uint32_t capacity = needed + 1 + kSlackUnits;
-    buffer_ =
-        static_cast<SStringBuffer*>(memory::Reallocate(buffer_, BlockBytes<SStringBuffer, unit>(capacity)));
-    buffer_->capacity = capacity;
+    growBuffer(needed + 1 + kSlackUnits);
     terminateBuffer(length);
 }
 
@@ -151,9 +152,7 @@ unit* SString_t<unit, flavour>::concatAllocHelper(std::uint32_t k) {
         if (!Require(request < kMaxUnits, kUnit, kLengthOverflow)) return nullptr;
         const auto capacity = static_cast<std::uint32_t>(request) + 1;
         if (isExclusive()) {
-            const std::uint64_t bytes = BlockBytes<SStringBuffer, unit>(capacity);
-            buffer_ = static_cast<SStringBuffer*>(memory::Reallocate(buffer_, bytes));
-            buffer_->capacity = capacity;
+            growBuffer(capacity);
         } else {
             adopt(NewBuffer(getString(), oldLength, capacity));
         }
@@ -293,12 +292,7 @@ SString_t<unit, flavour>& SString_t<unit, flavour>::concatSlowly(unit single) {
 }
 
 template <class unit, int flavour>
-SString_t<unit, flavour>& SString_t<unit, flavour>::concat(const unit* text) {
-    return concat(text, LengthOf(text));
-}
-
-template <class unit, int flavour>
-SString_t<unit, flavour>& SString_t<unit, flavour>::concat(const unit* text, std::uint32_t nUnits) {
+SString_t<unit, flavour>& SString_t<unit, flavour>::concatSlowly(const unit* text, std::uint32_t nUnits) {
     if (text == nullptr) return *this;
     // The text may lie inside this string, whose block may move.
     const bool inside = holds(text);
@@ -306,11 +300,6 @@ SString_t<unit, flavour>& SString_t<unit, flavour>::concat(const unit* text, std
     unit* const end = concatAllocHelper(nUnits);
     if (end != nullptr) CopyUnits(end, inside ? getString() + offset : text, nUnits);
     return *this;
-}
-
-template <class unit, int flavour>
-SString_t<unit, flavour>& SString_t<unit, flavour>::concat(const SString_t& text) {
-    return concat(text.getString(), text.getLength());
 }
 
 template <class unit, int flavour>

@@ -1,4 +1,5 @@
 #include "tarnlib/sstring.h"
+#include "tarnlib/sconcat.h"
 
 #include <gtest/gtest.h>
 
@@ -71,6 +72,10 @@ concept TakesNumber = std::is_constructible_v<String, Number> || std::is_assigna
     s += n;
 } || requires(String s, Number n) {
     s.concat(n);
+};
+template <class... Parts>
+concept TakesParts = requires(Parts... parts) {
+    Concat(parts...);
 };
 template <class String, class Unit>
 concept TakesUnitAtIndex = std::is_assignable_v<decltype(std::declval<String&>()[0]), Unit>;
@@ -328,6 +333,14 @@ TEST(StringEdit, SourcesMayLieInsideTheString) {
     EXPECT_EQ(Text(s).substr(0, 4), "ZYZa");
     s.copyFrom(s.getString() + 1, 3);
     EXPECT_EQ(Text(s), "YZa");
+    for (std::uint32_t n = 0; n <= letters.size(); ++n) {
+        SAnsiString narrow(letters.c_str());
+        SWCharString copied(FromLatin(letters).c_str());
+        narrow.setSize(200), copied.setSize(200);  // room for all
+        narrow.concat(narrow.getString() + 52 - n, n), copied.concat(copied.getString() + 52 - n, n);
+        EXPECT_EQ(Text(narrow), letters + letters.substr(52 - n));
+        EXPECT_EQ(copied, FromLatin(letters + letters.substr(52 - n)).c_str());
+    }
     constexpr std::uint32_t kLarge = 2'000'000;  // a block of its own, whose memory goes when it moves
     SAsciiString ascii(std::string(kLarge, 'x').c_str());
     ascii.concatFromAsciiCharacters(ascii.getString(), kLarge);
@@ -545,4 +558,24 @@ TEST(StringStream, AppendsNumbersAndText) {
     SWCharString w;
     w << L"x" << std::numeric_limits<long long>::min() << L'y' << 1e30;
     EXPECT_EQ(w, L"x-9223372036854775808y1000000000000000019884624838656.000000");
+    const Ansi parts(
+        Concat("", "i=", -1, ' ', SAnsiString("s"), SChar_t<char, 0>('c'), 18446744073709551615ULL));
+    EXPECT_EQ(parts, "i=-1 sc18446744073709551615");
+    EXPECT_EQ(parts.capacity(), 27U + 1 + 32);
+    EXPECT_EQ(Concat(SWCharString(L"w"), static_cast<short>(-7), L'x', std::numeric_limits<long long>::min()),
+              L"w-7x-9223372036854775808");
+    EXPECT_EQ(Concat(SAsciiString("a"), "b", 0), "ab0");
+    static_assert(std::is_same_v<decltype(Concat("a", 1)), SAnsiString>);
+    static_assert(!TakesParts<const char*, const wchar_t*> && !TakesParts<const char*, double>);
+}
+
+TEST(StringSum, AppendsToATemporaryThatNobodyShares) {
+    SAnsiString left("left"), other("right");
+    const SAnsiString shared(other);
+    const char* const block = left.getString();
+    const SAnsiString sum = std::move(left) + "+" + other;
+    EXPECT_EQ(sum.getString(), block);
+    EXPECT_EQ(sum, "left+right");
+    EXPECT_EQ(std::move(other) + shared, "rightright");
+    EXPECT_EQ(shared, "right");
 }
