@@ -36,22 +36,26 @@ bool CharacterSet::holdsLong(Key key) const noexcept {
     return std::find(longs_.begin(), longs_.end(), key) != longs_.end();
 }
 
-const char* CharacterSet::findMember(const char* at, const char* end) const noexcept {
-    while (at < end) {
+// Most characters are one byte that stands for itself; they are passed by two tables.
+template <bool kMember>
+const char* CharacterSet::findFirst(const char* at, const char* end) const noexcept {
+    for (;;) {
+        for (; at < end && page_->isAlone(*at); ++at) {
+            if (singles_[static_cast<unsigned char>(*at)] == kMember) return at;
+        }
+        if (at >= end) return end;
         const unsigned bytes = CharacterBytes(*page_, at);
-        if (contains(at, bytes)) return at;
+        if (contains(at, bytes) == kMember) return at;
         at += bytes;
     }
-    return end;
+}
+
+const char* CharacterSet::findMember(const char* at, const char* end) const noexcept {
+    return findFirst<true>(at, end);
 }
 
 const char* CharacterSet::skipMembers(const char* at, const char* end) const noexcept {
-    while (at < end) {
-        const unsigned bytes = CharacterBytes(*page_, at);
-        if (!contains(at, bytes)) return at;
-        at += bytes;
-    }
-    return end;
+    return findFirst<false>(at, end);
 }
 
 // Forwards, because the bytes before a place do not tell where its character begins.

@@ -49,6 +49,8 @@ class CharacterSet {
         return key;
     }
     void insert(const char* character, unsigned bytes);
+    template <bool kMember>
+    const char* findFirst(const char* at, const char* end) const noexcept;
     bool holdsLong(Key key) const noexcept;
 
     const mbchar::CodePage* page_;

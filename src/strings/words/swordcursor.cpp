@@ -27,12 +27,18 @@ bool SWordCursor::isSeparator(unsigned bytes) const noexcept {
     return false;
 }
 
+// Most characters are one byte that stands for itself.
 void SWordCursor::skip(bool separators) noexcept {
     const char* const end = text_.end().getPtr();
-    while (at_ < end) {
-        const unsigned bytes = CharacterBytes(*page_, at_);
-        const bool isOne = bytes == 1 ? single_[static_cast<unsigned char>(*at_)] : isSeparator(bytes);
-        if (isOne != separators) return;
+    for (;;) {
+        const char* at = at_;
+        while (at < end && page_->isAlone(*at) && single_[static_cast<unsigned char>(*at)] == separators)
+            ++at;
+        at_ = at;
+        if (at >= end || page_->isAlone(*at)) return;
+        const unsigned bytes = CharacterBytes(*page_, at);
+        if ((bytes == 1 ? single_[static_cast<unsigned char>(*at)] : isSeparator(bytes)) != separators)
+            return;
         at_ += bytes;
     }
 }
