@@ -97,10 +97,6 @@ void StartFour(LPTHREAD_START_ROUTINE work) {
     }
 }
 
-void WriteALot() {
-    StartFour(&Write);
-}
-
 std::vector<SAnsiString> ManyTexts() {
     std::vector<SAnsiString> texts;
     for (unsigned length = 1; length < 1000; ++length)
@@ -111,17 +107,10 @@ std::vector<SAnsiString>& madeEarlier = *new std::vector<SAnsiString>(ManyTexts(
 
 // Makes and frees texts until it is stopped, often in their store.
 DWORD WINAPI MakeTexts(void* isMaking) {
-    for (;;) {
-        ManyTexts();
-        SetEvent(isMaking);
-    }
+    for (;; SetEvent(isMaking)) ManyTexts();
 }
 
-void MakeManyTexts() {
-    StartFour(&MakeTexts);
-}
-
-void MakeAndFreeTexts() {
+void FreeAndMakeTexts() {
     madeEarlier.clear();
     for (int i = 0; i < 10; ++i) ManyTexts();
     Trace();
@@ -133,9 +122,9 @@ const struct {
     void (*atTheEnd)();
 } kCases[] = {
     {"log", &HoldDevice, &Trace},
-    {"writing", &WriteALot, &Trace},
+    {"writing", [] { StartFour(&Write); }, &Trace},
     {"threads", &HoldMonitor, &UseMonitorAndThread},
-    {"strings", &MakeManyTexts, &MakeAndFreeTexts},
+    {"strings", [] { StartFour(&MakeTexts); }, &FreeAndMakeTexts},
 };
 
 }  // namespace

@@ -10,23 +10,20 @@
 
 namespace {
 
-/// Makes a MiB of strings by what a module exports, and never destroys them.
-void MakeTexts(HMODULE module) {
+/// Loads a module and has two threads make a MiB of strings each by what it exports, which are never destroyed.
+void LoadAndUnload(const std::filesystem::path& path) {
     // A member function takes the object as this convention takes its first argument, and has no second one.
     using Make = void(__fastcall*)(void* self, int none, const char* text);
-    const auto make = reinterpret_cast<Make>(
-        reinterpret_cast<void*>(GetProcAddress(module, "_ZN11TarnLibA5009SString_tIcLi0EEC1EPKc")));
-    ASSERT_NE(make, nullptr);
-    void* string = nullptr;
-    for (int i = 0; i < 20'000; ++i) make(&string, 0, "a text");
-}
-
-void LoadAndUnload(const std::filesystem::path& path) {
     const HMODULE module = LoadLibraryW(path.c_str());
-    ASSERT_NE(module, nullptr);
-    MakeTexts(module);
-    std::thread([&] { MakeTexts(module); }).join();
-    EXPECT_TRUE(FreeLibrary(module));
+    const auto address = GetProcAddress(module, "_ZN11TarnLibA5009SString_tIcLi0EEC1EPKc");
+    ASSERT_NE(address, nullptr);
+    const auto makeTexts = [make = reinterpret_cast<Make>(reinterpret_cast<void*>(address))] {
+        void* string = nullptr;
+        for (int i = 0; i < 20'000; ++i) make(&string, 0, "a text");
+    };
+    makeTexts();
+    std::thread(makeTexts).join();
+    FreeLibrary(module);
     EXPECT_EQ(GetModuleHandleW(path.c_str()), nullptr);
 }
 
