@@ -11,6 +11,9 @@ constexpr DWORD kEveryShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DE
 /// As long as the file is open, its name stays its own: nobody deletes or renames it.
 constexpr DWORD kShareButDelete = FILE_SHARE_READ | FILE_SHARE_WRITE;
 
+/// A pipe can be named as a file: whoever made it may learn who opens it, but not act in his name. (A flag of opening.)
+constexpr DWORD kOnlyIdentify = SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
+
 /// The name of a new file or directory is one that another has.
 template <class Code>
 constexpr bool IsTaken(Code error) noexcept {

@@ -84,6 +84,13 @@ inline void* Find(HMODULE module, const char* symbol) {
                              : reinterpret_cast<void*>(getProcAddress.orElse(GetProcAddress)(module, symbol));
 }
 
+/// A function of the system that not every version has; null where there is none.
+template <class Function>
+Function* Found(const wchar_t* module, const char* symbol) {
+    const HMODULE loaded = Loaded(module);
+    return loaded != nullptr ? reinterpret_cast<Function*>(Find(loaded, symbol)) : nullptr;
+}
+
 /// Whether the flags LOAD_LIBRARY_SEARCH_... are known: Windows 7 has them with an update of its own.
 inline bool KnowsSearchFlags() {
     const HMODULE kernel = Loaded(L"kernel32.dll");

@@ -24,7 +24,7 @@ inline constinit seam::Replaceable<decltype(WriteFile)> writeFile;
 inline HANDLE OpenForAppending(const wchar_t* path) {
     if (Calls::MustFail()) return INVALID_HANDLE_VALUE;
     return CreateFileW(path, FILE_APPEND_DATA | SYNCHRONIZE | FILE_READ_ATTRIBUTES, oscodes::kEveryShare,
-                       nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+                       nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL | oscodes::kOnlyIdentify, nullptr);
 }
 
 inline bool Write(HANDLE file, const char* bytes, DWORD count, DWORD& written) {
@@ -43,7 +43,7 @@ inline bool Size(HANDLE file, std::uint64_t& bytes) {
 inline bool Cut(const wchar_t* path, std::uint64_t bytes) {
     if (Calls::MustFail()) return false;
     const HANDLE file = CreateFileW(path, GENERIC_WRITE, oscodes::kEveryShare, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+                                    FILE_ATTRIBUTE_NORMAL | oscodes::kOnlyIdentify, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
     LARGE_INTEGER end;
     end.QuadPart = static_cast<LONGLONG>(bytes);
@@ -68,8 +68,8 @@ inline bool Remove(const wchar_t* path) {
 /// Removes a file that nobody has open; otherwise fails with ERROR_SHARING_VIOLATION.
 inline bool RemoveUnused(const wchar_t* path) {
     if (Calls::MustFail()) return false;
-    const HANDLE file =
-        CreateFileW(path, DELETE, 0, nullptr, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    const HANDLE file = CreateFileW(path, DELETE, 0, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_OPEN_REPARSE_POINT | oscodes::kOnlyIdentify, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;
     FILE_DISPOSITION_INFO removal{};
     removal.DeleteFile = TRUE;

@@ -43,6 +43,10 @@ inline bool IsLinkTag(DWORD tag) {
 inline bool IsLink(const WIN32_FIND_DATAW& entry) {
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsLinkTag(entry.dwReserved0);
 }
+/// A reparse point that stands for nothing else: of a cloud, a container, a file that shares its content.
+inline bool IsStoredOtherwise(const WIN32_FIND_DATAW& entry) {
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && !IsLinkTag(entry.dwReserved0);
+}
 /// A directory that is one, not a link to one.
 inline bool IsOwnDirectory(const WIN32_FIND_DATAW& entry) {
     return IsDirectory(entry.dwFileAttributes) && !IsLink(entry);

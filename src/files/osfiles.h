@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "oscodes/oscodes.h"
+#include "seam/osmodules.h"
 #include "seam/seam.h"
 
 #include <windows.h>
@@ -22,7 +24,21 @@ using Calls = seam::Calls<Kind>;
 
 inline constinit seam::Replaceable<decltype(ReadFile)> readFile;
 inline constinit seam::Replaceable<decltype(GetFileAttributesExW)> getFileAttributes;
+inline constinit seam::Replaceable<decltype(FindFirstFileExW)> findFirst;
 inline constinit seam::Replaceable<decltype(ReplaceFileW)> replaceFile;
+inline constinit seam::Replaceable<decltype(CreateFileW)> createFile;
+inline constinit seam::Replaceable<decltype(MoveFileExW)> moveFile;
+inline constinit seam::Replaceable<decltype(CopyFileW)> copyFile;
+inline constinit seam::Replaceable<decltype(DeleteFileW)> deleteFile;
+inline constinit seam::Replaceable<decltype(RemoveDirectoryW)> removeDirectory;
+inline constinit seam::Replaceable<decltype(FlushFileBuffers)> flush;
+inline constinit seam::Replaceable<decltype(SetFileInformationByHandle)> setInformation;
+inline constinit seam::Replaceable<decltype(GetFileInformationByHandleEx)> getInformation;
+inline constinit seam::Replaceable<decltype(GetKernelObjectSecurity)> getSecurity;
+inline constinit seam::Replaceable<decltype(SetKernelObjectSecurity)> setSecurity;
+inline constinit seam::Replaceable<decltype(GetVolumeInformationByHandleW)> volumeInformation;
+inline constinit seam::Replaceable<decltype(ReadDirectoryChangesW)> readChanges;
+inline constinit seam::Replaceable<decltype(RtlGetLastNtStatus)> lastStatus;
 
 /// Counts a handle that the system gave, if it did; passes it on.
 inline HANDLE Opened(HANDLE handle) noexcept {
@@ -77,10 +93,12 @@ using File = Owned<Close>;
 /// The reading of a directory.
 using Search = Owned<CloseSearch>;
 
+/// Whoever made a pipe that is named as a file may see who opens it, and not act in his name.
 inline File Open(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
                  DWORD disposition, DWORD flags) {
     if (Calls::MustFail()) return File();
-    return File(Opened(CreateFileW(path, access, share, security, disposition, flags, nullptr)));
+    return File(Opened(createFile.orElse(CreateFileW)(path, access, share, security, disposition,
+                                                      flags | oscodes::kOnlyIdentify, nullptr)));
 }
 
 /// Opens what has a name in a directory that is open, whatever the directory's path leads to by now, and itself if
@@ -93,6 +111,8 @@ inline File OpenIn(HANDLE directory, const wchar_t* name, DWORD access, DWORD sh
     attributes.Length = sizeof attributes;
     attributes.RootDirectory = directory;
     attributes.ObjectName = &text;
+    SECURITY_QUALITY_OF_SERVICE quality = {sizeof quality, SecurityIdentification, FALSE, FALSE};
+    attributes.SecurityQualityOfService = &quality;
     IO_STATUS_BLOCK result;
     HANDLE file = nullptr;
     constexpr DWORD kAlways = SYNCHRONIZE | FILE_READ_ATTRIBUTES;
@@ -118,7 +138,7 @@ inline bool Write(HANDLE file, const void* bytes, DWORD count, DWORD& done) {
 }
 
 inline bool Flush(HANDLE file) {
-    return !Calls::MustFail() && FlushFileBuffers(file) != 0;
+    return !Calls::MustFail() && flush.orElse(FlushFileBuffers)(file) != 0;
 }
 
 inline bool Seek(HANDLE file, DWORD origin, long long offset, long long& position) {
@@ -141,7 +161,7 @@ inline bool Size(HANDLE file, long long& bytes) {
 /// taken for as long. Its error code alone is that of a refused access.
 inline bool WasBeingDeleted() {
     constexpr LONG kDeletePending = static_cast<LONG>(0xC0000056);
-    return GetLastError() == ERROR_ACCESS_DENIED && RtlGetLastNtStatus() == kDeletePending;
+    return GetLastError() == ERROR_ACCESS_DENIED && lastStatus.orElse(RtlGetLastNtStatus)() == kDeletePending;
 }
 
 inline bool Attributes(const wchar_t* path, WIN32_FILE_ATTRIBUTE_DATA& data) {
@@ -151,8 +171,69 @@ inline bool Attributes(const wchar_t* path, WIN32_FILE_ATTRIBUTE_DATA& data) {
 
 /// The attributes of what is open, and its tag if it is a reparse point.
 inline bool AttributesAndTag(HANDLE file, FILE_ATTRIBUTE_TAG_INFO& info) {
+    return !Calls::MustFail() && getInformation.orElse(GetFileInformationByHandleEx)(
+                                     file, FileAttributeTagInfo, &info, sizeof info) != 0;
+}
+
+/// Who owns something; it is asked of a handle with the READ_CONTROL right.
+class Owner {
+  public:
+    PSECURITY_DESCRIPTOR descriptor() const noexcept { return const_cast<BYTE*>(bytes_); }
+    /// Null for none.
+    PSID sid() const noexcept {
+        PSID sid = nullptr;
+        BOOL isDefault = FALSE;
+        return GetSecurityDescriptorOwner(descriptor(), &sid, &isDefault) ? sid : nullptr;
+    }
+    bool is(PSID other) const noexcept {
+        return sid() != nullptr && other != nullptr && EqualSid(sid(), other) != 0;
+    }
+    static constexpr DWORD kBytes = sizeof(SECURITY_DESCRIPTOR_RELATIVE) + SECURITY_MAX_SID_SIZE;
+
+  private:
+    alignas(DWORD) BYTE bytes_[kBytes] = {};
+};
+
+inline bool OwnerOf(HANDLE file, Owner& owner) {
+    DWORD needed = 0;
     return !Calls::MustFail() &&
-           GetFileInformationByHandleEx(file, FileAttributeTagInfo, &info, sizeof info) != 0;
+           getSecurity.orElse(GetKernelObjectSecurity)(file, OWNER_SECURITY_INFORMATION, owner.descriptor(),
+                                                       Owner::kBytes, &needed) != 0;
+}
+
+/// By a handle with the WRITE_OWNER right.
+inline bool SetOwner(HANDLE file, const Owner& owner) {
+    return !Calls::MustFail() && setSecurity.orElse(SetKernelObjectSecurity)(file, OWNER_SECURITY_INFORMATION,
+                                                                             owner.descriptor()) != 0;
+}
+
+/// Who this process is, or whose it is what it makes.
+struct OwnSid {
+    PSID sid = nullptr;  ///< the system has it in front of what it means
+    BYTE room[SECURITY_MAX_SID_SIZE + sizeof(DWORD)];
+};
+
+/// For TokenUser and TokenOwner.
+inline bool ReadOwnSid(TOKEN_INFORMATION_CLASS which, OwnSid& own) {
+    HANDLE token = nullptr;
+    if (Calls::MustFail() || !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token)) return false;
+    const File held(Opened(token));
+    DWORD needed = 0;
+    return GetTokenInformation(token, which, &own, sizeof own, &needed) != 0;
+}
+
+/// What the file system that something is on can do: FILE_PERSISTENT_ACLS and others.
+inline bool VolumeFlags(HANDLE file, DWORD& flags) {
+    return !Calls::MustFail() && volumeInformation.orElse(GetVolumeInformationByHandleW)(
+                                     file, nullptr, 0, nullptr, nullptr, &flags, nullptr, 0) != 0;
+}
+
+/// Where what is open is, behind all links; its length, as of those three below.
+inline DWORD FinalPath(HANDLE file, wchar_t* path, DWORD units) {
+    if (Calls::MustFail()) return 0;
+    const DWORD length = GetFinalPathNameByHandleW(file, path, units, VOLUME_NAME_DOS);
+    // A volume may have no letter.
+    return length != 0 ? length : GetFinalPathNameByHandleW(file, path, units, VOLUME_NAME_GUID);
 }
 
 /// Its times stay.
@@ -180,7 +261,7 @@ inline bool SetWriteTime(HANDLE file, const FILETIME& time) {
 }
 
 inline bool Remove(const wchar_t* path) {
-    return !Calls::MustFail() && DeleteFileW(path) != 0;
+    return !Calls::MustFail() && deleteFile.orElse(DeleteFileW)(path) != 0;
 }
 
 /// Removes the very file that a handle stands for; it needs the DELETE right. Windows 10 frees the name when
@@ -191,14 +272,15 @@ inline bool RemoveOnClose(HANDLE file) {
     // Windows 10.
     constexpr auto kDispositionEx = static_cast<FILE_INFO_BY_HANDLE_CLASS>(21);
     DWORD flags = 0x1 | 0x2;
-    if (SetFileInformationByHandle(file, kDispositionEx, &flags, sizeof flags)) return true;
+    const auto set = setInformation.orElse(SetFileInformationByHandle);
+    if (set(file, kDispositionEx, &flags, sizeof flags)) return true;
     FILE_DISPOSITION_INFO disposition;
     disposition.DeleteFile = TRUE;
-    return SetFileInformationByHandle(file, FileDispositionInfo, &disposition, sizeof disposition) != 0;
+    return set(file, FileDispositionInfo, &disposition, sizeof disposition) != 0;
 }
 
 inline bool RemoveEmptyDirectory(const wchar_t* path) {
-    return !Calls::MustFail() && RemoveDirectoryW(path) != 0;
+    return !Calls::MustFail() && removeDirectory.orElse(RemoveDirectoryW)(path) != 0;
 }
 
 inline bool MakeDirectory(const wchar_t* path) {
@@ -206,11 +288,11 @@ inline bool MakeDirectory(const wchar_t* path) {
 }
 
 inline bool Copy(const wchar_t* from, const wchar_t* to, bool overwrite) {
-    return !Calls::MustFail() && CopyFileW(from, to, overwrite ? FALSE : TRUE) != 0;
+    return !Calls::MustFail() && copyFile.orElse(CopyFileW)(from, to, overwrite ? FALSE : TRUE) != 0;
 }
 
 inline bool Move(const wchar_t* from, const wchar_t* to, DWORD flags) {
-    return !Calls::MustFail() && MoveFileExW(from, to, flags) != 0;
+    return !Calls::MustFail() && moveFile.orElse(MoveFileExW)(from, to, flags) != 0;
 }
 
 /// The file gets the name and the rights of the target, which gets the name of the backup.
@@ -222,8 +304,8 @@ inline bool Replace(const wchar_t* target, const wchar_t* file, const wchar_t* b
 inline Search FindFirst(const wchar_t* pattern, WIN32_FIND_DATAW& entry) {
     if (Calls::MustFail()) return Search();
     // Without short names and with a large buffer: fewer calls below.
-    return Search(Opened(FindFirstFileExW(pattern, FindExInfoBasic, &entry, FindExSearchNameMatch, nullptr,
-                                          FIND_FIRST_EX_LARGE_FETCH)));
+    return Search(Opened(findFirst.orElse(FindFirstFileExW)(
+        pattern, FindExInfoBasic, &entry, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH)));
 }
 
 inline bool FindNext(HANDLE search, WIN32_FIND_DATAW& entry) {
@@ -240,8 +322,12 @@ inline DWORD CurrentDirectory(DWORD units, wchar_t* path) {
     return Calls::MustFail() ? 0 : GetCurrentDirectoryW(units, path);
 }
 
+/// The system's own services have a directory of their own, where Windows has one for them: in the other any user
+/// may make what they will find.
 inline DWORD TempPath(DWORD units, wchar_t* path) {
-    return Calls::MustFail() ? 0 : GetTempPathW(units, path);
+    if (Calls::MustFail()) return 0;
+    const auto ofToday = osmodules::Found<decltype(GetTempPathW)>(L"kernel32.dll", "GetTempPath2W");
+    return (ofToday != nullptr ? ofToday : GetTempPathW)(units, path);
 }
 
 inline bool SetCurrentDirectory(const wchar_t* path) {
@@ -304,7 +390,8 @@ inline File NewEvent() {
 inline bool RequestChanges(HANDLE directory, void* buffer, DWORD bytes, bool subtree, DWORD filter,
                            OVERLAPPED& request) {
     return !Calls::MustFail() &&
-           ReadDirectoryChangesW(directory, buffer, bytes, subtree, filter, nullptr, &request, nullptr) != 0;
+           readChanges.orElse(ReadDirectoryChangesW)(directory, buffer, bytes, subtree, filter, nullptr,
+                                                     &request, nullptr) != 0;
 }
 
 /// Ends a request that may be under way, and waits for its end.

@@ -5,6 +5,7 @@
 #include "diag/assert/levels.h"
 #include "files/filetimes.h"
 #include "files/osfiles.h"
+#include "files/patience.h"
 #include "files/systempath.h"
 #include "files/uniquename.h"
 #include "oscodes/oscodes.h"
@@ -65,7 +66,7 @@ Deletion DeleteLockFile(const wchar_t* path, CreationTime seen) {
     if (!file) {
         const DWORD error = GetLastError();
         if (oscodes::IsMissing(error) || osfiles::WasBeingDeleted()) return Deletion::Gone;
-        return error == ERROR_SHARING_VIOLATION ? Deletion::InUse : Deletion::Refused;
+        return IsInUse(error) ? Deletion::InUse : Deletion::Refused;
     }
     FILETIME time;
     if (!osfiles::CreationTime(file.get(), time)) return Deletion::Refused;
@@ -73,16 +74,18 @@ Deletion DeleteLockFile(const wchar_t* path, CreationTime seen) {
     return osfiles::RemoveOnClose(file.get()) ? Deletion::Done : Deletion::Refused;
 }
 
-/// The holder's deletion. A waiter who takes the file for stale, or a scanner, has it in hand for a moment.
+/// The holder's deletion, which a waiter who takes the file for stale, or a scanner, hinders for a moment. Every try looks
+/// whose the file is. One that has gone since the first is given back, whoever has deleted it.
 Deletion DeleteOwnLockFile(const wchar_t* path, CreationTime own) {
-    constexpr DWORD kMomentMilliseconds = 10;
-    constexpr int kMoments = 20;
-    Deletion deletion = DeleteLockFile(path, own);
-    for (int moment = 0; deletion == Deletion::InUse && moment < kMoments; ++moment) {
-        osclock::Sleep(kMomentMilliseconds);
+    Deletion deletion = Deletion::Done;
+    const auto remove = [&] {
         deletion = DeleteLockFile(path, own);
-    }
-    return deletion;
+        if (deletion == Deletion::Gone) return DWORD{ERROR_FILE_NOT_FOUND};
+        return deletion == Deletion::InUse || deletion == Deletion::Refused ? GetLastError()
+                                                                            : DWORD{ERROR_SUCCESS};
+    };
+    const DWORD error = Patience().retryRemoval(remove);
+    return error == ERROR_SUCCESS && deletion == Deletion::Gone ? Deletion::Done : deletion;
 }
 
 /// Traces a failure with the system's error code, which stays what it was.

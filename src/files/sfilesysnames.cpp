@@ -38,6 +38,12 @@ bool BeginsWithDevice(const SAnsiString& name) {
     return false;
 }
 
+bool RemoveDeviceName(SAnsiString& name) {
+    if (!BeginsWithDevice(name)) return false;
+    name.setAt(name.getCharIndex(name.find('.')), 'x');
+    return true;
+}
+
 SAnsiString UniqueDigits() {
     const SAnsiString digits = SStringConv::ToString(NextUniqueNumber(), 16);
     SAnsiString padded;
@@ -95,9 +101,7 @@ bool IsTaken(const SWCharString& path, DWORD error) {
 }  // namespace
 
 bool SFileSys::checkAndRemoveReservedDeviceName(SAnsiString& name) {
-    if (!BeginsWithDevice(name)) return false;
-    name.setAt(name.getCharIndex(name.find('.')), 'x');
-    return true;
+    return RemoveDeviceName(name);
 }
 
 SAnsiString SFileSys::getTempDirname() {
@@ -130,15 +134,20 @@ SAnsiString SFileSys::getUniqueDirname(const SAnsiString& directory, const SAnsi
 SAnsiString SFileSys::getUniqueFilenameHelper(const SAnsiString& directory, const SAnsiString& prefix,
                                               const SAnsiString& suffix, bool create, int /*permissions*/,
                                               bool isDirectory) {
+    return TakeUniquePath(directory, prefix, suffix, create, isDirectory).path;
+}
+
+UniquePath TakeUniquePath(const SAnsiString& directory, const SAnsiString& prefix, const SAnsiString& suffix,
+                          bool create, bool isDirectory) {
     DWORD error = ERROR_SUCCESS;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         SAnsiString name = prefix + UniqueDigits() + suffix;
-        checkAndRemoveReservedDeviceName(name);
-        const SAnsiString path = JoinPath(directory, name);
-        const SWCharString target = LongSystemPath(path, isDirectory ? kShortDirectoryEnd : kShortPathEnd);
-        if (Take(target, create, isDirectory)) return path;
+        RemoveDeviceName(name);
+        UniquePath unique{JoinPath(directory, name), SWCharString()};
+        unique.systemPath = LongSystemPath(unique.path, isDirectory ? kShortDirectoryEnd : kShortPathEnd);
+        if (Take(unique.systemPath, create, isDirectory)) return unique;
         error = GetLastError();
-        if (!IsTaken(target, error)) break;
+        if (!IsTaken(unique.systemPath, error)) break;
     }
     ThrowFileSys(Exception::fsUniqueNameFailed, error, directory);
 }

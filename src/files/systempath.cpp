@@ -2,7 +2,7 @@
 
 #include <cwchar>
 
-#include "strings/text/stringbuilder.h"
+#include "seam/osmodules.h"
 #include "system/osregistry.h"
 #include "system/systemtext.h"
 #include "tarnlib/pathparts.h"
@@ -31,53 +31,17 @@ bool ReadLongPathsEnabled() {
     return error == ERROR_SUCCESS && type == REG_DWORD && value != 0;
 }
 
-bool IsNetworkPath(const wchar_t* path) {
-    return path[0] == L'\\' && path[1] == L'\\';
-}
-
-// "\\?\..." and "\\.\...".
-bool IsDevicePath(const wchar_t* path) {
-    return IsNetworkPath(path) && (path[2] == L'?' || path[2] == L'.') && path[3] == L'\\';
-}
-
 }  // namespace
 
 // The setting is read once: the system, too, looks at it when a process starts.
 bool LongPathsEnabled() {
     static const bool isEnabled = ReadLongPathsEnabled();
-    return isEnabled;
+    return isEnabled && KnowsLongPaths();
 }
 
-bool FullSystemPath(const SWCharString& path, SWCharString& full) {
-    // Behind this prefix the system, too, takes every name as it is: "a." is not "a".
-    if (std::wcsncmp(path.getString(), kLongPrefix, kLongUnits) == 0) {
-        full = path;
-        return true;
-    }
-    DWORD units = kShortPathEnd;
-    for (;;) {
-        StringBuilder<wchar_t, 1> room(units);
-        const DWORD needed = GetFullPathNameW(path.getString(), units, room.units(), nullptr);
-        if (needed == 0) return false;
-        if (needed < units) {
-            room.cut(needed);
-            full = room;
-            return true;
-        }
-        units = needed + 1;
-    }
-}
-
-SWCharString LongForm(const SWCharString& full, std::uint32_t shortEnd) {
-    return full.getLength() < shortEnd ? full : ExactForm(full);
-}
-
-SWCharString ExactForm(const SWCharString& full) {
-    const wchar_t* const path = full.getString();
-    if (full.isEmpty() || IsDevicePath(path)) return full;
-    SWCharString longForm(IsNetworkPath(path) ? kLongNetworkPrefix : kLongPrefix);
-    longForm.concat(IsNetworkPath(path) ? path + 1 : path);
-    return longForm;
+bool KnowsLongPaths() {
+    const auto knows = osmodules::Found<BOOLEAN NTAPI()>(L"ntdll.dll", "RtlAreLongPathsEnabled");
+    return knows != nullptr && knows() != 0;
 }
 
 SWCharString LongSystemPath(const SAnsiString& path, std::uint32_t shortEnd) {
@@ -92,7 +56,10 @@ SAnsiString ShownPath(const SWCharString& path) {
     const wchar_t* const text = path.getString();
     if (std::wcsncmp(text, kLongNetworkPrefix, kLongNetworkUnits) == 0)
         return "\\" + FromSystem(text + kLongNetworkUnits);
-    return FromSystem(std::wcsncmp(text, kLongPrefix, kLongUnits) == 0 ? text + kLongUnits : text);
+    // A volume without a letter has no other name.
+    const bool hasDrive = std::wcsncmp(text, kLongPrefix, kLongUnits) == 0 && text[kLongUnits] != L'\0' &&
+                          text[kLongUnits + 1] == L':';
+    return FromSystem(hasDrive ? text + kLongUnits : text);
 }
 
 SAnsiString JoinPath(const SAnsiString& directory, const SAnsiString& name) {

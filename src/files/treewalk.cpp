@@ -27,9 +27,13 @@ Kind KindOf(const SWCharString& path, const osfiles::File& held) {
     if (!IsDirectory(info.FileAttributes)) return Kind::Other;
     if ((info.FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
         return IsLinkTag(info.ReparseTag) ? Kind::Link : Kind::Directory;
-    // Wine follows the links of the system below it, and tells them by their paths only.
     if (!osfiles::Attributes(path.getString(), data)) return Kind::Unknown;
-    return (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 ? Kind::Link : Kind::Directory;
+    if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return Kind::Directory;
+    // Wine follows the links of the system below it, and tells them by their paths only; and what a handle shows as a plain
+    // directory may be a cloud's by its path.
+    WIN32_FIND_DATAW entry;
+    if (!osfiles::FindFirst(path.getString(), entry)) return Kind::Unknown;
+    return IsStoredOtherwise(entry) ? Kind::Directory : Kind::Link;
 }
 
 DWORD ErrorOf(Kind kind) {

@@ -5,6 +5,7 @@
 #include "diag/assert/levels.h"
 #include "seam/osmodules.h"
 #include "strings/text/stringbuilder.h"
+#include "system/longform.h"
 #include "system/systemtext.h"
 #include "tarnlib/pathparts.h"
 #include "tarnlib/sstringconv.h"
@@ -37,9 +38,15 @@ SWCharString SystemDirectory() {
     return length != 0 && length < MAX_PATH ? SWCharString(path) + L"\\" : SWCharString();
 }
 
+// An absolute path as the system takes it whatever its length.
+SWCharString AnyLength(const SWCharString& path) {
+    SWCharString full;
+    return path.getLength() >= kShortPathEnd && FullSystemPath(path, full) ? LongForm(full) : path;
+}
+
 // Whether a directory has a file of that name; empty is no directory.
 bool Holds(const SWCharString& directory, const SWCharString& file) {
-    return !directory.isEmpty() && osmodules::IsThere((directory + file).getString());
+    return !directory.isEmpty() && osmodules::IsThere(AnyLength(directory + file).getString());
 }
 
 [[noreturn]] void Fail(const SAnsiString& module, const SAnsiString& symbol, unsigned long code) {
@@ -110,7 +117,8 @@ void CSharedLibrary::LoadAbsolute(const SAnsiString& path) {
 }
 
 void CSharedLibrary::load(const SAnsiString& name, const SWCharString& path, unsigned long flags) {
-    module_ = static_cast<void*>(osmodules::Load(path.getString(), flags));
+    const SWCharString whole = flags == LOAD_WITH_ALTERED_SEARCH_PATH ? AnyLength(path) : path;
+    module_ = static_cast<void*>(osmodules::Load(whole.getString(), flags));
     if (module_ == nullptr) Fail(name, SAnsiString(), GetLastError());
     name_ = name;
 }

@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <deque>
 #include <functional>
+#include <map>
+#include <sstream>
 
 #include "files/filesysfailure.h"
 #include "files/osfiles.h"
 #include "files/sreadahead.h"
+#include "files/systempath.h"
 #include "seam/osclock.h"
 #include "support/alloc_hooks.h"
 #include "support/case_file.h"
@@ -65,15 +69,85 @@ BOOL WINAPI ReadNothingAtFirst(HANDLE file, void* bytes, DWORD count, DWORD* don
     return TRUE;
 }
 
-unsigned long halfReplacements = 0;
+// What the system answers in turn, by the letter of the call: an error, or 0 for what it does. 303 is a refusal because of a
+// deletion that is pending.
+std::map<char, std::deque<DWORD>> answers;
+std::string seen;
+LONG lastStatus = 0;
 
-BOOL WINAPI ReplaceHalfway(const wchar_t* target, const wchar_t* file, const wchar_t* backup, DWORD flags,
-                           void* /*unused*/, void* /*unused*/) {
-    if (halfReplacements == 0) return ReplaceFileW(target, file, backup, flags, nullptr, nullptr);
-    --halfReplacements;
-    MoveFileW(target, backup);
-    SetLastError(ERROR_UNABLE_TO_MOVE_REPLACEMENT_2);
+DWORD Refused(char call) {
+    std::deque<DWORD>& next = answers[call];
+    const DWORD answer = next.empty() ? 0 : next.front();
+    if (!next.empty()) next.pop_front();
+    lastStatus = answer == 303 ? static_cast<LONG>(0xC0000056) : 0;
+    if (answer != 0) SetLastError(answer == 303 ? ERROR_ACCESS_DENIED : answer);
+    return answer;
+}
+
+template <char kCall, auto kFunction>
+struct Scripted;
+template <char kCall, class... Arguments, BOOL(WINAPI* kFunction)(Arguments...)>
+struct Scripted<kCall, kFunction> {
+    static BOOL WINAPI Call(Arguments... arguments) { return Refused(kCall) == 0 && kFunction(arguments...); }
+};
+
+// As Windows does, which takes the old file away first and merges attributes.
+BOOL WINAPI ScriptedReplace(const wchar_t* target, const wchar_t* file, const wchar_t* backup, DWORD flags,
+                            void* /*unused*/, void* /*unused*/) {
+    const DWORD error = Refused('R');
+    const bool isWritable = (GetFileAttributesW(file) & FILE_ATTRIBUTE_READONLY) == 0;
+    seen += isWritable && flags == 0 && backup != nullptr ? "R " : "? ";
+    if (error == 0) return ReplaceFileW(target, file, backup, flags, nullptr, nullptr);
+    if (error == ERROR_UNABLE_TO_MOVE_REPLACEMENT_2) {
+        MoveFileW(target, backup);
+        SetFileAttributesW(file, FILE_ATTRIBUTE_SYSTEM);
+    }
+    SetLastError(error);
     return FALSE;
+}
+
+// A deletion is asked for in two ways.
+BOOL WINAPI ScriptedSet(HANDLE file, FILE_INFO_BY_HANDLE_CLASS what, void* info, DWORD bytes) {
+    static DWORD refusal = 0;
+    if (what == FileDispositionInfo ? refusal != 0 : (refusal = Refused('S')) != 0) {
+        SetLastError(refusal == 303 ? ERROR_ACCESS_DENIED : refusal);
+        return FALSE;
+    }
+    return SetFileInformationByHandle(file, what, info, bytes);
+}
+
+LONG NTAPI ScriptedStatus() {
+    return lastStatus;
+}
+
+void WINAPI NotedPause(DWORD milliseconds) {
+    seen += std::to_string(milliseconds) + " ";
+}
+
+BOOL WINAPI NotedFlush(HANDLE file) {
+    seen += "flush ";
+    return FlushFileBuffers(file);
+}
+
+// Owners: the first that is asked for is everybody, and then it is this process.
+int owners = 0;
+
+BOOL WINAPI OwnerInTurn(HANDLE file, SECURITY_INFORMATION what, PSECURITY_DESCRIPTOR into, DWORD bytes,
+                        DWORD* needed) {
+    const BOOL isDone = GetKernelObjectSecurity(file, what, into, bytes, needed);
+    PSID owner = nullptr;
+    BOOL isDefault = FALSE;
+    DWORD size = SECURITY_MAX_SID_SIZE;
+    GetSecurityDescriptorOwner(into, &owner, &isDefault);
+    return isDone && (owners++ != 0 || CreateWellKnownSid(WinWorldSid, nullptr, owner, &size));
+}
+
+BOOL WINAPI NotedOwner(HANDLE /*file*/, SECURITY_INFORMATION /*what*/, PSECURITY_DESCRIPTOR from) {
+    PSID owner = nullptr;
+    BOOL isDefault = FALSE;
+    GetSecurityDescriptorOwner(from, &owner, &isDefault);
+    seen += IsWellKnownSid(owner, WinWorldSid) ? "owner " : "? ";
+    return TRUE;
 }
 
 std::wstring linkPath;
@@ -83,6 +157,51 @@ BOOL WINAPI SeeLink(const wchar_t* path, GET_FILEEX_INFO_LEVELS level, void* dat
     if (isThere && path == linkPath)
         static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data)->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
     return isThere;
+}
+
+DWORD reparseTag = 0;
+
+// What a handle shows as a reparse point of that kind; with a link's path, what only the path does.
+BOOL WINAPI TagByHandle(HANDLE file, FILE_INFO_BY_HANDLE_CLASS what, void* into, DWORD bytes) {
+    const BOOL isThere = GetFileInformationByHandleEx(file, what, into, bytes);
+    auto* const info = static_cast<FILE_ATTRIBUTE_TAG_INFO*>(into);
+    if (linkPath.empty()) *info = {FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT, reparseTag};
+    return isThere;
+}
+
+HANDLE WINAPI TagByPath(const wchar_t* path, FINDEX_INFO_LEVELS level, void* into, FINDEX_SEARCH_OPS how,
+                        void* filter, DWORD flags) {
+    const HANDLE search = FindFirstFileExW(path, level, into, how, filter, flags);
+    auto* const entry = static_cast<WIN32_FIND_DATAW*>(into);
+    if (path == linkPath) entry->dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    if (path == linkPath) entry->dwReserved0 = reparseTag;
+    return search;
+}
+
+HANDLE WINAPI NotedOpening(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
+                           DWORD disposition, DWORD flags, HANDLE like) {
+    std::ostringstream hex;
+    hex << std::hex << flags << " ";
+    seen += hex.str();
+    return CreateFileW(path, access, share, security, disposition, flags, like);
+}
+
+bool isNewer = true;
+
+DWORD WINAPI TempOfServices(DWORD /*units*/, wchar_t* path) {
+    return static_cast<DWORD>(std::wcslen(std::wcscpy(path, L"C:\\windows\\SystemTemp\\")));
+}
+
+BOOLEAN NTAPI Yes() {
+    return TRUE;
+}
+
+// An older system has not got them.
+FARPROC WINAPI FunctionOfNewer(HMODULE /*module*/, const char* name) {
+    if (!isNewer) return nullptr;
+    const bool isTemp = std::string(name) == "GetTempPath2W";
+    return reinterpret_cast<FARPROC>(isTemp ? reinterpret_cast<void*>(TempOfServices)
+                                            : reinterpret_cast<void*>(Yes));
 }
 
 fs::path swapRoot;
@@ -208,6 +327,7 @@ TEST_F(FileFaults, ADirectoryThatBecomesALinkIsNotEntered) {
         {"rremoveContent", [&] { SFileSys::rremoveContent(root); }},
         {"giveAllAccess", [&] { SFileSys::giveAllAccess(root, true); }}};
     swapRoot = folder;
+    const Instead noPause(osclock::sleep, NoPause);
     const Instead links(osfiles::getFileAttributes, SeeLink);
     for (const auto& [name, work] : cases) {
         int swaps = 0;
@@ -233,26 +353,83 @@ TEST_F(FileFaults, ADirectoryThatBecomesALinkIsNotEntered) {
     RemoveTree(folder / "tree");
 }
 
-TEST_F(FileFaults, AReplacementThatFailsHalfwayLeavesTheOldFile) {
-    const SAnsiString target = Text(folder / "target");
+TEST_F(FileFaults, OnlyWhatStandsForAnotherIsALink) {
     const Instead noPause(osclock::sleep, NoPause);
-    const Instead halfway(osfiles::replaceFile, ReplaceHalfway);
-    for (const unsigned long failures : {0UL, 1UL, 100UL}) {
-        for (const bool isCopy : {true, false}) {
-            WriteBytes(folder / "file", "new");
-            WriteBytes(folder / "target", "old");
-            halfReplacements = failures;
-            const std::string failure = Failure([&] {
-                isCopy ? SFileSys::copyFile(file, target, true) : SFileSys::replaceFile(file, target);
-            });
-            halfReplacements = 0;
-            const bool isDone = failures < 100;
-            EXPECT_EQ(failure, isDone ? "" : isCopy ? "5 8" : "13 8") << failures;
-            EXPECT_EQ(ReadBytes(folder / "target"), isDone ? "new" : "old") << failures << isCopy;
-            EXPECT_EQ(ReadBytes(folder / "file"), isDone && !isCopy ? "" : "new") << failures << isCopy;
-            EXPECT_EQ(SFileSys::countAll(Text(folder)), isDone && !isCopy ? 1U : 2U) << failures << isCopy;
+    const Instead byHandle(osfiles::getInformation, TagByHandle);
+    const Instead byPath(osfiles::findFirst, TagByPath);
+    const Instead attributes(osfiles::getFileAttributes, SeeLink);
+    const fs::path tree = folder / "tree";
+    for (const auto& c : tarntest::ReadCases("files/reparse_tags.txt")) {
+        reparseTag = static_cast<DWORD>(std::stoul(c[0], nullptr, 16));
+        for (const std::wstring& path : {std::wstring(), tree.wstring()}) {
+            MakeTree(tree, "1");
+            linkPath = path;
+            EXPECT_EQ(Failure([&] { SFileSys::rremove(Text(tree)); }), c[1]) << c[0] << path.size();
+            linkPath.clear();
+            EXPECT_EQ(fs::exists(tree / "deep" / "a"), !c[1].empty()) << c[0] << path.size();
         }
     }
+    fs::remove_all(tree);
+}
+
+TEST_F(FileFaults, NewerSystemsAreAskedForWhatTheyHave) {
+    const Instead opening(osfiles::createFile, NotedOpening);
+    const Instead functions(osmodules::getProcAddress, FunctionOfNewer);
+    seen.clear();
+    SFile(file, SFile::writeOnly | SFile::create | SFile::sequential, 0, kShared).close();
+    EXPECT_EQ(seen, "8110000 ");  // who opens a pipe may be identified, no more
+    for (const bool newer : {true, false}) {
+        isNewer = newer;
+        EXPECT_EQ(SFileSys::getTempDirname() == "C:\\windows\\SystemTemp\\", newer);
+        EXPECT_EQ(KnowsLongPaths(), newer);
+    }
+}
+
+// What others do for a moment, and what a replacement leaves when it fails halfway.
+TEST_F(FileFaults, WhatOthersHinderIsTriedAgainForASecond) {
+    const Instead pause(osclock::sleep, NotedPause);
+    const Instead copies(osfiles::copyFile, Scripted<'C', CopyFileW>::Call);
+    const Instead moves(osfiles::moveFile, Scripted<'M', MoveFileExW>::Call);
+    const Instead deletions(osfiles::deleteFile, Scripted<'D', DeleteFileW>::Call);
+    const Instead directories(osfiles::removeDirectory, Scripted<'Y', RemoveDirectoryW>::Call);
+    const Instead replacements(osfiles::replaceFile, ScriptedReplace);
+    const Instead dispositions(osfiles::setInformation, ScriptedSet);
+    const Instead status(osfiles::lastStatus, ScriptedStatus);
+    const Instead flushes(osfiles::flush, NotedFlush);
+    const Instead ownersAre(osfiles::getSecurity, OwnerInTurn);
+    const Instead ownerGiven(osfiles::setSecurity, NotedOwner);
+    const SAnsiString target = Text(folder / "target");
+    const SAnsiString tree = Text(folder / "tree");
+    const std::map<std::string, std::function<void()>> operations = {
+        {"copy", [&] { SFileSys::copyFile(file, Text(folder / "new"), false); }},
+        {"copy over", [&] { SFileSys::copyFile(file, target, true); }},
+        {"replace", [&] { SFileSys::replaceFile(file, target); }},
+        {"rename", [&] { SFileSys::renameFile(file, Text(folder / "new")); }},
+        {"rename to fixed", [&] { SFileSys::renameFile(file, Text(folder / "fixed")); }},
+        {"rename to tree", [&] { SFileSys::renameFile(file, tree); }},
+        {"remove", [&] { SFileSys::remove(target); }},
+        {"remove directory", [&] { SFileSys::remove(tree); }},
+        {"remove tree", [&] { SFileSys::rremove(tree); }}};
+    for (const auto& c : tarntest::ReadCases("files/moments.txt")) {
+        RemoveTree(folder);
+        MakeTree(folder / "tree", "1");  // "a" and "deep/a"
+        for (const char* name : {"file", "target", "fixed"}) WriteBytes(folder / name, name);
+        for (const char* name : {"file", "fixed"})
+            SetFileAttributesW((folder / name).c_str(), FILE_ATTRIBUTE_READONLY);
+        SetFileAttributesW((folder / "target").c_str(), FILE_ATTRIBUTE_HIDDEN);
+        seen.clear();
+        owners = 0;
+        std::istringstream script(c[1]);
+        for (std::string answer; script >> answer;)
+            answers[answer[0]].push_back(std::stoul(answer.substr(1)));
+        const std::string failure = Failure(operations.at(c[0]));
+        answers.clear();
+        const DWORD attributes = GetFileAttributesW((folder / "target").c_str());
+        const std::string left = ReadBytes(folder / "target") + " " + std::to_string(attributes & 7) + " " +
+                                 std::to_string(SFileSys::countAll(Text(folder)));
+        EXPECT_EQ(seen + "|" + failure + "|" + left, c[2] + "|" + c[3] + "|" + c[4]) << c[0] << "|" << c[1];
+    }
+    SFileSys::giveAllAccess(Text(folder), true);
 }
 
 TEST_F(FileFaults, NothingIsHalfWritten) {
@@ -278,6 +455,9 @@ TEST_F(FileFaults, NothingIsHalfWritten) {
                        },
                        {"5 6", ""}),
               2U);
+    const auto copy = [&] { SFileSys::copyFile(file, target, true); };
+    for (unsigned long nth = 1; tarntest::FailsAt(nth, copy); ++nth)
+        EXPECT_EQ(SFileSys::countAll(Text(folder)), 2U) << nth;
     SFileSys::remove(target);
     EXPECT_EQ(SFileSys::countAll(Text(folder)), 1U);
 

@@ -58,8 +58,8 @@ void DeleteAsWaiter() {
 void Disturb(char step) {
     if (step == 'F') Forge();
     if (step == 'H') inHand = CreateFileA(kPath.c_str(), GENERIC_READ, 3, nullptr, OPEN_EXISTING, 0, nullptr);
-    if (step == 'G') CloseHandle(std::exchange(inHand, INVALID_HANDLE_VALUE));
-    if (step == 'X') Remove();
+    if (step == 'G' || step == 'V') CloseHandle(std::exchange(inHand, INVALID_HANDLE_VALUE));
+    if (step == 'X' || step == 'V') Remove();
     if (step == 'P') SetFileAttributesA(kPath.c_str(), FILE_ATTRIBUTE_READONLY);
 }
 

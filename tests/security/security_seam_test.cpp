@@ -15,6 +15,7 @@
 #include "system/identifiers/osguid.h"
 #include "tarnlib/scompression.h"
 #include "tarnlib/scrypt.h"
+#include "tarnlib/sfilesys.h"
 #include "tarnlib/sguid.h"
 #include "tarnlib/sha256.h"
 
@@ -147,6 +148,10 @@ TEST(SecurityFaults, FilesAreWholeOrAsTheyWere) {
             if (!failed) break;
         }
     }
+    const auto entries = [&] { return SFileSys::countAll(Text(folder)); };
+    const unsigned before = entries();
+    for (unsigned long nth = 1; tarntest::FailsAt(nth, [&] { crypt.encryptFile(text, kept, kKey); }); ++nth)
+        EXPECT_EQ(entries(), before) << nth;
     fs::remove_all(folder);
 }
 

@@ -52,7 +52,7 @@ class TARN_API SFileSys {
     /// relative one when the current directory has no drive ("No drive letter in current directory: ...").
     static SAnsiString getFullPath(const SAnsiString& path);
     /// The same, and where the system needs that for its length (260 characters and more) behind "\\?\" or
-    /// "\\?\UNC\".
+    /// "\\?\UNC\". It does not need it where the machine's setting and the program's manifest allow long paths.
     static SAnsiString toLongPath(const SAnsiString& path);
     /// The directory that relative paths begin at, without a backslash at its end but for a root.
     static SAnsiString getCurrentDirectory();
@@ -76,17 +76,23 @@ class TARN_API SFileSys {
     static unsigned countAll(const SAnsiString& path);
 
     // --- copying, renaming, removing ---
+    // Scanners, indexers and backups have fresh files open for some milliseconds. What fails because somebody has a file
+    // open, or because its deletion is pending, is tried again, for one second in all in each call.
+
     /// Copies one file with its time and attributes. The new file appears under its name when it is whole;
-    /// until then, and when something fails, what was there before stays. One that is replaced hands its access
-    /// rights on, as with replaceFile, but not its hard links; one that is read-only, or that somebody has open,
-    /// cannot be replaced. Without "overwrite" an existing one is a failure.
+    /// until then, and when something fails, what was there before stays. An old file that is replaced hands its
+    /// access rights, its further streams, its attributes and, where this process may set that, its owner on, but not its
+    /// hard links; the copy is on the disk before the old one goes. (A copy of a read-only file is read-only all the same.)
+    /// A "to" that is a link is followed, and stays one. An old file that is read-only, or that somebody has open, cannot
+    /// be replaced. Without "overwrite" an existing one is a failure.
     static void copyFile(const SAnsiString& from, const SAnsiString& to, bool overwrite);
     /// Gives the file "from" the name of the file "to", which may be missing; nothing of "from" is left then. Both
     /// are on one volume. What opens "to" meanwhile gets the old file or the whole new one. A "to" that is replaced
-    /// hands on its access rights and its creation time; content, attributes and the time of writing are those of
-    /// "from". While a scanner has one of them open it is tried again, for 100 ms. fsRenameFailed otherwise: both
-    /// files are under their names then. A process that is ended in between can leave the old file behind beside
-    /// the new one, as "~XXXXXXXX.tmp".
+    /// hands on its access rights and its creation time; content, attributes, owner and the time of writing are those of
+    /// "from". A link is followed, as by copyFile. fsRenameFailed otherwise: both files are under their names then, or, where
+    /// the old one could not get its name back, the old one is beside the new one as "~XXXXXXXX.tmp", which the log names. So
+    /// it is, too, when the process is ended in between. "from" is not flushed here: who must survive a failure of power
+    /// flushes it before.
     ///
     ///     const SAnsiString fresh = MakePath(directory, "state.new");
     ///     if (state.saveToFile(fresh)) SFileSys::replaceFile(fresh, MakePath(directory, "state.dat"));
