@@ -1,6 +1,8 @@
 #include "tarnlib/sdirectorychangewatcher.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 #include <memory>
 
 #include "diag/assert/levels.h"
@@ -21,6 +23,7 @@ constexpr DWORD kWatched = FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_DIR
                            FILE_NOTIFY_CHANGE_ATTRIBUTES | FILE_NOTIFY_CHANGE_SIZE |
                            FILE_NOTIFY_CHANGE_LAST_WRITE | FILE_NOTIFY_CHANGE_CREATION;
 constexpr DWORD kMinRecordBytes = 1024;
+constexpr DWORD kMostOfServers = 64 * 1024;
 // Not every system tells when a watched directory goes, so its path is looked at this often.
 constexpr DWORD kLookMilliseconds = 1000;
 
@@ -43,22 +46,37 @@ bool IsGone(const wchar_t* path) {
     return (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
-SDirectoryChange ReadRecord(const FILE_NOTIFY_INFORMATION& record) {
+constexpr DWORD kBareRecord = offsetof(FILE_NOTIFY_INFORMATION, FileName);
+
+SDirectoryChange MakeChange(DWORD action, const wchar_t* name, DWORD units) {
     SDirectoryChange change;
-    const bool isKnown = record.Action >= FILE_ACTION_ADDED && record.Action <= FILE_ACTION_RENAMED_NEW_NAME;
-    if (isKnown) change.kind = static_cast<SDirectoryChange::Kind>(record.Action);
-    const SWCharString path(record.FileName, record.FileNameLength / sizeof(wchar_t));
-    change.path = FromSystem(path.getString());
+    const bool isKnown = action >= FILE_ACTION_ADDED && action <= FILE_ACTION_RENAMED_NEW_NAME;
+    if (isKnown) change.kind = static_cast<SDirectoryChange::Kind>(action);
+    change.path = FromSystem(SWCharString(name, units).getString());
     return change;
 }
 
-void ReadRecords(const unsigned char* records, SIArray<SDirectoryChange>& changes) {
-    for (;;) {
-        const auto& record = *reinterpret_cast<const FILE_NOTIFY_INFORMATION*>(records);
-        changes.Add(ReadRecord(record));
-        if (record.NextEntryOffset == 0) return;
-        records += record.NextEntryOffset;
+/// Whether a record, and the one behind it, lie in what is left of the bytes.
+bool IsSound(const FILE_NOTIFY_INFORMATION& record, DWORD left) {
+    const DWORD name = record.FileNameLength;
+    const DWORD step = record.NextEntryOffset;
+    if (name > left - kBareRecord || name % sizeof(wchar_t) != 0) return false;
+    return step == 0 ||
+           (step >= kBareRecord + name && step <= left - kBareRecord && step % sizeof(wchar_t) == 0);
+}
+
+/// The records of a share come from its server as they are, so each is looked at before it is read. False for what are no
+/// records.
+bool ReadRecords(const unsigned char* records, DWORD bytes, SIArray<SDirectoryChange>& changes) {
+    FILE_NOTIFY_INFORMATION record = {};
+    for (DWORD at = 0; bytes - at >= kBareRecord; at += record.NextEntryOffset) {
+        std::memcpy(&record, records + at, kBareRecord);  // where it stands depends on the length of names
+        if (!IsSound(record, bytes - at)) return false;
+        changes.Add(MakeChange(record.Action, reinterpret_cast<const wchar_t*>(records + at + kBareRecord),
+                               record.FileNameLength / sizeof(wchar_t)));
+        if (record.NextEntryOffset == 0) return true;
     }
+    return false;
 }
 
 void TraceFailure(const SWCharString& directory, const char* what, DWORD error) noexcept try {
@@ -112,8 +130,18 @@ struct SDirectoryChangeWatcher::Watch {
     bool ask() {
         if (isAsked) return true;
         ResetEvent(request.hEvent);
-        isAsked = osfiles::RequestChanges(file.get(), records.get(), recordBytes, subtree, kWatched, request);
+        isAsked = requestChanges();
+        if (isAsked || GetLastError() != ERROR_INVALID_PARAMETER || recordBytes <= kMostOfServers)
+            return isAsked;
+        TARN_TRACE_AT(levels::kLoss, kUnit, "watching \"%1\": its server records %2 bytes of changes, not %3",
+                      ShownPath(path), kMostOfServers, recordBytes);
+        recordBytes = kMostOfServers;
+        isAsked = requestChanges();
         return isAsked;
+    }
+
+    bool requestChanges() {
+        return osfiles::RequestChanges(file.get(), records.get(), recordBytes, subtree, kWatched, request);
     }
 
     /// The system writes into the records until the request has ended, so this waits for it.
@@ -214,8 +242,14 @@ SDirectoryChangeWatcher::WaitResult SDirectoryChangeWatcher::fetch(SIArray<SDire
     DWORD bytes = 0;
     const bool hasSucceeded = osfiles::RequestedChanges(watch_->file.get(), watch_->request, bytes);
     const DWORD error = hasSucceeded ? ERROR_SUCCESS : GetLastError();
-    if (hasSucceeded && bytes != 0) ReadRecords(watch_->records.get(), changes);
+    const bool isRead = !hasSucceeded || bytes == 0 ||
+                        ReadRecords(watch_->records.get(), std::min(bytes, watch_->recordBytes), changes);
     watch_->isAsked = false;
+    if (!isRead) {
+        changes.RemoveAll();
+        TraceFailure(watch_->path, "the records of changes are damaged: they are lost", ERROR_INVALID_DATA);
+        return changesLost;
+    }
     // The system drops what it has no room for, and says so in one of two ways.
     if (error == ERROR_NOTIFY_ENUM_DIR || (hasSucceeded && bytes == 0)) {
         TraceFailure(watch_->path, "too many changes: they are lost", error);

@@ -1,17 +1,34 @@
 #include <gtest/gtest.h>
 #include "tarnlib/sdirectorychangewatcher.h"
 
+#include <cstring>
 #include <fstream>
 #include <thread>
 
 #include "files/osfiles.h"
 #include "support/alloc_hooks.h"
+#include "support/case_file.h"
+#include "support/failing.h"
 #include "support/scratch_folder.h"
 
 using namespace TarnLibA500;
 using Watcher = SDirectoryChangeWatcher;
 
 namespace {
+
+std::string forged;  // what a server sends
+unsigned long asked = 0;
+
+BOOL WINAPI ServeForged(HANDLE /*directory*/, void* records, DWORD bytes, BOOL /*subtree*/, DWORD /*filter*/,
+                        DWORD* /*done*/, OVERLAPPED* request, LPOVERLAPPED_COMPLETION_ROUTINE /*unused*/) {
+    asked = bytes;
+    if (bytes > 0x10000) SetLastError(ERROR_INVALID_PARAMETER);
+    if (bytes > 0x10000) return FALSE;
+    request->Internal = 0;
+    request->InternalHigh = forged.size();
+    std::memcpy(records, forged.data(), forged.size());
+    return SetEvent(request->hEvent);
+}
 
 class DirectoryWatch : public testing::Test {
   protected:
@@ -119,4 +136,17 @@ TEST_F(DirectoryWatch, WhateverFailsTheResultSaysSoAndNothingIsLost) {
         EXPECT_EQ(watcher_.lastError(), nth < 4 ? ERROR_INVALID_HANDLE : ERROR_NO_SYSTEM_RESOURCES) << nth;
     }
     EXPECT_TRUE(Watcher().open(folder_.string().c_str(), false));  // closed by its destructor
+}
+
+TEST_F(DirectoryWatch, RecordsOfServersAreLookedAtBeforeTheyAreRead) {
+    const tarntest::Instead server(osfiles::readChanges, ServeForged);
+    for (const auto& c : tarntest::ReadCases("files/change_records.txt")) {
+        forged = c[0];
+        ASSERT_TRUE(open(false, 0x20000));
+        EXPECT_EQ(asked, 0x10000U);  // servers refuse more
+        std::string reported = std::to_string(watcher_.wait(0, changes_));
+        for (const SDirectoryChange& change : changes_)
+            reported += std::string(1, " +-m<>"[change.kind]) + change.path.getString();
+        EXPECT_EQ(reported, c[1]) << testing::PrintToString(forged);
+    }
 }

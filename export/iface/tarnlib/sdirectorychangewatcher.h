@@ -42,7 +42,8 @@ struct SDirectoryChange {
 
     /// What happened. Kinds of the system that are not among those count as modified.
     Kind kind = modified;
-    /// Relative to the directory, with backslashes; "?" for what narrow text does not have.
+    /// Relative to the directory, with backslashes; "?" for what narrow text does not have. Where the file system keeps short
+    /// names, it may come in that form ("LONGFI~1.TXT"), namely when a program used it: compare files, not names.
     SAnsiString path;
 };
 
@@ -51,16 +52,17 @@ class TARN_API SDirectoryChangeWatcher {
   public:
     /// How a wait ends. What is neither changesSeen, timedOut nor stopped is traced.
     enum WaitResult {
-        changesSeen = 0,    ///< there is at least one
-        timedOut = 1,       ///< nothing happened in that time
-        changesLost = 2,    ///< too much happened between two waits; only a new listing tells what
+        changesSeen = 0,  ///< there is at least one
+        timedOut = 1,     ///< nothing happened in that time
+        changesLost =
+            2,  ///< too much happened between two waits, or a server told what is none; only a new listing tells what
         stopped = 3,        ///< stop was called
         directoryGone = 4,  ///< nothing is at its path any more, or its drive or server is gone
         failed = 5          ///< lastError says why; also when no directory is open
     };
 
     /// What the system may record between two waits unless open is told otherwise: about 1,500 changes with
-    /// names of 16 characters. Servers take no more.
+    /// names of 16 characters. Servers take no more: where one refuses what open is told, it is asked for this.
     static const unsigned long defaultRecordBytes = 0x10000;
 
     /// Watches nothing.
