@@ -9,7 +9,6 @@
 
 #include "console/console.h"
 #include "diag/assert/unlogged.h"
-#include "diag/logging/logdirectory.h"
 #include "diag/logging/loggeroptions.h"
 #include "diag/logging/tracestateupdater.h"
 #include "diag/logging/tracetext.h"
@@ -78,7 +77,7 @@ ActiveLogger::ActiveLogger(TraceBridge& bridge, const CParamLineArgs& commandLin
     findIni(options, directory.isConfigured);
     if (ini_.update()) options = readOptions();
     notices_ = options.notices;
-    openLog(options);
+    openLog(options, directory);
     try {
         start(options);
     } catch (...) {
@@ -127,10 +126,15 @@ TraceOptions ActiveLogger::readOptions() {
     return options;
 }
 
-void ActiveLogger::openLog(const TraceOptions& options) {
+void ActiveLogger::openLog(const TraceOptions& options, const LogDirectory& directory) {
     if (options.verbose)
         PrintToStandardOutput("Admin before TraceBridge::Initialize: " + DescribeEngine() + "\n");
-    if (!MakeLogDirectory(directory_)) ReportDirectoryFailure(directory_);
+    SAnsiString refusal;
+    if (!MakeLogDirectory(directory, refusal)) ReportDirectoryFailure(directory_);
+    if (!refusal.isEmpty()) {
+        ReportUnlogged(refusal.getString());
+        directory_ = NoLogDirectory();
+    }
     bridge_.Initialize(options, directory_);
     if (options.verbose) PrintToStandardOutput("TraceLog state:\n" + DescribeEngine() + "\n");
 }

@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "diag/logging/logdirectory.h"
 #include "diag/logging/loggingdll.h"
 #include "diag/logging/tracebridge.h"
 #include "diag/logging/traceini.h"
@@ -38,7 +39,7 @@ class ActiveLogger : public CRefCount {
   private:
     TraceOptions readOptions();
     void findIni(const TraceOptions& options, bool isDirectoryConfigured);
-    void openLog(const TraceOptions& options);
+    void openLog(const TraceOptions& options, const LogDirectory& directory);
     void start(TraceOptions& options);
     void startUpdater(TraceOptions& options);
     void stopUpdater();

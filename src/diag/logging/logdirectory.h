@@ -19,8 +19,12 @@ LogDirectory FindLogDirectory(const SAnsiString& given);
 /// A path as it is from now on, whatever becomes the current directory.
 SAnsiString AbsolutePath(const SAnsiString& path);
 
-/// Makes the directory and those above it. False when it is not there in the end.
-bool MakeLogDirectory(const SAnsiString& directory);
+/// Makes the directory and those above it. False when it is not there in the end. Nor is the default one when others may
+/// have made it: a service would write where they want. "refusal" says why then, and is empty otherwise.
+bool MakeLogDirectory(const LogDirectory& directory, SAnsiString& refusal);
+
+/// A path that no directory can have, for logging to go on as if its directory could not be made.
+SAnsiString NoLogDirectory();
 
 /// What is said when it could not be made.
 SAnsiString LogDirectoryFailure(const SAnsiString& directory);
