@@ -1,4 +1,4 @@
-// Files against the C++ library and the bare system calls: lines, whole texts, blocks, walks through
+// Files against the C++ library and the bare system calls: lines, whole texts, blocks, copies, walks through
 // directories, and configuration files.
 
 #include <benchmark/benchmark.h>
@@ -13,6 +13,7 @@
 #include "tarnlib/configfilereader.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
+#include "tarnlib/simplebuffer.h"
 
 #include <windows.h>
 
@@ -22,6 +23,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t kTextBytes = 64 * 1024 * 1024;
+constexpr std::size_t kCopiedBytes = 256 * 1024 * 1024;
 constexpr std::uint32_t kBlockBytes = 64 * 1024;
 constexpr int kWrittenBlocks = 256;
 constexpr int kDirectories = 20;
@@ -44,6 +46,7 @@ class Folder {
                     "Zw\xC3\xB6lf Boxk\xC3\xA4mpfer jagen Viktor quer \xC3\xBC"
                     "ber den Sylter Deich\n");
     }
+    fs::path large() const { return made("large", std::string(1023, 'l') + "\n", kCopiedBytes); }
     fs::path written() const { return path_ / "written"; }
     fs::path tree() const;
     fs::path config() const;
@@ -53,11 +56,11 @@ class Folder {
         fs::create_directories(path_);
     }
     ~Folder() { fs::remove_all(path_); }
-    fs::path made(const char* name, const std::string& line) const {
+    fs::path made(const char* name, const std::string& line, std::size_t size = kTextBytes) const {
         const fs::path file = path_ / name;
         if (fs::exists(file)) return file;
         std::string bytes;
-        while (bytes.size() + line.size() <= kTextBytes) bytes += line;
+        while (bytes.size() + line.size() <= size) bytes += line;
         std::ofstream(file, std::ios::binary) << bytes;
         return file;
     }
@@ -170,6 +173,42 @@ void SystemBlocks(benchmark::State& state) {
     }
 }
 
+// --- copies over a file ---
+
+void OurCopy(benchmark::State& state) {
+    const SAnsiString from = Name(Folder::Get().large());
+    const SAnsiString to = Name(Folder::Get().written());
+    for (auto _ : state) SFileSys::copyFile(from, to, true);
+}
+
+// As careful: to a new name, to the disk, and then over the old file.
+void SystemCopy(benchmark::State& state) {
+    const fs::path from = Folder::Get().large();
+    const fs::path to = Folder::Get().written();
+    const fs::path beside = to.wstring() + L".new";
+    for (auto _ : state) {
+        CopyFileW(from.c_str(), beside.c_str(), TRUE);
+        const HANDLE file =
+            CreateFileW(beside.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+        FlushFileBuffers(file);
+        CloseHandle(file);
+        MoveFileExW(beside.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING);
+    }
+}
+
+void OurBytes(benchmark::State& state) {
+    const SAnsiString name = Name(Folder::Get().lines());
+    for (auto _ : state) {
+        SSimpleBuffer bytes;
+        benchmark::DoNotOptimize(bytes.loadFromFile(name, false));
+    }
+}
+
+void SystemBytes(benchmark::State& state) {
+    const fs::path path = Folder::Get().lines();
+    for (auto _ : state) benchmark::DoNotOptimize(ReadWhole(path).data());
+}
+
 // --- directories ---
 
 unsigned long long WalkSize(const std::wstring& directory) {
@@ -268,6 +307,10 @@ BENCHMARK_CAPTURE(ReadAndConvert, german, &Folder::german)
     ->UseRealTime();
 BENCHMARK(OurBlocks)->Name("BM_File_Write_Blocks/ours")->UseRealTime();
 BENCHMARK(SystemBlocks)->Name("BM_File_Write_Blocks/WriteFile")->UseRealTime();
+BENCHMARK(OurCopy)->Name("BM_File_Copy_Over_256MiB/ours")->UseRealTime();
+BENCHMARK(SystemCopy)->Name("BM_File_Copy_Over_256MiB/CopyFileW, flush and rename")->UseRealTime();
+BENCHMARK(OurBytes)->Name("BM_File_Load_64MiB/ours")->UseRealTime();
+BENCHMARK(SystemBytes)->Name("BM_File_Load_64MiB/ReadFile")->UseRealTime();
 BENCHMARK(OurTreeSize)->Name("BM_Files_Size_Of_20000/ours")->UseRealTime();
 BENCHMARK(BareTreeSize)->Name("BM_Files_Size_Of_20000/FindFirstFileW")->UseRealTime();
 BENCHMARK(OurListing)->Name("BM_Files_List_20000/ours")->UseRealTime();
