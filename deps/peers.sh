@@ -5,7 +5,7 @@ set -euo pipefail
 . "$(dirname "$0")/recipe.sh"
 
 # One set a line: what excludes each other stands on lines of its own.
-sets="proftpd-core python3-pyftpdlib libpam-pwdfile libwrap0 gnutls-bin
+sets="proftpd-core python3-pyftpdlib libpam-pwdfile libwrap0 gnutls-bin exim4-daemon-light python3-aiosmtpd
 vsftpd
 openssh-server python3-asyncssh"
 
@@ -22,4 +22,4 @@ build() {
     for package in packages/*.deb; do dpkg-deb -x "$package" installed; done
 }
 
-build_once peers 1 usr/sbin/sshd "the servers of the tests"
+build_once peers 2 usr/sbin/sshd "the servers of the tests"

@@ -12,7 +12,7 @@ import time
 PATIENCE = 300  # seconds for what must come; on a busy machine a client may be late
 TOKEN = re.compile(r"\\x([0-9a-fA-F]{2})|\\(.)|\{(\w+)\}|\{([^{}]+)\*(\d+)\}|(.)", re.DOTALL)
 CONTROLS = {"r": "\r", "n": "\n", "t": "\t", "0": "\0"}
-SETTING = re.compile(r"(\$|env|file|with|listen|within|needs|fault|peer|server|has|lacks|cut|=|>|!) (.*)")
+SETTING = re.compile(r"(\$|env|file|with|listen|within|needs|fault|peer|server|has|lacks|letters?|cut|=|>|!) (.*)")
 
 
 def pieces(text):

@@ -41,7 +41,7 @@ def visit(case, build, folder, values, server):
     with server.lock:
         server.fill(case)
         with Client(case, build, folder, {**server.values, **values}) as client:
-            return [f"{server.name}: {fault}" for fault in [*client.faults(), *server.faults(case, folder)]]
+            return [f"{server.name}: {fault}" for fault in [*client.faults(), *server.faults(case, folder, client.values)]]
 
 
 def cut_short(case, build, folder, values, server, cut, passed):

@@ -10,6 +10,7 @@ import time
 
 from case import PATIENCE, fill
 from dialogue import bind_to
+from letters import faults as letter_faults, wait_for
 
 HERE = pathlib.Path(__file__).resolve().parent
 COMMANDS = {
@@ -22,8 +23,15 @@ COMMANDS = {
     "sshd": "exec sh {folder}/start",
     "asyncssh": "exec sh {folder}/start",
     "pyftpdlib": "exec /usr/bin/python3 {here}/pyftpd.py {host} {port} {root}",
+    "aiosmtpd": "exec /usr/bin/python3 {here}/mailbox.py {host} {port} {root} {ca}/{certificate} {options}",
+    # It wants to be called by root, and to be a user of its own.
+    "exim4": "(cat /etc/passwd; echo Debian-exim:x:4241:4241::/:/bin/false) >{folder}/passwd && (cat /etc/group; echo"
+             " Debian-exim:x:4241:) >{folder}/group && for f in passwd group; do mount --bind {folder}/$f /etc/$f; done"
+             " && (cat {ca}/{certificate}.pem {ca}/{certificate}.key >{folder}/tls || true) && chown 4241:4241 {folder} {root}"
+             " && chmod u-s {packages}/usr/sbin/exim4 && exec {packages}/usr/sbin/exim4 -C {folder}/conf {options} -bdf",
 }
-STAND_IN = "pyftpdlib"  # for all of them but s_server, where there is no sandbox
+STAND_IN = "pyftpdlib"  # for all FTP servers, where there is no sandbox
+OTHERS = "s_server", "aiosmtpd", "exim4"  # the second takes the place of the third there
 SILENT = "s_server", "gnutls"  # these wait for the client's first word
 
 
@@ -36,7 +44,7 @@ class Server:
     def __init__(self, kind, host, place, packages, is_boxed, ca):
         self.name = f"{kind} on {host}"
         kind, certificate, options = (kind.split(":") + ["", ""])[:3]  # "s_server:good:-tls1_2,-rev"
-        self.is_silent = kind in SILENT
+        self.is_silent = kind in SILENT or "TLS" in options
         self.lock = threading.Lock()
         self.folder = place / re.sub(r"[^\w.]+", "-", self.name)  # a colon would end the name in a file of users
         shutil.rmtree(self.folder, ignore_errors=True)
@@ -106,13 +114,19 @@ class Server:
     def path(self, name):
         return self.root / os.fsdecode(fill(name, {}))
 
-    def faults(self, case, folder):
+    def faults(self, case, folder, values):
         for name, _, file in (text.partition(" ") for text in case.all("has")):
             if not self.path(name).exists():
                 yield f"{case.place}: the server has no {name}"
             elif file and self.path(name).read_bytes() != (folder / file).read_bytes():
                 yield f"{case.place}: {name} of the server is not {file}"
         yield from (f"{case.place}: the server has {name}" for name in case.all("lacks") if self.path(name).exists())
+        if case.all("letter"):
+            count = int((case.words("letters") or [1])[0])
+            letters = wait_for(self.root, count)
+            yield from letter_faults(case, folder, values, letters)
+            if len(letters) != count:
+                yield f"{case.place}: {len(letters)} letters arrived"
 
 
 class Servers:
@@ -125,7 +139,7 @@ class Servers:
     def of(self, case):
         kinds = case.words("peer")
         if not self.how[2]:
-            kinds = {kind if kind.startswith("s_server") else STAND_IN for kind in kinds}
+            kinds = {kind.replace("exim4", "aiosmtpd") if kind.startswith(OTHERS) else STAND_IN for kind in kinds}
         return [self.get(kind, host) for kind in kinds for host in ("127.0.0.1", "::1")]
 
     def get(self, *which):
