@@ -41,8 +41,9 @@ void MessageFile::flush() {
     count_ = 0;
 }
 
+// From the other constructor on the destructor runs whatever fails.
 TemporaryFile::Name::Name()
-    : path(SFileSys::getUniqueFilename(MailDirectory(), "tmp", "", true, SFile::defaultPermissions)) {
+    : Name(SFileSys::getUniqueFilename(MailDirectory(), "tmp", "", true, SFile::defaultPermissions)) {
     systemPath = LongSystemPath(path);
 }
 

@@ -47,6 +47,9 @@ class TemporaryFile {
         Name& operator=(const Name&) = delete;
         SAnsiString path;
         SWCharString systemPath;
+
+      private:
+        explicit Name(const SAnsiString& made) noexcept : path(made) {}
     };
 
     Name name_;
