@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "diag/assert/require.h"
@@ -15,6 +16,7 @@
 #include "seam/osclock.h"
 #include "strings/base/asciichar.h"
 #include "strings/base/wipe.h"
+#include "tarnlib/cclsocket.h"
 #include "tarnlib/csisocket.h"
 #include "tarnlib/csitcpsocket.h"
 #include "tarnlib/sfilesysexception.h"
@@ -30,6 +32,7 @@ constexpr const char* kSend = "CSISMTPClient::SendSMTPMessage";
 constexpr const char* kSendMessage = "CSISMTPClient::SendMailMessageToSMTPServer";
 
 constexpr unsigned short kPort = 25;
+constexpr unsigned short kSecurePort = 465;
 constexpr unsigned kLeaveSeconds = 5;
 
 // Codes of replies.
@@ -71,12 +74,14 @@ unsigned CodeOf(std::string_view line) {
 
 // ----------------------------------------------------------------------------------------- the object
 
-CSISMTPClient::CSISMTPClient(CSITcpSocket* socket) noexcept : socket_(socket) {}
+CSISMTPClient::CSISMTPClient(CSITcpSocket* socket, CCLSocket* secure) noexcept
+    : socket_(socket), secure_(secure) {}
 
 // From here on the destructor runs whatever fails.
-CSISMTPClient::CSISMTPClient(CSITcpSocket* socket, const SAnsiString& localHost, const SAnsiString& user,
-                             const SAnsiString& password, Authentication authentication)
-    : CSISMTPClient(socket) {
+CSISMTPClient::CSISMTPClient(CSITcpSocket* socket, CCLSocket* secure, const SAnsiString& localHost,
+                             const SAnsiString& user, const SAnsiString& password,
+                             Authentication authentication)
+    : CSISMTPClient(socket, secure) {
     localHost_ = localHost;
     user_ = user;
     password_.copyFrom(password);
@@ -86,8 +91,20 @@ CSISMTPClient::CSISMTPClient(CSITcpSocket* socket, const SAnsiString& localHost,
 CSISMTPClient::CSISMTPClient(const SAnsiString& host, unsigned short port, const SAnsiString& localHost,
                              const SAnsiString& user, const SAnsiString& password,
                              Authentication authentication)
-    : CSISMTPClient(new CSITcpSocket(host, port != 0 ? port : kPort), localHost, user, password,
+    : CSISMTPClient(new CSITcpSocket(host, port != 0 ? port : kPort), nullptr, localHost, user, password,
                     authentication) {}
+
+CSISMTPSClient::CSISMTPSClient(CCLSocket* socket, const SAnsiString& localHost, const SAnsiString& user,
+                               const SAnsiString& password, Authentication authentication)
+    : CSISMTPClient(socket, socket, localHost, user, password, authentication) {}
+
+CSISMTPSClient::CSISMTPSClient(const SAnsiString& host, unsigned short port, const SAnsiString& localHost,
+                               const SAnsiString& user, const SAnsiString& password,
+                               Authentication authentication, const SSLConfig& config)
+    : CSISMTPSClient(new CCLSocket(host, port != 0 ? port : kSecurePort, config), localHost, user, password,
+                     authentication) {}
+
+CSISMTPSClient::~CSISMTPSClient() = default;
 
 CSISMTPClient::~CSISMTPClient() {
     delete socket_;
@@ -97,6 +114,22 @@ CSISMTPClient::~CSISMTPClient() {
 void CSISMTPClient::SetTimeout(unsigned seconds, unsigned secondsForMessage) noexcept {
     timeout_ = seconds;
     messageTimeout_ = secondsForMessage;
+}
+
+void CSISMTPClient::SetStartTls(StartTls startTls, const SSLConfig& config) {
+    const bool isSecureFromStart = secure_ != nullptr && startTls_ == startTlsNever;
+    if (socket_ == nullptr || isSecureFromStart || (secure_ == nullptr && startTls == startTlsNever)) return;
+    Disconnect();
+    if (startTls == startTlsNever) {
+        auto* const plain = new CSITcpSocket(*socket_);
+        delete std::exchange(socket_, plain);
+        secure_ = nullptr;
+    } else {
+        auto* const secure = new CCLSocket(socket_->GetHost(), socket_->GetPort(), config);
+        delete std::exchange(socket_, secure);
+        secure_ = secure;
+    }
+    startTls_ = startTls;
 }
 
 // ----------------------------------------------------------------------------------------- the dialogue
@@ -179,27 +212,59 @@ void CSISMTPClient::establish() {
     isGreeted_ = isReady_ = isInTransaction_ = false;
     replyCode_ = 0;
     replyText_.empty();
-    if (!openSocket()) {
-        smtp::Fail(kUnit, kConnect, CSISMTPMailException::cannotConnect,
-                   socket_ == nullptr ? SAnsiString("no socket")
-                                      : CSISocket::appendPort(socket_->GetHost(), socket_->GetPort()));
-    }
-    unsigned reply = 0;
-    if (!negotiateSMTP(reply, &hello_, true)) {
-        const SAnsiString command = isGreeted_ ? "the greeting of the client" : "the greeting of the server";
-        if (reply == 0) failWithReply(kConnect, command);
-        smtp::Fail(kUnit, kConnect, CSISMTPMailException::cannotConnect, command + ": " + replyText_);
-    }
+    if (!openSocket()) smtp::Fail(kUnit, kConnect, CSISMTPMailException::cannotConnect, whyNoConnection());
+    greet(true);
+    if (startTls_ != startTlsNever) upgrade();
     if (!user_.isEmpty()) SecurityCheck(isExtended_ ? hello_ : SAnsiString());
     isReady_ = true;
+}
+
+SAnsiString CSISMTPClient::whyNoConnection() const {
+    if (socket_ == nullptr) return "no socket";
+    SAnsiString reason = CSISocket::appendPort(socket_->GetHost(), socket_->GetPort());
+    if (secure_ != nullptr && !secure_->GetFailureText().isEmpty())
+        reason << ": " << secure_->GetFailureText();
+    return reason;
+}
+
+/// Until the server knows the client, or throws.
+void CSISMTPClient::greet(bool waitsForGreeting) {
+    unsigned reply = 0;
+    if (negotiateSMTP(reply, &hello_, waitsForGreeting)) return;
+    const SAnsiString command = isGreeted_ ? "the greeting of the client" : "the greeting of the server";
+    if (reply == 0) failWithReply(kConnect, command);
+    smtp::Fail(kUnit, kConnect, CSISMTPMailException::cannotConnect, command + ": " + replyText_);
+}
+
+/// Goes over to TLS where the server does, or throws.
+void CSISMTPClient::upgrade() {
+    constexpr unsigned kGoAhead = 220;
+    const bool isOffered = isExtended_ && smtp::Offers(smtp::View(hello_), "STARTTLS");
+    const unsigned code = isOffered ? ask("STARTTLS") : 0;
+    if (isOffered && code == 0) failWithReply(kConnect, "STARTTLS");
+    if (code != kGoAhead) {
+        const SAnsiString reason = isOffered ? replyText_ : SAnsiString("it does not offer STARTTLS");
+        if (startTls_ == startTlsRequired)
+            smtp::Fail(kUnit, kConnect, CSISMTPMailException::cannotConnect,
+                       "the server speaks no TLS: " + reason);
+        TARN_TRACE_AT(levels::kLoss, kUnit, "the connection to %1 stays in clear text: %2",
+                      socket_->GetHost(), reason);
+        return;
+    }
+    if (!secure_->NegotiateCCL())
+        smtp::Fail(kUnit, kConnect, CSISMTPMailException::cannotConnect, "STARTTLS: " + whyNoConnection());
+    greet(false);  // what the server said in clear text may be somebody else's word
 }
 
 bool CSISMTPClient::openSocket() {
     if (!Require(socket_ != nullptr, kUnit, "Error opening connection, socket was not initialized."))
         return false;
-    if (socket_->TcpOpen()) return true;
+    const auto open = [this] {
+        return startTls_ != startTlsNever ? secure_->SetupBaseTcp() : socket_->TcpOpen();
+    };
+    if (open()) return true;
     TARN_TRACE_AT(levels::kFailure, kUnit, "TCP open failed for %1, retrying", socket_->GetHost());
-    if (socket_->TcpOpen()) return true;
+    if (open()) return true;
     TARN_TRACE_AT(levels::kFailure, kUnit, "TCP open still failed for %1, give up", socket_->GetHost());
     return false;
 }

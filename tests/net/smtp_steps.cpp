@@ -38,6 +38,14 @@ void Make(const steps::Arguments& a) {
     client->SetTimeout(2, 2);
 }
 
+/// "required" or another word, and the store.
+void SetStartTls(const steps::Arguments& a) {
+    SSLConfig config;
+    config.SetCertificateStore(a[1]);
+    client->SetStartTls(
+        a[0] == "required" ? CSISMTPClient::startTlsRequired : CSISMTPClient::startTlsIfOffered, config);
+}
+
 using Step = std::function<std::string(const steps::Arguments&)>;
 
 template <class Setter>
@@ -47,6 +55,7 @@ Step Sets(Setter setter) {
 
 const std::map<std::string, Step> kSteps = {
     {"client", Sets(Make)},
+    {"starttls", Sets(SetStartTls)},
     {"from", Sets([](auto& a) { message.SetSender(a[0]); })},
     {"to", Sets([](auto& a) { message.SetTo(List(a)); })},
     {"cc", Sets([](auto& a) { message.SetCc(List(a)); })},

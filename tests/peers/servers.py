@@ -28,7 +28,7 @@ COMMANDS = {
     "exim4": "(cat /etc/passwd; echo Debian-exim:x:4241:4241::/:/bin/false) >{folder}/passwd && (cat /etc/group; echo"
              " Debian-exim:x:4241:) >{folder}/group && for f in passwd group; do mount --bind {folder}/$f /etc/$f; done"
              " && (cat {ca}/{certificate}.pem {ca}/{certificate}.key >{folder}/tls || true) && chown 4241:4241 {folder} {root}"
-             " && chmod u-s {packages}/usr/sbin/exim4 && exec {packages}/usr/sbin/exim4 -C {folder}/conf {options} -bdf",
+             " && chmod u-s {packages}/usr/sbin/exim4 && exec {packages}/usr/sbin/exim4 -C {folder}/conf -bdf",
 }
 STAND_IN = "pyftpdlib"  # for all FTP servers, where there is no sandbox
 OTHERS = "s_server", "aiosmtpd", "exim4"  # the second takes the place of the third there

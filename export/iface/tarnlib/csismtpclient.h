@@ -3,6 +3,7 @@
 #include "tarnlib/csismtpmailexception.h"
 #include "tarnlib/csismtpmessage.h"
 #include "tarnlib/siarray.h"
+#include "tarnlib/sslconfig.h"
 #include "tarnlib/sstring.h"
 #include "tarnlib/tarnapi.h"
 
@@ -21,6 +22,7 @@
 ///     client.Disconnect();
 namespace TarnLibA500 {
 
+class CCLSocket;
 class CSITcpSocket;
 class SProgress;
 
@@ -37,6 +39,12 @@ class TARN_API CSISMTPClient {
         authLogin,  ///< by LOGIN alone
         authPlain   ///< by PLAIN alone
     };
+    /// When a connection that begins in clear text goes on with TLS (RFC 3207).
+    enum StartTls {
+        startTlsNever,  ///< it stays as it is
+        startTlsIfOffered,  ///< when the server offers it: keeps listeners out, but nobody who changes what passes
+        startTlsRequired  ///< always; a server that does not do it is none
+    };
 
     /// Not connected. A port of 0 is 25. The local host is the name that the server is greeted with; empty,
     /// SMTPHelper::GetLocalHost. Without a user nobody logs in.
@@ -49,6 +57,10 @@ class TARN_API CSISMTPClient {
     CSISMTPClient(const CSISMTPClient&) = delete;
     /// A connection is one object's.
     CSISMTPClient& operator=(const CSISMTPClient&) = delete;
+
+    /// Lets connections from the next one on go over to TLS before anybody logs in. A handshake that fails, and bytes that
+    /// came before it, end the connection, in either of the two ways. For CSISMTPSClient nothing changes.
+    void SetStartTls(StartTls startTls, const SSLConfig& config);
 
     /// Connects (twice, if need be), greets the server and logs the user in. False when one of that fails; the
     /// last reply says why, if there was one.
@@ -76,9 +88,10 @@ class TARN_API CSISMTPClient {
     void SetProgress(SProgress* progress) noexcept { progress_ = progress; }
 
   protected:
-    /// For a class with a connection of its own kind, which the object owns from here on.
-    CSISMTPClient(CSITcpSocket* socket, const SAnsiString& localHost, const SAnsiString& user,
-                  const SAnsiString& password, Authentication authentication);
+    /// For a class with a connection of its own kind, which the object owns from here on. "secure" is the same when
+    /// it speaks TLS.
+    CSISMTPClient(CSITcpSocket* socket, CCLSocket* secure, const SAnsiString& localHost,
+                  const SAnsiString& user, const SAnsiString& password, Authentication authentication);
 
     // --- the steps; those that give a code give that of the reply, 0 for none ---
     /// Opens the connection, in two attempts.
@@ -105,8 +118,11 @@ class TARN_API CSISMTPClient {
     friend class CSISMTPMail;
 
     void establish();
+    void greet(bool waitsForGreeting);
+    void upgrade();
+    SAnsiString whyNoConnection() const;
     void checkSettings() const;
-    explicit CSISMTPClient(CSITcpSocket* socket) noexcept;
+    CSISMTPClient(CSITcpSocket* socket, CCLSocket* secure) noexcept;
     unsigned ask(const dialogue::CommandLine& line);
     unsigned ask(const char* word);
     [[noreturn]] void failWithReply(const char* step, const SAnsiString& command) const;
@@ -117,6 +133,8 @@ class TARN_API CSISMTPClient {
     void sendFile(SFile& file);
 
     CSITcpSocket* socket_;
+    CCLSocket* secure_;  ///< the same when it can speak TLS, otherwise null
+    StartTls startTls_ = startTlsNever;
     SAnsiString localHost_;
     SAnsiString user_;
     SAnsiString password_;  ///< never shared
@@ -134,6 +152,23 @@ class TARN_API CSISMTPClient {
     bool isGreeted_ = false;        ///< the server has greeted us
     bool isReady_ = false;          ///< messages may be sent
     bool isInTransaction_ = false;  ///< the server has a sender for which no message came
+};
+
+/// The same over TLS from the first byte on (port 465).
+///
+///     CSISMTPSClient client("mail.example.com", 0, "", "reports", password);
+class TARN_API CSISMTPSClient : public CSISMTPClient {
+  public:
+    /// As CSISMTPClient; a port of 0 is 465. The server's certificate must be for the host.
+    CSISMTPSClient(const SAnsiString& host, unsigned short port, const SAnsiString& localHost,
+                   const SAnsiString& user = SAnsiString(), const SAnsiString& password = SAnsiString(),
+                   Authentication authentication = authNone, const SSLConfig& config = SSLConfig());
+    /// As CSISMTPClient.
+    ~CSISMTPSClient() override;
+
+  private:
+    explicit CSISMTPSClient(CCLSocket* socket, const SAnsiString& localHost, const SAnsiString& user,
+                            const SAnsiString& password, Authentication authentication);
 };
 
 }  // namespace TarnLibA500

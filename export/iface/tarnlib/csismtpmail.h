@@ -17,12 +17,15 @@ class TARN_API CSISMTPMail {
     /// Where and as whom.
     struct Settings {
         SAnsiString host;         ///< the server
-        unsigned short port = 0;  ///< 0: 25
+        unsigned short port = 0;  ///< 0: 25, with TLS 465
         SAnsiString localHost;    ///< how the server is greeted; empty: SMTPHelper::GetLocalHost
         SAnsiString user;         ///< empty: nobody logs in
         SAnsiString password;     ///< his
-        CSISMTPClient::Authentication auth = CSISMTPClient::authNone;  ///< how he logs in
-        unsigned seconds = 60;                                         ///< that each wait may take
+        CSISMTPClient::Authentication auth = CSISMTPClient::authNone;     ///< how he logs in
+        bool tls = false;                                                 ///< TLS from the first byte on
+        SSLConfig ssl;                                                    ///< for that, and for STARTTLS
+        CSISMTPClient::StartTls startTls = CSISMTPClient::startTlsNever;  ///< when TLS begins later
+        unsigned seconds = 60;                                            ///< that each wait may take
         unsigned secondsForMessage = 300;  ///< that the server may take for the message
         SProgress* progress = nullptr;     ///< told how much of a message is sent
     };

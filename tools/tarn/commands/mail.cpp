@@ -10,6 +10,7 @@
 namespace tarn {
 namespace {
 
+using TarnLibA500::CSISMTPClient;
 using TarnLibA500::CSISMTPMail;
 using TarnLibA500::CSISMTPMailException;
 using TarnLibA500::CSISMTPMessage;
@@ -26,7 +27,10 @@ constexpr const char* kHelp =
     "  -html         the text is HTML\n"
     "  -attach F     a file that goes with it; may be given several times\n\n"
     "  -host H       the mail server\n"
-    "  -port N       its port (25)\n"
+    "  -port N       its port (25; 465 with -tls)\n"
+    "  -tls          speaks TLS from the first byte on\n"
+    "  -starttls     begins in clear text and goes over to TLS, or sends nothing\n"
+    "  -store PEM    the certificates that are trusted (otherwise the system's)\n"
     "  -user U       logs in\n"
     "  -pass-env N   the environment variable that has the password\n"
     "  -pass-file F  the file whose first line is the password\n"
@@ -91,6 +95,9 @@ CSISMTPMail::Settings SettingsOf(const Options& options) {
         settings.secondsForMessage = settings.seconds;
     }
     settings.user = options.value("user").c_str();
+    settings.tls = options.has("tls");
+    if (options.has("starttls")) settings.startTls = CSISMTPClient::startTlsRequired;
+    settings.ssl.SetCertificateStore(options.value("store").c_str());
     return settings;
 }
 
@@ -114,11 +121,13 @@ ExitStatus Send(const Options& options, const CSISMTPMessage& message) {
 }
 
 ExitStatus Mail(const Words& arguments) {
-    const Options options(arguments, {.required = {"from", "subject", "body"},
-                                      .values = {"host", "write", "port", "user", "pass-env", "pass-file",
-                                                 "timeout", "to", "cc", "bcc", "reply-to", "attach"},
-                                      .switches = {"html"}});
+    const Options options(
+        arguments, {.required = {"from", "subject", "body"},
+                    .values = {"host", "write", "port", "store", "user", "pass-env", "pass-file", "timeout",
+                               "to", "cc", "bcc", "reply-to", "attach"},
+                    .switches = {"html", "tls", "starttls"}});
     if (options.count({"host", "write"}) != 1) throw Failure("one of -host and -write must be given");
+    if (options.count({"tls", "starttls"}) == 2) throw Failure("-tls and -starttls are two ways");
     const Network network;
     const CSISMTPMessage message = MessageOf(options);
     if (options.has("host")) return Send(options, message);
