@@ -197,10 +197,12 @@ bool CSISMTPClient::Connect() {
 void CSISMTPClient::checkSettings() const {
     const auto refuse = [](const char* what) {
         smtp::Fail(kUnit, kConnect, CSISMTPMailException::messageNotPossible,
-                   what + SAnsiString(" with a control character is refused"));
+                   what + SAnsiString(" with a character that must not be sent"));
     };
     if (socket_ != nullptr && smtp::HasControls(smtp::View(socket_->GetHost()))) refuse("a host");
-    if (smtp::HasControls(smtp::View(localHost_))) refuse("a local host");
+    if (!smtp::IsPrintable(smtp::View(localHost_)) ||
+        smtp::View(localHost_).find_first_of(" <>") != std::string_view::npos)
+        refuse("a local host");
     if (smtp::HasControls(smtp::View(user_))) refuse("a user");
     if (smtp::HasControls(smtp::View(password_))) refuse("a password");
 }
@@ -306,9 +308,12 @@ void CSISMTPClient::Disconnect() {
 }
 
 bool CSISMTPClient::CheckAliveness() {
-    if (isUsable() && ask("NOOP") == kDone) return true;
-    TARN_TRACE_AT(levels::kFailure, kUnit, "CSISMTPClient::CheckAliveness: %1",
-                  replyText_.isEmpty() ? SAnsiString("no reply") : replyText_);
+    SAnsiString reason("no connection");
+    if (isUsable()) {
+        if (ask("NOOP") == kDone) return true;
+        reason = replyText_.isEmpty() ? SAnsiString("no reply") : replyText_;
+    }
+    TARN_TRACE_AT(levels::kFailure, kUnit, "CSISMTPClient::CheckAliveness: %1", reason);
     return false;
 }
 

@@ -55,10 +55,8 @@ SAnsiString UniqueDigits() {
 
 SAnsiString TypeOf(const CSISMTPMessage::MimeAttachment& attachment) {
     const SAnsiString type = smtp::WithoutLineEnds(smtp::ToUtf8(attachment.GetType()));
-    for (const char c : smtp::View(type)) {
-        if (c < 0 || smtp::HasControls({&c, 1}))
-            Refuse(STraceHelper("'%1' is no content type", Shown(attachment.GetType())));
-    }
+    if (!smtp::IsPrintable(smtp::View(type)))
+        Refuse(STraceHelper("'%1' is no content type", Shown(attachment.GetType())));
     return type;
 }
 

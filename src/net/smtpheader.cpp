@@ -13,14 +13,9 @@ namespace {
 constexpr char kFirstPrintable = ' ';
 constexpr char kLastPrintable = '~';
 
-bool IsPrintable(char c) {
-    return c >= kFirstPrintable && c <= kLastPrintable;  // what is beyond ASCII is negative
-}
-
 /// Other texts would be taken for something else, or be too long for a line.
 bool IsPlain(std::string_view utf8) {
-    return utf8.size() <= kFoldAt && std::all_of(utf8.begin(), utf8.end(), IsPrintable) &&
-           utf8.find("=?") == utf8.npos;
+    return utf8.size() <= kFoldAt && IsPrintable(utf8) && utf8.find("=?") == utf8.npos;
 }
 
 /// Encoded words: a line with one has 76 characters at most, a word 75.
@@ -137,6 +132,12 @@ bool HasControls(std::string_view text) {
                        [](char c) { return (c >= 0 && c < kFirstPrintable) || c == kDelete; });
 }
 
+bool IsPrintable(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) {
+        return c >= kFirstPrintable && c <= kLastPrintable;  // what is beyond ASCII is negative
+    });
+}
+
 SAnsiString HeaderText(const SAnsiString& utf8, unsigned column) {
     const SAnsiString line = WithoutLineEnds(utf8);
     const bool keepsItsEnds = Trimmed(View(line)).size() == line.getLength();
@@ -165,8 +166,8 @@ Mailbox::Mailbox(const SAnsiString& text) {
 
 bool Mailbox::isValid() const {
     const std::string_view view = View(address);
-    return !hasControls_ && !view.empty() && view.size() <= kFoldAt &&
-           std::all_of(view.begin(), view.end(), IsPrintable) && view.find_first_of("<>") == view.npos;
+    return !hasControls_ && !view.empty() && view.size() <= kFoldAt && IsPrintable(view) &&
+           view.find_first_of("<>") == view.npos;
 }
 
 SAnsiString Mailbox::shown(unsigned column) const {

@@ -26,6 +26,9 @@ SAnsiString WithoutLineEnds(const SAnsiString& text);
 /// True when a text has a control character, a line end or a zero byte among them.
 bool HasControls(std::string_view text);
 
+/// True when all of a text is printable ASCII.
+bool IsPrintable(std::string_view text);
+
 /// A text as it may stand in a header line, at a column of it: as it is, or in encoded words (RFC 2047), one a line.
 SAnsiString HeaderText(const SAnsiString& utf8, unsigned column);
 

@@ -5,6 +5,8 @@
 #include "net/steps.h"
 #include "tarnlib/csismtpclient.h"
 #include "tarnlib/csisocket.h"
+#include "tarnlib/senvironment.h"
+#include "tarnlib/sfilesys.h"
 
 using namespace TarnLibA500;
 
@@ -28,14 +30,17 @@ std::string Rejected() {
     return all.empty() ? "none" : all;
 }
 
+unsigned Number(const SAnsiString& digits) {
+    return static_cast<unsigned>(std::atoi(digits.getString()));
+}
+
 /// Host, port, local host, user, password, LOGIN or PLAIN.
 void Make(const steps::Arguments& a) {
     const auto method = a[5] == "LOGIN"   ? CSISMTPClient::authLogin
                         : a[5] == "PLAIN" ? CSISMTPClient::authPlain
                                           : CSISMTPClient::authNone;
-    client = std::make_unique<CSISMTPClient>(a[0], static_cast<unsigned short>(std::atoi(a[1].getString())),
-                                             a[2], a[3], a[4], method);
-    client->SetTimeout(2, 2);
+    client = std::make_unique<CSISMTPClient>(a[0], static_cast<unsigned short>(Number(a[1])), a[2], a[3],
+                                             a[4], method);
 }
 
 /// "required" or another word, and the store.
@@ -44,6 +49,12 @@ void SetStartTls(const steps::Arguments& a) {
     config.SetCertificateStore(a[1]);
     client->SetStartTls(
         a[0] == "required" ? CSISMTPClient::startTlsRequired : CSISMTPClient::startTlsIfOffered, config);
+}
+
+/// What there is of messages.
+unsigned Left() {
+    const SAnsiString folder = SFileSys::getTempDirname() + "smtp";
+    return SFileSys::exists(folder) ? SFileSys::countAll(folder) : 0;
 }
 
 using Step = std::function<std::string(const steps::Arguments&)>;
@@ -56,6 +67,9 @@ Step Sets(Setter setter) {
 const std::map<std::string, Step> kSteps = {
     {"client", Sets(Make)},
     {"starttls", Sets(SetStartTls)},
+    {"timeout", Sets([](auto& a) { client->SetTimeout(Number(a[0]), Number(a[0])); })},
+    {"temporary", Sets([](auto& a) { SEnvironment::Set("TMP", a[0]); })},
+    {"left", [](auto&) { return std::to_string(Left()); }},
     {"from", Sets([](auto& a) { message.SetSender(a[0]); })},
     {"to", Sets([](auto& a) { message.SetTo(List(a)); })},
     {"cc", Sets([](auto& a) { message.SetCc(List(a)); })},

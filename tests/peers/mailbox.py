@@ -1,11 +1,12 @@
 #!/usr/bin/python3
 """mailbox.py HOST PORT ROOT CERTIFICATE [TLS|STARTTLS]: a mail server that takes a login, for the system's own Python. Messages go to ROOT/new, with the
-envelope on top as exim writes it."""
+envelope on top as exim writes it; how long each took from the connection on, to ROOT.times."""
 import os
 import pathlib
 import signal
 import ssl
 import sys
+import time
 
 from aiosmtpd.controller import Controller
 from aiosmtpd.smtp import SMTP, AuthResult
@@ -30,11 +31,19 @@ class Handler:
         (folder / "new").mkdir(exist_ok=True)
         (folder / "half").write_bytes(top.encode() + envelope.original_content)
         os.rename(folder / "half", folder / "new" / str(self.count))
+        with open(root + ".times", "a") as times:
+            times.write(f"{time.monotonic() - server.began}\n")
         return "250 2.0.0 ok"
 
 
 def authenticate(server, session, envelope, mechanism, data):
     return AuthResult(success=(data.login, data.password) == (b"clerk", b"s3cret"), handled=False)
+
+
+class TimedSMTP(SMTP):
+    def connection_made(self, transport):
+        self.began = time.monotonic()
+        super().connection_made(transport)
 
 
 def context():
@@ -45,7 +54,7 @@ def context():
 
 class Server(Controller):
     def factory(self):
-        return SMTP(self.handler, hostname="mail.test", ident="ready", authenticator=authenticate, auth_require_tls=is_upgraded,
+        return TimedSMTP(self.handler, hostname="mail.test", ident="ready", authenticator=authenticate, auth_require_tls=is_upgraded,
                     require_starttls=is_upgraded, tls_context=context() if is_upgraded else None, data_size_limit=50_000_000,
                     loop=self.loop)
 

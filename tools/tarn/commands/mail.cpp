@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "command.h"
 #include "libraryprogress.h"
 #include "network.h"
@@ -102,8 +104,9 @@ CSISMTPMail::Settings SettingsOf(const Options& options) {
 }
 
 ExitStatus Send(const Options& options, const CSISMTPMessage& message) {
+    std::optional<PassPhrase> password;  // goes last, when nobody shares it any more
     CSISMTPMail::Settings settings = SettingsOf(options);
-    if (options.has("user")) settings.password = PassPhrase(options);
+    if (options.has("user")) settings.password = password.emplace(options);
     LibraryProgress progress;
     settings.progress = &progress;
     CSISMTPMail mail(settings);
