@@ -11,6 +11,7 @@
 #include "files/osfiles.h"
 #include "net/hostaddresses.h"
 #include "support/alloc_hooks.h"
+#include "support/assert_recorder.h"
 #include "support/failing.h"
 #include "support/scratch_folder.h"
 #include "tarnlib/csismtpmail.h"
@@ -123,10 +124,25 @@ TEST(Mail, EveryCallMayFailAndNothingIsLeft) {
         tarntest::FailAllocation(0);
         return tarntest::FailureHappened();
     });
-    session();
+    {
+        tarntest::AssertRecorder traces(tarntest::kTracesToo, 4);
+        session();
+        EXPECT_EQ(traces.take("4 csismtpclient: Command: "),
+                  "EHLO me\nAUTH LOGIN\n****\n****\nMAIL From:<b@x>\nRCPT To:<a@x>\nDATA\nQUIT\n");
+    }
     SEnvironment::Set("TMP", oldPlace);
     EXPECT_GT(sent, 0);
     EXPECT_GE(server.messages, sent);
     std::filesystem::remove_all(folder);
     CSISocket::uninitialize();
+}
+
+TEST(Mail, AClientWithoutASocketConnectsNever) {
+    struct NoSocket : CSISMTPClient {
+        NoSocket() : CSISMTPClient(nullptr, nullptr, "me", "", "", authNone) {}
+    } client;
+    tarntest::AssertRecorder asserts;
+    EXPECT_FALSE(client.Connect() || client.CheckAliveness());
+    EXPECT_TRUE(asserts.sawLast("csismtpclient", "Error opening connection, socket was not initialized."));
+    client.Disconnect();
 }
