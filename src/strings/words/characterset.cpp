@@ -58,16 +58,23 @@ const char* CharacterSet::skipMembers(const char* at, const char* end) const noe
     return findFirst<false>(at, end);
 }
 
-// Forwards, because the bytes before a place do not tell where its character begins.
+// Backwards, from one place where a character surely begins to the one before: behind a byte that is a character by
+// itself, or the last of one. Forwards in between.
 const char* CharacterSet::stripMembers(const char* at, const char* end) const noexcept {
-    const char* kept = at;
-    while (at < end) {
-        const unsigned bytes = CharacterBytes(*page_, at);
-        const bool member = contains(at, bytes);
-        at += bytes;
-        if (!member) kept = at;
+    while (end > at) {
+        const char* run = end - 1;
+        while (run > at && !page_->isAlone(run[-1])) --run;
+        const char* kept = run;
+        for (const char* place = run; place < end;) {
+            const unsigned bytes = CharacterBytes(*page_, place);
+            const bool member = contains(place, bytes);
+            place += bytes;
+            if (!member) kept = place;
+        }
+        if (kept != run) return kept;
+        end = run;
     }
-    return kept;
+    return end;
 }
 
 }  // namespace TarnLibA500
