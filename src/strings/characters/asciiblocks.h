@@ -46,4 +46,17 @@ inline void StoreNarrow(void* target, const wchar_t* units) {
     Store(target, _mm_packus_epi16(Load<__m128i>(units), Load<__m128i>(units + kBlock / 2)));
 }
 
+/// Sixteen bytes with the other case of the letters from "first" on, 'A' or 'a': those are the bytes that come out below a
+/// limit when their range is moved to the lowest values, and the cases differ in one bit.
+inline __m128i FlipLetters(__m128i bytes, char first) {
+    const __m128i moved = _mm_add_epi8(bytes, _mm_set1_epi8(static_cast<char>(-128 - first)));
+    const __m128i isLetter = _mm_cmplt_epi8(moved, _mm_set1_epi8(-128 + 26));
+    return _mm_xor_si128(bytes, _mm_and_si128(isLetter, _mm_set1_epi8('a' ^ 'A')));
+}
+
+/// A bit for each of sixteen bytes of this value.
+inline unsigned PlacesOf(__m128i bytes, char value) {
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(value))));
+}
+
 }  // namespace TarnLibA500::asciiblocks

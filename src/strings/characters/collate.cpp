@@ -1,7 +1,9 @@
 #include "strings/characters/collate.h"
 
 #include <array>
+#include <bit>
 #include <clocale>
+#include <cstdint>
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
@@ -9,6 +11,7 @@
 #include <windows.h>
 
 #include "strings/base/memory.h"
+#include "strings/characters/asciiblocks.h"
 #include "strings/characters/mbchar.h"
 #include "strings/characters/surrogates.h"
 #include "strings/characters/unicodecase.h"
@@ -57,9 +60,32 @@ unsigned NextFolded(const CodePage& page, const char*& text) {
     return FoldedPair(page, at, static_cast<wchar_t>(character.code));
 }
 
+// Sixteen bytes can be read behind a place when they lie in the same page of memory, also where the text has ended.
+bool IsBlockReadable(const char* at) {
+    constexpr std::uintptr_t kPageBytes = 4096;
+    return reinterpret_cast<std::uintptr_t>(at) % kPageBytes <= kPageBytes - asciiblocks::kBlock;
+}
+
+// ASCII characters that are the same but for case, sixteen at a time.
+void SkipSameBlocks(const char*& left, const char*& right) {
+    while (IsBlockReadable(left) && IsBlockReadable(right)) {
+        const auto a = asciiblocks::Load<__m128i>(left);
+        const auto b = asciiblocks::Load<__m128i>(right);
+        const __m128i areSame =
+            _mm_cmpeq_epi8(asciiblocks::FlipLetters(a, 'A'), asciiblocks::FlipLetters(b, 'A'));
+        const unsigned others = asciiblocks::OthersIn(left) | asciiblocks::PlacesOf(a, '\0') |
+                                asciiblocks::PlacesOf(areSame, '\0');
+        const int same = others == 0 ? asciiblocks::kBlock : std::countr_zero(others);
+        left += same;
+        right += same;
+        if (others != 0) return;
+    }
+}
+
 // Where every byte is a character.
 int OrderByFoldedBytes(const CodePage& page, const char* left, const char* right) {
-    while (*left != '\0' && page.foldByte(*left) == page.foldByte(*right)) ++left, ++right;
+    while (*left != '\0' && (*left == *right || page.foldByte(*left) == page.foldByte(*right)))
+        ++left, ++right;
     return Sign(page.foldByte(*left) - page.foldByte(*right));
 }
 
@@ -76,6 +102,7 @@ void SkipSameBytes(const CodePage& page, const char*& left, const char*& right) 
 }
 
 int OrderByFolding(const CodePage& page, const char* left, const char* right) {
+    if (page.hasAscii()) SkipSameBlocks(left, right);
     if (page.isSingleByte()) return OrderByFoldedBytes(page, left, right);
     for (;;) {
         SkipSameBytes(page, left, right);
@@ -145,6 +172,7 @@ bool DecideByRanks(const unit* left, const unit* right, int& order) {
 // The same for narrow text. Where every byte is a character, those beyond ASCII that stand on both sides weigh the same,
 // too: no pair of letters is a letter of its own here, as "aa" is in Danish, where "aA" is not equal.
 bool DecideByRanks(const CodePage& page, const char* left, const char* right, int& order) {
+    if (page.hasAscii()) SkipSameBlocks(left, right);
     if (page.isSingleByte()) SkipSameBytes(page, left, right);
     return DecideByRanks(left, right, order);
 }

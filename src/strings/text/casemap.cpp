@@ -51,17 +51,8 @@ char32_t MapCode(const mbchar::CodePage& page, char32_t code, LetterCase to) {
     return page.isUtf8() ? MapUnicode(code, to) : MapWide(static_cast<wchar_t>(code), to);
 }
 
-// Sixteen bytes of ASCII at once: the letters are those that come out below a limit when their range is moved to the
-// lowest values, and differ in one bit.
 __m128i MapAsciiBlock(__m128i bytes, LetterCase to) {
-    const char first = to == LetterCase::Lower ? 'A' : 'a';
-    const __m128i moved = _mm_add_epi8(bytes, _mm_set1_epi8(static_cast<char>(-128 - first)));
-    const __m128i isLetter = _mm_cmplt_epi8(moved, _mm_set1_epi8(-128 + 26));
-    return _mm_xor_si128(bytes, _mm_and_si128(isLetter, _mm_set1_epi8('a' ^ 'A')));
-}
-
-bool HasZeros(__m128i bytes) {
-    return _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_setzero_si128())) != 0;
+    return asciiblocks::FlipLetters(bytes, to == LetterCase::Lower ? 'A' : 'a');
 }
 
 // Maps characters up to the first that is not ASCII, or to a zero byte; returns how many. The text may be moved to lower
@@ -71,7 +62,7 @@ std::uint32_t MapAsciiRun(char* out, const char* in, std::uint32_t most, LetterC
     std::uint32_t done = 0;
     for (; most - done >= kBlock && asciiblocks::OthersIn(in + done) == 0; done += kBlock) {
         const auto bytes = asciiblocks::Load<__m128i>(in + done);
-        if (HasZeros(bytes)) break;
+        if (asciiblocks::PlacesOf(bytes, '\0') != 0) break;
         asciiblocks::Store(out + done, MapAsciiBlock(bytes, to));
     }
     for (; done < most && IsAscii(in[done]); ++done) out[done] = MapAscii(in[done], to);
