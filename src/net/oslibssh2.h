@@ -58,6 +58,12 @@ Result Call(Result (*function)(Parameters...), Arguments... arguments) noexcept 
     return Calls::MustFail() ? askedFailure : function(arguments...);
 }
 
+/// A call whose failure is no reason to ask why.
+template <class Result, class... Parameters, class... Arguments>
+bool Succeeds(Result (*function)(Parameters...), Arguments... arguments) noexcept {
+    return Calls::Error() == 0 && function(arguments...) >= 0;
+}
+
 /// A call that gives an address, or null.
 template <class Result, class... Parameters, class... Arguments>
 Result* Find(Result* (*function)(Parameters...), Arguments... arguments) noexcept {

@@ -60,7 +60,7 @@ bool SshLibrary::load() {
     const oslibssh2::Table table = ResolveAll(module);
     {
         const waiting::Guard guard(users);
-        if (oslibssh2::Call(table.init, 0) != 0) return false;
+        if (!oslibssh2::Succeeds(table.init, 0)) return false;
     }
     module_ = std::move(module);
     table_ = table;

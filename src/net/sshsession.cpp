@@ -23,11 +23,15 @@ ssize_t Judged(SshWire& wire, int transferred) noexcept {
     if (transferred >= 0) return transferred;
     if (IsToBeAskedAgain(ossockets::LastError())) return -EAGAIN;
     wire.isBroken = true;
+    wire.error = ossockets::LastError();
     return -EIO;
 }
 
 bool IsOver(SshWire& wire) noexcept {
-    wire.isBroken = wire.isBroken || osclock::Tick() > wire.deadline;
+    if (!wire.isBroken && osclock::Tick() > wire.deadline) {
+        wire.isBroken = true;
+        wire.error = WSAETIMEDOUT;
+    }
     return wire.isBroken;
 }
 
@@ -72,6 +76,10 @@ void SshSession::setLimit(unsigned seconds) noexcept {
 /// What the server alone says is told by the caller, who knows what was asked.
 void SshSession::noteFailure(const char* what, int code, const char* text) {
     reason_ = STraceHelper("%1 (%2)", text, code);
+    if (wire_.isBroken) {
+        reason_ += wire_.error != 0 ? STraceHelper(", WSA%1", wire_.error)
+                                    : SAnsiString(", the connection was ended");
+    }
     TARN_TRACE_AT(isLost_ ? levels::kFailure : levels::kDetail, kUnit, "%1: %2", what, reason_);
 }
 
@@ -109,7 +117,7 @@ int SshSession::finish(int (*function)(What*), What* what) {
         result = function(what);
     }
     oslibssh2::Calls::Closed();
-    return oslibssh2::Calls::MustFail() ? oslibssh2::askedFailure : result;
+    return oslibssh2::Calls::Error() == 0 ? result : LIBSSH2_ERROR_SOCKET_SEND;
 }
 
 // ----------------------------------------------------------------------------------------- the session
@@ -148,7 +156,7 @@ void SshSession::end(const char* description) {
     if (channel_ != nullptr) finish(library_.sftpShutdown, std::exchange(channel_, nullptr));
     if (session_ == nullptr) return;
     if (description != nullptr && !isLost_) {
-        oslibssh2::Call(library_.disconnect, session_, SSH_DISCONNECT_BY_APPLICATION, description, "");
+        oslibssh2::Succeeds(library_.disconnect, session_, SSH_DISCONNECT_BY_APPLICATION, description, "");
     }
     finish(library_.sessionFree, std::exchange(session_, nullptr));
 }

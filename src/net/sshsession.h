@@ -11,6 +11,7 @@ struct SshWire {
     unsigned socket;
     unsigned long long deadline = 0;  ///< by the monotonic clock
     bool isBroken = false;            ///< nothing goes over it any more
+    int error = 0;                    ///< of the socket then; 0 when it was ended
 };
 
 /// An SSH session over a connected socket, with a channel for files and at most one open file. Each call waits for the limit at
