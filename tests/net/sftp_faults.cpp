@@ -87,8 +87,8 @@ int main(int, char** arguments) {
     CSISocket::initialize();
     Visit();
     FailEach<oslibssh2::Calls>("library", 7, 1);
-    FailEach<ossockets::Calls>("sockets", WSAECONNRESET, 5);
-    FailEach<osmemory::Calls>("memory", 1, 29);
+    FailEach<ossockets::Calls>("sockets", WSAECONNRESET, 7);
+    FailEach<osmemory::Calls>("memory", 1, 37);
     osclock::tickCount = &HastyClock;
     std::printf("a session %s its time\n", Visit() ? "outlasts" : "ends with");
     osclock::tickCount = nullptr;
