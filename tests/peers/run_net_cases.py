@@ -54,7 +54,8 @@ def cut_short(case, build, folder, values, server, cut, passed):
     host = server.values["host"] if server else "127.0.0.1"
     relay = Relay(host, (lambda: (host, server.values["port"])) if server else start_player, cut)
     try:
-        with Client(case, build, folder, {"host": host, "patience": 1 if cut else PATIENCE, **values, "port": relay.port}) as client:
+        told = server.values if server else {"host": host}
+        with Client(case, build, folder, {**told, "patience": 1 if cut else PATIENCE, **values, "port": relay.port}) as client:
             faults = client.faults()
             if not cut and str(client.process.returncode) != (case.words("=") or ["0"])[0]:
                 faults.append(f"{case.place}: the whole session ended with {client.process.returncode}")
