@@ -12,7 +12,7 @@ BLOCK = 65536
 
 
 class Cut(NamedTuple):
-    how: str  # end, reset, silence
+    how: str  # end, reset, silence; hush: silence for the client, and the end for a server that has no time for others
     towards: str  # client, server
     after: int  # bytes
 
@@ -62,12 +62,14 @@ class Relay:
             if cut and ways:
                 self.cut(client, server, cut.how)
         except (OSError, ValueError):  # reset by one of them, or closed by us
-            if cut is None or cut.how != "silence":
+            if cut is None or cut.how not in ("silence", "hush"):
                 close_by_reset(client)
 
     def cut(self, client, server, how):
         if how == "reset":
             close_by_reset(client)
+            close_by_reset(server)
+        elif how == "hush":
             close_by_reset(server)
         elif how == "end":
             server.shutdown(socket.SHUT_RDWR)
@@ -87,7 +89,17 @@ def all_cuts(passed, ways):
             at += len(line)
 
 
+def record_cuts(passed):
+    """The end at every 16th byte and where a TLS record begins or ends; a reset and silence where one does."""
+    for towards, data in passed.items():
+        borders = [0]
+        while borders[-1] + 5 <= len(data):
+            borders.append(borders[-1] + 5 + int.from_bytes(data[borders[-1] + 3:borders[-1] + 5], "big"))
+        yield from (Cut("end", towards, after) for after in sorted({*range(0, len(data), 16), *borders}))
+        yield from (Cut(how, towards, after) for how in ("reset", "hush") for after in borders)
+
+
 def cuts_of(passed, words):
     """Every n-th of them."""
     step = os.environ.get("TARN_CUT_STEP") or next((word for word in words if word.isdigit()), 1)
-    return itertools.islice(all_cuts(passed, words), 0, None, int(step))
+    return itertools.islice(record_cuts(passed) if "records" in words else all_cuts(passed, words), 0, None, int(step))
