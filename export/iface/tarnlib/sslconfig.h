@@ -10,7 +10,7 @@
 namespace TarnLibA500 {
 
 /// The version of TLS that is spoken, no other.
-enum SSLProtocol {
+enum SSLProtocol : int {
     sslTLS10 = 1,  ///< TLS 1.0, for servers that know nothing better: its digests are weak
     sslTLS11 = 2,  ///< TLS 1.1, likewise
     sslTLS12 = 3   ///< TLS 1.2
