@@ -126,7 +126,8 @@ int Write(void* connection, const void* bytes, int count) {
     Connection* const usable = Usable(connection);
     if (usable == nullptr || !usable->isConnected || usable->hasShutDown) return Misused();
     usable->transport.begin(false);
-    return Told(*usable, osssl::Write(usable->ssl, bytes, count));
+    const int written = osssl::Write(usable->ssl, bytes, count);
+    return Told(*usable, written > 0 && !usable->transport.flush() ? -1 : written);
 }
 
 int Shutdown(void* connection) {

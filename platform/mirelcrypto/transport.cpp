@@ -1,5 +1,7 @@
 #include "mirelcrypto/transport.h"
 
+#include <cstring>
+#include <new>
 #include <utility>
 
 #include "seam/osclock.h"
@@ -8,6 +10,8 @@ namespace mirelcrypto {
 
 bool Transport::attach(SSL* connection, SOCKET socket) {
     if (method_ != nullptr) return false;
+    waiting_.reset(new (std::nothrow) char[kMostWaiting]);
+    if (waiting_ == nullptr) return false;
     method_ = osssl::NewMethod(BIO_TYPE_SOURCE_SINK, "socket");
     if (method_ == nullptr || BIO_meth_set_read(method_, &Receive) != 1 ||
         BIO_meth_set_write(method_, &Send) != 1 || BIO_meth_set_ctrl(method_, &Control) != 1)
@@ -54,6 +58,7 @@ int Transport::failed(BIO* bio, bool isToBeRetried) {
 int Transport::Receive(BIO* bio, char* bytes, int room) {
     Transport& transport = *static_cast<Transport*>(BIO_get_data(bio));
     BIO_clear_retry_flags(bio);
+    if (!transport.flush()) return -1;
     if (!std::exchange(transport.isReadable_, false) && !transport.wait())
         return transport.failed(bio, WSAGetLastError() == WSAETIMEDOUT);
     int received = 0;
@@ -65,22 +70,41 @@ int Transport::Receive(BIO* bio, char* bytes, int room) {
     return received;
 }
 
+bool Transport::sendAll(const char* bytes, int count) {
+    while (count != 0) {
+        const int sent = osssl::Send(socket_, bytes, count);
+        if (sent < 0 && WSAGetLastError() == WSAEINTR) continue;
+        if (sent < 0) {
+            error_ = WSAGetLastError();
+            return false;
+        }
+        bytes += sent;
+        count -= sent;
+    }
+    return true;
+}
+
+bool Transport::flush() {
+    return sendAll(waiting_.get(), std::exchange(waitingCount_, 0));
+}
+
 int Transport::Send(BIO* bio, const char* bytes, int count) {
     Transport& transport = *static_cast<Transport*>(BIO_get_data(bio));
     BIO_clear_retry_flags(bio);
-    int sent = 0;
-    do {
-        sent = osssl::Send(transport.socket_, bytes, count);
-    } while (sent < 0 && WSAGetLastError() == WSAEINTR);
-    return sent < 0 ? transport.failed(bio, false) : sent;
+    if (count > kMostWaiting - transport.waitingCount_ && !transport.flush()) return -1;
+    if (count > kMostWaiting) return transport.sendAll(bytes, count) ? count : -1;
+    std::memcpy(transport.waiting_.get() + transport.waitingCount_, bytes, static_cast<std::size_t>(count));
+    transport.waitingCount_ += count;
+    return count;
 }
 
 long Transport::Control(BIO* bio, int command, long, void*) {
+    auto& transport = *static_cast<Transport*>(BIO_get_data(bio));
     switch (command) {
         case BIO_CTRL_FLUSH:
-            return 1;
+            return transport.flush() ? 1 : -1;
         case BIO_CTRL_EOF:
-            return static_cast<const Transport*>(BIO_get_data(bio))->hasEnded_ ? 1 : 0;
+            return transport.hasEnded_ ? 1 : 0;
         default:
             return 0;
     }
