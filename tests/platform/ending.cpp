@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <vector>
 
 #include "jtc/jtc.h"
 #include "tarnlib/slogger.h"
@@ -97,22 +96,29 @@ void StartFour(LPTHREAD_START_ROUTINE work) {
     }
 }
 
-std::vector<SAnsiString> ManyTexts() {
-    std::vector<SAnsiString> texts;
-    for (unsigned length = 1; length < 1000; ++length)
-        texts.emplace_back(std::string(length, 'x').c_str(), length);
-    return texts;
+constexpr int kTexts = 300;
+const std::string& letters = *new std::string(3 * kTexts, 'x');
+SAnsiString* const madeEarlier = new SAnsiString[kTexts];
+
+// All from small blocks: under Wine the C heap waits for ever for a thread that is gone.
+void Fill(SAnsiString* texts) {
+    for (std::uint32_t i = 0; i < kTexts; ++i) texts[i] = SAnsiString(letters.c_str(), 3 * i);
 }
-std::vector<SAnsiString>& madeEarlier = *new std::vector<SAnsiString>(ManyTexts());
 
 // Makes and frees texts until it is stopped, often in their store.
 DWORD WINAPI MakeTexts(void* isMaking) {
-    for (;; SetEvent(isMaking)) ManyTexts();
+    for (;; SetEvent(isMaking)) {
+        SAnsiString texts[kTexts];
+        Fill(texts);
+    }
 }
 
 void FreeAndMakeTexts() {
-    madeEarlier.clear();
-    for (int i = 0; i < 10; ++i) ManyTexts();
+    for (int i = 0; i < 10; ++i) {
+        SAnsiString texts[kTexts];
+        Fill(texts);
+    }
+    for (int i = 0; i < kTexts; ++i) madeEarlier[i].empty();
     Trace();
 }
 
@@ -124,7 +130,7 @@ const struct {
     {"log", &HoldDevice, &Trace},
     {"writing", [] { StartFour(&Write); }, &Trace},
     {"threads", &HoldMonitor, &UseMonitorAndThread},
-    {"strings", [] { StartFour(&MakeTexts); }, &FreeAndMakeTexts},
+    {"strings", [] { Fill(madeEarlier), StartFour(&MakeTexts); }, &FreeAndMakeTexts},
 };
 
 }  // namespace

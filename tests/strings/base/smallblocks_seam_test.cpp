@@ -8,7 +8,6 @@
 #include <cstring>
 #include <functional>
 #include <random>
-#include <string>
 #include <thread>
 #include <tuple>
 #include <utility>
@@ -35,8 +34,9 @@ Held TakeFilled(std::size_t bytes) {
 
 void GiveChecked(const Held& held) {
     if (held.block == nullptr) return;
-    const std::string expected(held.bytes, static_cast<char>(held.bytes % 251));
-    EXPECT_EQ(std::memcmp(held.block, expected.data(), held.bytes), 0) << held.bytes;
+    const auto* const bytes = static_cast<const unsigned char*>(held.block);
+    const auto isRight = [&](unsigned char byte) { return byte == held.bytes % 251; };
+    EXPECT_TRUE(std::all_of(bytes, bytes + held.bytes, isRight)) << held.bytes;
     smallblocks::Give(held.block, held.bytes);
 }
 
