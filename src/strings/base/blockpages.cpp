@@ -162,14 +162,15 @@ void RemovePage(Page& page, unsigned size) noexcept {
     }
 }
 
+/// Puts blocks of a page that has some in front of a list, in the order of their addresses if they were never used.
 std::uint32_t Draw(Page& page, std::uint32_t wanted, Block*& list) noexcept {
-    std::uint32_t drawn = 0;
-    for (; drawn < wanted && page.free != nullptr; ++drawn) {
-        Block* const block = page.free;
-        page.free = block->next;
-        block->next = list;
-        list = block;
-    }
+    Block* last = page.free;
+    std::uint32_t drawn = 1;
+    for (; drawn < wanted && last->next != nullptr; ++drawn) last = last->next;
+    Block* const left = last->next;
+    last->next = list;
+    list = page.free;
+    page.free = left;
     page.lent += drawn;
     return drawn;
 }

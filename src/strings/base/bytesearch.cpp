@@ -50,6 +50,10 @@ const char* FindBytesPlainly(const char* text, const char* last, const char* wha
 // That is several times faster than memchr followed by memcmp, which the runtime does byte by byte.
 const char* FindBytes(const char* text, std::size_t length, const char* what, std::size_t n) noexcept {
     if (length < n) return nullptr;
+    if (n == 1) {
+        const char* const place = FindByte(text, text + length, *what);
+        return place != text + length ? place : nullptr;
+    }
     const char* const last = text + (length - n);  // the last place where a match can begin
     const __m128i firstByte = _mm_set1_epi8(what[0]);
     const __m128i lastByte = _mm_set1_epi8(what[n - 1]);

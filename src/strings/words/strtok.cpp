@@ -3,6 +3,8 @@
 #include <exception>
 
 #include "diag/assert/require.h"
+#include "strings/base/bytesearch.h"
+#include "strings/characters/mbchar.h"
 
 namespace TarnLibA500 {
 namespace {
@@ -28,7 +30,12 @@ SAnsiString::iterator STextRest::start() const noexcept {
 // The end when there is no such token; a search for an empty one would match at once and cut nothing, for
 // ever.
 SAnsiString::iterator STextRest::find(const SAnsiString& token) const {
-    return token.isEmpty() ? text_.end() : text_.find(token, start());
+    if (token.isEmpty()) return text_.end();
+    const char* const what = token.getString();
+    const mbchar::CodePage& page = mbchar::CodePage::Current();
+    const bool isByte = token.getLength() == 1 && *what != '\0' && page.isAlone(*what);
+    if (!isByte || !page.isFoundByBytes()) return text_.find(token, start());
+    return SAnsiString::iterator(FindByte(start().getPtr(), text_.end().getPtr(), *what));
 }
 
 // By bytes, as the token was found: a zero byte in it would end a walk by characters.
@@ -54,7 +61,7 @@ SAnsiString STextRest::after(const SAnsiString& token) const {
 
 void STextRest::cut(const SAnsiString& token, SAnsiString& piece) {
     const SAnsiString::iterator place = find(token);
-    piece = SAnsiString(start(), place);
+    piece.copyFrom(start().getPtr(), static_cast<std::uint32_t>(place.getPtr() - start().getPtr()));
     position_ = static_cast<std::uint32_t>(behind(token, place).getPtr() - text_.getString());
     if (isEmpty()) {
         text_.empty();

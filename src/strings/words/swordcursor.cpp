@@ -43,10 +43,18 @@ void SWordCursor::skip(bool separators) noexcept {
     }
 }
 
+// Mostly by single bytes that stand for themselves, as skip does it, but without a call.
 bool SWordCursor::next() noexcept {
-    skip(true);
-    const char* const start = at_;
-    skip(false);
+    const char* const end = text_.end().getPtr();
+    const auto isOther = [this, end](const char* at) { return at < end && !page_->isAlone(*at); };
+    const char* at = at_;
+    while (at < end && page_->isAlone(*at) && single_[static_cast<unsigned char>(*at)]) ++at;
+    at_ = at;
+    if (isOther(at)) skip(true);
+    const char* const start = at = at_;
+    while (at < end && page_->isAlone(*at) && !single_[static_cast<unsigned char>(*at)]) ++at;
+    at_ = at;
+    if (isOther(at)) skip(false);
     length_ = static_cast<std::uint32_t>(at_ - start);
     word_ = length_ != 0 ? start : nullptr;
     return length_ != 0;
