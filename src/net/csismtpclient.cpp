@@ -390,16 +390,16 @@ unsigned CSISMTPClient::SendMailMessageToSMTPServer(SFile& file) {
         throw;
     }
     isInTransaction_ = false;
-    constexpr std::string_view kEnd = "\r\n.\r\n";
-    const bool isSent = socket_->Send(kEnd.data(), kEnd.size(), timeout_);
-    if (!isSent || !IsDone(WaitForReplyFromSMTPServer(messageTimeout_, nullptr)))
+    if (!IsDone(WaitForReplyFromSMTPServer(messageTimeout_, nullptr)))
         failWithReply(kSendMessage, "the message");
     return replyCode_;
 }
 
+/// With the end of a message behind it: a small packet of its own would wait until the one before is acknowledged.
 void CSISMTPClient::sendFile(SFile& file) {
     constexpr unsigned kBlockBytes = 256 * 1024;
-    std::vector<char> block(kBlockBytes);
+    constexpr std::string_view kEnd = "\r\n.\r\n";
+    std::vector<char> block(kBlockBytes + kEnd.size());
     const auto total = static_cast<unsigned long long>(file.sizeEx());
     unsigned long long sent = 0;
     file.seekEx(SFile::seekBegin, 0);
@@ -407,12 +407,13 @@ void CSISMTPClient::sendFile(SFile& file) {
     replyText_.empty();
     while (sent < total) {
         if (progress_ != nullptr) progress_->advance(sent, total);
-        const int read = file.read(block.data(), kBlockBytes);
-        const bool isSent = read > 0 && socket_->Send(block.data(), static_cast<unsigned>(read), timeout_);
-        if (!isSent) failWithReply(kSendMessage, "the message");
-        sent += static_cast<unsigned>(read);
+        const auto read = static_cast<unsigned>(file.read(block.data(), kBlockBytes));
+        sent += read;
+        const unsigned end = sent == total ? kEnd.size() : 0;
+        std::memcpy(block.data() + read, kEnd.data(), end);
+        if (read == 0 || !socket_->Send(block.data(), read + end, timeout_))
+            failWithReply(kSendMessage, "the message");
     }
-    if (progress_ != nullptr) progress_->advance(sent, total);
 }
 
 }  // namespace TarnLibA500

@@ -9,8 +9,6 @@
 namespace TarnLibA500::smtp {
 namespace {
 
-constexpr unsigned kBlockBytes = 256 * 1024;
-
 SAnsiString MailDirectory() {
     const SAnsiString directory = SFileSys::getTempDirname() + "smtp";
     SFileSys::makeDirectories(directory, SFile::defaultPermissions);
@@ -29,11 +27,6 @@ void MessageFile::write(std::string_view bytes) {
         wrote(static_cast<unsigned>(part.size()));
         bytes.remove_prefix(part.size());
     }
-}
-
-char* MessageFile::room(unsigned bytes) {
-    if (count_ + bytes > kBlockBytes) flush();
-    return block_.get() + count_;
 }
 
 void MessageFile::flush() {

@@ -17,7 +17,10 @@ class MessageFile {
     void write(const char* text) { write(std::string_view(text)); }
     void write(const SAnsiString& text) { write(std::string_view(text.getString(), text.getLength())); }
     /// Room for so many bytes, at most kMostRoom, and what of it has been written.
-    char* room(unsigned bytes);
+    char* room(unsigned bytes) {
+        if (count_ + bytes > kBlockBytes) flush();
+        return block_.get() + count_;
+    }
     void wrote(unsigned bytes) noexcept { count_ += bytes; }
     /// Hands what is left to the file.
     void flush();
@@ -25,6 +28,8 @@ class MessageFile {
     static constexpr unsigned kMostRoom = 4096;
 
   private:
+    static constexpr unsigned kBlockBytes = 256 * 1024;
+
     SFile& file_;
     std::unique_ptr<char[]> block_;
     unsigned count_ = 0;
