@@ -2,7 +2,8 @@
 SHELL := /bin/bash
 .NOTPARALLEL:
 .DEFAULT_GOAL := help
-.PHONY: help run test soak bench checked debug coverage format check-format layers comments tidy exports sdk clean
+.PHONY: help run test soak bench checked debug coverage format check-format layers comments tidy exports sdk test-package \
+    test-newer-wine clean
 
 export CMAKE_BUILD_PARALLEL_LEVEL ?= $(shell nproc)
 export CTEST_PARALLEL_LEVEL ?= $(CMAKE_BUILD_PARALLEL_LEVEL)
@@ -31,6 +32,8 @@ help:
 	@echo "make soak        network sessions cut short at every single byte, and files over 4 GiB (15 GB of disk)"
 	@echo "make bench       speed against others: a table; FILTER=regex picks; PEERS=1: uploads against curl's instead"
 	@echo "make sdk         headers, import library and DLLs into build/sdk, and the examples built against it"
+	@echo "make test-package     a zip of the tests for a Windows machine, tried under Wine"
+	@echo "make test-newer-wine  the same tests on the Wine of the next Debian release (root; the first time: three minutes)"
 	@echo "make debug       build for a debugger into build/debug"
 	@echo "make coverage    lines covered by the tests"
 	@echo "make format      format the sources; check-format only looks"
@@ -131,6 +134,17 @@ sdk:
 	@$(WINE) $(STEP) "run them" sdk-run scripts/run-examples.sh build/examples build/client && cat build/log/sdk-run.log
 	@$(WINE) $(STEP) "run the service" sdk-service python3 tests/sdk/run_service_cases.py cmake/wine-run \
 	    build/examples/service/service.exe build/service
+
+test-package:
+	@$(STEP) "packages" deps-test deps/install.sh build test
+	@$(call configure-and-build,release)
+	@$(WINE) $(STEP) "zip, and its tests in another folder" test-package \
+	    scripts/test-package.sh build/release build/test-package.zip && cat build/log/test-package.log
+
+test-newer-wine: test-package
+	@$(STEP) "packages" deps-newer-wine deps/install.sh newer-wine
+	@$(STEP) "tests on a newer Wine" test-newer-wine scripts/newer-wine.sh build/test-package.zip build/newer-wine && \
+	    cat build/log/test-newer-wine.log
 
 clean:
 	@scripts/wine-stop

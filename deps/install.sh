@@ -15,6 +15,7 @@ declare -A packages=(
     [check]="clang-format-14 python3 git"
     [tidy]="clang-tidy-19 python3"
     [coverage]="gcovr"
+    [newer-wine]="debootstrap cmake"
 )
 
 missing=()

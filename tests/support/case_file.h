@@ -6,14 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "support/places.h"
+
 namespace tarntest {
 
 /// The cases of a file in tests/data, or anywhere by its whole path: a line each, every field closed by a bar, ^XX
 /// a byte in hex, # a comment.
 inline std::vector<std::vector<std::string>> ReadCases(const std::string& name) {
     std::vector<std::vector<std::string>> cases;
-    const bool isWhole = name.find(':') != std::string::npos;
-    std::ifstream file(isWhole ? name : std::string(TARN_TEST_DATA) + "/" + name);
+    std::ifstream file(Beside("data", TARN_TEST_DATA) / name);  // a whole path stays what it is
     for (std::string line; std::getline(file, line);) {
         if (line.empty() || line[0] == '#') continue;
         std::vector<std::string> fields(1);

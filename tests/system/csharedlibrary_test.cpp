@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/places.h"
 #include "support/print_strings.h"
 #include "tarnlib/senvironment.h"
 #include "tarnlib/sfileexception.h"
@@ -29,7 +30,7 @@ TEST(SharedLibraries, AreLoadedResolvedAndUnloaded) {
     EXPECT_FALSE(moved.IsLoaded());
     EXPECT_THROW(moved.LoadAbsolute("Ole32.dll"), CSharedLibraryException);
     EXPECT_THROW(moved.Load(SAnsiString("Ole32.dll\0x", 11)), CSharedLibraryException);
-    moved.LoadAbsolute(TARN_TEST_PLUGINS "/log_xn_sample.dll");
+    moved.LoadAbsolute((tarntest::Beside("plugins") / "log_xn_sample.dll").string().c_str());
     EXPECT_NE(moved.TryResolve("GetDLLVersion"), nullptr);
 }
 

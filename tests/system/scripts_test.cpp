@@ -2,6 +2,7 @@
 
 #include "support/case_file.h"
 #include "support/file_bytes.h"
+#include "support/places.h"
 #include "support/print_strings.h"
 #include "tarnlib/csharedlibrary.h"
 #include "tarnlib/registry.h"
@@ -18,7 +19,7 @@ TEST(Utf8Scripts, PassUnchangedAtEveryEdge) {
         const SAnsiString name(fields[0].c_str());
         const std::wstring wide = fs::u8path(fields[0]).wstring();
         const SAnsiString module = tarntest::Text(folder) + "\\" + name + ".dll";
-        fs::copy_file(fs::path(TARN_TEST_PLUGINS) / "log_xn_sample.dll", folder / (wide + L".dll"));
+        fs::copy_file(tarntest::Beside("plugins") / "log_xn_sample.dll", folder / (wide + L".dll"));
         CSharedLibrary().LoadAbsolute(module);
 
         ASSERT_TRUE(SEnvironment::Set(name, name));

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/assert_recorder.h"
+#include "support/places.h"
 #include "support/print_strings.h"
 #include "support/scratch_folder.h"
 #include "tarnlib/senvironment.h"
@@ -42,7 +43,7 @@ class Logging : public testing::Test {
     /// The options that load a plug-in of the tests' or of the examples'.
     std::string plugin(const std::string& name) const {
         fs::create_directories(folder_);
-        fs::copy_file(fs::path(TARN_TEST_PLUGINS) / name, folder_ / name,
+        fs::copy_file(tarntest::Beside("plugins") / name, folder_ / name,
                       fs::copy_options::overwrite_existing);
         return " -loggingPluginDir \"" + folder_.string() + "\"";
     }
