@@ -143,7 +143,7 @@ test-package:
 
 test-newer-wine: test-package
 	@$(STEP) "packages" deps-newer-wine deps/install.sh newer-wine
-	@$(STEP) "tests on a newer Wine" test-newer-wine scripts/newer-wine.sh build/test-package.zip build/newer-wine && \
+	@$(STEP) "tests on a newer Wine" test-newer-wine scripts/newer-wine.sh build/test-package.zip build/newer-wine/root && \
 	    cat build/log/test-newer-wine.log
 
 clean:

@@ -37,7 +37,7 @@ echo "$zip: $(du -k "$zip" | cut -f1) KiB"
 
 mkdir "$work/unpacked" && cd "$work/unpacked"
 cmake -E tar xf "$zip"
-status=0
-"$wine" cmd /c "$folder\\run-tests.cmd" || status=$?
+runs=$(($(cat "$folder"/*.suites | wc -l) + 1)) # and all once more above 2 GiB
+"$wine" cmd /c "$folder\\run-tests.cmd" || true
 cat "$folder/results/summary.txt"
-exit $status
+grep -q "^$runs runs passed, 0 failed" "$folder/results/summary.txt"

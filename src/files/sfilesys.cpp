@@ -71,7 +71,8 @@ bool HasZero(const SAnsiString& path) {
 }
 
 SWCharString FullPathOf(const SAnsiString& path) {
-    if (HasZero(path)) ThrowFileSys(Exception::fsStatFailed, ERROR_INVALID_NAME, path);
+    // Of no path at all systems say different things, or nothing.
+    if (HasZero(path) || path.isEmpty()) ThrowFileSys(Exception::fsStatFailed, ERROR_INVALID_NAME, path);
     RequireDriveFor(path);
     const SWCharString asGiven = ToSystem(path);
     SWCharString full;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <utility>
@@ -16,7 +17,9 @@ using namespace TarnLibA500;
 
 namespace {
 
-const std::string kPath = "C:\\tarn-lock-test-" + std::to_string(GetCurrentProcessId());
+const std::string kPath =
+    (std::filesystem::temp_directory_path() / ("tarn-lock-test-" + std::to_string(GetCurrentProcessId())))
+        .string();
 
 void Remove() {
     SetFileAttributesA(kPath.c_str(), FILE_ATTRIBUTE_NORMAL);

@@ -21,9 +21,7 @@ call :tell "HKCU\Control Panel\International" LocaleName
 echo %PROCESSOR_ARCHITECTURE% %PROCESSOR_ARCHITEW6432%, temporary directory %TEMP%>> %summary%
 for /f "tokens=3" %%a in ('reg query %system%\Nls\CodePage /v ACP') do set acp=%%a
 
-for %%p in (tarn_tests tarn_seam_tests) do (
-    for /f "usebackq" %%s in ("%%p.suites") do call :run %%p %%s "%%s.*:*/%%s.*:%%s/*.*:*/%%s/*.*"
-)
+for %%p in (tarn_tests tarn_seam_tests) do call :all %%p
 if %acp%==932 call :run tarn_tests Cp932 "Cp932*"
 set TARN_HIGH_MEMORY=1
 call :run tarn_tests above-2-GiB "-Cp932*"
@@ -37,6 +35,11 @@ exit /b 0
 
 :tell
 reg query %1 /v %2 >> %summary% 2> nul
+goto :eof
+
+rem The suites of a program.
+:all
+for /f %%s in (%1.suites) do call :run %1 %%s "%%s.*:*/%%s.*:%%s/*.*:*/%%s/*.*"
 goto :eof
 
 rem A program, the name of the run, the tests.
