@@ -1,11 +1,11 @@
 // Connections.
 #include <cstdio>
-#include <new>
 
 #include "mirelcrypto/entries.h"
 #include "mirelcrypto/lasterror.h"
 #include "mirelcrypto/osssl.h"
 #include "mirelcrypto/transport.h"
+#include "seam/nothrow.h"
 
 namespace mirelcrypto {
 namespace {
@@ -68,7 +68,7 @@ int Told(Connection& connection, int result) {
 void* NewConnection(void* context) {
     ERR_clear_error();
     if (context == nullptr) return nullptr;
-    auto* const connection = new (std::nothrow) Connection(static_cast<SSL_CTX*>(context));
+    auto* const connection = new (seam::kNoThrow) Connection(static_cast<SSL_CTX*>(context));
     if (connection == nullptr || connection->ssl != nullptr) return connection;
     delete connection;
     return nullptr;

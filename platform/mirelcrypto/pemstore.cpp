@@ -1,11 +1,12 @@
 // Certificates and a key from a PEM file.
 #include <cstring>
 #include <memory>
-#include <new>
 #include <utility>
 
 #include "mirelcrypto/certificates.h"
 #include "mirelcrypto/lasterror.h"
+#include "seam/nothrow.h"
+#include "seam/ostext.h"
 
 namespace mirelcrypto {
 namespace {
@@ -178,9 +179,9 @@ using WidePath = std::unique_ptr<wchar_t[]>;
 
 /// Null when it is not UTF-8, or there is no memory.
 WidePath Widen(const char* path) {
-    const int size = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
-    WidePath wide(size > 0 ? new (std::nothrow) wchar_t[static_cast<unsigned>(size)] : nullptr);
-    if (wide != nullptr) MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide.get(), size);
+    const int size = ostext::ToWide(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, nullptr, 0);
+    WidePath wide(size > 0 ? new (seam::kNoThrow) wchar_t[static_cast<unsigned>(size)] : nullptr);
+    if (wide != nullptr) ostext::ToWide(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide.get(), size);
     return wide;
 }
 

@@ -1,9 +1,9 @@
 // The certificates that the system trusts.
 #include <memory>
-#include <new>
 
 #include "mirelcrypto/certificates.h"
 #include "mirelcrypto/lasterror.h"
+#include "seam/nothrow.h"
 
 namespace mirelcrypto {
 namespace {
@@ -37,7 +37,7 @@ bool IsForServers(PCCERT_CONTEXT certificate) {
     DWORD size = 0;
     if (CertGetEnhancedKeyUsage(certificate, kFlags, nullptr, &size) == FALSE)
         return GetLastError() == static_cast<DWORD>(CRYPT_E_NOT_FOUND);  // no property: for all purposes
-    const std::unique_ptr<char[]> room(new (std::nothrow) char[size]);
+    const std::unique_ptr<char[]> room(new (seam::kNoThrow) char[size]);
     auto* const usage = reinterpret_cast<CERT_ENHKEY_USAGE*>(room.get());
     SetLastError(0);  // it tells "no purpose" and "all purposes" apart
     if (usage == nullptr || CertGetEnhancedKeyUsage(certificate, kFlags, usage, &size) == FALSE) return false;
