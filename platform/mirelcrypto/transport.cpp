@@ -1,16 +1,16 @@
 #include "mirelcrypto/transport.h"
 
 #include <cstring>
-#include <new>
 #include <utility>
 
+#include "seam/nothrow.h"
 #include "seam/osclock.h"
 
 namespace mirelcrypto {
 
 bool Transport::attach(SSL* connection, SOCKET socket) {
     if (method_ != nullptr) return false;
-    waiting_.reset(new (std::nothrow) char[kMostWaiting]);
+    waiting_.reset(new (seam::kNoThrow) char[kMostWaiting]);
     if (waiting_ == nullptr) return false;
     method_ = osssl::NewMethod(BIO_TYPE_SOURCE_SINK, "socket");
     if (method_ == nullptr || BIO_meth_set_read(method_, &Receive) != 1 ||

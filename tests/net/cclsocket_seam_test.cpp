@@ -28,7 +28,9 @@ SSLConfig Trusting(const char* file) {
     config.SetCertificateStore(file);
     return config;
 }
-const char* const kAuthority = TARN_TEST_DATA "/net/tls_authority.pem";
+const std::string kData = tarntest::Beside("data", TARN_TEST_DATA).string() + "/net/";
+const std::string kAuthorityFile = kData + "tls_authority.pem";
+const char* const kAuthority = kAuthorityFile.c_str();
 
 /// A TLS server on this machine, for one client at a time; it sends back what it gets.
 class Server {
@@ -36,8 +38,8 @@ class Server {
     Server() : context_(SSL_CTX_new(TLS_server_method())) {
         CSISocket::initialize();
         listening_ = socket(AF_INET, SOCK_STREAM, 0);
-        SSL_CTX_use_certificate_file(context_, TARN_TEST_DATA "/net/tls_server.pem", SSL_FILETYPE_PEM);
-        SSL_CTX_use_PrivateKey_file(context_, TARN_TEST_DATA "/net/tls_server.pem", SSL_FILETYPE_PEM);
+        SSL_CTX_use_certificate_file(context_, (kData + "tls_server.pem").c_str(), SSL_FILETYPE_PEM);
+        SSL_CTX_use_PrivateKey_file(context_, (kData + "tls_server.pem").c_str(), SSL_FILETYPE_PEM);
         sockaddr_storage address = {};
         int size = sizeof address;
         ParseAddress("127.0.0.1", AF_INET, address);
