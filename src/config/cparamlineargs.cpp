@@ -9,6 +9,7 @@
 
 #include "diag/assert/levels.h"
 #include "diag/assert/require.h"
+#include "strings/characters/collate.h"
 #include "strings/characters/mbchar.h"
 #include "tarnlib/neutralstr.h"
 #include "tarnlib/straceobj.h"
@@ -48,6 +49,42 @@ constexpr std::uint32_t kMostUnordered = 32;
 // What the order of names depends on. A program may change its locale while options are there.
 std::uint64_t CollationNow() {
     return std::uint64_t{mbchar::CodePage::Current().number()} << 32 | ___lc_handle_func()[LC_COLLATE];
+}
+
+// The mark of a name of ASCII characters: a hash that is the same for all its spellings, and odd where there are only
+// letters and digits. Two names with odd marks are equal where the letters are the same and nowhere else, in every
+// collation that sorts letters plainly. Any other name has none.
+constexpr std::uint32_t kNoMark = 0;
+constexpr std::uint32_t kLettersAndDigits = 1;
+// No collation: names were set under several.
+constexpr std::uint64_t kMixed = ~std::uint64_t{0};
+
+unsigned char Lower(char letter) {
+    return static_cast<unsigned char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
+}
+
+bool IsLetterOrDigit(unsigned char lower) {
+    return (lower >= 'a' && lower <= 'z') || (lower >= '0' && lower <= '9');
+}
+
+std::uint32_t MarkOf(const SAnsiString& name) {
+    std::uint32_t hash = 0x811C9DC5;
+    bool isPlain = true;
+    for (const char* at = name.getString(); *at != '\0'; ++at) {
+        const unsigned char lower = Lower(*at);
+        if (lower >= 0x80) return kNoMark;
+        isPlain = isPlain && IsLetterOrDigit(lower);
+        hash = (hash ^ lower) * 0x01000193;
+    }
+    constexpr std::uint32_t kNeverNone = 2;
+    return (hash & ~kLettersAndDigits) | kNeverNone | (isPlain ? kLettersAndDigits : 0);
+}
+
+bool AreSameAscii(const char* left, const char* right) {
+    for (; Lower(*left) == Lower(*right); ++left, ++right) {
+        if (*left == '\0') return true;
+    }
+    return false;
 }
 
 SAnsiString AsItIs(const SAnsiString& text) {
@@ -108,10 +145,10 @@ void CParamLineArgs::SetArgs(const CParamLineArgs& other) {
 
 void CParamLineArgs::takeWords(const SIArray<SAnsiString>& words, const SAnsiString& program) {
     Require(!program.isEmpty(), kUnit, kProgramNameMissing);
-    CParamLineArgs taken(*this);
-    taken.DeleteAll();
-    taken.m_programName = program;
     const std::uint32_t count = words.GetSize();
+    CParamLineArgs taken;
+    taken.m_programName = program;
+    taken.reserve(count);
     for (std::uint32_t i = 1; i < count; ++i) {
         if (!IsOption(words[i])) continue;
         const SAnsiString name = WithoutDashes(words[i]);
@@ -170,17 +207,22 @@ void CParamLineArgs::append(const SAnsiString& name, const SAnsiString& value) {
         m_order.Begin(), m_order.End(), name,
         [this](const SAnsiString& wanted, std::uint32_t i) { return wanted.compareNoCase(m_names[i]) < 0; });
     const auto rank = place - m_order.Begin();
+    const std::uint64_t collation = CollationNow();
     try {
         m_names.Add(name);
         m_values.Add(value);
         m_isAsked.Add(0);
+        m_marks.Add(MarkOf(name));
         if (count >= kMostUnordered) m_order.Add(count);
     } catch (...) {
         m_names.SetSize(count);
         m_values.SetSize(count);
         m_isAsked.SetSize(count);
+        m_marks.SetSize(count);
         throw;
     }
+    if (count == 0) m_setUnder = collation;
+    if (m_setUnder != collation) m_setUnder = kMixed;
     if (m_order.GetSize() != 0) std::rotate(m_order.Begin() + rank, m_order.End() - 1, m_order.End());
 }
 
@@ -188,6 +230,7 @@ void CParamLineArgs::removeAt(std::uint32_t position) {
     m_names.RemoveAt(position);
     m_values.RemoveAt(position);
     m_isAsked.RemoveAt(position);
+    m_marks.RemoveAt(position);
     std::uint32_t kept = 0;
     for (const std::uint32_t i : m_order) {
         if (i != position) m_order[kept++] = i > position ? i - 1 : i;
@@ -195,15 +238,40 @@ void CParamLineArgs::removeAt(std::uint32_t position) {
     m_order.SetSize(kept);
 }
 
+// Room for options that are to come, in place of those that are there.
+void CParamLineArgs::reserve(std::uint32_t count) {
+    m_names.SetSize(count);
+    m_values.SetSize(count);
+    m_isAsked.SetSize(count);
+    m_marks.SetSize(count);
+    DeleteAll();
+}
+
 void CParamLineArgs::DeleteAll() {
     m_names.RemoveAll();
     m_values.RemoveAll();
     m_isAsked.RemoveAll();
+    m_marks.RemoveAll();
     m_order.RemoveAll();
 }
 
-// The first of that name.
+// The first of that name. One that is the same but for case is it where no name before can be equal: because all of
+// those have letters and digits only, or because all names are different for the collation that holds now.
 std::uint32_t CParamLineArgs::findIndex(const SAnsiString& name) const {
+    const std::uint32_t wanted = MarkOf(name);
+    if (wanted == kNoMark || !CollatesLettersPlainly()) return findByCollation(name);
+    std::uint32_t common = wanted;
+    for (std::uint32_t i = 0; i < m_marks.GetSize(); ++i) {
+        common &= m_marks[i];
+        if (m_marks[i] != wanted || !AreSameAscii(m_names[i].getString(), name.getString())) continue;
+        const bool isFirst = (common & kLettersAndDigits) != 0 || m_setUnder == CollationNow();
+        return isFirst ? i : findByCollation(name);
+    }
+    return (common & kLettersAndDigits) != 0 ? kNotFound : findByCollation(name);
+}
+
+// The first one that the collation finds equal.
+std::uint32_t CParamLineArgs::findByCollation(const SAnsiString& name) const {
     const std::uint32_t count = GetCount();
     if (count > kMostUnordered && isOrdered()) {
         const auto found = std::lower_bound(m_order.Begin(), m_order.End(), name,

@@ -140,9 +140,11 @@ class TARN_API CParamLineArgs {
     bool isOrdered() const;
     void order();
     void append(const SAnsiString& name, const SAnsiString& value);
+    void reserve(std::uint32_t count);
     void removeAt(std::uint32_t position);
     void DeleteAll();
     std::uint32_t findIndex(const SAnsiString& name) const;
+    std::uint32_t findByCollation(const SAnsiString& name) const;
     bool lookupNumber(const SAnsiString& name, long long& value, long long least, long long most) const;
     void takeWords(const SIArray<SAnsiString>& words, const SAnsiString& program);
     void appendWords(SIArray<SAnsiString>& args, SAnsiString (*written)(const SAnsiString&)) const;
@@ -151,8 +153,10 @@ class TARN_API CParamLineArgs {
     SIArray<SAnsiString> m_names;              // without dashes
     SIArray<SAnsiString> m_values;             // of the same length, and so is the next
     mutable SIArray<unsigned char> m_isAsked;  // 1 for an option that was looked up
-    SIArray<std::uint32_t> m_order;            // positions by their names, where there are many
-    std::uint64_t m_orderedUnder = 0;          // the collation that the order follows
+    SIArray<std::uint32_t> m_marks;    // of the names, of the same length: what they have to be searched by
+    std::uint64_t m_setUnder = 0;      // the collation under which the names were set
+    SIArray<std::uint32_t> m_order;    // positions by their names, where there are many
+    std::uint64_t m_orderedUnder = 0;  // the collation that the order follows
 };
 
 }  // namespace TarnLibA500

@@ -33,17 +33,17 @@
 ///         Print(i.GetKey().GetString(), i.GetValue());
 namespace TarnLibA500 {
 
-/// A position in a map. It steps in the order of the keys, either way.
+/// A position in a map. It steps in the order of the keys, either way, and in a map without an order forward only.
 template <class TreeIterator>
 class SIMapIterator {
     using Traits = std::iterator_traits<TreeIterator>;
 
   public:
-    using iterator_category = std::bidirectional_iterator_tag;  ///< steps either way
-    using value_type = typename Traits::value_type;             ///< the pair (key, value)
-    using difference_type = typename Traits::difference_type;   ///< of two positions
-    using pointer = typename Traits::pointer;                   ///< to the pair
-    using reference = typename Traits::reference;               ///< of the pair
+    using iterator_category = typename Traits::iterator_category;  ///< either way in a map with an order
+    using value_type = typename Traits::value_type;                ///< the pair (key, value)
+    using difference_type = typename Traits::difference_type;      ///< of two positions
+    using pointer = typename Traits::pointer;                      ///< to the pair
+    using reference = typename Traits::reference;                  ///< of the pair
 
     /// Stands nowhere until a position is assigned.
     SIMapIterator() = default;
@@ -71,12 +71,14 @@ class SIMapIterator {
     /// The same, and returns the position before the step.
     SIMapIterator operator++(int) { return SIMapIterator(position_++); }
     /// Goes to the pair before.
-    SIMapIterator& operator--() {
+    SIMapIterator& operator--() requires std::bidirectional_iterator<TreeIterator> {
         --position_;
         return *this;
     }
     /// The same, and returns the position before the step.
-    SIMapIterator operator--(int) { return SIMapIterator(position_--); }
+    SIMapIterator operator--(int) requires std::bidirectional_iterator<TreeIterator> {
+        return SIMapIterator(position_--);
+    }
     /// True at the same pair.
     friend bool operator==(const SIMapIterator& a, const SIMapIterator& b) {
         return a.position_ == b.position_;
@@ -96,12 +98,16 @@ struct SMapText {
     std::uint32_t length;  ///< in bytes
 };
 
+/// The collation of two texts of one length without regard to case: -1, 0 or 1. Only the first must be
+/// zero-terminated.
+TARN_API int SMapCollate(const char* left, const char* right, std::uint32_t nBytes);
+
 /// How a key is ordered against a text: negative, 0 or positive, as its operator< has it.
 inline int SMapOrder(const SAnsiString& key, const SMapText& text) {
     return key.compare(text.text, text.length);
 }
 /// The same for a key without regard to case.
-TARN_API int SMapOrder(const SMapStringCaseInsensitive& key, const SMapText& text);
+TARN_MEM int SMapOrder(const SMapStringCaseInsensitive& key, const SMapText& text);
 
 /// Keys that can be looked up by a text.
 template <class K>
@@ -225,11 +231,19 @@ class TARN_API SMapStringCaseInsensitive {
     /// The text in its own spelling.
     const SAnsiString& GetString() const noexcept { return text_; }
     /// By length, and only between equal lengths by collation.
-    bool operator<(const SMapStringCaseInsensitive& other) const;
+    TARN_MEM bool operator<(const SMapStringCaseInsensitive& other) const {
+        return SMapOrder(*this, {other.text_.getString(), other.text_.getLength()}) < 0;
+    }
 
   private:
     SAnsiString text_;
 };
+
+inline int SMapOrder(const SMapStringCaseInsensitive& key, const SMapText& text) {
+    const std::uint32_t length = key.GetString().getLength();
+    if (length != text.length) return length < text.length ? -1 : 1;
+    return SMapCollate(key.GetString().getString(), text.text, length);
+}
 
 template <class K, class V>
 void SIMap<K, V>::Insert(const K& key, const V& value) {

@@ -177,6 +177,30 @@ bool DecideByRanks(const CodePage& page, const char* left, const char* right, in
     return DecideByRanks(left, right, order);
 }
 
+// ASCII in lower case, 0 for everything else and for the end of a text.
+constexpr std::array<unsigned char, 256> MakeAsciiFolds() {
+    std::array<unsigned char, 256> folds{};
+    for (unsigned byte = 1; byte < 128; ++byte)
+        folds[byte] = static_cast<unsigned char>(byte >= 'A' && byte <= 'Z' ? byte - 'A' + 'a' : byte);
+    return folds;
+}
+constexpr auto kAsciiFolds = MakeAsciiFolds();
+
+// Most keys are decided here, without a look at the code page. In the "C" locale all of ASCII decides, elsewhere letters
+// and digits.
+bool DecideByAscii(LCID locale, const char* left, const char* right, std::size_t length, int& order) {
+    if (locale != 0 && !SortsLettersPlainly(locale)) return false;
+    const auto foldOf = [](char byte) { return kAsciiFolds[static_cast<unsigned char>(byte)]; };
+    std::size_t i = 0;
+    while (i < length && foldOf(left[i]) == foldOf(right[i]) && foldOf(left[i]) != 0) ++i;
+    const auto decides = [&](char byte) {
+        return byte == '\0' || (locale == 0 ? foldOf(byte) : RankOf(byte)) != 0;
+    };
+    if (i < length && !(decides(left[i]) && decides(right[i]))) return false;
+    order = i < length ? Sign(foldOf(left[i]) - foldOf(right[i])) : 0;
+    return true;
+}
+
 /// Narrow text in UTF-16, for the system's collation.
 class WideText {
   public:
@@ -208,6 +232,27 @@ class WideText {
     std::size_t length_ = 0;
 };
 
+/// A zero-terminated copy, on the stack as long as keys usually are.
+class Terminated {
+  public:
+    Terminated(const char* text, std::size_t length)
+        : copy_(length < kUsual ? usual_ : static_cast<char*>(memory::Allocate(std::uint64_t{length} + 1))) {
+        std::memcpy(copy_, text, length);
+        copy_[length] = '\0';
+    }
+    ~Terminated() {
+        if (copy_ != usual_) memory::Free(copy_);
+    }
+    Terminated(const Terminated&) = delete;
+    Terminated& operator=(const Terminated&) = delete;
+    const char* get() const { return copy_; }
+
+  private:
+    static constexpr std::size_t kUsual = 128;
+    char usual_[kUsual];
+    char* copy_;
+};
+
 int AskSystem(LCID locale, const wchar_t* left, int leftLength, const wchar_t* right, int rightLength) {
     return CompareStringW(locale, NORM_IGNORECASE, left, leftLength, right, rightLength);
 }
@@ -233,6 +278,17 @@ int CollateNoCase(const wchar_t* left, const wchar_t* right) {
     if (SortsLettersPlainly(locale) && DecideByRanks(left, right, order)) return order;
     const int answer = AskSystem(locale, left, -1, right, -1);
     return answer != 0 ? answer - kEqualForSystem : OrderByFolding(left, right);
+}
+
+int CollateNoCase(const char* left, const char* right, std::size_t length) {
+    int order = 0;
+    if (length == 0 || DecideByAscii(CollationLocale(), left, right, length, order)) return order;
+    return CollateNoCase(left, Terminated(right, length).get());
+}
+
+bool CollatesLettersPlainly() {
+    const LCID locale = CollationLocale();
+    return locale == 0 || SortsLettersPlainly(locale);
 }
 
 int CompareBytesNoCase(const char* left, const char* right) {

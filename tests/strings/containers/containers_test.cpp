@@ -3,11 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <iterator>
+#include <map>
+#include <random>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
+#include "support/locale_scope.h"
+#include "support/print_strings.h"
 #include "support/thrown.h"
 #include "tarnlib/refcount.h"
+#include "tarnlib/shashmap.h"
 #include "tarnlib/siarray.h"
 #include "tarnlib/simap.h"
 #include "tarnlib/siset.h"
@@ -15,6 +22,38 @@
 using namespace TarnLibA500;
 
 using NoCaseMap = SIMap<SMapStringCaseInsensitive, SAnsiString>;
+using NoCase = SMapStringCaseInsensitive;
+
+namespace {
+
+// Texts of a few characters: as keys they are ordered as strings are, and are one in a map without an order where
+// their lower case is.
+void KeysFollowStrings(const std::vector<const char*>& characters) {
+    std::mt19937 random(11);
+    const auto text = [&] {
+        SAnsiString made;
+        for (unsigned left = random() % 7; left != 0; --left)
+            made += characters[random() % characters.size()];
+        return made;
+    };
+    for (int i = 0; i < 20'000; ++i) {
+        const SAnsiString left = text(), right = text(), inside = right + "x";
+        const std::uint32_t length = right.getLength();
+        const bool isOfOneLength = left.getLength() == length;
+        const int order = SMapOrder(NoCase(left), {inside.getString(), length});
+        const int byLength = left.getLength() < length ? -1 : 1;
+        ASSERT_EQ(order, isOfOneLength ? left.compareNoCase(right) : byLength)
+            << left.getString() << " " << right.getString();
+        ASSERT_EQ(NoCase(left) < NoCase(right), order < 0) << left.getString() << " " << right.getString();
+        SHashMap<NoCase, int> map;
+        map.Insert(left, i);
+        const bool isSame = isOfOneLength && SAnsiString(left).toLower() == SAnsiString(right).toLower();
+        ASSERT_EQ(map.Contains(inside.getString(), length), isSame)
+            << left.getString() << " " << right.getString();
+    }
+}
+
+}  // namespace
 
 TEST(Array, EditsByIndex) {
     SIArray<SAnsiString> a;
@@ -82,6 +121,55 @@ TEST(Map, IteratesBothWays) {
     EXPECT_TRUE((--i)->second == "a" && i == map.GetIterator() && ++ ++ ++i == map.End());
     const NoCaseMap::ConstIterator fixed = map.Find("c");
     EXPECT_TRUE(fixed == std::as_const(map).BeginAt("C") && (*fixed).second == "changed");
+}
+
+TEST(Map, KeysFollowStringsInEveryPage) {
+    for (const char* locale : {"C", tarntest::kLocale1252, "German_Germany.1252", "Danish_Denmark.1252"}) {
+        const tarntest::LocaleScope scope(locale);
+        KeysFollowStrings({"a", "A", "b", "B", "ss", "9", "-", "\xE4", "\xC4", "\xDF", "\x9F", "\xFF"});
+    }
+    const tarntest::LocaleScope scope(tarntest::kLocale932);
+    KeysFollowStrings(
+        {"a", "A", "\\", "-", "\xB1", "\x81\x7D", "\x82\x81", "\x82\x60", "\x83\x5C", "\x83\x7C"});
+}
+
+TEST(Utf8Map, KeysFollowStrings) {
+    KeysFollowStrings({"a", "A", "k", "K", "\u212A", "\u00E9", "\u00C9", "\u2C65", "\u023A", "\U0001F600"});
+}
+
+TEST(HashMap, DoesWhatAMapDoes) {
+    std::mt19937 random(5);
+    std::map<std::string, int> model;
+    SHashMap<SAnsiString, int> map;
+    for (int i = 0; i < 5'000; ++i) {
+        const std::string key = std::to_string(random() % 500);
+        const bool isThere = model.contains(key);
+        ASSERT_EQ(map.Contains((key + "0").c_str(), key.size()), isThere);
+        if (random() % 3 == 0) {
+            ASSERT_EQ(map.RemoveKey(key.c_str()), model.erase(key) != 0);
+        } else if (isThere && random() % 2 == 0) {
+            map.Find(key.c_str()).GetValue() = model[key] = i;
+        } else {
+            map.SetAt(key.c_str(), model[key] = i);
+        }
+    }
+    int value = -1;
+    EXPECT_TRUE(!map.Lookup("none", value) && !map.Lookup("none", 4, value) && value == -1);
+    for (const auto& [key, expected] : model)
+        EXPECT_TRUE(map.Lookup(key.c_str(), value) && value == expected);
+    EXPECT_EQ(std::distance(map.begin(), map.end()), static_cast<std::ptrdiff_t>(model.size()));
+    SHashMap<SAnsiString, int> other;
+    other.Insert("new", 1);
+    other.Insert(model.begin()->first.c_str(), -5);
+    map.Merge(other);
+    EXPECT_TRUE(other.IsEmpty() && map.GetCount() == model.size() + 1 && map.Lookup("new", value));
+    EXPECT_EQ(map.Find(model.begin()->first.c_str()).GetValue(), -5);
+    SHashMap<NoCase, int> noCase;
+    noCase.Insert("Content-Type", 1);
+    noCase.Insert("CONTENT-TYPE", 2);
+    EXPECT_TRUE(noCase.GetCount() == 1 && noCase.GetFirst().GetKey().GetString() == "Content-Type");
+    // Bytes that are no characters are the same as themselves only, and a zero byte is a character.
+    EXPECT_TRUE(SHashSameNoCase("A\0B\xE4", "a\0b\xE4", 4) && !SHashSameNoCase("a\0b", "a\0c", 3));
 }
 
 TEST(Set, KeepsEveryElementOnceInOrder) {
