@@ -1,9 +1,14 @@
-// Looking an option up against the same search with the system's comparison, and reading a registry value
+// Options looked up and parsed against the system's comparison and the standard library, and reading a registry value
 // through an object that keeps its key open against opening it each time.
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <cctype>
+#include <sstream>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "tarnlib/cparamlineargs.h"
@@ -42,6 +47,78 @@ void SystemLookup(benchmark::State& state) {
     }
 }
 
+// --- many options of letters and digits: the 56th of 60, and ten on a line ---
+
+struct HashNoCase {
+    std::size_t operator()(const std::string& text) const {
+        std::size_t hash = 0x811C9DC5;
+        for (const char c : text) hash = (hash ^ static_cast<unsigned char>(std::tolower(c))) * 0x01000193;
+        return hash;
+    }
+};
+
+struct EqualNoCase {
+    bool operator()(const std::string& a, const std::string& b) const {
+        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                          [](char x, char y) { return std::tolower(x) == std::tolower(y); });
+    }
+};
+
+using StdOptions = std::unordered_map<std::string, std::string, HashNoCase, EqualNoCase>;
+
+constexpr int kManyOptions = 60;
+
+void OurManyLookup(benchmark::State& state) {
+    CParamLineArgs args;
+    for (int i = 1; i <= kManyOptions; ++i) args.SetArg(("Option" + std::to_string(i)).c_str(), "value");
+    const SAnsiString name("option56");
+    SAnsiString value;
+    for (auto _ : state) benchmark::DoNotOptimize(args.Lookup(name, value));
+}
+
+void StdManyLookup(benchmark::State& state) {
+    StdOptions options;
+    for (int i = 1; i <= kManyOptions; ++i) options["Option" + std::to_string(i)] = "value";
+    const std::string name("option56");
+    std::string value;
+    for (auto _ : state) {
+        const auto found = options.find(name);
+        if (found != options.end()) value = found->second;
+        benchmark::DoNotOptimize(value);
+    }
+}
+
+std::string Line() {
+    std::string line = "server.exe";
+    for (int i = 1; i <= 10; ++i) line += " -Option" + std::to_string(i) + " value" + std::to_string(i);
+    return line;
+}
+
+void OurParse(benchmark::State& state) {
+    const SAnsiString line(Line().c_str());
+    for (auto _ : state) benchmark::DoNotOptimize(CParamLineArgs(line).GetCount());
+}
+
+// Its words, then the options in their order and by their names.
+void StdParse(benchmark::State& state) {
+    const std::string line = Line();
+    for (auto _ : state) {
+        std::vector<std::string> words;
+        std::istringstream in(line);
+        for (std::string word; in >> word;) words.push_back(word);
+        std::vector<std::pair<std::string, std::string>> options;
+        std::unordered_map<std::string, std::size_t, HashNoCase, EqualNoCase> index;
+        for (std::size_t i = 1; i < words.size(); ++i) {
+            if (words[i][0] != '-') continue;
+            const std::string name = words[i].substr(words[i].find_first_not_of('-'));
+            const bool hasValue = i + 1 < words.size() && words[i + 1][0] != '-';
+            index[name] = options.size();
+            options.emplace_back(name, hasValue ? words[++i] : std::string());
+        }
+        benchmark::DoNotOptimize(options.size());
+    }
+}
+
 void OurRead(benchmark::State& state) {
     Registry settings(kKey, "bench", HKEY_CURRENT_USER, true);
     settings.WriteValue("value", SAnsiString("some text"));
@@ -66,6 +143,10 @@ void ReadByOpening(benchmark::State& state) {
 
 BENCHMARK(OurLookup)->Name("BM_Config_OptionLookup/ours");
 BENCHMARK(SystemLookup)->Name("BM_Config_OptionLookup/CompareString");
+BENCHMARK(OurManyLookup)->Name("BM_Config_OptionLookup60/ours");
+BENCHMARK(StdManyLookup)->Name("BM_Config_OptionLookup60/std::unordered_map");
+BENCHMARK(OurParse)->Name("BM_Config_OptionParse/ours");
+BENCHMARK(StdParse)->Name("BM_Config_OptionParse/std::istringstream");
 BENCHMARK(OurRead)->Name("BM_Config_RegistryRead/ours");
 BENCHMARK(ReadByOpening)->Name("BM_Config_RegistryRead/open-query-close");
 
