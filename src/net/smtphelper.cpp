@@ -29,7 +29,7 @@ SAnsiString SMTPHelper::EncodeHeaderText(const SAnsiString& text) {
 }
 
 SAnsiString SMTPHelper::GetLocalHost() {
-    const SAnsiString name = LocalHostName();
+    SAnsiString name = LocalHostName();
     if (IsDomain(smtp::View(name))) return name;
     SAnsiString address;
     if (!CSISocket::getnthipstring(0, address)) address = "127.0.0.1";
