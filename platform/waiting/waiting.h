@@ -34,6 +34,7 @@ class Lock {
     [[nodiscard]] bool take() {
         if (takeIfFree()) return true;
         if (ProcessIsEnding()) return false;
+        if (takeSoon()) return true;
         AcquireSRWLockExclusive(&lock_);
         mark(true);
         return true;
@@ -53,6 +54,21 @@ class Lock {
 
   private:
     friend class Condition;
+
+    // Most locks are held for less time than it takes to fall asleep and be woken, and as long as one thread
+    // sleeps, each that gives the lock back has to ask the system to wake it. Only the mark is watched: asking
+    // for the lock itself would take its memory from the processor that holds it.
+    bool takeSoon() {
+        constexpr int kLooks = 100;
+        constexpr int kTurns = 10;  // given to others, in case the holder has no processor
+        for (int turn = 0; turn < kTurns; ++turn) {
+            for (int look = 0; look < kLooks && isHeld_.load(std::memory_order_relaxed); ++look)
+                YieldProcessor();
+            if (takeIfFree()) return true;
+            SwitchToThread();
+        }
+        return false;
+    }
 
     // What the lock guards is not touched before it is marked, nor after the mark is taken away.
     void mark(bool isHeld) {
