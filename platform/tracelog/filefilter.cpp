@@ -114,6 +114,10 @@ bool detail::PassesFilter(const char* file, int line) {
     }
 }
 
+bool EventInfo::passes_filter() const {
+    return detail::PassesFilter(file, line);
+}
+
 void detail::PublishFilter(const ByFileLine& filter) {
     if (filter == ByFileLine()) {
         filterInEffect.publishNothing();

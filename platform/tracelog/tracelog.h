@@ -67,6 +67,8 @@ struct EventInfo {
 
     /// True when the mask lets the event through and the file filter does not hold it back.
     TRACELOG_API bool would_trace() const;
+    /// False when the file filter holds the event back, whatever the mask says.
+    TRACELOG_API bool passes_filter() const;
 };
 
 /// Picks events by their source file: only those that were set, or with invert all but those.

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "diag/assert/narrowreports.h"
+#include "diag/assert/tracefilter.h"
 #include "diag/assert/unlogged.h"
 #include "seam/osmemory.h"
 #include "seam/ostext.h"
@@ -22,6 +23,7 @@ constexpr std::size_t kUsualTextBytes = 1024;
 
 const SDiagnosticSink kBuiltInSink;
 std::atomic<const SDiagnosticSink*> installedSink{nullptr};
+std::atomic<const TraceFilter*> traceFilter{nullptr};
 
 // Trivially destructible on purpose: destructors of thread-local objects run after their storage is gone
 // here.
@@ -114,11 +116,26 @@ const SDiagnosticSink* InstallDiagnosticSink(const SDiagnosticSink* sink) {
     // The new sink is asked for every level; it may close those it never wants.
     const bool asks = sink != nullptr && (sink->shouldTraceAt != nullptr || sink->shouldTrace != nullptr);
     SLogger::openTraceLevels.store(asks ? UINT32_MAX : 0, std::memory_order_release);
+    VoidKeptTraceAnswers();
     return before;
+}
+
+void UseTraceFilter(const TraceFilter& filter) noexcept {
+    traceFilter.store(&filter, std::memory_order_release);
+}
+
+const TraceFilter* TraceFilterInForce() noexcept {
+    const TraceFilter* const filter = traceFilter.load(std::memory_order_acquire);
+    return filter != nullptr && filter->sink == &CurrentSink() ? filter : nullptr;
+}
+
+void VoidKeptTraceAnswers() noexcept {
+    SLogger::traceSettings.fetch_add(1, std::memory_order_acq_rel);
 }
 
 namespace SLogger {
 std::atomic<std::uint32_t> openTraceLevels{0};
+std::atomic<std::uint32_t> traceSettings{1};
 
 bool ShouldTrace(int level, const char* file, int line) {
     const SDiagnosticSink& sink = CurrentSink();

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "diag/assert/levels.h"
+#include "diag/assert/tracefilter.h"
 #include "diag/assert/unlogged.h"
 #include "diag/logging/nativeassert.h"
 #include "diag/logging/tracelevels.h"
@@ -44,6 +45,7 @@ void ConfigureEngine(const TraceOptions& options, const char* directory) {
     files.days = options.maxDays;
     files.apply();
     options.eval.apply();
+    VoidKeptTraceAnswers();
     const Utf8 component(options.component);
     TraceLog400::ActivationConfig activation;
     activation.never = options.never;
@@ -154,6 +156,14 @@ SDiagnosticSink MakeSink() {
 
 const SDiagnosticSink bridgeSink = MakeSink();
 
+// A request level may be open whatever the filter says, and a number that is no level is reported each time.
+bool FilterExcludes(int level, const char* file, int line) {
+    const TraceLevel& row = FindTraceLevel(level);
+    return row.isRequest == 0 && !MakeEvent(row, file, line).passes_filter();
+}
+
+constexpr TraceFilter kEngineFilter{&bridgeSink, &FilterExcludes};
+
 void WriteToChannel(const char* device, const EventInfo& event, const char* prefix, const char* text) {
     Logger(Logger::M, event, DeviceAdmin::get().device(device)) << prefix << Utf8(text).text();
 }
@@ -176,6 +186,7 @@ bool TraceBridge::Initialize(const TraceOptions& options, const SAnsiString& dir
     }
     directory_ = directory;
     inForce = this;
+    UseTraceFilter(kEngineFilter);
     sinkBefore_ = InstallDiagnosticSink(&bridgeSink);
     openLevels(options.eval);
     return true;
@@ -196,6 +207,7 @@ void TraceBridge::Terminate() noexcept {
 void TraceBridge::closeEngine() noexcept {
     clearSwitches();
     DeviceAdmin::get().close_all();
+    VoidKeptTraceAnswers();
     directory_.empty();
 }
 

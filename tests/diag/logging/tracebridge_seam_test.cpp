@@ -47,7 +47,13 @@ TEST(TraceBridges, MasksAndFiltersDecidePerLevel) {
         for (int level = 0; level < kTerminatorLevel; ++level) {
             on += SLogger::ShouldTrace(level, "src/unit.cpp", 3) ? '1' : '0';
             mayBeOn += SLogger::MayTrace(level) ? '1' : '0';
+            bool isPassed = false;
+            TARN_TRACE_AT(level, "src/unit.cpp", "%1", isPassed = true);
+            EXPECT_EQ(isPassed, on[level] == '1') << fields[0] << " level " << level;
         }
+        char atPoint = '0';
+        for (int passage = 0; passage < 2; ++passage) TARN_TRACE_AT(8, "src/unit.cpp", "%1", atPoint = '1');
+        EXPECT_EQ(atPoint, on[8]) << fields[0];
         EXPECT_EQ(on, fields[1]) << fields[0];
         for (std::size_t i = 0; i < on.size(); ++i)
             EXPECT_LE(on[i], mayBeOn[i]) << fields[0] << " level " << i;
