@@ -16,6 +16,7 @@
 #include "support/failing.h"
 #include "support/file_bytes.h"
 #include "support/open_handles.h"
+#include "support/owners.h"
 #include "support/print_strings.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
@@ -129,24 +130,12 @@ BOOL WINAPI NotedFlush(HANDLE file) {
     return FlushFileBuffers(file);
 }
 
-// Owners: the first that is asked for is everybody, and then it is this process.
-int owners = 0;
-
-BOOL WINAPI OwnerInTurn(HANDLE file, SECURITY_INFORMATION what, PSECURITY_DESCRIPTOR into, DWORD bytes,
-                        DWORD* needed) {
-    const BOOL isDone = GetKernelObjectSecurity(file, what, into, bytes, needed);
-    PSID owner = nullptr;
-    BOOL isDefault = FALSE;
-    DWORD size = SECURITY_MAX_SID_SIZE;
-    GetSecurityDescriptorOwner(into, &owner, &isDefault);
-    return isDone && (owners++ != 0 || CreateWellKnownSid(WinWorldSid, nullptr, owner, &size));
-}
-
 BOOL WINAPI NotedOwner(HANDLE /*file*/, SECURITY_INFORMATION /*what*/, PSECURITY_DESCRIPTOR from) {
     PSID owner = nullptr;
     BOOL isDefault = FALSE;
-    GetSecurityDescriptorOwner(from, &owner, &isDefault);
-    seen += IsWellKnownSid(owner, WinWorldSid) ? "owner " : "? ";
+    seen += GetSecurityDescriptorOwner(from, &owner, &isDefault) && IsWellKnownSid(owner, WinWorldSid)
+                ? "owner "
+                : "?";
     return TRUE;
 }
 
@@ -180,9 +169,7 @@ HANDLE WINAPI TagByPath(const wchar_t* path, FINDEX_INFO_LEVELS level, void* int
 
 HANDLE WINAPI NotedOpening(const wchar_t* path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security,
                            DWORD disposition, DWORD flags, HANDLE like) {
-    std::ostringstream hex;
-    hex << std::hex << flags << " ";
-    seen += hex.str();
+    seen += std::to_string(flags >> 16) + " ";
     return CreateFileW(path, access, share, security, disposition, flags, like);
 }
 
@@ -377,7 +364,7 @@ TEST_F(FileFaults, NewerSystemsAreAskedForWhatTheyHave) {
     const Instead functions(osmodules::getProcAddress, FunctionOfNewer);
     seen.clear();
     SFile(file, SFile::writeOnly | SFile::create | SFile::sequential, 0, kShared).close();
-    EXPECT_EQ(seen, "8110000 ");  // who opens a pipe may be identified, no more
+    EXPECT_EQ(seen, std::to_string(0x811) + " ");  // who opens a pipe may be identified, no more
     for (const bool newer : {true, false}) {
         isNewer = newer;
         EXPECT_EQ(SFileSys::getTempDirname() == "C:\\windows\\SystemTemp\\", newer);
@@ -396,7 +383,7 @@ TEST_F(FileFaults, WhatOthersHinderIsTriedAgainForASecond) {
     const Instead dispositions(osfiles::setInformation, ScriptedSet);
     const Instead status(osfiles::lastStatus, ScriptedStatus);
     const Instead flushes(osfiles::flush, NotedFlush);
-    const Instead ownersAre(osfiles::getSecurity, OwnerInTurn);
+    const Instead ownersAre(osfiles::getSecurity, tarntest::OwnerInTurn);
     const Instead ownerGiven(osfiles::setSecurity, NotedOwner);
     const SAnsiString target = Text(folder / "target");
     const SAnsiString tree = Text(folder / "tree");
@@ -413,12 +400,12 @@ TEST_F(FileFaults, WhatOthersHinderIsTriedAgainForASecond) {
     for (const auto& c : tarntest::ReadCases("files/moments.txt")) {
         RemoveTree(folder);
         MakeTree(folder / "tree", "1");  // "a" and "deep/a"
-        for (const char* name : {"file", "target", "fixed"}) WriteBytes(folder / name, name);
-        for (const char* name : {"file", "fixed"})
-            SetFileAttributesW((folder / name).c_str(), FILE_ATTRIBUTE_READONLY);
-        SetFileAttributesW((folder / "target").c_str(), FILE_ATTRIBUTE_HIDDEN);
+        for (const auto& [name, attribute] : {std::pair("file", 1), {"target", 2}, {"fixed", 1}}) {
+            WriteBytes(folder / name, name);
+            SetFileAttributesW((folder / name).c_str(), static_cast<DWORD>(attribute));
+        }
         seen.clear();
-        owners = 0;
+        tarntest::owners = {"O:WD"};  // everybody, and then this process
         std::istringstream script(c[1]);
         for (std::string answer; script >> answer;)
             answers[answer[0]].push_back(std::stoul(answer.substr(1)));

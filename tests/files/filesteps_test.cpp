@@ -227,6 +227,10 @@ class FileSteps : public testing::Test {
         {"tree size", [this] { return SFileSys::rsize(text(1)); }},
         {"exact tree size", [this] { return SFileSys::rsizeEx(text(1)); }},
         {"unique", [this] { return unique(); }},
+        {"free name",
+         [this] { return SFileSys::exists(SFileSys::getUniqueFilename(text(1), "", "", false, 0)); }},
+        {"unique directory",
+         [this] { return SFileSys::isDir(SFileSys::getUniqueDirname(text(1), "d", true, 0)); }},
         // a file: its key in the case comes first
         {"open", [this] { file().open(text(2), mode(3), 0, SFile::denyNothing); }},
         {"hold", [this] { file().open(text(2), mode(3), 0, static_cast<int>(number(4))); }},

@@ -7,7 +7,6 @@
 #include "support/file_bytes.h"
 #include "support/print_strings.h"
 #include "support/wine.h"
-#include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
 
 using namespace TarnLibA500;
@@ -18,8 +17,6 @@ using tarntest::WriteBytes;
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr int kRights = SFile::defaultPermissions;
 
 class FileSys : public testing::Test {
   protected:
@@ -94,18 +91,6 @@ TEST_F(FileSys, DisksHaveRoom) {
     SFileSys::diskUsageInfo(Text(folder), total, free, available);
     EXPECT_TRUE(0 < available && available <= free && free < total);
     EXPECT_EQ(Failure([&] { SFileSys::diskUsageInfo("Q:\\", total, free, available); }), "12 1");
-}
-
-TEST_F(FileSys, UniqueNames) {
-    const SAnsiString first = SFileSys::getUniqueFilename(Text(folder), "a-", ".tmp", true, kRights);
-    const SAnsiString second = SFileSys::getUniqueFilename(Text(folder), "a-", ".tmp", false, kRights);
-    EXPECT_TRUE(SFileSys::isFile(first));
-    EXPECT_FALSE(SFileSys::exists(second));
-    EXPECT_EQ(second.getLength(), Text(folder).getLength() + sizeof "\\a-12345678.tmp" - 1);
-    EXPECT_TRUE(SFileSys::isDir(SFileSys::getUniqueDirname(Text(folder), "d", true, kRights)));
-    const SAnsiString temporary = SFileSys::getTempFilename("tarn");
-    EXPECT_EQ(SFileSys::size(temporary), 0U);
-    SFileSys::remove(temporary);
 }
 
 TEST_F(FileSys, TheTemporaryDirectoryMayHaveALongName) {

@@ -2,7 +2,6 @@
 
 #include "diag/logging/logdirectory.h"
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -10,32 +9,19 @@
 #include "support/case_file.h"
 #include "support/failing.h"
 #include "support/file_bytes.h"
-
-#include <sddl.h>
+#include "support/owners.h"
 
 using namespace TarnLibA500;
 using tarntest::Instead;
 
 namespace {
 
-std::vector<std::string> level;  // tag, owner and flags of the volume
+std::vector<std::string> level;  // its tag, and in the third place the flags of its volume
 
 BOOL WINAPI TagOfCase(HANDLE /*file*/, FILE_INFO_BY_HANDLE_CLASS /*what*/, void* into, DWORD /*bytes*/) {
     const auto tag = static_cast<DWORD>(std::stoul(level[0], nullptr, 16));
     *static_cast<FILE_ATTRIBUTE_TAG_INFO*>(into) = {tag != 0 ? 0x410UL : 0x10UL, tag};
     return tag != 1;
-}
-
-BOOL WINAPI OwnerOfCase(HANDLE file, SECURITY_INFORMATION what, PSECURITY_DESCRIPTOR into, DWORD bytes,
-                        DWORD* needed) {
-    if (level[1] == "own") return GetKernelObjectSecurity(file, what, into, bytes, needed);
-    PSECURITY_DESCRIPTOR made = nullptr;
-    if (!ConvertStringSecurityDescriptorToSecurityDescriptorA(level[1].c_str(), SDDL_REVISION_1, &made,
-                                                              needed))
-        return FALSE;
-    std::copy_n(static_cast<BYTE*>(made), std::min(*needed, bytes), static_cast<BYTE*>(into));
-    LocalFree(made);
-    return TRUE;
 }
 
 BOOL WINAPI VolumeOfCase(HANDLE /*file*/, wchar_t*, DWORD, DWORD*, DWORD*, DWORD* flags, wchar_t*, DWORD) {
@@ -47,12 +33,13 @@ BOOL WINAPI VolumeOfCase(HANDLE /*file*/, wchar_t*, DWORD, DWORD*, DWORD*, DWORD
 
 TEST(LogDirectories, TheDefaultOneIsRefusedWhenOthersMayHaveMadeIt) {
     const Instead tag(osfiles::getInformation, TagOfCase);
-    const Instead owner(osfiles::getSecurity, OwnerOfCase);
+    const Instead owner(osfiles::getSecurity, tarntest::OwnerInTurn);
     const Instead volume(osfiles::volumeInformation, VolumeOfCase);
     const auto folder = tarntest::MakeScratchFolder("logdirectories");
     const LogDirectory directory = {tarntest::Text(folder / "velmora" / "logging"), false};
     for (const auto& c : tarntest::ReadCases("diag/log_directories.txt")) {
         level = c;
+        tarntest::owners.assign(4, c[1]);  // both levels, before and after they are made
         SAnsiString refusal;
         EXPECT_EQ(MakeLogDirectory(directory, refusal), c[3].empty()) << c[0] << c[1];
         EXPECT_FALSE(refusal.find(c[3].c_str()).isAtEnd() && !c[3].empty()) << refusal.getString();
