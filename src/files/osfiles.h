@@ -39,6 +39,10 @@ inline constinit seam::Replaceable<decltype(SetKernelObjectSecurity)> setSecurit
 inline constinit seam::Replaceable<decltype(GetVolumeInformationByHandleW)> volumeInformation;
 inline constinit seam::Replaceable<decltype(ReadDirectoryChangesW)> readChanges;
 inline constinit seam::Replaceable<decltype(RtlGetLastNtStatus)> lastStatus;
+/// No documentation has it, and it may be missing. Looked up when the module is loaded: a look-up after a failure could
+/// change what it tells.
+inline const auto lastStatusOfSystem =
+    osmodules::Found<decltype(RtlGetLastNtStatus)>(L"ntdll.dll", "RtlGetLastNtStatus");
 
 /// Counts a handle that the system gave, if it did; passes it on.
 inline HANDLE Opened(HANDLE handle) noexcept {
@@ -161,7 +165,8 @@ inline bool Size(HANDLE file, long long& bytes) {
 /// taken for as long. Its error code alone is that of a refused access.
 inline bool WasBeingDeleted() {
     constexpr LONG kDeletePending = static_cast<LONG>(0xC0000056);
-    return GetLastError() == ERROR_ACCESS_DENIED && lastStatus.orElse(RtlGetLastNtStatus)() == kDeletePending;
+    auto* const status = lastStatus.orElse(lastStatusOfSystem);
+    return GetLastError() == ERROR_ACCESS_DENIED && status != nullptr && status() == kDeletePending;
 }
 
 inline bool Attributes(const wchar_t* path, WIN32_FILE_ATTRIBUTE_DATA& data) {
