@@ -103,8 +103,8 @@ CCLSocket::~CCLSocket() {
     try {
         AbortSocket();
     } catch (...) {  // no memory for a trace; the base closes the handle
+        freeSSLStructs();
     }
-    freeSSLStructs();
 }
 
 bool CCLSocket::TcpOpen() {

@@ -58,7 +58,9 @@ const SAnsiString& CSIsftp::GetServerFingerprint() const noexcept {
 }
 
 void CSIsftp::SetPrivateKey(const SAnsiString& file, const SAnsiString& passphrase) {
-    ssh_->passphrase.emplace(SAnsiString(passphrase.getString(), passphrase.getLength()));  // nobody else's
+    // Its characters are nobody else's.
+    ssh_->passphrase =
+        std::make_unique<const SecretString>(SAnsiString(passphrase.getString(), passphrase.getLength()));
     ssh_->keyFile = file;
 }
 
@@ -92,8 +94,9 @@ void CSIsftp::openSocket(const SAnsiString& host, unsigned short port, const SAn
 void CSIsftp::shakeHands(const SAnsiString& server) {
     constexpr unsigned kMostSeconds = 30;
     constexpr int kMostTries = 20;
-    constexpr unsigned kMillisecondsPerSecond = 1000;
-    SshSession& session = ssh_->session.emplace(ssh_->library.table(), control_);
+    constexpr unsigned long long kMillisecondsPerSecond = 1000;
+    ssh_->session = std::make_unique<SshSession>(ssh_->library.table(), control_);
+    SshSession& session = *ssh_->session;
     if (!session.create()) throw BadAllocation();
     const unsigned seconds = std::min(timeout_, kMostSeconds);
     const unsigned long long deadline = osclock::Tick() + seconds * kMillisecondsPerSecond;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <exception>
-#include <optional>
+#include <memory>
 #include <vector>
 
 #include "diag/assert/levels.h"
@@ -60,11 +60,11 @@ struct CSIsftp::Ssh {
     }
 
     SshLibrary library;
-    std::optional<SshSession> session;
+    std::unique_ptr<SshSession> session;
     SAnsiString fingerprint;        ///< as the caller supplied it
     SAnsiString serverFingerprint;  ///< of the last server
     SAnsiString keyFile;            ///< empty without a key
-    std::optional<SecretString> passphrase;
+    std::unique_ptr<const SecretString> passphrase;
     SAnsiString directory = ".";  ///< the working one
     int replyCode = 0;
     SAnsiString reply;

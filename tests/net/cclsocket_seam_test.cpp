@@ -193,7 +193,7 @@ TEST_F(Tls, TheLibraryIsLoadedAndUnloadedAHundredTimes) {
         library.table.freeContext(library.table.newContext(771));
         if (i == 9) blocks = HeapBlocks();
     }
-    EXPECT_LT(HeapBlocks(), blocks + 50);
+    EXPECT_LT(HeapBlocks(), blocks + 300);  // Wine's loader keeps one or two a load; a context has hundreds
     AssertRecorder recorder(kTracesToo);
     CclLibrary library;
     const auto load = [&] { LoadCclLibrary(library); };

@@ -88,7 +88,7 @@ int main(int, char** arguments) {
     Visit();
     FailEach<oslibssh2::Calls>("library", 7, 1);
     FailEach<ossockets::Calls>("sockets", WSAECONNRESET, 7);
-    FailEach<osmemory::Calls>("memory", 1, 37);
+    FailEach<osmemory::Calls>("memory", 1, 23);
     osclock::tickCount = &HastyClock;
     std::printf("a session %s its time\n", Visit() ? "outlasts" : "ends with");
     osclock::tickCount = nullptr;

@@ -130,10 +130,11 @@ Page& CutPage(Region& region, unsigned number, unsigned size) noexcept {
     const std::size_t taken = number == 0 ? sizeof(Region) : 0;
     const std::size_t bytes = blocksizes::kBytes[size];
     char* const begin = reinterpret_cast<char*>(&region) + number * kPageBytes + taken;
-    page.free = nullptr;
     page.lent = 0;
-    for (std::size_t left = (kPageBytes - taken) / bytes; left != 0; --left)
-        page.free = new (begin + (left - 1) * bytes) Block{page.free};
+    static_assert(kPageBytes - sizeof(Region) >= blocksizes::kLargest);
+    std::size_t left = (kPageBytes - taken) / bytes - 1;
+    page.free = new (begin + left * bytes) Block{nullptr};
+    while (left-- != 0) page.free = new (begin + left * bytes) Block{page.free};
     return page;
 }
 
