@@ -259,12 +259,14 @@ class SHashSteps {
     std::uint32_t hash_ = 0x811C9DC5;
 };
 
+/// The hash of bytes as they are.
 inline std::uint32_t SHashText(const char* text, std::uint32_t nBytes) {
     SHashSteps steps;
     for (std::uint32_t i = 0; i < nBytes; i += 4) steps.add(SHashSteps::Read(text + i, nBytes - i));
     return steps.get();
 }
 
+/// The hash of a text without regard to case, by its lower case.
 inline std::uint32_t SHashNoCase(const char* text, std::uint32_t nBytes) {
     SHashSteps steps;
     for (std::uint32_t i = 0; i < nBytes; i += 4) {
@@ -275,6 +277,7 @@ inline std::uint32_t SHashNoCase(const char* text, std::uint32_t nBytes) {
     return steps.get();
 }
 
+/// Whether two texts of one length are the same but for case: SHashNoCase is the same then.
 inline bool SHashSameNoCase(const char* left, const char* right, std::uint32_t nBytes) {
     for (std::uint32_t i = 0; i < nBytes; i += 4) {
         const std::uint32_t a = SHashSteps::Read(left + i, nBytes - i);

@@ -103,6 +103,7 @@ struct SMapText {
 TARN_API int SMapCollate(const char* left, const char* right, std::uint32_t nBytes);
 
 /// How a key is ordered against a text: negative, 0 or positive, as its operator< has it.
+/// Below 0, 0 or above 0 as the key comes before, is the same as, or comes behind the text.
 inline int SMapOrder(const SAnsiString& key, const SMapText& text) {
     return key.compare(text.text, text.length);
 }
@@ -239,6 +240,7 @@ class TARN_API SMapStringCaseInsensitive {
     SAnsiString text_;
 };
 
+/// Below 0, 0 or above 0 as the key comes before, is the same as, or comes behind the text.
 inline int SMapOrder(const SMapStringCaseInsensitive& key, const SMapText& text) {
     const std::uint32_t length = key.GetString().getLength();
     if (length != text.length) return length < text.length ? -1 : 1;
