@@ -253,7 +253,7 @@ bool CSIftp::sendFile(SFile& file, const SAnsiString& remote) try {
         if (read <= 0) break;
         const char* bytes = room;
         auto count = static_cast<unsigned>(read);
-        if (type_ == ascii) {
+        if (converted != nullptr) {
             count = lines.convert(bytes, count, converted);
             bytes = converted;
         }
