@@ -37,8 +37,10 @@ bool IsForServers(PCCERT_CONTEXT certificate) {
     DWORD size = 0;
     if (CertGetEnhancedKeyUsage(certificate, kFlags, nullptr, &size) == FALSE)
         return GetLastError() == static_cast<DWORD>(CRYPT_E_NOT_FOUND);  // no property: for all purposes
-    const std::unique_ptr<char[]> room(new (seam::kNoThrow) char[size]);
-    auto* const usage = reinterpret_cast<CERT_ENHKEY_USAGE*>(room.get());
+    // The purposes stand behind the first.
+    const std::unique_ptr<CERT_ENHKEY_USAGE[]> room(
+        new (seam::kNoThrow) CERT_ENHKEY_USAGE[size / sizeof(CERT_ENHKEY_USAGE) + 1]);
+    CERT_ENHKEY_USAGE* const usage = room.get();
     SetLastError(0);  // it tells "no purpose" and "all purposes" apart
     if (usage == nullptr || CertGetEnhancedKeyUsage(certificate, kFlags, usage, &size) == FALSE) return false;
     for (DWORD i = 0; i < usage->cUsageIdentifier; ++i) {

@@ -219,6 +219,10 @@ bool CSITcpSocket::GetBuffer(unsigned length, void* destination, unsigned second
 }
 
 bool CSITcpSocket::GetLine(char* destination, unsigned seconds) {
+    constexpr unsigned long long kTimeouts = 10;  // for all of the line
+    constexpr unsigned long long kMillisecondsPerSecond = 1000;
+    const unsigned long long deadline =
+        osclock::Tick() + (seconds + 1ULL) * kTimeouts * kMillisecondsPerSecond;
     unsigned length = 0;  // with the carriage return
     while (GetData(seconds, true)) {
         const char* const unread = buffer_ + readPosition_;
@@ -238,9 +242,9 @@ bool CSITcpSocket::GetLine(char* destination, unsigned seconds) {
         }
         readPosition_ += count;
         unread_ -= count;
-        if (!isEnd) continue;
-        destination[length - 1] = '\0';
-        return true;
+        if (!isEnd && osclock::Tick() < deadline) continue;
+        destination[isEnd ? length - 1 : 0] = '\0';
+        return isEnd || aborted("a line takes too long");
     }
     destination[0] = '\0';
     return false;

@@ -93,6 +93,12 @@ int WSAAPI ReceiveForEver(SOCKET, char*, int count, int) {
     return count;
 }
 
+int WSAAPI ReceiveSlowly(SOCKET, char* bytes, int, int) {
+    slept += 4;
+    *bytes = 'x';
+    return 1;
+}
+
 int WSAAPI ReceiveLater(SOCKET, char*, int, int) {
     WSASetLastError(WSAEWOULDBLOCK);
     return -1;
@@ -365,6 +371,20 @@ TEST_F(Sockets, ManyLinesTakeFewCalls) {
     for (int i = 0; i < kLines; ++i) ASSERT_TRUE(client.GetLine(line, 5));
     EXPECT_LT(ossockets::Calls::SoFar() - before, kLines / 10U);
     peer.finish();
+}
+
+TEST_F(Sockets, ALineThatTricklesInMustEnd) {
+    osclock::tickCount = &TickOfSleep;
+    Peer peer;
+    CSITcpSocket client("127.0.0.1", peer.port);
+    ASSERT_TRUE(client.TcpOpen());
+    peer.accept();
+    peer.say("x");
+    ossockets::receiveBytes = &ReceiveSlowly;
+    char line[CSITcpSocket::kLineBytes];
+    EXPECT_FALSE(client.GetLine(line, 5));
+    EXPECT_FALSE(client.IsOpen());
+    EXPECT_LT(slept, 100U);  // 2,048 bytes would take two hours
 }
 
 TEST_F(Sockets, AnAbortedConnectionIsReadOffWithinBounds) {

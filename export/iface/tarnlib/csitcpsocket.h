@@ -59,7 +59,7 @@ class TARN_API CSITcpSocket {
     bool GetBuffer(unsigned length, void* destination, unsigned seconds);
     /// Receives a line that ends with CR and LF, neither of which is stored; alone they are data. The destination
     /// has room for kLineBytes, and is terminated; empty with a failure. A line that does not fit closes the
-    /// connection.
+    /// connection, and so does one that is not whole after about ten times the time, however it trickles in.
     bool GetLine(char* destination, unsigned seconds);
     /// Tells the peer that nothing more comes, reads off what he still sends, for 10 s and 1 MiB at most (2 s
     /// without a byte), and closes. Nothing happens when there is no connection.
