@@ -56,7 +56,7 @@ def main(build, rounds=9, mib=256):
     with open(file, "wb") as out:
         for _ in range(mib):
             out.write(os.urandom(1 << 20))
-    server = Server("proftpd", "127.0.0.1", sandbox.PLACE, packages, True)
+    server = Server("proftpd", "127.0.0.1", sandbox.PLACE, packages, True, sandbox.PLACE)
     server.root.chmod(0o777)
     times = {"tarn": [], "curl": []}
     try:

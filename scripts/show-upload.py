@@ -62,7 +62,7 @@ def main(build):
     if why_not:
         print(f"no sandbox ({why_not}): {kind} on loopback")
     for host in "127.0.0.1", "::1":
-        server = Server(kind, host, place, packages, not why_not)
+        server = Server(kind, host, place, packages, not why_not, place)
         server.root.chmod(0o777)  # the server gives up its rights
         try:
             show(upload(server, build, place / "logs"))

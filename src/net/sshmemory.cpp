@@ -10,8 +10,8 @@
 namespace TarnLibA500::sshmemory {
 namespace {
 
-/// In front of a block.
-struct alignas(16) Head {
+/// In front of a block, which is aligned as the C heap aligns here.
+struct alignas(8) Head {
     std::size_t bytes;
 };
 
