@@ -8,7 +8,10 @@ set -euo pipefail
 zip=$(realpath "$1")
 root=$(realpath -m "$2")
 release=trixie
-mirror=${TARN_DEBIAN_MIRROR:-http://deb.debian.org/debian}
+# Where this system's own packages come from has the next release, too.
+mirror=$(apt-get indextargets --format '$(REPO_URI) $(RELEASE)' "Codename: $(. /etc/os-release && echo "$VERSION_CODENAME")" |
+    awk 'NR == 1 { print $1 }')
+[ -n "$mirror" ] || { echo "newer-wine.sh: apt names no mirror of Debian" >&2; exit 1; }
 tests=/srv/tests
 
 # In namespaces of its own: what is mounted and what is started there ends with the command.
