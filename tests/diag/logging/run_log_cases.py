@@ -12,7 +12,8 @@ import subprocess
 import sys
 import time
 
-LINE = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d m \S+ \d+ \d+ \[\] tarn\(\d+\) (.*)")
+LINE = re.compile(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}[+-]\d\d:\d\d ([mw]) \S+ \d+ \d+ \[\] (?:tarn\(\d+\)|-) (.*)")
+LOSS = re.compile(r"^(\d+) lines were lost", re.MULTILINE)
 
 
 def command(runner, tool, folder, text, lines, *more):
@@ -20,34 +21,48 @@ def command(runner, tool, folder, text, lines, *more):
             "-loggingPath", f"Z:{folder}", *more]
 
 
-def texts(path):
+def texts(path, level="m"):
     """The texts of a log; a torn line is an error."""
     found = []
     for line in path.read_text(encoding="utf-8").splitlines():
         match = LINE.fullmatch(line)
         if not match:
             sys.exit(f"{path.name}: torn line {line!r}")
-        found.append(match[1])
+        if match[1] == level:
+            found.append(match[2])
     return found
 
 
-def full_disk(runner, tool, folder):
-    if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", folder], capture_output=True).returncode:
-        print("no small file system can be mounted here: not run")
-        sys.exit(77)
-    try:
-        run = subprocess.run(command(runner, tool, folder, "x" * 100, 5000), capture_output=True, timeout=120,
-                             encoding="utf-8")
-        kept = sum(len(texts(path)) for path in folder.glob("*.log"))
-    finally:
-        subprocess.run(["umount", folder], check=True)
+def fill_disk(runner, tool, folder, length):
+    """Whether the log itself had room for a line that tells the loss, after lines of a length."""
+    run = subprocess.run(command(runner, tool, folder, "x" * length, 5000), capture_output=True, timeout=120,
+                         encoding="utf-8")
+    kept, told = (sum((texts(path, level) for path in folder.glob("*.log")), []) for level in "mw")
     complaints = [line for line in run.stderr.splitlines() if "cannot write" in line]
-    lost = sum(int(number) for number in re.findall(r"^(\d+) lines were lost", run.stderr, re.MULTILINE))
-    if run.returncode != 0 or len(complaints) != 1 or not 100 < kept < 5000 or kept + lost != 5000:
-        sys.exit(f"status {run.returncode}, {kept} lines kept, {lost} lost, said {run.stderr!r}")
+    lost = sum(int(number) for number in LOSS.findall("\n".join([*told, run.stderr])))
+    if run.returncode != 0 or len(complaints) != 1 or not 100 < len(kept) < 5000 or len(kept) + lost != 5000:
+        sys.exit(f"status {run.returncode}, {len(kept)} lines kept, {lost} lost, told {told}, said {run.stderr!r}")
     if "(112)" not in complaints[0]:
         sys.exit(f"a full disk is called {complaints[0]!r}")
-    print(f"{kept} whole lines kept, {lost} lost: {complaints[0]}")
+    print(f"{len(kept)} whole lines kept, {lost} lost, told in the log: {told}; {complaints[0]}")
+    return bool(told)
+
+
+# What is left after the last whole line depends on the length of a line, and so on the names of machine and user: lines
+# of many lengths leave room for a line that tells the loss, and leave none.
+def full_disk(runner, tool, folder):
+    told = set()
+    for length in range(100, 400, 20):
+        if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", folder], capture_output=True).returncode:
+            print("no small file system can be mounted here: not run")
+            sys.exit(77)
+        try:
+            told.add(fill_disk(runner, tool, folder, length))
+        finally:
+            subprocess.run(["umount", folder], check=True)
+        if len(told) == 2:
+            return
+    sys.exit(f"the loss was {'always' if told == {True} else 'never'} told in the log")
 
 
 def directory_taken_away(runner, tool, folder):
