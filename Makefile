@@ -30,7 +30,8 @@ help:
 	@echo "make test        build and run all tests"
 	@echo "make checked     the same tests with traps, library assertions and a guarded heap"
 	@echo "make soak        network sessions cut short at every single byte, and files over 4 GiB (15 GB of disk)"
-	@echo "make bench       speed against others: a table; FILTER=regex picks; PEERS=1: uploads against curl's instead"
+	@echo "make bench       speed against others: a table; FILTER=regex picks; PEERS=1: Abseil, POCO and boost too (built first,"
+	@echo "                 five minutes); DOCS=1: all of it, into docs/benchmarks.md; UPLOADS=1: uploads against other programs"
 	@echo "make sdk         headers, import library and DLLs into build/sdk, and the examples built against it"
 	@echo "make test-package     a zip of the tests for a Windows machine, tried under Wine"
 	@echo "make test-newer-wine  the same tests on the Wine of the next Debian release (root; the first time: three minutes)"
@@ -73,15 +74,23 @@ debug:
 	@$(STEP) "packages" deps-test deps/install.sh build test
 	@$(call configure-and-build,debug)
 
-ifeq ($(PEERS),)
+ifeq ($(UPLOADS),)
+# A page of rows has them all.
+bench: with_docs := $(filter-out 0 no,$(DOCS))
+bench: with_peers := $(filter-out 0 no,$(PEERS) $(DOCS))
 bench:
+	@$(if $(and $(with_docs),$(FILTER)),echo "DOCS=1 is of a whole run: leave FILTER out"; exit 1)
 	@$(STEP) "packages" deps-bench deps/install.sh build bench
 	@$(STEP) "Google Benchmark" deps-benchmark deps/benchmark.sh
-	@$(call configure-and-build,release,tarn_bench,-DTARN_BENCH=ON -Dbenchmark_DIR=$$(deps/benchmark.sh))
-	@$(WINE) bench/run.sh build/release "$(FILTER)"
+	@$(if $(with_peers),$(STEP) "Abseil (the first time: two minutes)" deps-abseil deps/abseil.sh)
+	@$(if $(with_peers),$(STEP) "POCO (the first time: three minutes)" deps-poco deps/poco.sh)
+	@$(if $(with_peers),$(STEP) "boost" deps-boost deps/boost.sh)
+	@$(call configure-and-build,release,tarn_bench,-DTARN_BENCH=ON -DTARN_BENCH_PEERS=$(if $(with_peers),ON,OFF) \
+	    -Dbenchmark_DIR=$$(deps/benchmark.sh))
+	@$(WINE) bench/run.sh build/release "$(FILTER)" $(if $(with_docs),--into docs/benchmarks.md)
 else
 bench:
-	@$(STEP) "packages" deps-bench-peers deps/install.sh build servers
+	@$(STEP) "packages" deps-bench-uploads deps/install.sh build servers
 	@$(STEP) "servers" deps-peers deps/peers.sh
 	@$(call configure-and-build,release,tarn)
 	@$(WINE) bench/ftp_upload.py build/release

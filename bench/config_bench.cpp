@@ -11,12 +11,15 @@
 #include <utility>
 #include <vector>
 
+#include "lookup.h"
+#include "row.h"
 #include "tarnlib/cparamlineargs.h"
 #include "tarnlib/registry.h"
 
 #include <windows.h>
 
 using namespace TarnLibA500;
+using namespace bench;
 
 namespace {
 
@@ -66,8 +69,6 @@ struct EqualNoCase {
 
 using StdOptions = std::unordered_map<std::string, std::string, HashNoCase, EqualNoCase>;
 
-constexpr int kManyOptions = 60;
-
 void OurManyLookup(benchmark::State& state) {
     CParamLineArgs args;
     for (int i = 1; i <= kManyOptions; ++i) args.SetArg(("Option" + std::to_string(i)).c_str(), "value");
@@ -76,47 +77,25 @@ void OurManyLookup(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(args.Lookup(name, value));
 }
 
-void StdManyLookup(benchmark::State& state) {
-    StdOptions options;
-    for (int i = 1; i <= kManyOptions; ++i) options["Option" + std::to_string(i)] = "value";
-    const std::string name("option56");
-    std::string value;
-    for (auto _ : state) {
-        const auto found = options.find(name);
-        if (found != options.end()) value = found->second;
-        benchmark::DoNotOptimize(value);
-    }
-}
-
-std::string Line() {
-    std::string line = "server.exe";
-    for (int i = 1; i <= 10; ++i) line += " -Option" + std::to_string(i) + " value" + std::to_string(i);
-    return line;
-}
-
-void OurParse(benchmark::State& state) {
-    const SAnsiString line(Line().c_str());
-    for (auto _ : state) benchmark::DoNotOptimize(CParamLineArgs(line).GetCount());
+std::size_t OurParse(const SAnsiString& line) {
+    return CParamLineArgs(line).GetCount();
 }
 
 // Its words, then the options in their order and by their names.
-void StdParse(benchmark::State& state) {
-    const std::string line = Line();
-    for (auto _ : state) {
-        std::vector<std::string> words;
-        std::istringstream in(line);
-        for (std::string word; in >> word;) words.push_back(word);
-        std::vector<std::pair<std::string, std::string>> options;
-        std::unordered_map<std::string, std::size_t, HashNoCase, EqualNoCase> index;
-        for (std::size_t i = 1; i < words.size(); ++i) {
-            if (words[i][0] != '-') continue;
-            const std::string name = words[i].substr(words[i].find_first_not_of('-'));
-            const bool hasValue = i + 1 < words.size() && words[i + 1][0] != '-';
-            index[name] = options.size();
-            options.emplace_back(name, hasValue ? words[++i] : std::string());
-        }
-        benchmark::DoNotOptimize(options.size());
+std::size_t StdParse(const std::string& line) {
+    std::vector<std::string> words;
+    std::istringstream in(line);
+    for (std::string word; in >> word;) words.push_back(word);
+    std::vector<std::pair<std::string, std::string>> options;
+    std::unordered_map<std::string, std::size_t, HashNoCase, EqualNoCase> index;
+    for (std::size_t i = 1; i < words.size(); ++i) {
+        if (words[i][0] != '-') continue;
+        const std::string name = words[i].substr(words[i].find_first_not_of('-'));
+        const bool hasValue = i + 1 < words.size() && words[i + 1][0] != '-';
+        index[name] = options.size();
+        options.emplace_back(name, hasValue ? words[++i] : std::string());
     }
+    return options.size();
 }
 
 void OurRead(benchmark::State& state) {
@@ -141,12 +120,16 @@ void ReadByOpening(benchmark::State& state) {
     settings.DeleteKey();
 }
 
+const bool added = [] {
+    AddRow("Config_OptionParse", "ours", OptionLine<SAnsiString>, OurParse);
+    AddRow("Config_OptionParse", "std::istringstream", OptionLine<std::string>, StdParse);
+    return true;
+}();
+
 BENCHMARK(OurLookup)->Name("BM_Config_OptionLookup/ours");
 BENCHMARK(SystemLookup)->Name("BM_Config_OptionLookup/CompareString");
 BENCHMARK(OurManyLookup)->Name("BM_Config_OptionLookup60/ours");
-BENCHMARK(StdManyLookup)->Name("BM_Config_OptionLookup60/std::unordered_map");
-BENCHMARK(OurParse)->Name("BM_Config_OptionParse/ours");
-BENCHMARK(StdParse)->Name("BM_Config_OptionParse/std::istringstream");
+BENCHMARK(LookUpOption<StdOptions>)->Name("BM_Config_OptionLookup60/std::unordered_map");
 BENCHMARK(OurRead)->Name("BM_Config_RegistryRead/ours");
 BENCHMARK(ReadByOpening)->Name("BM_Config_RegistryRead/open-query-close");
 

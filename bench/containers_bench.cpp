@@ -3,31 +3,28 @@
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <cctype>
 #include <clocale>
 #include <map>
-#include <random>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include <windows.h>
 
+#include "lookup.h"
 #include "tarnlib/shashmap.h"
 #include "tarnlib/simap.h"
 #include "tarnlib/simplebuffer.h"
 
 using namespace TarnLibA500;
+using namespace bench;
 using NoCase = SMapStringCaseInsensitive;
 
 namespace {
 
-constexpr std::size_t kKeys = 10'000;
 constexpr std::size_t kBufferBytes = 4096;
 
 constexpr const char* kLocale1252 = "English_United States.1252";
-constexpr const char* kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
 constexpr const char* kAccented = "abcdefghijklmnopqrstuvwxyz\xE0\xE9\xE8\xF1\xF6\xFC\xE7";
 
 struct BySystem {
@@ -37,36 +34,11 @@ struct BySystem {
     }
 };
 
-/// Different words of letters from an alphabet, 6 to 24 of them each.
-std::vector<std::string> Words(const std::string& alphabet) {
-    std::mt19937 random(20250101);
-    const auto below = [&](std::size_t n) { return random() % n; };
-    std::vector<std::string> words(kKeys);
-    for (std::string& word : words) {
-        word.resize(6 + below(19));
-        for (char& letter : word) letter = alphabet[below(alphabet.size())];
-    }
-    return words;
-}
-
 /// Settings as programs name them: long common beginnings, a number at the end.
 std::vector<std::string> Settings(const std::string&) {
     std::vector<std::string> names;
     for (std::size_t i = 0; i < kKeys; ++i) names.push_back("Transfer-Option." + std::to_string(100'000 + i));
     return names;
-}
-
-/// The keys as a caller spells them: ASCII letters in the other case, in another order.
-std::vector<std::string> Respelled(std::vector<std::string> keys) {
-    for (std::string& key : keys) {
-        for (char& c : key) {
-            const auto byte = static_cast<unsigned char>(c);
-            if (byte < 0x80)
-                c = static_cast<char>(std::islower(byte) ? std::toupper(byte) : std::tolower(byte));
-        }
-    }
-    std::shuffle(keys.begin(), keys.end(), std::mt19937(7));
-    return keys;
 }
 
 using Source = std::vector<std::string> (*)(const std::string&);
@@ -96,34 +68,6 @@ void LookUpBySystem(benchmark::State& state, Source source, const char* alphabet
     }
 }
 
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-}
-
-// What one writes for keys of ASCII: the shorter first, as ours are.
-struct AsciiOrder {
-    bool operator()(const std::string& a, const std::string& b) const {
-        if (a.size() != b.size()) return a.size() < b.size();
-        return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
-                                            [](char x, char y) { return Lower(x) < Lower(y); });
-    }
-};
-
-struct AsciiHash {
-    std::size_t operator()(const std::string& text) const {
-        std::size_t hash = 0x811C9DC5;
-        for (const char c : text) hash = (hash ^ static_cast<unsigned char>(Lower(c))) * 0x01000193;
-        return hash;
-    }
-};
-
-struct AsciiEqual {
-    bool operator()(const std::string& a, const std::string& b) const {
-        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                          [](char x, char y) { return Lower(x) == Lower(y); });
-    }
-};
-
 using AsciiTree = std::map<std::string, std::string, AsciiOrder>;
 using AsciiTable = std::unordered_map<std::string, std::string, AsciiHash, AsciiEqual>;
 using StdTable = std::unordered_map<std::string, std::string>;
@@ -132,22 +76,9 @@ using OurNoCaseTable = SHashMap<NoCase, SAnsiString>;
 using OurTable = SHashMap<SAnsiString, SAnsiString>;
 
 template <class Map, bool isRespelled>
-void LookUpByStd(benchmark::State& state) {
-    Map map;
-    std::vector<std::string> wanted = Words(kLetters);
-    for (const std::string& key : wanted) map[key] = "value";
-    if (isRespelled) wanted = Respelled(wanted);
-    std::size_t next = 0;
-    for (auto _ : state) {
-        if (map.find(wanted[next]) == map.end()) state.SkipWithError("a key is missing");
-        next = (next + 1) % kKeys;
-    }
-}
-
-template <class Map, bool isRespelled>
 void LookUpByOurText(benchmark::State& state) {
     Map map;
-    std::vector<std::string> wanted = Words(kLetters);
+    std::vector<std::string> wanted = KeysOf(kLetters);
     for (const std::string& key : wanted) map.Insert(key.c_str(), "value");
     if (isRespelled) wanted = Respelled(wanted);
     std::size_t next = 0;
@@ -178,16 +109,16 @@ void CopyVector(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK_CAPTURE(LookUpOurs, c, "C", Words, kLetters)->Name("BM_MapLookUp_words_C/ours");
-BENCHMARK_CAPTURE(LookUpBySystem, c, Words, kLetters)->Name("BM_MapLookUp_words_C/CompareString");
-BENCHMARK_CAPTURE(LookUpOurs, e, kLocale1252, Words, kLetters)->Name("BM_MapLookUp_words_1252/ours");
-BENCHMARK_CAPTURE(LookUpBySystem, e, Words, kLetters)->Name("BM_MapLookUp_words_1252/CompareString");
+BENCHMARK_CAPTURE(LookUpOurs, c, "C", KeysOf, kLetters)->Name("BM_MapLookUp_words_C/ours");
+BENCHMARK_CAPTURE(LookUpBySystem, c, KeysOf, kLetters)->Name("BM_MapLookUp_words_C/CompareString");
+BENCHMARK_CAPTURE(LookUpOurs, e, kLocale1252, KeysOf, kLetters)->Name("BM_MapLookUp_words_1252/ours");
+BENCHMARK_CAPTURE(LookUpBySystem, e, KeysOf, kLetters)->Name("BM_MapLookUp_words_1252/CompareString");
 BENCHMARK_CAPTURE(LookUpOurs, s, "C", Settings, "")->Name("BM_MapLookUp_settings_C/ours");
 BENCHMARK_CAPTURE(LookUpBySystem, s, Settings, "")->Name("BM_MapLookUp_settings_C/CompareString");
 BENCHMARK_CAPTURE(LookUpOurs, t, kLocale1252, Settings, "")->Name("BM_MapLookUp_settings_1252/ours");
 BENCHMARK_CAPTURE(LookUpBySystem, t, Settings, "")->Name("BM_MapLookUp_settings_1252/CompareString");
-BENCHMARK_CAPTURE(LookUpOurs, a, kLocale1252, Words, kAccented)->Name("BM_MapLookUp_accented_1252/ours");
-BENCHMARK_CAPTURE(LookUpBySystem, a, Words, kAccented)->Name("BM_MapLookUp_accented_1252/CompareString");
+BENCHMARK_CAPTURE(LookUpOurs, a, kLocale1252, KeysOf, kAccented)->Name("BM_MapLookUp_accented_1252/ours");
+BENCHMARK_CAPTURE(LookUpBySystem, a, KeysOf, kAccented)->Name("BM_MapLookUp_accented_1252/CompareString");
 BENCHMARK_TEMPLATE(LookUpByStd, AsciiTree, true)->Name("BM_MapLookUp_words_C/std::map");
 BENCHMARK_TEMPLATE(LookUpByOurText, OurTree, true)->Name("BM_MapLookUp_by_text/ours");
 BENCHMARK_TEMPLATE(LookUpByStd, AsciiTree, true)->Name("BM_MapLookUp_by_text/std::map");

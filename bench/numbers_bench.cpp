@@ -4,155 +4,109 @@
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
-#include <array>
 #include <charconv>
-#include <cmath>
-#include <cstring>
-#include <random>
 #include <string>
-#include <vector>
 
+#include "items.h"
+#include "row.h"
 #include "tarnlib/neutralstr.h"
 #include "tarnlib/sstringconv.h"
 
 using namespace TarnLibA500;
+using namespace bench;
 
 namespace {
 
-constexpr std::size_t kNumbers = 1024;
-using Random = std::mt19937_64;
-
-// Every length of number is as frequent as any other.
-template <class T>
-T AnyInteger(Random& random) {
-    return static_cast<T>(static_cast<T>(random()) >> (random() % (sizeof(T) * 8)));
+template <auto make>
+void IntegerToArrayOurs(benchmark::State& state) {
+    const auto numbers = Numbers<make>();
+    wchar_t text[SWCharStringConv::kArrayUnits];
+    for ([[maybe_unused]] auto _ : state) {
+        for (const auto number : numbers) {
+            SWCharStringConv::ToString(number, text);
+            benchmark::DoNotOptimize(text);
+        }
+    }
 }
-double Price(Random& random) {
-    return static_cast<double>(random() % 1'000'000) / 100;
-}
-double Measurement(Random& random) {
-    return std::ldexp(static_cast<double>(random() >> 11), static_cast<int>(random() % 60) - 80);
-}
-double AnyReal(Random& random) {
-    for (;;) {
-        const std::uint64_t bits = random();
-        double number;
-        std::memcpy(&number, &bits, sizeof number);
-        if (std::isfinite(number)) return number;
+template <auto make>
+void IntegerToArrayStd(benchmark::State& state) {
+    const auto numbers = Numbers<make>();
+    char text[SWCharStringConv::kArrayUnits];
+    for ([[maybe_unused]] auto _ : state) {
+        for (const auto number : numbers) {
+            *std::to_chars(text, text + sizeof text, number).ptr = '\0';
+            benchmark::DoNotOptimize(text);
+        }
     }
 }
 
-template <class T>
-std::vector<T> Numbers(T (*make)(Random&)) {
-    Random random(kNumbers);
-    std::vector<T> numbers(kNumbers);
-    for (T& number : numbers) number = make(random);
-    return numbers;
+const auto toStringOurs = [](auto number) { return NeutralString::FromNumber(number); };
+const auto toStringFmt = [](auto number) { return fmt::format("{}", number); };
+const auto toStringStd = [](auto number) { return std::to_string(number); };
+
+SAnsiString HexOurs(int number) {
+    return SAnsiStringConv::ToString(number, 16);
+}
+std::string HexFmt(int number) {
+    return fmt::format("{:X}", static_cast<unsigned>(number));
 }
 
-// One measurement for all: a thousand items, so that no branch predictor learns them by heart.
-template <class Items, class Work>
-void Each(benchmark::State& state, const Items& items, Work work) {
-    for (auto _ : state)
-        for (const auto& item : items) work(item);
-    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * items.size()));
+SAnsiString FixedOurs(double number) {
+    return NeutralString::FromNumber(number, 2);
 }
-
-template <class T>
-void IntegerToArrayOurs(benchmark::State& state, T (*make)(Random&)) {
-    wchar_t text[SWCharStringConv::kArrayUnits];
-    Each(state, Numbers(make), [&](T number) {
-        SWCharStringConv::ToString(number, text);
-        benchmark::DoNotOptimize(text);
-    });
-}
-template <class T>
-void IntegerToArrayStd(benchmark::State& state, T (*make)(Random&)) {
-    char text[SWCharStringConv::kArrayUnits];
-    Each(state, Numbers(make), [&](T number) {
-        *std::to_chars(text, text + sizeof text, number).ptr = '\0';
-        benchmark::DoNotOptimize(text);
-    });
+std::string FixedFmt(double number) {
+    return fmt::format("{:.2f}", number);
 }
 
 template <class T>
-void ToStringOurs(benchmark::State& state, T (*make)(Random&)) {
-    Each(state, Numbers(make), [](T number) { benchmark::DoNotOptimize(NeutralString::FromNumber(number)); });
+T FromTextOurs(const SAnsiString& text) {
+    T number = 0;
+    benchmark::DoNotOptimize(NeutralString::ToNumber(text, number));
+    return number;
 }
 template <class T>
-void ToStringFmt(benchmark::State& state, T (*make)(Random&)) {
-    Each(state, Numbers(make), [](T number) { benchmark::DoNotOptimize(fmt::format("{}", number)); });
+T FromTextStd(const std::string& text) {
+    T number = 0;
+    benchmark::DoNotOptimize(std::from_chars(text.data(), text.data() + text.size(), number));
+    return number;
 }
 
-template <class T>
-void ToStringStd(benchmark::State& state, T (*make)(Random&)) {
-    Each(state, Numbers(make), [](T number) { benchmark::DoNotOptimize(std::to_string(number)); });
+template <auto make>
+void AddToString(const std::string& row) {
+    AddRowOfAll(row, "ours", Numbers<make>, toStringOurs);
+    AddRowOfAll(row, "fmt", Numbers<make>, toStringFmt);
 }
 
-void HexOurs(benchmark::State& state, int (*make)(Random&)) {
-    Each(state, Numbers(make),
-         [](int number) { benchmark::DoNotOptimize(SAnsiStringConv::ToString(number, 16)); });
-}
-void HexFmt(benchmark::State& state, int (*make)(Random&)) {
-    Each(state, Numbers(make),
-         [](int number) { benchmark::DoNotOptimize(fmt::format("{:X}", static_cast<unsigned>(number))); });
+template <auto make>
+void AddFromText(const std::string& row) {
+    using Number = decltype(Numbers<make>())::value_type;
+    AddRowOfAll(row, "ours", NumberTexts<SAnsiString, make>, FromTextOurs<Number>);
+    AddRowOfAll(row, "std::from_chars", NumberTexts<std::string, make>, FromTextStd<Number>);
 }
 
-void FixedOurs(benchmark::State& state, double (*make)(Random&)) {
-    Each(state, Numbers(make),
-         [](double number) { benchmark::DoNotOptimize(NeutralString::FromNumber(number, 2)); });
-}
-void FixedFmt(benchmark::State& state, double (*make)(Random&)) {
-    Each(state, Numbers(make),
-         [](double number) { benchmark::DoNotOptimize(fmt::format("{:.2f}", number)); });
-}
-
-template <class String, class T>
-std::vector<String> Texts(T (*make)(Random&)) {
-    std::vector<String> texts;
-    for (T number : Numbers(make)) texts.emplace_back(fmt::format("{}", number).c_str());
-    return texts;
-}
-
-template <class T>
-void FromTextOurs(benchmark::State& state, T (*make)(Random&)) {
-    Each(state, Texts<SAnsiString>(make), [](const SAnsiString& text) {
-        T number = 0;
-        benchmark::DoNotOptimize(NeutralString::ToNumber(text, number));
-        benchmark::DoNotOptimize(number);
-    });
-}
-template <class T>
-void FromTextStd(benchmark::State& state, T (*make)(Random&)) {
-    Each(state, Texts<std::string>(make), [](const std::string& text) {
-        T number = 0;
-        benchmark::DoNotOptimize(std::from_chars(text.data(), text.data() + text.size(), number));
-        benchmark::DoNotOptimize(number);
-    });
-}
-
-using Int32 = int;
-using Int64 = long long;
+const bool added = [] {
+    AddToString<AnyInteger<int>>("IntegerToString_32");
+    AddToString<AnyInteger<long long>>("IntegerToString_64");
+    AddRowOfAll("IntegerToString_32", "std::to_string", Numbers<AnyInteger<int>>, toStringStd);
+    AddRowOfAll("IntegerToString_64", "std::to_string", Numbers<AnyInteger<long long>>, toStringStd);
+    AddRowOfAll("IntegerToHex_32", "ours", Numbers<AnyInteger<int>>, HexOurs);
+    AddRowOfAll("IntegerToHex_32", "fmt", Numbers<AnyInteger<int>>, HexFmt);
+    AddToString<Price>("RealToString_Price");
+    AddToString<Measurement>("RealToString_Measurement");
+    AddToString<AnyReal>("RealToString_Any");
+    AddRowOfAll("RealToString_TwoDecimals", "ours", Numbers<Price>, FixedOurs);
+    AddRowOfAll("RealToString_TwoDecimals", "fmt", Numbers<Price>, FixedFmt);
+    AddFromText<AnyInteger<int>>("TextToInteger_32");
+    AddFromText<AnyInteger<long long>>("TextToInteger_64");
+    AddFromText<Price>("TextToReal_Price");
+    AddFromText<Measurement>("TextToReal_Measurement");
+    AddFromText<AnyReal>("TextToReal_Any");
+    return true;
+}();
 
 }  // namespace
 
-#define TARN_PAIR(NAME, OURS, RIVAL, RIVAL_NAME, MAKE)              \
-    BENCHMARK_CAPTURE(OURS, NAME, MAKE)->Name("BM_" #NAME "/ours"); \
-    BENCHMARK_CAPTURE(RIVAL, NAME, MAKE)->Name("BM_" #NAME "/" RIVAL_NAME)
-
-TARN_PAIR(IntegerToArray_32, IntegerToArrayOurs, IntegerToArrayStd, "std::to_chars", AnyInteger<Int32>);
-TARN_PAIR(IntegerToArray_64, IntegerToArrayOurs, IntegerToArrayStd, "std::to_chars", AnyInteger<Int64>);
-TARN_PAIR(IntegerToString_32, ToStringOurs, ToStringFmt, "fmt", AnyInteger<Int32>);
-TARN_PAIR(IntegerToString_64, ToStringOurs, ToStringFmt, "fmt", AnyInteger<Int64>);
-BENCHMARK_CAPTURE(ToStringStd, std32, AnyInteger<Int32>)->Name("BM_IntegerToString_32/std::to_string");
-BENCHMARK_CAPTURE(ToStringStd, std64, AnyInteger<Int64>)->Name("BM_IntegerToString_64/std::to_string");
-TARN_PAIR(IntegerToHex_32, HexOurs, HexFmt, "fmt", AnyInteger<Int32>);
-TARN_PAIR(TextToInteger_32, FromTextOurs, FromTextStd, "std::from_chars", AnyInteger<Int32>);
-TARN_PAIR(TextToInteger_64, FromTextOurs, FromTextStd, "std::from_chars", AnyInteger<Int64>);
-TARN_PAIR(RealToString_Price, ToStringOurs, ToStringFmt, "fmt", Price);
-TARN_PAIR(RealToString_Measurement, ToStringOurs, ToStringFmt, "fmt", Measurement);
-TARN_PAIR(RealToString_Any, ToStringOurs, ToStringFmt, "fmt", AnyReal);
-TARN_PAIR(RealToString_TwoDecimals, FixedOurs, FixedFmt, "fmt", Price);
-TARN_PAIR(TextToReal_Price, FromTextOurs, FromTextStd, "std::from_chars", Price);
-TARN_PAIR(TextToReal_Measurement, FromTextOurs, FromTextStd, "std::from_chars", Measurement);
-TARN_PAIR(TextToReal_Any, FromTextOurs, FromTextStd, "std::from_chars", AnyReal);
+BENCHMARK(IntegerToArrayOurs<AnyInteger<int>>)->Name("BM_IntegerToArray_32/ours");
+BENCHMARK(IntegerToArrayStd<AnyInteger<int>>)->Name("BM_IntegerToArray_32/std::to_chars");
+BENCHMARK(IntegerToArrayOurs<AnyInteger<long long>>)->Name("BM_IntegerToArray_64/ours");
+BENCHMARK(IntegerToArrayStd<AnyInteger<long long>>)->Name("BM_IntegerToArray_64/std::to_chars");

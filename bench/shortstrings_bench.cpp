@@ -9,6 +9,8 @@
 
 #include <fmt/format.h>
 
+#include "items.h"
+#include "row.h"
 #include "support/committed.h"
 #include "tarnlib/sconcat.h"
 #include "tarnlib/sstring.h"
@@ -17,22 +19,12 @@
 #include "tarnlib/swordcursor.h"
 
 using namespace TarnLibA500;
+using namespace bench;
 
 namespace {
 
-constexpr std::size_t kTextBytes = 10'000'000;
 constexpr std::size_t kStrings = 1'000'000;
 constexpr std::size_t kMaxAppended = 1000;
-constexpr const char* kSeparators = " ,.";
-
-const std::string& Words() {
-    static const std::string text = [] {
-        std::string made;
-        while (made.size() < kTextBytes) made += "the quick brown fox, and the lazy dog then. ";
-        return made;
-    }();
-    return text;
-}
 
 template <class String>
 void MakeAndDestroy(benchmark::State& state) {
@@ -62,32 +54,17 @@ void AppendTen(benchmark::State& state) {
     }
 }
 
-struct Parts {
-    const char* user = "anna";
-    const char* action = "opened the file";
-    const char* where = "C:\\data\\report.txt";
-    int number = 12345;
-    int size = -678;
-};
+// --- one text of several ---
 
-template <class Make>
-void Line(benchmark::State& state, Make make) {
-    Parts parts;
-    for ([[maybe_unused]] auto _ : state) {
-        benchmark::DoNotOptimize(parts);
-        benchmark::DoNotOptimize(make(parts));
-    }
-}
-
-SAnsiString LineByConcat(const Parts& p) {
+SAnsiString LineByConcat(const LineParts& p) {
     return Concat(p.user, p.number, p.action, p.size, p.where);
 }
-SAnsiString LineByAppending(const Parts& p) {
+SAnsiString LineByAppending(const LineParts& p) {
     SAnsiString line;
     line << p.user << p.number << p.action << p.size << p.where;
     return line;
 }
-std::string LineStd(const Parts& p) {
+std::string LineStd(const LineParts& p) {
     std::string line(p.user);
     line += std::to_string(p.number);
     line += p.action;
@@ -95,26 +72,21 @@ std::string LineStd(const Parts& p) {
     line += p.where;
     return line;
 }
-std::string LineFmt(const Parts& p) {
+std::string LineFmt(const LineParts& p) {
     return fmt::format("{}{}{}{}{}", p.user, p.number, p.action, p.size, p.where);
 }
 
 template <class String>
-void Sum(benchmark::State& state) {
-    const String a("the first part, "), b("a second part and "), c("the third one");
-    for ([[maybe_unused]] auto _ : state) {
-        String sum = a + b + c;
-        benchmark::DoNotOptimize(sum);
-    }
+String Sum(const Summands<String>& of) {
+    return of.a + of.b + of.c;
 }
 
-void SplitOurs(benchmark::State& state) {
-    const SAnsiString text(Words().c_str());
-    for ([[maybe_unused]] auto _ : state) {
-        SIArray<SAnsiString> words;
-        SStringHelper::makeWords(text, words, kSeparators, false, false);
-        benchmark::DoNotOptimize(words);
-    }
+// --- words ---
+
+SIArray<SAnsiString> SplitOurs(const SAnsiString& text) {
+    SIArray<SAnsiString> words;
+    SStringHelper::makeWords(text, words, kSeparators, false, false);
+    return words;
 }
 
 // The next word, where it stands; empty at the end.
@@ -125,46 +97,38 @@ std::string_view NextView(const std::string& text, std::size_t& at) {
     return {text.data() + first, at - first};
 }
 
-void SplitStd(benchmark::State& state) {
-    for ([[maybe_unused]] auto _ : state) {
-        std::vector<std::string> words;
-        std::size_t at = 0;
-        for (std::string_view word; !(word = NextView(Words(), at)).empty();) words.emplace_back(word);
-        benchmark::DoNotOptimize(words);
-    }
+std::vector<std::string> SplitStd(const std::string& text) {
+    std::vector<std::string> words;
+    std::size_t at = 0;
+    for (std::string_view word; !(word = NextView(text, at)).empty();) words.emplace_back(word);
+    return words;
 }
 
-void CursorOurs(benchmark::State& state) {
-    const SAnsiString text(Words().c_str());
-    for ([[maybe_unused]] auto _ : state) {
-        std::size_t letters = 0;
-        for (SWordCursor word(text, kSeparators); word.next();) letters += word.getLength();
-        benchmark::DoNotOptimize(letters);
-    }
+// Words looked at where they stand: how many letters they have.
+std::size_t CursorOurs(const SAnsiString& text) {
+    std::size_t letters = 0;
+    for (SWordCursor word(text, kSeparators); word.next();) letters += word.getLength();
+    return letters;
+}
+std::size_t CursorStd(const std::string& text) {
+    std::size_t letters = 0, at = 0;
+    for (std::string_view word; !(word = NextView(text, at)).empty();) letters += word.size();
+    return letters;
 }
 
-void CursorStd(benchmark::State& state) {
-    for ([[maybe_unused]] auto _ : state) {
-        std::size_t letters = 0, at = 0;
-        for (std::string_view word; !(word = NextView(Words(), at)).empty();) letters += word.size();
-        benchmark::DoNotOptimize(letters);
-    }
+// A string for each token, one after the other.
+std::size_t TokensOurs(const SAnsiString& text) {
+    std::size_t letters = 0;
+    RSStrTok tokens(text);
+    tokens.SetToken(' ');
+    while (!tokens.IsEmpty()) letters += tokens.Next().getLength();
+    return letters;
 }
-
-void TokensOurs(benchmark::State& state) {
-    const SAnsiString text(Words().c_str());
-    for ([[maybe_unused]] auto _ : state) {
-        RSStrTok tokens(text);
-        tokens.SetToken(' ');
-        while (!tokens.IsEmpty()) benchmark::DoNotOptimize(tokens.Next());
-    }
-}
-
-void TokensStd(benchmark::State& state) {
-    for ([[maybe_unused]] auto _ : state) {
-        std::istringstream text(Words());
-        for (std::string token; std::getline(text, token, ' ');) benchmark::DoNotOptimize(token);
-    }
+std::size_t TokensStd(const std::string& text) {
+    std::size_t letters = 0;
+    std::istringstream in(text);
+    for (std::string token; std::getline(in, token, ' ');) letters += token.size();
+    return letters;
 }
 
 // The time is that of a million strings; the table shows what they take besides.
@@ -180,26 +144,28 @@ void Million(benchmark::State& state) {
     }
 }
 
-}  // namespace
+const bool added = [] {
+    AddRow("ShortLine_of_five", "ours", Line, LineByConcat);
+    AddRow("ShortLine_of_five", "<<", Line, LineByAppending);
+    AddRow("ShortLine_of_five", "std::string", Line, LineStd);
+    AddRow("ShortLine_of_five", "fmt", Line, LineFmt);
+    AddRow("ShortSum_of_three", "ours", OneSum<SAnsiString>, Sum<SAnsiString>);
+    AddRow("ShortSum_of_three", "std::string", OneSum<std::string>, Sum<std::string>);
+    AddRow("SplitWords_10MB", "ours", Words<SAnsiString>, SplitOurs)->Unit(benchmark::kMillisecond);
+    AddRow("SplitWords_10MB", "std::string", Words<std::string>, SplitStd)->Unit(benchmark::kMillisecond);
+    AddRow("WordCursor_10MB", "ours", Words<SAnsiString>, CursorOurs)->Unit(benchmark::kMillisecond);
+    AddRow("WordCursor_10MB", "string_view", Words<std::string>, CursorStd)->Unit(benchmark::kMillisecond);
+    AddRow("Tokens_10MB", "ours", Words<SAnsiString>, TokensOurs)->Unit(benchmark::kMillisecond);
+    AddRow("Tokens_10MB", "getline", Words<std::string>, TokensStd)->Unit(benchmark::kMillisecond);
+    return true;
+}();
 
-#define TARN_OURS_AND_STD(WORK, NAME)                       \
-    BENCHMARK(WORK<SAnsiString>)->Name("BM_" NAME "/ours"); \
-    BENCHMARK(WORK<std::string>)->Name("BM_" NAME "/std::string")
+}  // namespace
 
 BENCHMARK(MakeAndDestroy<SAnsiString>)->Name("BM_ShortMakeAndDestroy/ours")->Arg(10)->Arg(32);
 BENCHMARK(MakeAndDestroy<std::string>)->Name("BM_ShortMakeAndDestroy/std::string")->Arg(10)->Arg(32);
-TARN_OURS_AND_STD(AppendTen, "ShortAppend_10");
-TARN_OURS_AND_STD(Sum, "ShortSum_of_three");
-BENCHMARK_CAPTURE(Line, ours, LineByConcat)->Name("BM_ShortLine_of_five/ours");
-BENCHMARK_CAPTURE(Line, append, LineByAppending)->Name("BM_ShortLine_of_five/<<");
-BENCHMARK_CAPTURE(Line, std, LineStd)->Name("BM_ShortLine_of_five/std::string");
-BENCHMARK_CAPTURE(Line, fmt, LineFmt)->Name("BM_ShortLine_of_five/fmt");
-BENCHMARK(SplitOurs)->Name("BM_SplitWords_10MB/ours")->Unit(benchmark::kMillisecond);
-BENCHMARK(SplitStd)->Name("BM_SplitWords_10MB/std::string")->Unit(benchmark::kMillisecond);
-BENCHMARK(CursorOurs)->Name("BM_WordCursor_10MB/ours")->Unit(benchmark::kMillisecond);
-BENCHMARK(CursorStd)->Name("BM_WordCursor_10MB/string_view")->Unit(benchmark::kMillisecond);
-BENCHMARK(TokensOurs)->Name("BM_Tokens_10MB/ours")->Unit(benchmark::kMillisecond);
-BENCHMARK(TokensStd)->Name("BM_Tokens_10MB/getline")->Unit(benchmark::kMillisecond);
+BENCHMARK(AppendTen<SAnsiString>)->Name("BM_ShortAppend_10/ours");
+BENCHMARK(AppendTen<std::string>)->Name("BM_ShortAppend_10/std::string");
 BENCHMARK(Million<SAnsiString>)
     ->Name("BM_MillionStrings/ours")
     ->Arg(10)

@@ -9,16 +9,21 @@
 
 #include <windows.h>
 
+#include "items.h"
+#include "row.h"
 #include "tarnlib/UTFConverter.h"
 #include "tarnlib/snarrowtext.h"
 #include "tarnlib/sstring.h"
 
 using namespace TarnLibA500;
+using namespace bench;
 
 namespace {
 
 constexpr int kAppends = 1'000'000;
 constexpr std::size_t kTextBytes = 65536;
+constexpr const char* kLocale1252 = "English_United States.1252";
+constexpr const char* kLocale932 = "Japanese_Japan.932";
 
 template <class String>
 void Copy(benchmark::State& state, std::size_t length) {
@@ -83,7 +88,7 @@ void InUtf8(benchmark::State& state, void (*work)(const SAnsiString&)) {
     SNarrowText::FollowLocale();
 }
 void In1252(benchmark::State& state, void (*work)(const SAnsiString&)) {
-    std::setlocale(LC_ALL, "English_United States.1252");
+    std::setlocale(LC_ALL, kLocale1252);
     const SAnsiString text(English().c_str());
     for ([[maybe_unused]] auto _ : state) work(text);
     std::setlocale(LC_ALL, "C");
@@ -119,10 +124,6 @@ void ToWideByConverter(const SAnsiString& text) {
 
 // --- small functions on short texts; the rivals make a string each time where ours do ---
 
-constexpr const char* kPadded = "   the quick brown fox jumps over the lazy dog, and then again \t ";
-constexpr const char* kMixed = "The Quick Brown Fox Jumps Over The Lazy Dog, And Then Again";
-constexpr const char* kHeader = "Content-Transfer-Encoding";
-constexpr const char* kHeaderToo = "content-transfer-encodinG";
 constexpr const char* kAccented =
     "Gr\xF6\xDF"
     "enma\xDFst\xE4"
@@ -134,55 +135,69 @@ constexpr const char* kAccentedToo =
     "be der \xFC"
     "bung";
 
-void TrimOurs(benchmark::State& state, const char* locale) {
-    std::setlocale(LC_ALL, locale);
-    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(SAnsiString(kPadded).trim());
-    std::setlocale(LC_ALL, "C");
+SAnsiString TrimOurs(const char* from) {
+    SAnsiString text(from);
+    text.trim();
+    return text;
 }
-void TrimStd(benchmark::State& state) {
+std::string TrimStd(const char* from) {
     constexpr const char* kBlanks = " \t\n\v\f\r";
-    for ([[maybe_unused]] auto _ : state) {
-        std::string text(kPadded);
-        text.erase(text.find_last_not_of(kBlanks) + 1);
-        text.erase(0, text.find_first_not_of(kBlanks));
-        benchmark::DoNotOptimize(text);
-    }
+    std::string text(from);
+    text.erase(text.find_last_not_of(kBlanks) + 1);
+    text.erase(0, text.find_first_not_of(kBlanks));
+    return text;
 }
 
-void NoCaseOurs(benchmark::State& state, const char* locale, const char* left, const char* right) {
-    std::setlocale(LC_ALL, locale);
-    const SAnsiString a(left);
-    const SAnsiString b(right);
+bool NoCaseOurs(const TwoNames<SAnsiString>& of) {
+    return of.a.compareNoCase(of.b) == 0;
+}
+bool NoCaseStd(const TwoNames<std::string>& of) {
+    const auto lower = [](char byte) { return byte >= 'A' && byte <= 'Z' ? byte | 0x20 : byte; };
+    return std::equal(of.a.begin(), of.a.end(), of.b.begin(), of.b.end(),
+                      [&](char x, char y) { return lower(x) == lower(y); });
+}
+
+void NoCaseAccented(benchmark::State& state) {
+    std::setlocale(LC_ALL, kLocale1252);
+    const SAnsiString a(kAccented);
+    const SAnsiString b(kAccentedToo);
     for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(a.compareNoCase(b));
     std::setlocale(LC_ALL, "C");
-}
-void NoCaseStd(benchmark::State& state) {
-    const std::string a(kHeader);
-    const std::string b(kHeaderToo);
-    const auto lower = [](char byte) { return byte >= 'A' && byte <= 'Z' ? byte | 0x20 : byte; };
-    for ([[maybe_unused]] auto _ : state) {
-        benchmark::DoNotOptimize(std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                                            [&](char x, char y) { return lower(x) == lower(y); }));
-    }
 }
 void NoCaseSystem(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(CompareStringA(0x409, NORM_IGNORECASE, kAccented, -1, kAccentedToo, -1));
 }
 
-void LowerOurs(benchmark::State& state) {
-    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(SAnsiString(kMixed).toLower());
+SAnsiString LowerOurs(const char* from) {
+    SAnsiString text(from);
+    text.toLower();
+    return text;
 }
-void LowerStd(benchmark::State& state) {
-    for ([[maybe_unused]] auto _ : state) {
-        std::string text(kMixed);
-        for (char& byte : text) byte = static_cast<char>(std::tolower(static_cast<unsigned char>(byte)));
-        benchmark::DoNotOptimize(text);
-    }
+std::string LowerStd(const char* from) {
+    std::string text(from);
+    for (char& byte : text) byte = static_cast<char>(std::tolower(static_cast<unsigned char>(byte)));
+    return text;
 }
 
-constexpr const char* kLocale1252 = "English_United States.1252";
-constexpr const char* kLocale932 = "Japanese_Japan.932";
+void Use932(const benchmark::State&) {
+    std::setlocale(LC_ALL, kLocale932);
+}
+void UseC(const benchmark::State&) {
+    std::setlocale(LC_ALL, "C");
+}
+
+const bool added = [] {
+    AddRow("Trim_C", "ours", Padded, TrimOurs);
+    AddRow("Trim_C", "std::string", Padded, TrimStd);
+    AddRow("Trim_932", "ours", Padded, TrimOurs)->Setup(Use932)->Teardown(UseC);
+    AddRow("Trim_932", "std::string", Padded, TrimStd);
+    AddRow("CompareNoCase_C", "ours", OnePair<SAnsiString>, NoCaseOurs);
+    AddRow("CompareNoCase_C", "std::equal", OnePair<std::string>, NoCaseStd);
+    AddRow("ToLower_C", "ours", MixedCase, LowerOurs);
+    AddRow("ToLower_C", "std::tolower", MixedCase, LowerStd);
+    return true;
+}();
 
 }  // namespace
 
@@ -203,17 +218,8 @@ BENCHMARK_CAPTURE(FindStd, dbl, Japanese(), "\x83\x5C\x83\x5C")->Name("BM_String
 BENCHMARK_CAPTURE(FindOurs, trail, kLocale932, Japanese(), "\\")->Name("BM_StringFind_932TrailBytes/ours");
 BENCHMARK_CAPTURE(FindStd, trail, Japanese(), "\\#")->Name("BM_StringFind_932TrailBytes/std::string");
 
-BENCHMARK_CAPTURE(TrimOurs, c, "C")->Name("BM_Trim_C/ours");
-BENCHMARK(TrimStd)->Name("BM_Trim_C/std::string");
-BENCHMARK_CAPTURE(TrimOurs, dbl, kLocale932)->Name("BM_Trim_932/ours");
-BENCHMARK(TrimStd)->Name("BM_Trim_932/std::string");
-BENCHMARK_CAPTURE(NoCaseOurs, c, "C", kHeader, kHeaderToo)->Name("BM_CompareNoCase_C/ours");
-BENCHMARK(NoCaseStd)->Name("BM_CompareNoCase_C/std::equal");
-BENCHMARK_CAPTURE(NoCaseOurs, accented, kLocale1252, kAccented, kAccentedToo)
-    ->Name("BM_CompareNoCase_accented_1252/ours");
+BENCHMARK(NoCaseAccented)->Name("BM_CompareNoCase_accented_1252/ours");
 BENCHMARK(NoCaseSystem)->Name("BM_CompareNoCase_accented_1252/CompareString");
-BENCHMARK(LowerOurs)->Name("BM_ToLower_C/ours");
-BENCHMARK(LowerStd)->Name("BM_ToLower_C/std::tolower");
 
 #define TARN_IN_UTF8(WORK)                                                \
     BENCHMARK_CAPTURE(InUtf8, WORK, WORK)->Name("BM_Utf8" #WORK "/ours"); \

@@ -2,71 +2,152 @@
 """Prints what a benchmark run says about us and the rivals.
 
 Benchmarks pair up by name: BM_Family_Case/ours and BM_Family_Case/rival, with the same arguments behind. A ratio above
-1 says how many times faster we are. Times are medians of the repetitions.
+1 says how many times faster we are, or how many times less memory we take. Times are medians of the repetitions. What
+is marked is behind by more than a tenth, or below the aim that aims.txt names. Ends with status 1 when a row failed.
 
-    table.py build/bench.json [--markdown]
+    table.py bench.json                     the table, to be read on a screen
+    table.py bench.json --into page.md      the table and a chart (page.svg) between the marker lines of the page
 """
 import collections
 import json
+import os
+import pathlib
 import sys
 
+import chart
+from aims import Aims
+
 UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+LEVEL = 0.91  # less is behind by more than a tenth
+BEGIN = "<!-- Made by `make bench DOCS=1` from here on. -->"
+END = "<!-- Made by `make bench DOCS=1` up to here. -->"
+HEADER = ("what", "ours", "rival", "rival / ours", "aim", "")
+
+Row = collections.namedtuple("Row", "what ours contender rival ratio aim")
 
 
-def medians(report):
-    """(what, contender) -> nanoseconds"""
-    times = collections.OrderedDict()
+def named(run):
+    """What a run is about, and whose it is."""
+    family, _, rest = run.get("run_name", run["name"]).partition("/")
+    contender, *arguments = rest.split("/")
+    arguments = [a for a in arguments if not a.startswith(("min_time:", "repeats:", "real_time", "iterations:"))]
+    return " ".join([family.removeprefix("BM_").replace("_", " "), *arguments]), contender
+
+
+def read(report):
+    """Two times (what, contender) -> number: nanoseconds, and bytes a string; and what failed."""
+    times, sizes, failures = {}, {}, set()
     for run in report["benchmarks"]:
         if run.get("error_occurred"):
-            sys.exit(f"{run['name']}: {run.get('error_message')}")
-        if run.get("run_type") == "aggregate" and run.get("aggregate_name") != "median":
-            continue
-        family, _, rest = run.get("run_name", run["name"]).partition("/")
-        contender, *arguments = rest.split("/")
-        arguments = [a for a in arguments if not a.startswith(("min_time:", "repeats:", "real_time"))]
-        what = " ".join([family.removeprefix("BM_").replace("_", " "), *arguments])
-        times[what, contender] = run["real_time"] * UNITS[run["time_unit"]]
-    return times
+            failures.add(f"{run['name']}: {run.get('error_message')}")
+        elif run.get("aggregate_name") == "median":
+            what, contender = named(run)
+            times[what, contender] = run["real_time"] * UNITS[run["time_unit"]]
+            if "bytes" in run:
+                sizes[what + " memory", contender] = run["bytes"]
+    return times, sizes, failures
 
 
-def readable(nanoseconds):
+def readable_time(nanoseconds):
     for unit, size in reversed(UNITS.items()):
         if nanoseconds >= size:
             return f"{nanoseconds / size:.3g} {unit}" if nanoseconds < 1000 * size else f"{nanoseconds / size:.0f} {unit}"
     return f"{nanoseconds:.3g} ns"
 
 
-def rows(times):
-    for (what, contender), time in times.items():
-        if contender == "ours" or (what, "ours") not in times:
-            continue
-        ours = times[what, "ours"]
-        yield what, readable(ours), f"{contender} {readable(time)}", f"{time / ours:.2f}"
+def readable_size(count):
+    return f"{count:.0f} bytes"
 
 
-def alone(times):
-    whats = collections.Counter(what for what, _ in times)
-    return [(what, readable(time), "", "") for (what, contender), time in times.items() if whats[what] == 1]
+def rows(numbers, readable, aims, failures):
+    """A row for each rival, and one for what we do alone. Repetitions run interleaved: the order of the report is chance."""
+    accompanied = {what for what, contender in numbers if contender != "ours"}
+    for (what, contender), number in sorted(numbers.items()):
+        if (what, "ours") not in numbers:
+            failures.add(f"{what}: {contender} without ours")
+        elif contender != "ours":
+            ours = numbers[what, "ours"]
+            yield Row(what, readable(ours), contender, readable(number), number / ours, aims.of(what, contender))
+        elif what not in accompanied:
+            yield Row(what, readable(number), "", "", None, None)
 
 
-def print_table(table, markdown):
-    header = ("what", "ours", "rival", "rival / ours")
-    if markdown:
-        for row in [header, ("---",) * 4, *table]:
-            print("| " + " | ".join(row) + " |")
-        return
-    widths = [max(len(row[i]) for row in [header, *table]) for i in range(4)]
-    for row in [header, *table]:
-        print(f"{row[0]:<{widths[0]}}  {row[1]:>{widths[1]}}  {row[2]:<{widths[2]}}  {row[3]:>{widths[3]}}")
+def mark(row):
+    if row.ratio is None:
+        return ""
+    shown = round(row.ratio, 2)
+    marks = ["behind"] if shown < LEVEL else []
+    if row.aim is not None and shown < row.aim:
+        marks.append("below the aim")
+    return ", ".join(marks)
+
+
+def cells(row):
+    ratio = "" if row.ratio is None else f"{row.ratio:.2f}"
+    aim = "" if row.aim is None else f"{row.aim:g}"
+    return row.what, row.ours, f"{row.contender} {row.rival}".strip(), ratio, aim, mark(row)
+
+
+def print_table(table):
+    lines = [HEADER, *map(cells, table)]
+    widths = [max(map(len, column)) for column in zip(*lines)]
+    for what, ours, rival, ratio, aim, marks in lines:
+        print(f"{what:<{widths[0]}}  {ours:>{widths[1]}}  {rival:<{widths[2]}}  {ratio:>{widths[3]}}  {aim:>{widths[4]}}  {marks}".rstrip())
+    counts = collections.Counter(mark(row) for row in table)
+    print(f"{len(table)} rows;", ", ".join(f"{count} {marks}" for marks, count in sorted(counts.items()) if marks) or "none behind")
+
+
+def markdown(table):
+    yield "| " + " | ".join(HEADER) + " |"
+    yield "| --- | ---: | --- | ---: | ---: | --- |"
+    for row in table:
+        *plain, marks = cells(row)
+        yield "| " + " | ".join([*plain, f"**{marks}**" if marks else ""]) + " |"
+
+
+def replace_between_markers(text, lines, page):
+    head, begin, rest = text.partition(BEGIN + "\n")
+    _, end, tail = rest.partition(END)
+    if not begin or not end:
+        sys.exit(f"{page} has no lines {BEGIN} and {END}")
+    return head + begin + "\n".join(lines) + "\n" + end + tail
+
+
+def write_page(page, table, context):
+    """The page and its chart, each whole or not at all."""
+    picture = page.with_suffix(".svg")
+    families = collections.defaultdict(list)
+    for row in table:
+        if row.ratio is not None:
+            families[row.what.split()[0]].append((row.ratio, f"{row.what}, {row.contender}: {row.ratio:.2f}"))
+    rivals = ", ".join(f"{key.removeprefix('rival ')} {context[key]}" for key in sorted(context) if key.startswith("rival "))
+    made = f"Run of {context['date'][:10]}, against the C++ library and the system of this target; {rivals}."
+    lines = ["", made, "", f"![How many times faster we are, by family]({picture.name})", "", *markdown(table), ""]
+    texts = {page: replace_between_markers(page.read_text(encoding="utf-8"), lines, page),
+             picture: chart.svg(families, LEVEL)}
+    for path, text in texts.items():
+        new = path.with_suffix(path.suffix + ".new")
+        new.write_text(text, encoding="utf-8")
+        os.replace(new, path)
 
 
 def main():
     with open(sys.argv[1], encoding="utf-8") as file:
-        times = medians(json.load(file))
-    if not times:
-        sys.exit("no benchmark ran")
-    # Repetitions run interleaved, so the order of the report is chance.
-    print_table(sorted([*rows(times), *alone(times)]), "--markdown" in sys.argv)
+        report = json.load(file)
+    times, sizes, failures = read(report)
+    aims = Aims(pathlib.Path(__file__).with_name("aims.txt"))
+    table = [*rows(times, readable_time, aims, failures), *rows(sizes, readable_size, aims, failures)]
+    table.sort()
+    if table:
+        print_table(table)
+    else:
+        failures.add("no benchmark ran")
+    if "--into" in sys.argv:
+        failures.update(aims.unused())
+        if not failures:
+            write_page(pathlib.Path(sys.argv[sys.argv.index("--into") + 1]), table, report["context"])
+    if failures:
+        sys.exit("\n".join(["failed:", *sorted(failures)]))
 
 
 main()

@@ -10,15 +10,15 @@
 #include <string>
 #include <vector>
 
+#include "items.h"
+#include "row.h"
 #include "tarnlib/sdatetimeconv.h"
 
 using namespace TarnLibA500;
+using namespace bench;
 
 namespace {
 
-constexpr long long kFirst = 946'684'800;  // 2000-01-01
-constexpr long long kStep = 98'765;        // a day and some hours
-constexpr int kMoments = 4096;
 constexpr const char* kOurPattern = "yyyy-MM-dd@HH:mm:ss.SS";
 constexpr const char* kTheirPattern = "%Y-%m-%d@%H:%M:%S.000";
 constexpr const char* kOurNames = "dddd, dd MMMM yyyy";
@@ -26,15 +26,15 @@ constexpr const char* kOurNames = "dddd, dd MMMM yyyy";
 const STimeZone& utc = STimeZone::TZ_UTC();
 const STimeZone& local = STimeZone::TZ_Local();
 
-std::vector<SDateTime> Moments() {
+std::vector<SDateTime> OurMoments() {
     std::vector<SDateTime> moments;
-    for (int i = 0; i < kMoments; ++i) moments.emplace_back(kFirst + i * kStep, utc);
+    for (const long long seconds : Moments()) moments.emplace_back(seconds, utc);
     return moments;
 }
 
 std::vector<struct tm> RuntimeMoments() {
     std::vector<struct tm> moments;
-    for (const SDateTime& moment : Moments()) moments.push_back(sicSDateTimeToTm(&moment));
+    for (const SDateTime& moment : OurMoments()) moments.push_back(sicSDateTimeToTm(&moment));
     return moments;
 }
 
@@ -47,41 +47,26 @@ void Each(benchmark::State& state, const std::vector<Value>& values, Work work) 
     }
 }
 
-void FormatOurs(benchmark::State& state) {
-    Each(state, Moments(), [](const SDateTime& moment) {
-        const SAnsiString text = moment.Format(kOurPattern, utc);
-        benchmark::DoNotOptimize(text.getString());
-    });
+// The same value as text and as text with names.
+SAnsiString FormatOurs(const SDateTime& moment) {
+    return moment.Format(kOurPattern, utc);
 }
-
-void FormatRuntime(benchmark::State& state) {
-    Each(state, RuntimeMoments(), [](const struct tm& moment) {
-        char text[64];
-        const std::string string(text, std::strftime(text, sizeof text, kTheirPattern, &moment));
-        benchmark::DoNotOptimize(string.data());
-    });
+std::string FormatRuntime(const std::tm& moment) {
+    char text[64];
+    return {text, std::strftime(text, sizeof text, kTheirPattern, &moment)};
 }
-
-void FormatFmt(benchmark::State& state) {
-    Each(state, RuntimeMoments(), [](const struct tm& moment) {
-        benchmark::DoNotOptimize(fmt::format("{:%Y-%m-%d@%H:%M:%S.000}", moment));
-    });
+std::string FormatFmt(const std::tm& moment) {
+    return fmt::format("{:%Y-%m-%d@%H:%M:%S.000}", moment);
 }
-
-void NamesOurs(benchmark::State& state) {
-    Each(state, Moments(), [](const SDateTime& moment) {
-        const SAnsiString text = moment.Format(kOurNames, utc);
-        benchmark::DoNotOptimize(text.getString());
-    });
+SAnsiString NamesOurs(const SDateTime& moment) {
+    return moment.Format(kOurNames, utc);
 }
-
-void NamesFmt(benchmark::State& state) {
-    Each(state, RuntimeMoments(),
-         [](const struct tm& moment) { benchmark::DoNotOptimize(fmt::format("{:%A, %d %B %Y}", moment)); });
+std::string NamesFmt(const std::tm& moment) {
+    return fmt::format("{:%A, %d %B %Y}", moment);
 }
 
 void FormatIntoArrayOurs(benchmark::State& state) {
-    Each(state, Moments(), [](const SDateTime& moment) {
+    Each(state, OurMoments(), [](const SDateTime& moment) {
         char text[64];
         benchmark::DoNotOptimize(moment.Format(text, sizeof text, kOurPattern, utc));
         benchmark::DoNotOptimize(text[0]);
@@ -96,32 +81,31 @@ void FormatIntoArrayRuntime(benchmark::State& state) {
     });
 }
 
-void ParseOurs(benchmark::State& state) {
-    std::vector<SAnsiString> texts;
-    for (const SDateTime& moment : Moments()) texts.push_back(moment.Format("yyyy-MM-dd@HH:mm:ss", utc));
-    Each(state, texts, [](const SAnsiString& text) {
-        SDateTime moment;
-        benchmark::DoNotOptimize(StringToDate(text, moment, utc));
-        benchmark::DoNotOptimize(moment);
-    });
+template <class String>
+std::vector<String> Texts() {
+    std::vector<String> texts;
+    for (const SDateTime& moment : OurMoments())
+        texts.emplace_back(moment.Format("yyyy-MM-dd@HH:mm:ss", utc).getString());
+    return texts;
 }
 
-void ParseStream(benchmark::State& state) {
-    std::vector<std::string> texts;
-    for (const SDateTime& moment : Moments())
-        texts.emplace_back(moment.Format("yyyy-MM-dd@HH:mm:ss", utc).getString());
-    std::istringstream in;
-    Each(state, texts, [&in](const std::string& text) {
-        struct tm parts = {};
-        in.clear();
-        in.str(text);
-        in >> std::get_time(&parts, "%Y-%m-%d@%H:%M:%S");
-        benchmark::DoNotOptimize(parts);
-    });
+SDateTime ParseOurs(const SAnsiString& text) {
+    SDateTime moment;
+    benchmark::DoNotOptimize(StringToDate(text, moment, utc));
+    return moment;
+}
+
+std::tm ParseStream(const std::string& text) {
+    static std::istringstream in;
+    std::tm parts = {};
+    in.clear();
+    in.str(text);
+    in >> std::get_time(&parts, "%Y-%m-%d@%H:%M:%S");
+    return parts;
 }
 
 void ReadParts(benchmark::State& state, const STimeZone& zone) {
-    Each(state, Moments(), [&zone](const SDateTime& moment) {
+    Each(state, OurMoments(), [&zone](const SDateTime& moment) {
         short year;
         unsigned char month, day, hour, minute, second;
         unsigned short millisecond;
@@ -132,9 +116,7 @@ void ReadParts(benchmark::State& state, const STimeZone& zone) {
 
 void ReadPartsRuntime(benchmark::State& state, struct tm* (*convert)(const __time64_t*)) {
     _putenv("TZ=");
-    std::vector<__time64_t> moments;
-    for (int i = 0; i < kMoments; ++i) moments.push_back(kFirst + i * kStep);
-    Each(state, moments,
+    Each(state, Moments(),
          [convert](const __time64_t& moment) { benchmark::DoNotOptimize(*convert(&moment)); });
 }
 
@@ -147,17 +129,21 @@ void BuildRuntime(benchmark::State& state) {
     Each(state, RuntimeMoments(), [](struct tm parts) { benchmark::DoNotOptimize(_mktime64(&parts)); });
 }
 
+const bool added = [] {
+    AddRow("DateFormat_String", "ours", OurMoments, FormatOurs);
+    AddRow("DateFormat_String", "strftime", RuntimeMoments, FormatRuntime);
+    AddRow("DateFormat_String", "fmt", RuntimeMoments, FormatFmt);
+    AddRow("DateFormat_Names", "ours", OurMoments, NamesOurs);
+    AddRow("DateFormat_Names", "fmt", RuntimeMoments, NamesFmt);
+    AddRow("DateParse", "ours", Texts<SAnsiString>, ParseOurs);
+    AddRow("DateParse", "std::get_time", Texts<std::string>, ParseStream);
+    return true;
+}();
+
 }  // namespace
 
-BENCHMARK(FormatOurs)->Name("BM_DateFormat_String/ours");
-BENCHMARK(FormatRuntime)->Name("BM_DateFormat_String/strftime");
-BENCHMARK(FormatFmt)->Name("BM_DateFormat_String/fmt");
-BENCHMARK(NamesOurs)->Name("BM_DateFormat_Names/ours");
-BENCHMARK(NamesFmt)->Name("BM_DateFormat_Names/fmt");
 BENCHMARK(FormatIntoArrayOurs)->Name("BM_DateFormat_Array/ours");
 BENCHMARK(FormatIntoArrayRuntime)->Name("BM_DateFormat_Array/strftime");
-BENCHMARK(ParseOurs)->Name("BM_DateParse/ours");
-BENCHMARK(ParseStream)->Name("BM_DateParse/std::get_time");
 BENCHMARK_CAPTURE(ReadParts, utc, utc)->Name("BM_DateParts_UTC/ours");
 BENCHMARK_CAPTURE(ReadPartsRuntime, utc, &_gmtime64)->Name("BM_DateParts_UTC/gmtime");
 BENCHMARK_CAPTURE(ReadParts, local, local)->Name("BM_DateParts_Local/ours");
