@@ -8,6 +8,7 @@
 #include "net/hostaddresses.h"
 #include "net/socketfailure.h"
 #include "net/socketlines.h"
+#include "net/socketwait.h"
 #include "seam/osclock.h"
 #include "tarnlib/csiftp.h"
 #include "tarnlib/csisocket.h"
@@ -73,22 +74,6 @@ SAnsiString PortArgument(const sockaddr_storage& address) {
     return STraceHelper("%d,%d,%d,%d,%d,%d", bytes[0], bytes[1], bytes[2], bytes[3], port[0], port[1]);
 }
 
-/// The end of a time in whole seconds.
-class Deadline {
-  public:
-    explicit Deadline(unsigned seconds) : end_(osclock::Tick() + seconds * kMilliseconds) {}
-    bool isOver() const { return osclock::Tick() >= end_; }
-    /// Rounded up.
-    unsigned secondsLeft() const {
-        const unsigned long long now = osclock::Tick();
-        return now < end_ ? static_cast<unsigned>((end_ - now + kMilliseconds - 1) / kMilliseconds) : 0;
-    }
-
-  private:
-    static constexpr unsigned long long kMilliseconds = 1000;
-    unsigned long long end_;
-};
-
 /// Takes the next connection if it is the server's, and closes any other. False when none can be taken.
 bool AcceptFrom(const sockaddr_storage& server, unsigned listening, unsigned& data) {
     sockaddr_storage address = {};
@@ -112,6 +97,22 @@ SAnsiString WithoutZone(const SAnsiString& address) {
 }
 
 }  // namespace
+
+/// The end of a time in whole seconds.
+class CSIftp::Deadline {
+  public:
+    explicit Deadline(unsigned seconds) : end_(osclock::Tick() + seconds * kMilliseconds) {}
+    bool isOver() const { return osclock::Tick() >= end_; }
+    /// Rounded up.
+    unsigned secondsLeft() const {
+        const unsigned long long now = osclock::Tick();
+        return now < end_ ? static_cast<unsigned>((end_ - now + kMilliseconds - 1) / kMilliseconds) : 0;
+    }
+
+  private:
+    static constexpr unsigned long long kMilliseconds = 1000;
+    unsigned long long end_;
+};
 
 /// The data connection cannot be had without this.
 void CSIftp::requireStep(bool isDone, const char* detail) {
@@ -172,18 +173,41 @@ void CSIftp::offerPort(const sockaddr_storage& address) {
     if (code != kOkay) fail(CSIftpException::dataCommandRefused, kDataCommandRefused, reply);
 }
 
+/// Waits until a socket of the data connection can be read or written. False when that takes too long, or when the server says
+/// meanwhile what becomes of the file, which is to be read then; the last socket error tells them apart.
+bool CSIftp::awaitData(unsigned socket, bool isToSend, const Deadline& deadline) {
+    constexpr char kMoreToCome = '1';
+    const Direction direction = isToSend ? Direction::Write : Direction::Read;
+    while (connected_) {
+        const bool hasWord = lines_->hasUnread();
+        const int ready = WaitForSocket(direction, socket, hasWord ? 0 : deadline.secondsLeft(), control_);
+        if (ready < 0) return false;
+        if ((ready & kReady) != 0) return true;
+        if (ready == 0 && !hasWord) {
+            WSASetLastError(WSAETIMEDOUT);
+            return false;
+        }
+        if (lines_->peek() != kMoreToCome) break;
+        SAnsiString reply;
+        GetReply(reply);
+    }
+    WSASetLastError(WSAECONNABORTED);
+    return false;
+}
+
 int CSIftp::AcceptConnection() {
     const Deadline deadline(timeout_);
     sockaddr_storage server = {};
     int size = sizeof server;
     bool goesOn = ossockets::PeerName(control_, Generic(server), &size) == 0;
     while (goesOn && data_ == CSISocket::kInvalid) {
-        goesOn = CSISocket::isReadable(listening_, deadline.secondsLeft()) == 1 &&
-                 AcceptFrom(server, listening_, data_) && !deadline.isOver();
+        goesOn = awaitData(listening_, false, deadline) && AcceptFrom(server, listening_, data_) &&
+                 !deadline.isOver();
     }
     const ossockets::Socket listening(std::exchange(listening_, CSISocket::kInvalid));
-    requireStep(data_ != CSISocket::kInvalid, "Failed to accept a data connection from the ftp server");
-    return static_cast<int>(data_);
+    const bool isOpen = data_ != CSISocket::kInvalid;
+    requireStep(isOpen || lines_->hasUnread(), "Failed to accept a data connection from the ftp server");
+    return isOpen ? static_cast<int>(data_) : 0;
 }
 
 // ----------------------------------------------------------------------------------------- this end opens it
@@ -224,7 +248,8 @@ void CSIftp::openPassively() {
 // ----------------------------------------------------------------------------------------- what goes over it
 
 int CSIftp::SendDataMsg(const char* data, unsigned count) {
-    if (SendAll(data_, data, count, timeout_)) return static_cast<int>(count);
+    const auto isWriteable = [this] { return awaitData(data_, true, Deadline(timeout_)); };
+    if (SendAll(data_, data, count, isWriteable)) return static_cast<int>(count);
     TraceSocketFailure(kUnit, "Socket error %1", CSISocket::getLastErrorStr());
     return -1;
 }
@@ -267,16 +292,32 @@ bool CSIftp::sendFile(SFile& file, const SAnsiString& remote) try {
     return false;
 }
 
+/// False when the server says that it does not come: that is to be read then.
+bool CSIftp::isOpened() {
+    if (isPassive_) return true;
+    const int data = AcceptConnection();
+    return (data != 0 || !lines_->hasUnread()) && Require(data > 0, kUnit, "AcceptConnection() > 0");
+}
+
 /// Everything over the data connection, and closes it.
 bool CSIftp::transfer(SFile& file, const SAnsiString& remote) {
-    const bool isOpen = isPassive_ || Require(AcceptConnection() > 0, kUnit, "AcceptConnection() > 0");
-    const bool isSent = isOpen && sendFile(file, remote);
+    const bool isSent = isOpened() && sendFile(file, remote);
     if (isSent) {
         CloseDataConnection();
     } else {
         breakDataConnection();
     }
     return isSent;
+}
+
+/// The one that is no announcement of others.
+int CSIftp::lastReply(SAnsiString& reply) {
+    constexpr int kMostAnnouncements = 100;
+    constexpr int kLeastOfLast = 200;
+    int code = GetReply(reply);
+    for (int more = kMostAnnouncements; more != 0 && code != 0 && code < kLeastOfLast; --more)
+        code = GetReply(reply);
+    return code;
 }
 
 /// From the data connection on, which may be open when this says no.
@@ -292,7 +333,7 @@ bool CSIftp::put(SFile& file, const SAnsiString& remote) try {
         return false;
     }
     const bool isSent = transfer(file, remote);
-    const int last = GetReply(reply);
+    const int last = lastReply(reply);
     if (isSent && (last == kStored || last == kDone)) return true;
     TARN_TRACE_AT(levels::kFailure, kUnit, "%1 is not stored: %2", remote, reply);
     return false;

@@ -4,6 +4,7 @@
 
 #include "net/hostaddresses.h"
 #include "net/socketfailure.h"
+#include "net/socketwait.h"
 #include "tarnlib/csisocket.h"
 
 namespace TarnLibA500 {
@@ -11,23 +12,16 @@ namespace {
 
 constexpr const char* kUnit = "csisocket";
 
-enum class Direction { Read, Write };
+fd_set SetOf(unsigned socket) {
+    fd_set set;
+    set.fd_count = 1;
+    set.fd_array[0] = socket;
+    return set;
+}
 
-int WaitFor(Direction direction, unsigned s, unsigned seconds) {
-    const timeval limit = {static_cast<long>(std::min<unsigned>(seconds, LONG_MAX)), 0};
-    for (;;) {
-        fd_set one;
-        one.fd_count = 1;
-        one.fd_array[0] = s;
-        fd_set* const read = direction == Direction::Read ? &one : nullptr;
-        fd_set* const write = direction == Direction::Write ? &one : nullptr;
-        const int ready = ossockets::Select(0, read, write, nullptr, &limit);
-        if (ready >= 0) return ready > 0 ? 1 : 0;
-        // From the beginning, with the whole time.
-        if (!IsToBeAskedAgain(ossockets::LastError())) break;
-    }
-    TraceSocketFailure(kUnit, "CSISocket: waiting for a socket failed: %1", CSISocket::getLastErrorStr());
-    return -1;
+bool IsIn(const fd_set& set, unsigned socket) {
+    const SOCKET* const end = set.fd_array + set.fd_count;
+    return std::find(set.fd_array, end, socket) != end;
 }
 
 bool IsPortInUse(int family, unsigned short port) {
@@ -47,12 +41,31 @@ bool IsPortInUse(int family, unsigned short port) {
 
 }  // namespace
 
+int WaitForSocket(Direction direction, unsigned socket, unsigned seconds, unsigned beside) {
+    const timeval limit = {static_cast<long>(std::min<unsigned>(seconds, LONG_MAX)), 0};
+    const bool hasBeside = beside != ossockets::kNone;
+    const bool isToRead = direction == Direction::Read;
+    for (;;) {
+        fd_set own = SetOf(socket), other = SetOf(beside);
+        if (isToRead && hasBeside) own.fd_array[own.fd_count++] = beside;
+        fd_set* const read = isToRead ? &own : hasBeside ? &other : nullptr;
+        const int ready = ossockets::Select(0, read, isToRead ? nullptr : &own, nullptr, &limit);
+        if (ready == 0) return 0;
+        if (ready > 0)
+            return (IsIn(own, socket) ? kReady : 0) | (hasBeside && IsIn(*read, beside) ? kBeside : 0);
+        // From the beginning, with the whole time.
+        if (!IsToBeAskedAgain(ossockets::LastError())) break;
+    }
+    TraceSocketFailure(kUnit, "CSISocket: waiting for a socket failed: %1", CSISocket::getLastErrorStr());
+    return -1;
+}
+
 int CSISocket::isReadable(unsigned s, unsigned seconds) {
-    return WaitFor(Direction::Read, s, seconds);
+    return WaitForSocket(Direction::Read, s, seconds);
 }
 
 int CSISocket::isWriteable(unsigned s, unsigned seconds, unsigned /*ignored*/) {
-    return WaitFor(Direction::Write, s, seconds);
+    return WaitForSocket(Direction::Write, s, seconds);
 }
 
 int CSISocket::isWriteableMS(unsigned s, unsigned milliseconds) {

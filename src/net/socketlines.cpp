@@ -62,7 +62,15 @@ Outcome SocketLines::next(SAnsiString& line) {
     }
 }
 
-bool SendAll(unsigned socket, const char* bytes, unsigned count, unsigned seconds) {
+char SocketLines::peek() {
+    if (!hasUnread()) {
+        beginReply();
+        if (fill() != Outcome::Whole) return 0;
+    }
+    return block_[at_];
+}
+
+bool SendAll(unsigned socket, const char* bytes, unsigned count, const std::function<bool()>& isWriteable) {
     while (count != 0) {
         const int sent = ossockets::Send(socket, bytes, static_cast<int>(std::min(count, 0x7FFFFFFFU)), 0);
         if (sent < 0 && !IsToBeAskedAgain(ossockets::LastError())) return false;
@@ -70,13 +78,18 @@ bool SendAll(unsigned socket, const char* bytes, unsigned count, unsigned second
             bytes += sent;
             count -= static_cast<unsigned>(sent);
         }
-        if (count == 0) break;
         // What it did not take now it would not take at once either.
-        const int ready = CSISocket::isWriteable(socket, seconds);
-        if (ready == 0) WSASetLastError(WSAETIMEDOUT);
-        if (ready != 1) return false;
+        if (count != 0 && !isWriteable()) return false;
     }
     return true;
+}
+
+bool SendAll(unsigned socket, const char* bytes, unsigned count, unsigned seconds) {
+    return SendAll(socket, bytes, count, [=] {
+        const int ready = CSISocket::isWriteable(socket, seconds);
+        if (ready == 0) WSASetLastError(WSAETIMEDOUT);
+        return ready == 1;
+    });
 }
 
 }  // namespace TarnLibA500

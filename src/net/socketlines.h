@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "net/dialogue.h"
 
 namespace TarnLibA500 {
@@ -18,6 +20,10 @@ class SocketLines : public dialogue::LineSource {
 
     dialogue::Outcome next(SAnsiString& line) override;
     unsigned bytesOfReply() const override { return bytesOfReply_; }
+    /// Something that came is not yet handed out.
+    bool hasUnread() const noexcept { return at_ != count_; }
+    /// The first byte of the next reply, which stays there; 0 when none comes.
+    char peek();
 
   private:
     dialogue::Outcome fill();
@@ -34,5 +40,8 @@ class SocketLines : public dialogue::LineSource {
 /// Sends all of the bytes to a socket that does not block. False when it fails, or nothing is taken for so long;
 /// the last socket error says why.
 bool SendAll(unsigned socket, const char* bytes, unsigned count, unsigned seconds);
+
+/// The same with a wait of one's own for the socket to take more, which says false, and leaves the error, when it will not.
+bool SendAll(unsigned socket, const char* bytes, unsigned count, const std::function<bool()>& isWriteable);
 
 }  // namespace TarnLibA500

@@ -2,7 +2,6 @@
 
 #include "system.h"
 #include "tarnlib/pathparts.h"
-#include "tarnlib/senvironment.h"
 #include "tarnlib/sfile.h"
 #include "tarnlib/sfilesys.h"
 
@@ -12,7 +11,6 @@ using TarnLibA500::CSIftp;
 using TarnLibA500::CSIftpException;
 using TarnLibA500::FileProp;
 using TarnLibA500::SAnsiString;
-using TarnLibA500::SEnvironment;
 using TarnLibA500::SFile;
 using TarnLibA500::SFileSys;
 using TarnLibA500::SIArray;
@@ -41,26 +39,6 @@ Options TransferOptions(const Words& arguments, const std::vector<const char*>& 
 }
 
 // ----------------------------------------------------------------------------------------- logging in
-
-Password::Password(const Options& options, const std::string& prefix, bool isNeeded)
-    : SAnsiString(Read(options, prefix, isNeeded)) {}
-
-SAnsiString Password::Read(const Options& options, const std::string& prefix, bool isNeeded) {
-    const std::string env = prefix + "-env";
-    const std::string file = prefix + "-file";
-    const int count = options.count({env.c_str(), file.c_str()});
-    if (count == 0 && !isNeeded) return SAnsiString();
-    if (count != 1) throw Failure("-" + env + " or -" + file + " is needed");
-    if (options.has(file.c_str())) {
-        SFile lines(options.value(file.c_str()).c_str(), SFile::readOnly, SFile::readWriteMask,
-                    SFile::denyNothing);
-        return lines.readLine();
-    }
-    SAnsiString password;
-    const std::string name = options.value(env.c_str());
-    if (!SEnvironment::Get(name.c_str(), password)) throw Failure("there is no environment variable " + name);
-    return password;
-}
 
 unsigned short PortOf(const Options& options, unsigned short usual) {
     constexpr int kMostPort = 65535;

@@ -19,20 +19,6 @@ extern const char* const kTransferHelp;
 Options TransferOptions(const Words& arguments, const std::vector<const char*>& values,
                         const std::vector<const char*>& switches);
 
-/// The value of a variable or the first line of a file, and not from the command line, which other users of the
-/// machine can read. Overwritten when it goes.
-class Password : public TarnLibA500::SAnsiString {
-  public:
-    /// From one of the options PREFIX-env and PREFIX-file, or empty where it may be left out.
-    Password(const Options& options, const std::string& prefix, bool isNeeded);
-    ~Password() { releaseBuffer(true); }
-    Password(const Password&) = delete;
-    Password& operator=(const Password&) = delete;
-
-  private:
-    static TarnLibA500::SAnsiString Read(const Options& options, const std::string& prefix, bool isNeeded);
-};
-
 /// The port of the options, or the usual one.
 unsigned short PortOf(const Options& options, unsigned short usual);
 

@@ -10,23 +10,34 @@ using TarnLibA500::SAnsiString;
 using TarnLibA500::SEnvironment;
 using TarnLibA500::SFile;
 
-SAnsiString ReadPhrase(const Options& options) {
-    if (options.count({"pass-env", "pass-file"}) != 1)
-        throw Failure("one of -pass-env and -pass-file must be given");
-    if (options.has("pass-file"))
-        return SFile(options.value("pass-file").c_str(), SFile::readOnly, SFile::readWriteMask,
-                     SFile::denyNothing)
-            .readLine();
+SAnsiString FirstLineOf(const std::string& file) {
+    return SFile(file.c_str(), SFile::readOnly, SFile::readWriteMask, SFile::denyNothing).readLine();
+}
+
+SAnsiString ValueOf(const std::string& variable) {
     SAnsiString value;
-    const std::string name = options.value("pass-env");
-    if (!SEnvironment::Get(name.c_str(), value)) throw Failure("there is no variable " + name);
+    if (!SEnvironment::Get(variable.c_str(), value))
+        throw Failure("there is no environment variable " + variable);
     return value;
+}
+
+SAnsiString Read(const Options& options, const std::string& prefix, bool isNeeded) {
+    const std::string variable = prefix + "-env";
+    const std::string file = prefix + "-file";
+    const int count = options.count({variable.c_str(), file.c_str()});
+    if (count == 0 && !isNeeded) return SAnsiString();
+    if (count != 1) throw Failure("one of -" + variable + " and -" + file + " must be given");
+    const bool isInFile = options.has(file.c_str());
+    const SAnsiString text =
+        isInFile ? FirstLineOf(options.value(file.c_str())) : ValueOf(options.value(variable.c_str()));
+    if (text.isEmpty() && isNeeded)
+        throw Failure("what -" + (isInFile ? file : variable) + " names is empty");
+    return text;
 }
 
 }  // namespace
 
-PassPhrase::PassPhrase(const Options& options) : SAnsiString(ReadPhrase(options)) {
-    if (isEmpty()) throw Failure("the pass phrase is empty");
-}
+PassPhrase::PassPhrase(const Options& options, const std::string& prefix, bool isNeeded)
+    : SAnsiString(Read(options, prefix, isNeeded)) {}
 
 }  // namespace tarn

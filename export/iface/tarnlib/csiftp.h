@@ -129,7 +129,8 @@ class TARN_API CSIftp {
     virtual int GetReply(SAnsiString& text);
     /// Opens the listening socket and tells the server of it; throws when that fails.
     virtual bool InitializeListenSocket(int family);
-    /// The data connection that the server opens, at least 1; throws when it does not come.
+    /// The data connection that the server opens, at least 1. 0 when the server says instead that it does not come, which is the
+    /// next reply; throws when nothing comes.
     virtual int AcceptConnection();
     /// Sends all bytes over the data connection; returns their number, -1 when that fails.
     virtual int SendDataMsg(const char* data, unsigned count);
@@ -154,6 +155,8 @@ class TARN_API CSIftp {
     unsigned timeout_ = 60;             ///< seconds
 
   private:
+    class Deadline;
+
     int command(const char* word, const SAnsiString* argument, SAnsiString& reply);
     [[noreturn]] void failToSend(const char* word, const SAnsiString& reason) const;
     bool isDone(const char* word, const SAnsiString* argument, int code, int otherCode = 0);
@@ -165,6 +168,9 @@ class TARN_API CSIftp {
     void offerPort(const sockaddr_storage& address);
     void openPassively();
     unsigned short askForPort(int family);
+    bool awaitData(unsigned socket, bool isToSend, const Deadline& deadline);
+    bool isOpened();
+    int lastReply(SAnsiString& reply);
     bool transfer(SFile& file, const SAnsiString& remote);
     bool put(SFile& file, const SAnsiString& remote);
     bool sendFile(SFile& file, const SAnsiString& remote);

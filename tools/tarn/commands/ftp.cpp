@@ -2,6 +2,7 @@
 #include "filetransfer.h"
 #include "network.h"
 #include "options.h"
+#include "passphrase.h"
 #include "tarnlib/csiftp.h"
 
 namespace tarn {
@@ -28,7 +29,7 @@ void LogIn(CSIftp& client, const Options& options) {
     SetTimeout(client, options);
     client.SetPassive(options.has("passive"));
     const std::string host = options.value("host");
-    const Password password(options, "pass", true);
+    const PassPhrase password(options);
     if (!client.Connect(host.c_str(), port)) throw Failure(host + " does not serve now");
     if (!client.Login(options.value("user").c_str(), password, options.value("account").c_str()))
         throw Failure(host + " refuses the login");

@@ -2,6 +2,7 @@
 #include "filetransfer.h"
 #include "network.h"
 #include "options.h"
+#include "passphrase.h"
 #include "tarnlib/csisftp.h"
 
 namespace tarn {
@@ -43,8 +44,8 @@ void LogIn(CSIsftp& client, const Options& options) {
     const std::string host = options.value("host");
     SetTimeout(client, options);
     if (!options.has("fingerprint")) TellFingerprint(client, host, port);
-    const Password password(options, "pass", !options.has("key"));
-    const Password passphrase(options, "key-pass", false);
+    const PassPhrase password(options, "pass", !options.has("key"));
+    const PassPhrase passphrase(options, "key-pass", false);
     client.SetFingerprint(options.value("fingerprint").c_str());
     client.SetPrivateKey(options.value("key").c_str(), passphrase);
     client.Connect(host.c_str(), port);
