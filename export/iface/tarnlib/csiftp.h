@@ -96,7 +96,8 @@ class TARN_API CSIftp {
     /// True when one can change to the directory, which is tried; the working directory stays.
     bool IsDirExist(const SAnsiString& directory);
     /// Sends a local file under a name. False when the local file cannot be read, which is found before anything is
-    /// sent, when the server says no, or when the transfer breaks off: the server is told so by a reset.
+    /// sent, when the server says no, also instead of taking the data, or when the transfer breaks off: the server is told so by a
+    /// reset.
     bool PutFile(const SAnsiString& local, const SAnsiString& remote);
     /// Sends the account; true for 202 and 230.
     bool SendAcct(const SAnsiString& account);
