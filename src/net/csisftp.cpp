@@ -7,7 +7,7 @@
 
 #include "diag/assert/require.h"
 #include "net/csisftpstate.h"
-#include "net/ossockets.h"
+#include "net/socketfailure.h"
 #include "net/sshfingerprint.h"
 #include "seam/osclock.h"
 #include "security/secretbytes.h"
@@ -89,6 +89,10 @@ void CSIsftp::openSocket(const SAnsiString& host, unsigned short port, const SAn
     const int error = CSISocket::connectMulti(host, port, control_);
     if (error != 0 || ossockets::SetNonBlocking(control_) != 0)
         failToConnect(server + ": " + CSISocket::getLastErrorStr());
+    // The library often sends two packets before it waits for an answer. The second would be kept back until the first is
+    // acknowledged, which servers put off by 40 or 200 ms.
+    if (ossockets::SendAtOnce(control_) != 0)
+        TraceSocketFailure(kUnit, "%1 will take longer to answer: %2", server, CSISocket::getLastErrorStr());
 }
 
 void CSIsftp::shakeHands(const SAnsiString& server) {

@@ -137,6 +137,13 @@ inline int SetOption(unsigned socket, int name, const void* value, int bytes) no
     return ::setsockopt(socket, SOL_SOCKET, name, static_cast<const char*>(value), bytes);
 }
 
+/// From now on what is sent goes out at once, also when the peer has not yet acknowledged what went before.
+inline int SendAtOnce(unsigned socket) noexcept {
+    constexpr DWORD kOn = 1;
+    if (Calls::MustFail()) return SOCKET_ERROR;
+    return ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&kOn), sizeof kOn);
+}
+
 inline int GetOption(unsigned socket, int name, void* value, int bytes) noexcept {
     if (Calls::MustFail()) return SOCKET_ERROR;
     return ::getsockopt(socket, SOL_SOCKET, name, static_cast<char*>(value), &bytes);
