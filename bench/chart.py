@@ -2,7 +2,7 @@
 import math
 from xml.sax.saxutils import escape
 
-LABELS, PLOT, MARGIN, LINE, TOP, DOT = 190, 560, 24, 18, 56, 4.5  # widths and heights in pixels
+LABELS, PLOT, MARGIN, LINE, TOP, DOT, LEGEND = 190, 560, 24, 18, 56, 4.5, 110  # widths and heights in pixels
 TICKS = [base * 10.0 ** power for power in range(-3, 4) for base in (1, 2, 5)]
 
 STYLE = """
@@ -35,6 +35,12 @@ def dot(x, y, ratio, level, note):
     return f'<circle class="{kind}" cx="{x:.1f}" cy="{y:.1f}" r="{DOT}">{title}</circle>'
 
 
+def legend(x, level):
+    for ratio, note in ((level / 2, "behind"), (1, "within a tenth"), (2 / level, "ahead")):
+        yield dot(x, 20, ratio, level, note) + f'<text x="{x + 10}" y="24">{note}</text>'
+        x += LEGEND
+
+
 def svg(families, level):
     """families: name -> [(ratio, what it is of)]; level: a ratio below it is behind."""
     marks = ticks([ratio for dots in families.values() for ratio, _ in dots])
@@ -48,7 +54,8 @@ def svg(families, level):
     out = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {bottom + 2 * LINE}" role="img">',
            f"<title>The rival's time over ours, by family</title><style>{STYLE}</style>",
            f'<rect class="page" width="{width}" height="{bottom + 2 * LINE}"/>',
-           f'<text class="title" x="{MARGIN}" y="24">The rival\'s time over ours: right of 1 we are faster</text>']
+           f'<text class="title" x="{MARGIN}" y="24">The rival\'s time over ours: right of 1 we are faster</text>',
+           *legend(width - MARGIN - 3 * LEGEND, level)]
     for number, name in enumerate(sorted(families)):
         if number % 2 == 0:
             out.append(f'<rect class="band" x="0" y="{TOP + LINE * number}" width="{width}" height="{LINE}"/>')

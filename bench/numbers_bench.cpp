@@ -85,6 +85,7 @@ void AddFromText(const std::string& row) {
 }
 
 const bool added = [] {
+    AddRival("fmt", fmt::format("{}.{}", FMT_VERSION / 10000, FMT_VERSION / 100 % 100));
     AddToString<AnyInteger<int>>("IntegerToString_32");
     AddToString<AnyInteger<long long>>("IntegerToString_64");
     AddRowOfAll("IntegerToString_32", "std::to_string", Numbers<AnyInteger<int>>, toStringStd);

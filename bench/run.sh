@@ -2,7 +2,7 @@
 # Runs the benchmark program and prints its table. The figures stay in build/bench.json. Ends with a status other than 0
 # when the program or a row of it failed.
 #
-#   run.sh BUILD_FOLDER [FILTER [OPTION OF TABLE.PY...]]
+#   run.sh BUILD_FOLDER [FILTER [OPTION OF TABLE.PY...]]      without a filter, or with an empty one: all rows
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 json=$root/build/bench.json
@@ -14,4 +14,5 @@ rm -f "$json"
     --benchmark_enable_random_interleaving=true --benchmark_min_time="${MIN_TIME:-0.1}" \
     --benchmark_display_aggregates_only=true --benchmark_out="Z:$json" --benchmark_out_format=json \
     >"$root/build/log/bench.log" 2>&1 || { tail -n 40 "$root/build/log/bench.log"; exit 1; }
+[ -n "${2-}" ] || set -- "$1" "" --whole "${@:3}"
 python3 "$root/bench/table.py" "$json" "${@:3}"

@@ -11,6 +11,7 @@
 
 #include "items.h"
 #include "row.h"
+#include "sharedrows.h"
 #include "support/committed.h"
 #include "tarnlib/sconcat.h"
 #include "tarnlib/sstring.h"
@@ -24,7 +25,6 @@ using namespace bench;
 namespace {
 
 constexpr std::size_t kStrings = 1'000'000;
-constexpr std::size_t kMaxAppended = 1000;
 
 template <class String>
 void MakeAndDestroy(benchmark::State& state) {
@@ -34,23 +34,6 @@ void MakeAndDestroy(benchmark::State& state) {
         benchmark::DoNotOptimize(from);
         String made(from);
         benchmark::DoNotOptimize(made);
-    }
-}
-
-// A call a round; a new string from time to time, so that it stays short.
-template <class String>
-void AppendTen(benchmark::State& state) {
-    String text;
-    std::size_t left = 0;
-    for ([[maybe_unused]] auto _ : state) {
-        if (left-- == 0) {
-            text = String();
-            left = kMaxAppended;
-        }
-        const char* from = "0123456789";
-        benchmark::DoNotOptimize(from);
-        text += from;
-        benchmark::DoNotOptimize(text);
     }
 }
 
@@ -144,7 +127,11 @@ void Million(benchmark::State& state) {
     }
 }
 
+const auto append = [](auto& text, const char* ten) { text += ten; };
+
 const bool added = [] {
+    AddAppend<SAnsiString>("ours", append);
+    AddAppend<std::string>("std::string", append);
     AddRow("ShortLine_of_five", "ours", Line, LineByConcat);
     AddRow("ShortLine_of_five", "<<", Line, LineByAppending);
     AddRow("ShortLine_of_five", "std::string", Line, LineStd);
@@ -164,8 +151,6 @@ const bool added = [] {
 
 BENCHMARK(MakeAndDestroy<SAnsiString>)->Name("BM_ShortMakeAndDestroy/ours")->Arg(10)->Arg(32);
 BENCHMARK(MakeAndDestroy<std::string>)->Name("BM_ShortMakeAndDestroy/std::string")->Arg(10)->Arg(32);
-BENCHMARK(AppendTen<SAnsiString>)->Name("BM_ShortAppend_10/ours");
-BENCHMARK(AppendTen<std::string>)->Name("BM_ShortAppend_10/std::string");
 BENCHMARK(Million<SAnsiString>)
     ->Name("BM_MillionStrings/ours")
     ->Arg(10)

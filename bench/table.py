@@ -5,9 +5,12 @@ Benchmarks pair up by name: BM_Family_Case/ours and BM_Family_Case/rival, with t
 1 says how many times faster we are, or how many times less memory we take. Times are medians of the repetitions. What
 is marked is behind by more than a tenth, or below the aim that aims.txt names. Ends with status 1 when a row failed.
 
-    table.py bench.json                     the table, to be read on a screen
-    table.py bench.json --into page.md      the table and a chart (page.svg) between the marker lines of the page
+    table.py bench.json                         the table, to be read on a screen
+    table.py bench.json --whole                 the same of a run without a filter: each rival has its row of ours, each
+                                                aim its row
+    table.py bench.json --whole --into page.md  the table and a chart (page.svg) between the marker lines of the page too
 """
+import argparse
 import collections
 import json
 import os
@@ -59,16 +62,19 @@ def readable_size(count):
     return f"{count:.0f} bytes"
 
 
-def rows(numbers, readable, aims, failures):
+def alone(numbers):
+    """Rivals of rows that are not there: one of the names is wrong."""
+    return {f"{what}: {contender} without ours" for what, contender in numbers if (what, "ours") not in numbers}
+
+
+def rows(numbers, readable, aims):
     """A row for each rival, and one for what we do alone. Repetitions run interleaved: the order of the report is chance."""
     accompanied = {what for what, contender in numbers if contender != "ours"}
     for (what, contender), number in sorted(numbers.items()):
-        if (what, "ours") not in numbers:
-            failures.add(f"{what}: {contender} without ours")
-        elif contender != "ours":
-            ours = numbers[what, "ours"]
+        ours = numbers.get((what, "ours"))
+        if contender != "ours" and ours is not None:
             yield Row(what, readable(ours), contender, readable(number), number / ours, aims.of(what, contender))
-        elif what not in accompanied:
+        elif contender == "ours" and what not in accompanied:
             yield Row(what, readable(number), "", "", None, None)
 
 
@@ -132,22 +138,25 @@ def write_page(page, table, context):
 
 
 def main():
-    with open(sys.argv[1], encoding="utf-8") as file:
-        report = json.load(file)
+    parser = argparse.ArgumentParser()
+    parser.add_argument("report", type=pathlib.Path)
+    parser.add_argument("--whole", action="store_true")
+    parser.add_argument("--into", type=pathlib.Path)
+    arguments = parser.parse_args()
+    report = json.loads(arguments.report.read_text(encoding="utf-8"))
     times, sizes, failures = read(report)
     aims = Aims(pathlib.Path(__file__).with_name("aims.txt"))
-    table = [*rows(times, readable_time, aims, failures), *rows(sizes, readable_size, aims, failures)]
-    table.sort()
+    table = sorted([*rows(times, readable_time, aims), *rows(sizes, readable_size, aims)])
     if table:
         print_table(table)
     else:
         failures.add("no benchmark ran")
-    if "--into" in sys.argv:
-        failures.update(aims.unused())
-        if not failures:
-            write_page(pathlib.Path(sys.argv[sys.argv.index("--into") + 1]), table, report["context"])
+    if arguments.whole:
+        failures.update(alone(times), aims.unused())
     if failures:
         sys.exit("\n".join(["failed:", *sorted(failures)]))
+    if arguments.into:
+        write_page(arguments.into, table, report["context"])
 
 
 main()

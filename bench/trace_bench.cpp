@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "row.h"
 #include "tarnlib/slogger.h"
 #include "tarnlib/straceobj.h"
 
@@ -28,13 +29,15 @@ std::filesystem::path Folder() {
 /// Our log, open as long as the object lives.
 class OurLog {
   public:
-    OurLog() {
+    /// The filter names the sources whose points are on; all are without one.
+    explicit OurLog(const char* filter = "") {
         CParamLineArgs args;
         args.SetProgramName("bench");
         args.SetArg("trace", "m");
         args.SetArg("tracecmpname", "bench");
         args.SetArg("keep", "off");
         args.SetArg("loggingPath", Folder().string().c_str());
+        if (*filter != '\0') args.SetArg("fileLogFilter", filter);
         SLogger::Initialize(args);
     }
     ~OurLog() { SLogger::Terminate(); }
@@ -83,8 +86,18 @@ void TheirSwitchedOff(benchmark::State& state) {
     }
 }
 
+// Its mask is on, but the file filter names other sources. The rival has a logger of its own for what is switched off.
+void OurFilteredOut(benchmark::State& state) {
+    const OurLog log("othersource");
+    OurSwitchedOff(state);
+}
+
+const bool added = bench::AddRival("spdlog", fmt::format("{}.{}", SPDLOG_VER_MAJOR, SPDLOG_VER_MINOR));
+
 BENCHMARK(OurSwitchedOff)->Name("BM_Trace_SwitchedOff/ours");
 BENCHMARK(TheirSwitchedOff)->Name("BM_Trace_SwitchedOff/spdlog");
+BENCHMARK(OurFilteredOut)->Name("BM_Trace_FilteredOut/ours");
+BENCHMARK(TheirSwitchedOff)->Name("BM_Trace_FilteredOut/spdlog");
 BENCHMARK(OurLines)->Name("BM_Trace_Line/ours")->Threads(1)->UseRealTime();
 BENCHMARK(TheirLines)->Name("BM_Trace_Line/spdlog")->Threads(1)->UseRealTime();
 BENCHMARK(OurLines)->Name("BM_Trace_Line/ours")->Threads(4)->UseRealTime();

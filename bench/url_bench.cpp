@@ -12,9 +12,11 @@
 #include <shlwapi.h>
 
 #define PCRE2_CODE_UNIT_WIDTH 8
+#include <fmt/format.h>
 #include <pcre2.h>
 #include <sqlite3.h>
 
+#include "row.h"
 #include "tarnlib/nvpairs.h"
 #include "tarnlib/squerystring.h"
 #include "tarnlib/swebencode.h"
@@ -202,5 +204,8 @@ void BM_Like_21_wildcards(benchmark::State& state, int more) {
 }
 BENCHMARK_CAPTURE(BM_Like_21_wildcards, ours, 20);
 BENCHMARK_CAPTURE(BM_Like_21_wildcards, one_wildcard, 0);
+
+const bool added = bench::AddRival("SQLite", SQLITE_VERSION) &&
+                   bench::AddRival("PCRE2", fmt::format("{}.{}", PCRE2_MAJOR, PCRE2_MINOR));
 
 }  // namespace

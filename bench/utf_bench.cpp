@@ -12,43 +12,14 @@
 
 #include "tarnlib/UTFConverter.h"
 #include "tarnlib/sstring.h"
+#include "texts.h"
 
 using namespace TarnLibA500;
+using namespace bench;
 
 namespace {
 
-constexpr std::size_t kTextBytes = 65536;
 constexpr std::size_t kMaxBytesOfUnit = 3;
-
-struct Text {
-    std::string utf8;
-    std::wstring utf16;
-};
-
-Text Repeated(const std::string& line) {
-    Text text;
-    while (text.utf8.size() < kTextBytes) text.utf8 += line;
-    utf8::utf8to16(text.utf8.begin(), text.utf8.end(), std::back_inserter(text.utf16));
-    return text;
-}
-
-const Text& ASCII() {
-    static const Text text = Repeated("the quick brown fox jumps over the lazy dog, and then again; ");
-    return text;
-}
-const Text& German() {
-    static const Text text = Repeated(
-        "Zw\xC3\xB6lf Boxk\xC3\xA4mpfer jagen Viktor quer \xC3\xBC"
-        "ber den gro\xC3\x9F"
-        "en Sylter Deich. ");
-    return text;
-}
-const Text& CJK() {
-    static const Text text = Repeated(
-        "\xE6\x97\xA5\xE6\x9C\xAC\xE5\x9B\xBD\xE6\xB0\x91\xE3\x81\xAF\xE3\x80\x81\xE6\xAD\xA3\xE5\xBD\x93"
-        "\xE3\x81\xAB\xE9\x81\xB8\xE6\x8C\x99\xE3\x81\x95\xE3\x82\x8C\xE3\x81\x9F");
-    return text;
-}
 
 // Each takes the text and room for it, and returns the end of what it wrote, or null.
 wchar_t* ToUTF16Ours(const std::string& from, wchar_t* to, wchar_t* end) {
@@ -104,28 +75,6 @@ void ToUTF8(benchmark::State& state, const Text& text, ToUTF8Function convert) {
 }
 
 // --- narrow text of a code page ---
-
-struct PageText {
-    const char* locale;
-    UINT page;
-    std::string bytes;
-};
-
-PageText InPage(const char* locale, UINT page, const Text& text) {
-    const auto units = static_cast<int>(text.utf16.size());
-    std::string bytes(2 * text.utf16.size(), '\0');
-    bytes.resize(static_cast<std::size_t>(WideCharToMultiByte(
-        page, 0, text.utf16.data(), units, bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr)));
-    return {locale, page, bytes};
-}
-const PageText& P1252() {
-    static const PageText text = InPage("English_United States.1252", 1252, German());
-    return text;
-}
-const PageText& P932() {
-    static const PageText text = InPage("Japanese_Japan.932", 932, CJK());
-    return text;
-}
 
 void PageToUTF16Ours(benchmark::State& state, const PageText& text) {
     std::setlocale(LC_ALL, text.locale);

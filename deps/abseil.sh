@@ -7,7 +7,7 @@ version=20220623
 
 build() {
     fetch_source abseil
-    # The language of the program that takes it: its string_view is the standard one from C++17 on.
+    # The language of the program that takes it, by which some of its types differ.
     cmake -G Ninja -S source -B build -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_CXX_STANDARD=20 -DCMAKE_CXX_FLAGS=-w -DBUILD_TESTING=OFF
     # What the rows need, with what that needs.
