@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 
 #include "seam/osclock.h"
 
@@ -28,41 +29,57 @@ inline bool ProcessIsEnding() {
     return RtlDllShutdownInProgress() != FALSE;
 }
 
+/// A lock that costs an atomic operation to take and one to give back while nobody sleeps for it, and a few calls
+/// of the system otherwise. Not fair: whoever is awake takes it first. Whoever has it may destroy it once it is
+/// given back and nobody else asks for it: giving back touches nothing after that.
+///
+/// Not a CRITICAL_SECTION: Windows ends a process that is ending at once, without the rest of its end, when somebody
+/// enters one that an ended thread holds. Not an SRWLOCK alone: it cannot be asked whether anybody holds it, and
+/// waits without end then.
 class Lock {
   public:
     /// Waits until it is free. False, and not taken, when an ended thread holds it.
     [[nodiscard]] bool take() {
         if (takeIfFree()) return true;
         if (ProcessIsEnding()) return false;
-        if (takeSoon()) return true;
-        AcquireSRWLockExclusive(&lock_);
-        mark(true);
+        if (!takeSoon()) sleepUntilTaken();
         return true;
     }
     /// Does not wait; false when it is not free.
     [[nodiscard]] bool takeIfFree() {
-        const bool isTaken = TryAcquireSRWLockExclusive(&lock_) != FALSE;
-        if (!isTaken && !(ProcessIsEnding() && !isHeld_.load(std::memory_order_relaxed))) return false;
-        mark(true);
-        return true;
+        std::uint32_t seen = 0;
+        do {
+            if (state_.compare_exchange_weak(seen, seen | kHeld, std::memory_order_acquire,
+                                             std::memory_order_relaxed))
+                return true;
+        } while ((seen & kHeld) == 0);
+        return false;
     }
-    // The system would look for waiting threads, whose stacks are gone when the process ends.
     void giveBack() {
-        mark(false);
-        if (!ProcessIsEnding()) ReleaseSRWLockExclusive(&lock_);
+        std::uint32_t seen = kHeld;
+        do {
+            if (mustWake(seen)) return giveBackAndWake();
+        } while (!state_.compare_exchange_weak(seen, seen & ~kHeld, std::memory_order_release,
+                                               std::memory_order_relaxed));
     }
 
   private:
-    friend class Condition;
+    static constexpr std::uint32_t kHeld = 1;
+    static constexpr std::uint32_t kWoken = 2;    ///< a thread was woken and has not looked yet
+    static constexpr std::uint32_t kSleeper = 4;  ///< one of those that sleep, or are about to
 
-    // Most locks are held for less time than it takes to fall asleep and be woken, and as long as one thread
-    // sleeps, each that gives the lock back has to ask the system to wake it. Only the mark is watched: asking
-    // for the lock itself would take its memory from the processor that holds it.
+    // While the process ends the gate may be held for ever, and nobody sleeps.
+    static bool mustWake(std::uint32_t seen) {
+        return seen >= kSleeper && (seen & kWoken) == 0 && !ProcessIsEnding();
+    }
+
+    // Most locks are held for less time than it takes to fall asleep and be woken. The state is only looked at:
+    // asking for the lock itself would take its memory from the processor that holds it.
     bool takeSoon() {
         constexpr int kLooks = 100;
         constexpr int kTurns = 10;  // given to others, in case the holder has no processor
         for (int turn = 0; turn < kTurns; ++turn) {
-            for (int look = 0; look < kLooks && isHeld_.load(std::memory_order_relaxed); ++look)
+            for (int look = 0; look < kLooks && (state_.load(std::memory_order_relaxed) & kHeld) != 0; ++look)
                 YieldProcessor();
             if (takeIfFree()) return true;
             SwitchToThread();
@@ -70,15 +87,33 @@ class Lock {
         return false;
     }
 
-    // What the lock guards is not touched before it is marked, nor after the mark is taken away.
-    void mark(bool isHeld) {
-        std::atomic_signal_fence(std::memory_order_seq_cst);
-        isHeld_.store(isHeld, std::memory_order_release);
-        std::atomic_signal_fence(std::memory_order_seq_cst);
+    // Sleepers come and go behind the gate, so one that has not seen the lock free is asleep before it is woken.
+    void sleepUntilTaken() {
+        AcquireSRWLockExclusive(&gate_);
+        state_.fetch_add(kSleeper, std::memory_order_relaxed);
+        while (!takeAsSleeper()) SleepConditionVariableSRW(&freed_, &gate_, INFINITE, 0);
+        ReleaseSRWLockExclusive(&gate_);
+    }
+    bool takeAsSleeper() {
+        std::uint32_t seen = state_.load(std::memory_order_relaxed);
+        std::uint32_t next = 0;
+        do {
+            next = (seen & kHeld) != 0 ? seen & ~kWoken : ((seen | kHeld) & ~kWoken) - kSleeper;
+        } while (
+            !state_.compare_exchange_weak(seen, next, std::memory_order_acquire, std::memory_order_relaxed));
+        return (seen & kHeld) == 0;
+    }
+    // The gate is taken first: a sleeper has to pass it before it can take the lock and destroy it.
+    void giveBackAndWake() {
+        AcquireSRWLockExclusive(&gate_);
+        state_.fetch_add(kWoken - kHeld, std::memory_order_release);
+        WakeConditionVariable(&freed_);
+        ReleaseSRWLockExclusive(&gate_);
     }
 
-    SRWLOCK lock_ = SRWLOCK_INIT;
-    std::atomic<bool> isHeld_{false};  ///< what counts while the process ends
+    std::atomic<std::uint32_t> state_{0};
+    SRWLOCK gate_ = SRWLOCK_INIT;  ///< of those that sleep and those that wake them
+    CONDITION_VARIABLE freed_ = CONDITION_VARIABLE_INIT;
 };
 
 /// Holds a lock as long as it lives.
@@ -100,6 +135,7 @@ class Guard {
     bool holds_;
 };
 
+/// A place to wait for a change of what a lock guards. Who makes the change notifies with the lock held, or after it.
 class Condition {
   public:
     /// One wait, which may end without a reason. The lock is held, and the process does not end.
@@ -113,21 +149,33 @@ class Condition {
         sleep(lock, static_cast<DWORD>(left < kLongest ? left : kLongest));
         return true;
     }
-    void notifyOne() {
-        if (!ProcessIsEnding()) WakeConditionVariable(&condition_);
-    }
-    void notifyAll() {
-        if (!ProcessIsEnding()) WakeAllConditionVariable(&condition_);
-    }
+    /// Wakes one that waits.
+    void notifyOne() { notify(&WakeConditionVariable); }
+    /// Wakes all that wait.
+    void notifyAll() { notify(&WakeAllConditionVariable); }
 
   private:
+    // Whoever begins to wait holds the lock, so a change after that finds it counted; and the gate, so it is
+    // asleep before it is woken.
     void sleep(Lock& lock, DWORD milliseconds) {
-        lock.mark(false);
-        SleepConditionVariableSRW(&condition_, &lock.lock_, milliseconds, 0);
-        lock.mark(true);
+        waiting_.fetch_add(1, std::memory_order_relaxed);
+        AcquireSRWLockExclusive(&gate_);
+        lock.giveBack();
+        SleepConditionVariableSRW(&notified_, &gate_, milliseconds, 0);
+        ReleaseSRWLockExclusive(&gate_);
+        waiting_.fetch_sub(1, std::memory_order_relaxed);
+        static_cast<void>(lock.take());  // the process does not end while another thread is here
+    }
+    void notify(decltype(WakeConditionVariable)* wake) {
+        if (waiting_.load(std::memory_order_relaxed) == 0 || ProcessIsEnding()) return;
+        AcquireSRWLockExclusive(&gate_);
+        wake(&notified_);
+        ReleaseSRWLockExclusive(&gate_);
     }
 
-    CONDITION_VARIABLE condition_ = CONDITION_VARIABLE_INIT;
+    std::atomic<unsigned> waiting_{0};
+    SRWLOCK gate_ = SRWLOCK_INIT;
+    CONDITION_VARIABLE notified_ = CONDITION_VARIABLE_INIT;
 };
 
 /// The system's tick "milliseconds" from now; now for a number that is not positive.

@@ -38,9 +38,12 @@ class Holder : public JTCThread {
 };
 Holder& holder = *new Holder;
 
+// One thread holds it, and another sleeps for it.
 void HoldMonitor() {
     holder.start();
     WaitForSingleObject(isAtIt, INFINITE);
+    (new Holder)->start();
+    Sleep(50);
 }
 
 void UseMonitorAndThread() {

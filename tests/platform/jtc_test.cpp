@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <windows.h>
 
@@ -107,4 +109,26 @@ TEST(Monitors, WaitUntilADeadlineAndNeedTheLock) {
     monitor.unlock();  // as often as it was taken before the waits
     monitor.unlock();
     EXPECT_THROW(monitor.unlock(), JTCIllegalMonitorState);
+}
+
+TEST(Monitors, PassFromThreadToThread) {
+    constexpr int kThreads = 4;
+    constexpr int kTurns = 2000;
+    JTCMonitor monitor;
+    int turn = 0;  // a notification that is lost leaves all waiting
+    std::vector<std::unique_ptr<Worker>> workers;
+    for (int number = 0; number < kThreads; ++number) {
+        workers.push_back(std::make_unique<Worker>([&, number] {
+            for (int mine = number; mine < kTurns; mine += kThreads) {
+                const JTCSynchronized lock(monitor);
+                while (turn != mine) monitor.wait();
+                if (mine % 50 == 0) JTCThread::sleep(1);  // the others fall asleep at the lock
+                ++turn;
+                monitor.notifyAll();
+            }
+        }));
+        workers.back()->start();
+    }
+    for (const auto& worker : workers) worker->join();
+    EXPECT_EQ(turn, kTurns);
 }
