@@ -1,8 +1,10 @@
-// Dates as text and back against the C and C++ libraries and {fmt}, and their parts against the C library's calendar.
+// Dates as text and back against the C and C++ libraries and {fmt}, their parts against the C library's calendar, and the
+// present time against the C++ library's clock.
 
 #include <benchmark/benchmark.h>
 #include <fmt/chrono.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <iomanip>
@@ -104,6 +106,14 @@ std::tm ParseStream(const std::string& text) {
     return parts;
 }
 
+void NowOurs(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(SDateTime::GetCurrentDateTime());
+}
+
+void NowChrono(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(std::chrono::system_clock::now());
+}
+
 void ReadParts(benchmark::State& state, const STimeZone& zone) {
     Each(state, OurMoments(), [&zone](const SDateTime& moment) {
         short year;
@@ -144,6 +154,8 @@ const bool added = [] {
 
 BENCHMARK(FormatIntoArrayOurs)->Name("BM_DateFormat_Array/ours");
 BENCHMARK(FormatIntoArrayRuntime)->Name("BM_DateFormat_Array/strftime");
+BENCHMARK(NowOurs)->Name("BM_PresentTime/ours");
+BENCHMARK(NowChrono)->Name("BM_PresentTime/std::chrono");
 BENCHMARK_CAPTURE(ReadParts, utc, utc)->Name("BM_DateParts_UTC/ours");
 BENCHMARK_CAPTURE(ReadPartsRuntime, utc, &_gmtime64)->Name("BM_DateParts_UTC/gmtime");
 BENCHMARK_CAPTURE(ReadParts, local, local)->Name("BM_DateParts_Local/ours");

@@ -111,4 +111,15 @@ constexpr std::int64_t Instant(DayTime value) {
     return static_cast<std::int64_t>(value.day) * kMillisecondsPerDay + value.milliseconds;
 }
 
+/// An instant that the system tells in units of 100 ns since 1601. Divides by 32 bits only, which the processor can.
+constexpr DayTime DayTimeOf(std::uint64_t units) {
+    constexpr std::uint32_t kUnitsPerMillisecond = 10'000;
+    constexpr std::uint64_t kUnitsPerDay = std::uint64_t{kMillisecondsPerDay} * kUnitsPerMillisecond;
+    constexpr int kPowerOfTwo = 14;  // that a day's units are a multiple of
+    const std::uint64_t days =
+        (units >> kPowerOfTwo) / static_cast<std::uint32_t>(kUnitsPerDay >> kPowerOfTwo);
+    return {kFirstOf1601 + static_cast<std::int32_t>(days),
+            static_cast<std::int32_t>((units - days * kUnitsPerDay) / kUnitsPerMillisecond)};
+}
+
 }  // namespace TarnLibA500::calendar

@@ -1,5 +1,5 @@
-#include "seam/osclock.h"
-// After <windows.h>, whose macro the header takes away.
+#include <windows.h>
+// After it: this header takes a macro of its away.
 #include "tarnlib/sdatetime.h"
 
 #include <cmath>
@@ -117,10 +117,7 @@ SDateTime::SDateTime(const struct tm* parts, const STimeZone& zone) {
 }
 
 SDateTime SDateTime::GetCurrentDateTime() {
-    const std::int64_t now = osclock::NowInMilliseconds();
-    const std::int64_t days = now / calendar::kMillisecondsPerDay;
-    return Make({AddDays(calendar::kFirstOf1601, days),
-                 static_cast<std::int32_t>(now - days * calendar::kMillisecondsPerDay)});
+    return Make(ZoneAccess::present());
 }
 
 // ------------------------------------------------------------------------------------------- reading

@@ -1,5 +1,3 @@
-#include "seam/osclock.h"
-// After <windows.h>, whose macro the header takes away.
 #include "tarnlib/stime.h"
 
 #include "diag/assert/require.h"
@@ -76,7 +74,7 @@ SAnsiString STime::Format(const char* pattern, const STimeZone& zone) const {
 }
 
 STime STime::GetCurrentTime() {
-    return FromMilliseconds(static_cast<std::int32_t>(osclock::NowInMilliseconds() % kMillisecondsPerDay));
+    return FromMilliseconds(ZoneAccess::present().milliseconds);
 }
 
 STime& STime::operator+=(const STimeSpan& span) noexcept {

@@ -14,11 +14,14 @@ constexpr std::int32_t kLastYear = std::numeric_limits<short>::max();
 constexpr std::int32_t kInvalidDay = std::numeric_limits<std::int32_t>::min();
 
 std::int32_t PresentYear() {
-    const auto days = static_cast<std::int32_t>(osclock::NowInMilliseconds() / calendar::kMillisecondsPerDay);
-    return calendar::Split(calendar::kFirstOf1601 + days).year;
+    return calendar::Split(ZoneAccess::present().day).year;
 }
 
 }  // namespace
+
+calendar::DayTime ZoneAccess::present() noexcept {
+    return calendar::DayTimeOf(static_cast<std::uint64_t>(osclock::Now()));
+}
 
 calendar::DayTime ZoneAccess::add(calendar::DayTime value, std::int32_t milliseconds) noexcept {
     value.milliseconds += milliseconds;

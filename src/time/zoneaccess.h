@@ -25,6 +25,9 @@ struct ZoneAccess {
     /// The value as it is kept, also when it is invalid.
     static calendar::DayTime utcOf(const SDateTime& value) noexcept;
 
+    /// What the system's clock shows, in universal time.
+    static calendar::DayTime present() noexcept;
+
     /// Adds up to a day. A day number that 32 bits do not hold becomes the invalid one.
     static calendar::DayTime add(calendar::DayTime value, std::int32_t milliseconds) noexcept;
 

@@ -10,6 +10,7 @@
 #include "support/failing.h"
 #include "tarnlib/sdatetimeconv.h"
 #include "tarnlib/sstopwatch.h"
+#include "time/calendar.h"
 
 using namespace TarnLibA500;
 using tarntest::Instead;
@@ -118,6 +119,18 @@ TEST(SystemZoneSeam, ReadsTheSystemsClock) {
     watch.Reset();
     FakeSystem::tick += 2;
     EXPECT_EQ(watch.GetElapsedMilliseconds(), 2U);
+}
+
+TEST(SystemZoneSeam, TakesInstantsOfTheSystemApart) {
+    constexpr std::uint64_t kDay = 864'000'000'000;
+    for (const std::uint64_t day : {0, 1, 154'000, 400'000, 10'675'198}) {
+        for (const std::uint64_t rest :
+             {std::uint64_t{0}, std::uint64_t{9'999}, std::uint64_t{10'000}, kDay - 1}) {
+            const calendar::DayTime parts = calendar::DayTimeOf(day * kDay + rest);
+            EXPECT_EQ(parts.day, calendar::kFirstOf1601 + static_cast<std::int32_t>(day));
+            EXPECT_EQ(parts.milliseconds, static_cast<std::int32_t>(rest / 10'000));
+        }
+    }
 }
 
 TEST(SystemZoneSeam, NeedsNoSystemForUniversalTimeAndLittleMemory) {
