@@ -49,7 +49,8 @@ class AssertRecorder {
 
   private:
     static std::vector<std::string>& Lines() {
-        static std::vector<std::string> lines;
+        // Not the vector itself: object files would give it sections of different sizes, which the linker remarks.
+        static auto& lines = *new std::vector<std::string>;
         return lines;
     }
     static inline int highest = 0;
