@@ -11,7 +11,7 @@
 namespace TarnLibA500 {
 namespace {
 
-constexpr const char* kUnit = "scrypt";
+constexpr const char* kUnit = "utf8text";
 
 // Hands the text on as UTF-16, a piece at a time.
 template <class Use>
