@@ -50,12 +50,14 @@ CipherAlgorithm* Find(KCMAlg400::Cipher number) {
 
 const EVP_MD* Fetch(DigestAlgorithm& digest) {
     return FetchInto(
-        digest.fetched, [&] { return oscrypto::FetchDigest(digest.name); }, EVP_MD_free);
+        digest.fetched, [&] { return oscrypto::FetchDigest(digest.name); },
+        [](EVP_MD* second) { oscrypto::Crypto().freeDigest(second); });
 }
 
 const EVP_CIPHER* Fetch(CipherAlgorithm& cipher) {
     return FetchInto(
-        cipher.fetched, [&] { return oscrypto::FetchCipher(cipher.name); }, EVP_CIPHER_free);
+        cipher.fetched, [&] { return oscrypto::FetchCipher(cipher.name); },
+        [](EVP_CIPHER* second) { oscrypto::Crypto().freeCipher(second); });
 }
 
 unsigned getDigestSize(KCMAlg400::Digest digest) {

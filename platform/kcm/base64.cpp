@@ -1,6 +1,5 @@
-#include <openssl/evp.h>
-
 #include "kcm/kcm.h"
+#include "kcm/libcrypto.h"
 
 namespace KCMUtility400 {
 
@@ -15,7 +14,9 @@ unsigned base64Into(char* text, unsigned capacity, const unsigned char* bytes, u
     if (text == nullptr || count > kMostBytes || (bytes == nullptr && count != 0)) return KCM400::kFailed;
     const unsigned length = (count + 2) / 3 * 4;
     if (capacity <= length) return KCM400::kFailed;
-    EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text), bytes, static_cast<int>(count));
+    const KCM400::libcrypto::Functions* const functions = KCM400::libcrypto::Get();
+    if (functions == nullptr) return KCM400::kFailed;
+    functions->encodeBlock(reinterpret_cast<unsigned char*>(text), bytes, static_cast<int>(count));
     return length;
 }
 

@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <cstring>
 
-#include <openssl/crypto.h>
-
 #include "kcm/algorithms.h"
 #include "kcm/kcm.h"
 #include "kcm/oscrypto.h"
+
+#include <windows.h>
 
 namespace KCM400 {
 
@@ -82,7 +82,7 @@ unsigned CipherRun::finish(unsigned char* out, unsigned capacity) {
     const unsigned size = static_cast<unsigned>(written);
     const bool fits = isWhole && size <= capacity && (out != nullptr || size == 0);
     if (fits && size != 0) std::memcpy(out, rest, size);
-    OPENSSL_cleanse(rest, sizeof rest);
+    SecureZeroMemory(rest, sizeof rest);
     return fits ? size : kFailed;
 }
 

@@ -32,6 +32,10 @@ struct evp_cipher_ctx_st;  // likewise
 
 namespace KCM400 {
 
+/// The system's error when the library that the module stands on was last looked for, beside this module and beside the
+/// program, and could not be loaded: everything that needs it fails then. 0 when it was loaded or not yet needed.
+KCM_API unsigned long libraryError();
+
 /// What a function that returns a length returns when it fails: unsigned -1.
 constexpr unsigned kFailed = static_cast<unsigned>(-1);
 

@@ -1,7 +1,7 @@
-#include <openssl/crypto.h>
-
 #include "kcm/kcm.h"
 #include "kcm/oscrypto.h"
+
+#include <windows.h>
 
 namespace KCM400 {
 
@@ -9,7 +9,7 @@ bool random(unsigned char* bytes, unsigned count) {
     if (count == 0) return true;
     if (bytes == nullptr) return false;
     if (oscrypto::Random(bytes, count)) return true;
-    OPENSSL_cleanse(bytes, count);
+    SecureZeroMemory(bytes, count);
     return false;
 }
 

@@ -23,7 +23,7 @@ HEADER = 52
 runner, tool, scratch = (pathlib.Path(argument).resolve() for argument in sys.argv[1:4])
 
 
-def tarn(command, given=b"", phrase=PHRASE, status=0):
+def tarn(command, given=b"", phrase=PHRASE, status=0, tool=tool):
     """Runs the tool in the scratch folder; what it says no to is one line."""
     run = subprocess.run([runner, tool, *command.split()], input=given, capture_output=True, cwd=scratch,
                          env={**os.environ, "TARN_PHRASE": phrase})
@@ -120,6 +120,18 @@ def identifiers():
     tarn("guid -strip x", status=1)
 
 
+def without_openssl():
+    """Its library is loaded when it is needed; without it the rest works, and the log says what is lacking."""
+    for file in [tool, *tool.parent.glob("*.dll")]:
+        if "crypto-3" not in file.name:
+            shutil.copy(file, scratch)
+    lean = scratch / tool.name
+    assert tarn("crc32", b"x", tool=lean) == b"8cdc1683\n"
+    tarn("encrypt -pass-env TARN_PHRASE -trace m -loggingPath logs", b"x", status=2, tool=lean)
+    log = "".join(file.read_text() for file in (scratch / "logs").iterdir())
+    assert "cannot load libcrypto-3.dll: error 126" in log, log
+
+
 def soak(gibibytes=4.2):
     """The peak of the memory of all processes so far must not rise with the size of the files."""
     (scratch / "small").write_bytes(bytes(1 << 20))
@@ -152,6 +164,7 @@ def main():
         compression(sample)
         digests(sample)
         identifiers()
+        without_openssl()
     shutil.rmtree(scratch)
     print("everything agrees")
 
