@@ -6,6 +6,8 @@ target_link_options(tarn_flags INTERFACE -Wl,--no-insert-timestamp)
 # For Windows 7 and later. The identifier of a build says which symbols belong to a crash.
 target_link_options(tarn_flags INTERFACE -Wl,--major-os-version=6,--minor-os-version=1 -Wl,--major-subsystem-version=6
                                          -Wl,--minor-subsystem-version=1 -Wl,--build-id)
+# Sections begin at pages of the file, too, and are mapped as they lie there. Wine reads a module whole otherwise.
+target_link_options(tarn_flags INTERFACE -Wl,--file-alignment,4096)
 # Programs have all of the 4 GiB that a 64-bit system gives them, and need no help on a terminal server.
 target_link_options(tarn_flags INTERFACE
                     "$<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-Wl,--large-address-aware;-Wl,--tsaware>")

@@ -8,4 +8,4 @@ execute_process(
 set(TARN_LIBSSH2_DLLS libssh2.dll)
 add_library(libssh2_header INTERFACE)
 target_include_directories(libssh2_header SYSTEM INTERFACE ${libssh2_prefix}/include)
-file(COPY_FILE ${libssh2_prefix}/bin/libssh2.dll ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/libssh2.dll ONLY_IF_DIFFERENT)
+tarn_place_dll(${libssh2_prefix}/bin/libssh2.dll)

@@ -18,5 +18,5 @@ foreach(library crypto ssl)
     PROPERTIES IMPORTED_LOCATION ${openssl_prefix}/bin/${dll}
                IMPORTED_IMPLIB ${openssl_prefix}/lib/lib${library}.dll.a
                INTERFACE_INCLUDE_DIRECTORIES ${openssl_prefix}/include)
-  file(COPY_FILE ${openssl_prefix}/bin/${dll} ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${dll} ONLY_IF_DIFFERENT)
+  tarn_place_dll(${openssl_prefix}/bin/${dll})
 endforeach()

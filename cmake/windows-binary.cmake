@@ -55,3 +55,14 @@ function(tarn_split_symbols target)
     VERBATIM)
   install(FILES ${file}.debug DESTINATION bin)
 endfunction()
+
+# Puts a DLL of others beside the programs: without symbols, and with sections that begin at pages of the file (flags.cmake).
+function(tarn_place_dll original)
+  cmake_path(GET original FILENAME name)
+  set(copy ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name})
+  if(${original} IS_NEWER_THAN ${copy} OR ${CMAKE_CURRENT_FUNCTION_LIST_FILE} IS_NEWER_THAN ${copy})
+    file(MAKE_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=0 ${CMAKE_OBJCOPY} --strip-all --file-alignment 4096
+                            ${original} ${copy} COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+endfunction()

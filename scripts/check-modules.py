@@ -18,6 +18,7 @@ import sys
 FOREIGN = re.compile(r"lib(crypto|ssl)-3|libssh2|libgcc_s_dw2-1|libstdc\+\+-6|libwinpthread-1|libssp-0")
 SUPPORTED = ("XP", "Vista", "7")
 OLDEST = (6, 1)
+PAGE = 4096
 
 LARGE_ADDRESS_AWARE, IS_DLL = 0x20, 0x2000
 DYNAMIC_BASE, NX_COMPAT, TERMINAL_SERVER_AWARE = 0x40, 0x100, 0x8000
@@ -37,7 +38,7 @@ class Image:
         header_bytes, self.flags = struct.unpack_from("<HH", self.bytes, at + 20)
         self.symbols = self.number(at + 16)
         optional = at + 24
-        self.base = self.number(optional + 28)
+        self.base, _, self.file_alignment = struct.unpack_from("<III", self.bytes, optional + 28)
         self.system, self.subsystem = (struct.unpack_from("<HH", self.bytes, optional + offset) for offset in (40, 48))
         self.dll_flags = struct.unpack_from("<H", self.bytes, optional + 70)[0]
         self.directories = [struct.unpack_from("<II", self.bytes, optional + 96 + 8 * i) for i in range(16)]
@@ -113,6 +114,8 @@ def header_faults(image):
         yield "is no 32-bit module"
     if image.dll_flags & (DYNAMIC_BASE | NX_COMPAT) != DYNAMIC_BASE | NX_COMPAT:
         yield "cannot be placed anywhere, or has data that may be executed"
+    if image.file_alignment % PAGE:
+        yield f"has sections that begin at multiples of {image.file_alignment} bytes of the file, and cannot be mapped"
     if image.subsystem > OLDEST or image.system > OLDEST:
         yield f"wants system {image.system}, subsystem {image.subsystem}"
 
