@@ -13,13 +13,28 @@ namespace {
 
 using blocksizes::kPageBytes;
 
-constexpr std::size_t kRegionBytes = ospages::kRegionStep;
-constexpr unsigned kPagesPerRegion = kRegionBytes / kPageBytes;
-constexpr std::uint32_t kAllPages = (1U << kPagesPerRegion) - 1;
+/// The pages of a region, a bit for each.
+using PageBits = std::uint64_t;
+
+// A region is made of slices, because only these begin at round addresses. One for each slice would do, too, but a burst
+// then spends as much time on taking them from the system and giving them back as on everything else.
+constexpr std::size_t kSliceBytes = ospages::kRegionStep;
+constexpr unsigned kPagesPerSlice = kSliceBytes / kPageBytes;
+constexpr unsigned kPagesPerRegion = 64;
+constexpr std::size_t kRegionBytes = kPagesPerRegion * kPageBytes;
+constexpr PageBits kAllPages = ~PageBits{0};
+// The pages where the slices begin.
+constexpr PageBits kFirstPages = kAllPages / ((PageBits{1} << kPagesPerSlice) - 1);
 // Unused pages that are kept, so that work at the edge of one does not ask the system each time.
-constexpr int kMaxIdlePages = 4 * kPagesPerRegion;
-// So many unused pages of a region that still has used ones are worth a call.
-constexpr int kManyPages = 12;
+constexpr int kMaxIdlePages = 2 * kPagesPerRegion;
+// Beyond this, regions that have used pages lose the others, when they are so many that it is worth a call. A region whose
+// blocks are freed one after the other goes back whole before that.
+constexpr int kFarTooManyPages = kMaxIdlePages + kPagesPerRegion;
+constexpr int kManyPages = kPagesPerRegion / 2;
+
+constexpr PageBits BitOf(unsigned page) {
+    return PageBits{1} << page;
+}
 
 template <class Node>
 struct List {
@@ -44,12 +59,19 @@ struct Page {
     std::uint32_t lent;  // blocks that are not here
 };
 
-/// What stands at the start of a region, in its first page.
-struct alignas(16) Region {
+struct Region;
+
+/// What stands at the start of a slice, in its first page.
+struct alignas(16) Slice {
+    Region* region;
+};
+
+/// What stands at the start of a region.
+struct Region : Slice {
     Region* next;
     Region* previous;
-    std::uint32_t unused;  // a bit for each page that is not cut into blocks
-    std::uint32_t absent;  // unused ones that were taken away
+    PageBits unused;  // pages that are not cut into blocks
+    PageBits absent;  // unused ones that were taken away
     Page pages[kPagesPerRegion];
 
     int idlePages() const noexcept { return std::popcount(unused & ~absent); }
@@ -69,7 +91,7 @@ std::uintptr_t AddressOf(const void* place) noexcept {
 }
 
 Region& RegionOf(const void* place) noexcept {
-    return *reinterpret_cast<Region*>(AddressOf(place) & ~(kRegionBytes - 1));
+    return *reinterpret_cast<Slice*>(AddressOf(place) & ~(kSliceBytes - 1))->region;
 }
 
 List<Region>& ListOf(const Region& region) noexcept {
@@ -79,7 +101,7 @@ List<Region>& ListOf(const Region& region) noexcept {
 }
 
 /// Changes which pages of a region are unused and absent.
-void Change(Region& region, std::uint32_t unused, std::uint32_t absent) noexcept {
+void Change(Region& region, PageBits unused, PageBits absent) noexcept {
     ListOf(region).remove(region);
     idlePages -= region.idlePages();
     region.unused = unused;
@@ -93,6 +115,8 @@ Region* NewRegion() noexcept {
     if (memory == nullptr) return nullptr;
     auto* const region = new (memory) Region{};
     region->unused = kAllPages;
+    for (std::size_t at = 0; at < kRegionBytes; at += kSliceBytes)
+        reinterpret_cast<Slice*>(static_cast<char*>(memory) + at)->region = region;
     return region;
 }
 
@@ -112,14 +136,14 @@ Region* FindRoom() noexcept {
     return region;
 }
 
-/// Takes a region's unused pages away, except the first, where the region itself stands.
+/// Takes a region's unused pages away, except those where the region itself and its slices begin.
 void Shrink(Region& region) noexcept {
-    const std::uint32_t absent = region.unused & ~1U;
-    for (std::uint32_t left = absent; left != 0;) {
+    const PageBits absent = region.unused & ~kFirstPages;
+    for (PageBits left = absent; left != 0;) {
         const int first = std::countr_zero(left);
         const int count = std::countr_one(left >> first);
         ospages::Decommit(reinterpret_cast<char*>(&region) + first * kPageBytes, count * kPageBytes);
-        left &= ~(((1U << count) - 1) << first);
+        left &= left + BitOf(first);  // the carry runs through the pages that are gone now
     }
     Change(region, region.unused, absent);
 }
@@ -127,7 +151,7 @@ void Shrink(Region& region) noexcept {
 /// Cuts a page of the region into blocks.
 Page& CutPage(Region& region, unsigned number, unsigned size) noexcept {
     Page& page = region.pages[number];
-    const std::size_t taken = number == 0 ? sizeof(Region) : 0;
+    const std::size_t taken = number == 0 ? sizeof(Region) : number % kPagesPerSlice == 0 ? sizeof(Slice) : 0;
     const std::size_t bytes = blocksizes::kBytes[size];
     char* const begin = reinterpret_cast<char*>(&region) + number * kPageBytes + taken;
     page.lent = 0;
@@ -143,7 +167,7 @@ Page* AddPage(unsigned size) noexcept {
     Region* const region = FindRoom();
     if (region == nullptr) return nullptr;
     const unsigned number = static_cast<unsigned>(std::countr_zero(region->unused)) % kPagesPerRegion;
-    Change(*region, region->unused & ~(1U << number), 0);
+    Change(*region, region->unused & ~BitOf(number), 0);
     Page& page = CutPage(*region, number, size);
     partly[size].add(page);
     return &page;
@@ -152,13 +176,12 @@ Page* AddPage(unsigned size) noexcept {
 void RemovePage(Page& page, unsigned size) noexcept {
     partly[size].remove(page);
     Region& region = RegionOf(&page);
-    Change(region, region.unused | 1U << (&page - region.pages), region.absent);
-    const bool isTooMuch = idlePages > kMaxIdlePages;
-    if (region.unused == kAllPages && (isTooMuch || region.absent != 0)) {
+    Change(region, region.unused | BitOf(static_cast<unsigned>(&page - region.pages)), region.absent);
+    if (region.unused == kAllPages && (idlePages > kMaxIdlePages || region.absent != 0)) {
         ListOf(region).remove(region);
         idlePages -= region.idlePages();
         ospages::Release(&region);
-    } else if (isTooMuch && region.idlePages() >= kManyPages) {
+    } else if (idlePages > kFarTooManyPages && region.idlePages() >= kManyPages) {
         Shrink(region);
     }
 }
@@ -177,7 +200,8 @@ std::uint32_t Draw(Page& page, std::uint32_t wanted, Block*& list) noexcept {
 }
 
 void PutBack(Block* block, unsigned size) noexcept {
-    Page& page = RegionOf(block).pages[AddressOf(block) % kRegionBytes / kPageBytes];
+    Region& region = RegionOf(block);
+    Page& page = region.pages[(AddressOf(block) - AddressOf(&region)) / kPageBytes];
     if (page.free == nullptr) partly[size].add(page);
     block->next = page.free;
     page.free = block;
