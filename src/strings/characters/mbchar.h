@@ -67,6 +67,9 @@ class CodePage {
     /// character, or invalid.
     bool isAlone(char byte) const noexcept { return !partial_[static_cast<unsigned char>(byte)]; }
 
+    /// For all bytes, whether isAlone is false.
+    const bool (&partials() const noexcept)[256] { return partial_; }
+
     /// True when the bytes below 128 are the characters of ASCII, as they are in all pages but a few old ones.
     bool hasAscii() const noexcept { return hasAscii_; }
     /// True when the byte is white space (is_space) by itself.

@@ -13,7 +13,7 @@ void CharacterSet::add(const SAnsiString& characters) {
 
 void CharacterSet::insert(const char* character, unsigned bytes) {
     if (bytes == 1) {
-        singles_[static_cast<unsigned char>(*character)] = true;
+        kinds_[static_cast<unsigned char>(*character)] |= kMember;
     } else if (bytes <= sizeof(Key)) {
         longs_.Add(KeyOf(character, bytes));
     }
@@ -21,7 +21,7 @@ void CharacterSet::insert(const char* character, unsigned bytes) {
 
 void CharacterSet::remove(const SChar_t<char, 0>& character) {
     if (character.getLength() == 1) {
-        singles_[static_cast<unsigned char>(character.getUnits()[0])] = false;
+        kinds_[static_cast<unsigned char>(character.getUnits()[0])] &= kPartial;
         return;
     }
     const Key removed = KeyOf(character.getUnits(), character.getLength());
@@ -36,16 +36,15 @@ bool CharacterSet::holdsLong(Key key) const noexcept {
     return std::find(longs_.begin(), longs_.end(), key) != longs_.end();
 }
 
-// Most characters are one byte that stands for itself; they are passed by two tables.
-template <bool kMember>
+// Most characters are one byte that stands for itself; they are passed by one table.
+template <bool isMember>
 const char* CharacterSet::findFirst(const char* at, const char* end) const noexcept {
+    constexpr unsigned char kPassed = isMember ? 0 : kMember;
     for (;;) {
-        for (; at < end && page_->isAlone(*at); ++at) {
-            if (singles_[static_cast<unsigned char>(*at)] == kMember) return at;
-        }
+        while (at < end && kindOf(*at) == kPassed) ++at;
         if (at >= end) return end;
         const unsigned bytes = CharacterBytes(*page_, at);
-        if (contains(at, bytes) == kMember) return at;
+        if (contains(at, bytes) == isMember) return at;
         at += bytes;
     }
 }

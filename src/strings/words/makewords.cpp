@@ -38,16 +38,21 @@ class WordSplitter {
     }
 
   private:
+    static constexpr std::uint32_t kMoreWords = 8;
+
     // An old word's block takes the new one where it has room: splitting line after line into one array soon
     // allocates nothing.
     void add(const char* from, const char* to) {
-        const auto length = static_cast<std::uint32_t>(to - from);
-        if (count_ < words_.GetSize()) {
-            words_.ElementAt(count_).copyFrom(from, length);
-        } else {
-            words_.Add(SAnsiString(from, length));
-        }
+        if (count_ == room_) makeRoom();
+        place_[count_].copyFrom(from, static_cast<std::uint32_t>(to - from));
         ++count_;
+    }
+
+    // Some empty words at a time; the destructor drops those that stay so.
+    void makeRoom() {
+        words_.SetSize(count_ + kMoreWords);
+        place_ = words_.Data();
+        room_ = words_.GetSize();
     }
 
     void takeSeparators() {
@@ -75,6 +80,8 @@ class WordSplitter {
 
     const SAnsiString text_;  // a reference of its own: the text may be one of the old words
     SIArray<SAnsiString>& words_;
+    SAnsiString* place_ = words_.Data();
+    std::uint32_t room_ = words_.GetSize();
     std::uint32_t count_ = 0;  // words of the new text
     const bool keepSeparators_;
     CharacterSet separators_;

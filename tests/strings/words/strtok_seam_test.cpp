@@ -39,6 +39,8 @@ TEST(WordsSeam, NothingOfTheOldWordsIsLeftWhenMemoryFails) {
     const SAnsiString text("new new new new new new"), blank(" ");
     for (unsigned long nth = 1; nth < 9; ++nth) {
         SIArray<SAnsiString> words;
+        words.SetSize(16);  // room for new words
+        words.SetSize(0);
         for (int i = 0; i < 5; ++i) words.Add("old");
         const SIArray<SAnsiString> sharer(words);
         tarntest::FailsAt(nth, [&] { SStringHelper::makeWords(text, words, blank, false, false); });
