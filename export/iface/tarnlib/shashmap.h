@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -238,22 +239,20 @@ class SHashSteps {
     /// The hash of what was taken.
     std::uint32_t get() const noexcept { return hash_; }
 
-    /// Four bytes of a text, or, with zeros behind them, as many as are left.
-    static std::uint32_t Read(const char* text, std::uint32_t nBytes) noexcept {
+    /// Four bytes of a text from a place on, at its end the last four; of a shorter text what tells all its bytes.
+    static std::uint32_t Read(const char* text, std::uint32_t nBytes, std::uint32_t from) noexcept {
         std::uint32_t bytes = 0;
-        if (nBytes >= sizeof bytes)
-            std::memcpy(&bytes, text, sizeof bytes);
-        else
-            for (std::uint32_t i = 0; i < nBytes; ++i)
-                bytes |= std::uint32_t{static_cast<unsigned char>(text[i])} << 8 * i;
-        return bytes;
+        if (nBytes >= sizeof bytes) {
+            std::memcpy(&bytes, text + std::min<std::uint32_t>(from, nBytes - sizeof bytes), sizeof bytes);
+            return bytes;
+        }
+        const auto byte = [text](std::uint32_t i) {
+            return std::uint32_t{static_cast<unsigned char>(text[i])};
+        };
+        return byte(0) | byte(nBytes / 2) << 8 | byte(nBytes - 1) << 16;
     }
     /// Four ASCII characters in lower case.
-    static std::uint32_t Lower(std::uint32_t bytes) noexcept {
-        const std::uint32_t fromA = bytes + 0x3F3F3F3F;    // the highest bit of a byte from "A" on
-        const std::uint32_t beyondZ = bytes + 0x25252525;  // the same beyond "Z"
-        return bytes | (fromA & ~beyondZ & 0x80808080) >> 2;
-    }
+    static std::uint32_t Lower(std::uint32_t bytes) noexcept { return SMapLower(bytes); }
 
   private:
     std::uint32_t hash_ = 0x811C9DC5;
@@ -262,7 +261,7 @@ class SHashSteps {
 /// The hash of bytes as they are.
 inline std::uint32_t SHashText(const char* text, std::uint32_t nBytes) {
     SHashSteps steps;
-    for (std::uint32_t i = 0; i < nBytes; i += 4) steps.add(SHashSteps::Read(text + i, nBytes - i));
+    for (std::uint32_t i = 0; i < nBytes; i += 4) steps.add(SHashSteps::Read(text, nBytes, i));
     return steps.get();
 }
 
@@ -270,7 +269,7 @@ inline std::uint32_t SHashText(const char* text, std::uint32_t nBytes) {
 inline std::uint32_t SHashNoCase(const char* text, std::uint32_t nBytes) {
     SHashSteps steps;
     for (std::uint32_t i = 0; i < nBytes; i += 4) {
-        const std::uint32_t bytes = SHashSteps::Read(text + i, nBytes - i);
+        const std::uint32_t bytes = SHashSteps::Read(text, nBytes, i);
         if ((bytes & 0x80808080) != 0) return SHashNoCaseBeyondAscii(text, nBytes);
         steps.add(SHashSteps::Lower(bytes));
     }
@@ -280,8 +279,8 @@ inline std::uint32_t SHashNoCase(const char* text, std::uint32_t nBytes) {
 /// Whether two texts of one length are the same but for case: SHashNoCase is the same then.
 inline bool SHashSameNoCase(const char* left, const char* right, std::uint32_t nBytes) {
     for (std::uint32_t i = 0; i < nBytes; i += 4) {
-        const std::uint32_t a = SHashSteps::Read(left + i, nBytes - i);
-        const std::uint32_t b = SHashSteps::Read(right + i, nBytes - i);
+        const std::uint32_t a = SHashSteps::Read(left, nBytes, i);
+        const std::uint32_t b = SHashSteps::Read(right, nBytes, i);
         if (((a | b) & 0x80808080) != 0) return SHashSameNoCaseBeyondAscii(left, right, nBytes);
         if (SHashSteps::Lower(a) != SHashSteps::Lower(b)) return false;
     }

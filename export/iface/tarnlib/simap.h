@@ -3,6 +3,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <map>
 #include <type_traits>
@@ -110,6 +111,77 @@ inline int SMapOrder(const SAnsiString& key, const SMapText& text) {
 /// The same for a key without regard to case.
 TARN_MEM int SMapOrder(const SMapStringCaseInsensitive& key, const SMapText& text);
 
+/// What each of the 256 bytes weighs for the collation without regard to case, where letters can be told by their bytes;
+/// null where the system has to be asked about every pair of texts. It holds until the C locale changes.
+TARN_API const unsigned char* SMapWeights();
+/// A weight of more than this does not decide: where only one of two bytes has it, the collation must be asked.
+constexpr unsigned char kSMapDecides = 0x7F;
+/// The weight of a byte that is no character of ASCII: it never decides, not even where both texts have it.
+constexpr unsigned char kSMapNoAscii = 0xFF;
+
+/// A text that is looked up among keys without regard to case, with the weights that hold: asked for once, they make
+/// each comparison on the way cheap.
+struct SMapWanted {
+    SMapText text;                 ///< the text
+    const unsigned char* weights;  ///< what SMapWeights said
+
+    /// Below 0, 0 or above 0 as the key comes before, is the same as, or comes behind the text.
+    int OrderOf(const SMapStringCaseInsensitive& key) const;
+};
+
+/// Four ASCII characters in lower case.
+inline std::uint32_t SMapLower(std::uint32_t bytes) noexcept {
+    const std::uint32_t fromA = bytes + 0x3F3F3F3F;    // the highest bit of a byte from "A" on
+    const std::uint32_t beyondZ = bytes + 0x25252525;  // the same beyond "Z"
+    return bytes | (fromA & ~beyondZ & 0x80808080) >> 2;
+}
+
+/// For how many bytes two texts are the same but for case, by fours: of ASCII, and none of them zero.
+inline std::uint32_t SMapSame(const char* left, const char* right, std::uint32_t nBytes) noexcept {
+    std::uint32_t same = 0;
+    for (std::uint32_t a = 0, b = 0; nBytes - same >= sizeof a; same += sizeof a) {
+        std::memcpy(&a, left + same, sizeof a);
+        std::memcpy(&b, right + same, sizeof b);
+        const std::uint32_t others = (a | b | (a - 0x01010101)) & 0x80808080;
+        if (others != 0 || SMapLower(a) != SMapLower(b)) break;
+    }
+    return same;
+}
+
+/// True, with the order (-1, 0 or 1), when the weights alone decide how two texts of one length collate.
+inline bool SMapDecide(const unsigned char* weights, const char* left, const char* right,
+                       std::uint32_t nBytes, int& order) noexcept {
+    order = 0;
+    for (std::uint32_t i = 0; i < nBytes; ++i) {
+        const unsigned char a = weights[static_cast<unsigned char>(left[i])];
+        const unsigned char b = weights[static_cast<unsigned char>(right[i])];
+        if (a != b || a == 0 || a == kSMapNoAscii) {
+            order = (a > b) - (a < b);
+            return (a | b) <= kSMapDecides;  // a zero byte on both sides ends both texts
+        }
+        // Most texts differ in their first byte. Those that do not may have much in common.
+        if (i == 0) i = SMapSame(left + 1, right + 1, nBytes - 1);
+    }
+    return true;
+}
+
+/// What a map is searched by for a key: the key itself.
+template <class K>
+const K& SMapWantedOf(const K& key) {
+    return key;
+}
+/// The same for a key without regard to case: its text.
+SMapWanted SMapWantedOf(const SMapStringCaseInsensitive& key);
+/// The same for a text: itself, or with weights where the keys have no regard to case.
+template <class K>
+auto SMapWantedOf(const SMapText& text) {
+    if constexpr (std::same_as<K, SMapStringCaseInsensitive>) {
+        return SMapWanted{text, SMapWeights()};
+    } else {
+        return text;
+    }
+}
+
 /// Keys that can be looked up by a text.
 template <class K>
 concept SMapTextKey = std::same_as<K, SAnsiString> || std::same_as<K, SMapStringCaseInsensitive>;
@@ -132,6 +204,14 @@ struct SMapLess {
     template <SMapTextKey K>
     bool operator()(const SMapText& text, const K& key) const {
         return SMapOrder(key, text) > 0;
+    }
+    /// A key before a text with weights.
+    bool operator()(const SMapStringCaseInsensitive& key, const SMapWanted& wanted) const {
+        return wanted.OrderOf(key) < 0;
+    }
+    /// A text with weights before a key.
+    bool operator()(const SMapWanted& wanted, const SMapStringCaseInsensitive& key) const {
+        return wanted.OrderOf(key) > 0;
     }
 };
 
@@ -247,6 +327,20 @@ inline int SMapOrder(const SMapStringCaseInsensitive& key, const SMapText& text)
     return SMapCollate(key.GetString().getString(), text.text, length);
 }
 
+/// Below 0, 0 or above 0 as the key comes before, is the same as, or comes behind the text.
+inline int SMapWanted::OrderOf(const SMapStringCaseInsensitive& key) const {
+    const std::uint32_t length = key.GetString().getLength();
+    int order = 0;
+    const bool isDecided = length == text.length && weights != nullptr &&
+                           SMapDecide(weights, key.GetString().getString(), text.text, length, order);
+    return isDecided ? order : SMapOrder(key, text);
+}
+
+/// The text of the key, with the weights.
+inline SMapWanted SMapWantedOf(const SMapStringCaseInsensitive& key) {
+    return {{key.GetString().getString(), key.GetString().getLength()}, SMapWeights()};
+}
+
 template <class K, class V>
 void SIMap<K, V>::Insert(const K& key, const V& value) {
     tree_.insert_or_assign(key, value);
@@ -272,7 +366,7 @@ void SIMap<K, V>::SetAt(const K& key, const V& value) {
 
 template <class K, class V>
 bool SIMap<K, V>::Lookup(const K& key, V& value) const {
-    const auto found = tree_.find(key);
+    const auto found = tree_.find(SMapWantedOf(key));
     if (found == tree_.end()) return false;
     value = found->second;
     return true;
@@ -280,7 +374,7 @@ bool SIMap<K, V>::Lookup(const K& key, V& value) const {
 
 template <class K, class V>
 bool SIMap<K, V>::Lookup(const char* key, std::uint32_t nBytes, V& value) const requires SMapTextKey<K> {
-    const auto found = tree_.find(SMapText{key, nBytes});
+    const auto found = tree_.find(SMapWantedOf<K>(SMapText{key, nBytes}));
     if (found == tree_.end()) return false;
     value = found->second;
     return true;
@@ -288,17 +382,20 @@ bool SIMap<K, V>::Lookup(const char* key, std::uint32_t nBytes, V& value) const 
 
 template <class K, class V>
 bool SIMap<K, V>::Contains(const K& key) const {
-    return tree_.find(key) != tree_.end();
+    return tree_.find(SMapWantedOf(key)) != tree_.end();
 }
 
 template <class K, class V>
 bool SIMap<K, V>::Contains(const char* key, std::uint32_t nBytes) const requires SMapTextKey<K> {
-    return tree_.find(SMapText{key, nBytes}) != tree_.end();
+    return tree_.find(SMapWantedOf<K>(SMapText{key, nBytes})) != tree_.end();
 }
 
 template <class K, class V>
 bool SIMap<K, V>::RemoveKey(const K& key) {
-    return tree_.erase(key) != 0;
+    const auto found = tree_.find(SMapWantedOf(key));
+    if (found == tree_.end()) return false;
+    tree_.erase(found);
+    return true;
 }
 
 template <class K, class V>
@@ -318,34 +415,34 @@ std::uint32_t SIMap<K, V>::GetCount() const {
 
 template <class K, class V>
 typename SIMap<K, V>::Iterator SIMap<K, V>::Find(const K& key) {
-    return Iterator(tree_.find(key));
+    return Iterator(tree_.find(SMapWantedOf(key)));
 }
 
 template <class K, class V>
 typename SIMap<K, V>::ConstIterator SIMap<K, V>::Find(const K& key) const {
-    return ConstIterator(tree_.find(key));
+    return ConstIterator(tree_.find(SMapWantedOf(key)));
 }
 
 template <class K, class V>
 typename SIMap<K, V>::Iterator SIMap<K, V>::Find(const char* key,
                                                  std::uint32_t nBytes) requires SMapTextKey<K> {
-    return Iterator(tree_.find(SMapText{key, nBytes}));
+    return Iterator(tree_.find(SMapWantedOf<K>(SMapText{key, nBytes})));
 }
 
 template <class K, class V>
 typename SIMap<K, V>::ConstIterator SIMap<K, V>::Find(const char* key,
                                                       std::uint32_t nBytes) const requires SMapTextKey<K> {
-    return ConstIterator(tree_.find(SMapText{key, nBytes}));
+    return ConstIterator(tree_.find(SMapWantedOf<K>(SMapText{key, nBytes})));
 }
 
 template <class K, class V>
 typename SIMap<K, V>::Iterator SIMap<K, V>::BeginAt(const K& key) {
-    return Iterator(tree_.lower_bound(key));
+    return Iterator(tree_.lower_bound(SMapWantedOf(key)));
 }
 
 template <class K, class V>
 typename SIMap<K, V>::ConstIterator SIMap<K, V>::BeginAt(const K& key) const {
-    return ConstIterator(tree_.lower_bound(key));
+    return ConstIterator(tree_.lower_bound(SMapWantedOf(key)));
 }
 
 template <class K, class V>

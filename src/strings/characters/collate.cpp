@@ -177,29 +177,22 @@ bool DecideByRanks(const CodePage& page, const char* left, const char* right, in
     return DecideByRanks(left, right, order);
 }
 
-// ASCII in lower case, 0 for everything else and for the end of a text.
-constexpr std::array<unsigned char, 256> MakeAsciiFolds() {
-    std::array<unsigned char, 256> folds{};
-    for (unsigned byte = 1; byte < 128; ++byte)
-        folds[byte] = static_cast<unsigned char>(byte >= 'A' && byte <= 'Z' ? byte - 'A' + 'a' : byte);
-    return folds;
-}
-constexpr auto kAsciiFolds = MakeAsciiFolds();
+constexpr unsigned char kUndecided = 0x80;
+constexpr unsigned char kNoAscii = 0xFF;
 
-// Most keys are decided here, without a look at the code page. In the "C" locale all of ASCII decides, elsewhere letters
-// and digits.
-bool DecideByAscii(LCID locale, const char* left, const char* right, std::size_t length, int& order) {
-    if (locale != 0 && !SortsLettersPlainly(locale)) return false;
-    const auto foldOf = [](char byte) { return kAsciiFolds[static_cast<unsigned char>(byte)]; };
-    std::size_t i = 0;
-    while (i < length && foldOf(left[i]) == foldOf(right[i]) && foldOf(left[i]) != 0) ++i;
-    const auto decides = [&](char byte) {
-        return byte == '\0' || (locale == 0 ? foldOf(byte) : RankOf(byte)) != 0;
-    };
-    if (i < length && !(decides(left[i]) && decides(right[i]))) return false;
-    order = i < length ? Sign(foldOf(left[i]) - foldOf(right[i])) : 0;
-    return true;
+// ASCII in lower case. In the "C" locale all of it decides, elsewhere letters and digits.
+constexpr std::array<unsigned char, 256> MakeWeights(bool isEverywhere) {
+    std::array<unsigned char, 256> weights{};
+    for (unsigned byte = 1; byte < weights.size(); ++byte) {
+        const unsigned fold = byte >= 'A' && byte <= 'Z' ? byte - 'A' + 'a' : byte;
+        const bool decides = isEverywhere || (byte < kRanks.size() && kRanks[byte] != 0);
+        weights[byte] =
+            static_cast<unsigned char>(byte < kUndecided ? fold | (decides ? 0 : kUndecided) : kNoAscii);
+    }
+    return weights;
 }
+constexpr auto kWeightsInC = MakeWeights(true);
+constexpr auto kWeightsElsewhere = MakeWeights(false);
 
 /// Narrow text in UTF-16, for the system's collation.
 class WideText {
@@ -281,14 +274,17 @@ int CollateNoCase(const wchar_t* left, const wchar_t* right) {
 }
 
 int CollateNoCase(const char* left, const char* right, std::size_t length) {
-    int order = 0;
-    if (length == 0 || DecideByAscii(CollationLocale(), left, right, length, order)) return order;
     return CollateNoCase(left, Terminated(right, length).get());
 }
 
 bool CollatesLettersPlainly() {
+    return CollationWeights() != nullptr;
+}
+
+const unsigned char* CollationWeights() {
     const LCID locale = CollationLocale();
-    return locale == 0 || SortsLettersPlainly(locale);
+    if (locale == 0) return kWeightsInC.data();
+    return SortsLettersPlainly(locale) ? kWeightsElsewhere.data() : nullptr;
 }
 
 int CompareBytesNoCase(const char* left, const char* right) {

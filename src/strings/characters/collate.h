@@ -15,6 +15,10 @@ int CollateNoCase(const char* left, const char* right, std::size_t length);
 /// True while ASCII texts are equal where they are the same but for the case of A to Z, and those of letters and digits
 /// nowhere else: the system need not be asked for these.
 bool CollatesLettersPlainly();
+/// For each of the 256 bytes how it stands to others in this collation; null while the system must be asked. Texts in
+/// which the same weights stand below each other are equal, and the first different ones are the order, as far as they
+/// decide: 0 is the end of a text, up to 0x7F they do, above they do not, and 0xFF does not even equal itself.
+const unsigned char* CollationWeights();
 
 /// The difference of the first two lower-cased bytes that differ, not normalised.
 int CompareBytesNoCase(const char* left, const char* right);

@@ -4,7 +4,14 @@
 
 namespace TarnLibA500 {
 
+const unsigned char* SMapWeights() {
+    return CollationWeights();
+}
+
 int SMapCollate(const char* left, const char* right, std::uint32_t nBytes) {
+    const unsigned char* const weights = CollationWeights();
+    int order = 0;
+    if (weights != nullptr && SMapDecide(weights, left, right, nBytes, order)) return order;
     return CollateNoCase(left, right, nBytes);
 }
 

@@ -45,6 +45,10 @@ void KeysFollowStrings(const std::vector<const char*>& characters) {
         ASSERT_EQ(order, isOfOneLength ? left.compareNoCase(right) : byLength)
             << left.getString() << " " << right.getString();
         ASSERT_EQ(NoCase(left) < NoCase(right), order < 0) << left.getString() << " " << right.getString();
+        SIMap<NoCase, int> ordered;
+        ordered.Insert(left, i);
+        ASSERT_TRUE(ordered.Contains(right) == (order == 0) &&
+                    (ordered.BeginAt(right) == ordered.End()) == (order < 0));
         SHashMap<NoCase, int> map;
         map.Insert(left, i);
         const bool isSame = isOfOneLength && SAnsiString(left).toLower() == SAnsiString(right).toLower();
