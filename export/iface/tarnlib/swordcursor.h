@@ -46,13 +46,14 @@ class TARN_API SWordCursor {
     const char* getRest() const noexcept { return at_; }
 
   private:
+    unsigned char kindOf(char byte) const noexcept { return kinds_[static_cast<unsigned char>(byte)]; }
     bool isSeparator(unsigned bytes) const noexcept;
     void skip(bool separators) noexcept;
 
     SAnsiString text_;
     SAnsiString separators_;
     const mbchar::CodePage* page_;
-    bool single_[256] = {};  // the separators of one byte
+    unsigned char kinds_[256];  // what each byte is: not a character by itself, a separator, neither
     const char* at_;
     const char* word_ = nullptr;
     std::uint32_t length_ = 0;

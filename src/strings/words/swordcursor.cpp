@@ -5,13 +5,22 @@
 #include "strings/words/characterset.h"
 
 namespace TarnLibA500 {
+namespace {
+
+// The kinds of a byte. One that is not a character by itself may be a separator, too.
+constexpr unsigned char kPartial = 1;
+constexpr unsigned char kSeparator = 2;
+static_assert(kPartial == static_cast<unsigned char>(true));  // as a code page tells it
+
+}  // namespace
 
 SWordCursor::SWordCursor(const SAnsiString& text, const SAnsiString& separators)
     : text_(text), separators_(separators), page_(&mbchar::CodePage::Current()), at_(text_.getString()) {
+    std::memcpy(kinds_, page_->partials(), sizeof kinds_);
     const char* const end = separators_.end().getPtr();
     for (const char* at = separators_.getString(); at < end;) {
         const unsigned bytes = CharacterBytes(*page_, at);
-        if (bytes == 1) single_[static_cast<unsigned char>(*at)] = true;
+        if (bytes == 1) kinds_[static_cast<unsigned char>(*at)] |= kSeparator;
         at += bytes;
     }
 }
@@ -30,15 +39,15 @@ bool SWordCursor::isSeparator(unsigned bytes) const noexcept {
 // Most characters are one byte that stands for itself.
 void SWordCursor::skip(bool separators) noexcept {
     const char* const end = text_.end().getPtr();
+    const unsigned char passed = separators ? kSeparator : 0;
     for (;;) {
         const char* at = at_;
-        while (at < end && page_->isAlone(*at) && single_[static_cast<unsigned char>(*at)] == separators)
-            ++at;
+        while (at < end && kindOf(*at) == passed) ++at;
         at_ = at;
-        if (at >= end || page_->isAlone(*at)) return;
+        if (at >= end || (kindOf(*at) & kPartial) == 0) return;
         const unsigned bytes = CharacterBytes(*page_, at);
-        if ((bytes == 1 ? single_[static_cast<unsigned char>(*at)] : isSeparator(bytes)) != separators)
-            return;
+        const bool isOne = bytes == 1 ? (kindOf(*at) & kSeparator) != 0 : isSeparator(bytes);
+        if (isOne != separators) return;
         at_ += bytes;
     }
 }
@@ -46,13 +55,13 @@ void SWordCursor::skip(bool separators) noexcept {
 // Mostly by single bytes that stand for themselves, as skip does it, but without a call.
 bool SWordCursor::next() noexcept {
     const char* const end = text_.end().getPtr();
-    const auto isOther = [this, end](const char* at) { return at < end && !page_->isAlone(*at); };
+    const auto isOther = [this, end](const char* at) { return at < end && (kindOf(*at) & kPartial) != 0; };
     const char* at = at_;
-    while (at < end && page_->isAlone(*at) && single_[static_cast<unsigned char>(*at)]) ++at;
+    while (at < end && kindOf(*at) == kSeparator) ++at;
     at_ = at;
     if (isOther(at)) skip(true);
     const char* const start = at = at_;
-    while (at < end && page_->isAlone(*at) && !single_[static_cast<unsigned char>(*at)]) ++at;
+    while (at < end && kindOf(*at) == 0) ++at;
     at_ = at;
     if (isOther(at)) skip(false);
     length_ = static_cast<std::uint32_t>(at_ - start);
