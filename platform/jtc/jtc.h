@@ -78,7 +78,8 @@ class JTC_API JTCInitialize {
     JTCInitialize& operator=(const JTCInitialize&) = delete;
 };
 
-/// A lock that its holder may take again, with a place to wait.
+/// A lock that its holder may take again, with a place to wait. Where nobody else wants it, locking and unlocking take an
+/// atomic operation each, as with a CRITICAL_SECTION. Whoever has it last may destroy it.
 class JTC_API JTCMonitor {
   public:
     /// Free, with nobody waiting.

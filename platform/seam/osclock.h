@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "seam/osmodules.h"
 #include "seam/seam.h"
 
 #include <windows.h>
@@ -22,8 +23,9 @@ inline constinit std::atomic<decltype(&GetSystemTimeAsFileTime)> finestTime{&Fin
 
 inline void WINAPI FindFinestTime(FILETIME* time) noexcept {
     const DWORD error = GetLastError();
-    void* const found = reinterpret_cast<void*>(
-        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "GetSystemTimePreciseAsFileTime"));
+    const auto find = osmodules::getProcAddress.orElse(GetProcAddress);
+    void* const found =
+        reinterpret_cast<void*>(find(GetModuleHandleW(L"kernel32.dll"), "GetSystemTimePreciseAsFileTime"));
     SetLastError(error);
     finestTime = found != nullptr ? reinterpret_cast<decltype(&GetSystemTimeAsFileTime)>(found)
                                   : &GetSystemTimeAsFileTime;

@@ -59,6 +59,11 @@ SAnsiString Shown(const char* text) {
     return value.Format("yyyy-MM-dd HH:mm", local);
 }
 
+FARPROC WINAPI FindNothing(HMODULE, const char*) {
+    SetLastError(ERROR_PROC_NOT_FOUND);
+    return nullptr;
+}
+
 }  // namespace
 
 TEST(SystemZoneSeam, AsksForAYearOnceInASecondAndSeesChanges) {
@@ -119,6 +124,18 @@ TEST(SystemZoneSeam, ReadsTheSystemsClock) {
     watch.Reset();
     FakeSystem::tick += 2;
     EXPECT_EQ(watch.GetElapsedMilliseconds(), 2U);
+}
+
+TEST(SystemZoneSeam, AsksWindows7ForTheClockThatItHas) {
+    const Instead find(osmodules::getProcAddress, &FindNothing);
+    osclock::finestTime = &osclock::FindFinestTime;
+    SetLastError(ERROR_SUCCESS);
+    FILETIME earlier;
+    GetSystemTimeAsFileTime(&earlier);
+    EXPECT_GE(osclock::Now(), osclock::UnitsOf(earlier));
+    EXPECT_EQ(osclock::finestTime.load(), &GetSystemTimeAsFileTime);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_SUCCESS});
+    osclock::finestTime = &osclock::FindFinestTime;
 }
 
 TEST(SystemZoneSeam, TakesInstantsOfTheSystemApart) {
