@@ -2,8 +2,8 @@
 import math
 from xml.sax.saxutils import escape
 
-LABELS, PLOT, MARGIN, LINE, TOP, DOT, LEGEND = 190, 560, 24, 18, 56, 4.5, 110  # widths and heights in pixels
-TICKS = [base * 10.0 ** power for power in range(-3, 4) for base in (1, 2, 5)]
+LABELS, PLOT, MARGIN, LINE, TOP, DOT, LEGEND = 190, 560, 24, 18, 56, 4.5, 95  # widths and heights in pixels
+MOST_TICKS = 14
 
 STYLE = """
 text { font: 12px system-ui, sans-serif; fill: #24292f }
@@ -19,10 +19,16 @@ text { font: 12px system-ui, sans-serif; fill: #24292f }
 
 
 def ticks(ratios):
-    """The marks of an axis that holds all ratios and 1."""
-    low, high = min([1.0, *ratios]), max([1.0, *ratios])
-    return [t for t in TICKS if t >= max([x for x in TICKS if x <= low], default=TICKS[0])
-            and t <= min([x for x in TICKS if x >= high], default=TICKS[-1])]
+    """The marks of an axis that holds all ratios and 1: by 1, 2 and 5, or by tens where that would be too many."""
+    low, high = min([0.5, *ratios]), max([2.0, *ratios])
+    for steps in ((1, 2, 5), (1,)):
+        marks = [float(f"{step}e{power}") for power in range(-4, 6) for step in steps]
+        first = max([mark for mark in marks if mark <= low], default=marks[0])
+        last = min([mark for mark in marks if mark >= high], default=marks[-1])
+        marks = [mark for mark in marks if first <= mark <= last]
+        if len(marks) <= MOST_TICKS:
+            break
+    return marks
 
 
 def dot(x, y, ratio, level, note):
@@ -36,7 +42,7 @@ def dot(x, y, ratio, level, note):
 
 
 def legend(x, level):
-    for ratio, note in ((level / 2, "behind"), (1, "within a tenth"), (2 / level, "ahead")):
+    for ratio, note in ((level / 2, "behind"), (2 / level, "ahead"), (1, "within a tenth")):
         yield dot(x, 20, ratio, level, note) + f'<text x="{x + 10}" y="24">{note}</text>'
         x += LEGEND
 
@@ -52,9 +58,9 @@ def svg(families, level):
         return LABELS + MARGIN + PLOT * (inside - low) / (high - low)
 
     out = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {bottom + 2 * LINE}" role="img">',
-           f"<title>The rival's time over ours, by family</title><style>{STYLE}</style>",
+           f"<title>The rival's time or memory over ours, by family</title><style>{STYLE}</style>",
            f'<rect class="page" width="{width}" height="{bottom + 2 * LINE}"/>',
-           f'<text class="title" x="{MARGIN}" y="24">The rival\'s time over ours: right of 1 we are faster</text>',
+           f'<text class="title" x="{MARGIN}" y="24">The rival\'s time or memory over ours: right of 1 we are ahead</text>',
            *legend(width - MARGIN - 3 * LEGEND, level)]
     for number, name in enumerate(sorted(families)):
         if number % 2 == 0:

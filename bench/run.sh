@@ -12,6 +12,7 @@ rm -f "$json"
 "$root/cmake/wine-run" "$1/bin/tarn_bench.exe" \
     --benchmark_filter="${2:-.}" --benchmark_repetitions="${REPETITIONS:-5}" \
     --benchmark_enable_random_interleaving=true --benchmark_min_time="${MIN_TIME:-0.1}" \
+    --benchmark_context=load="$(cut -d' ' -f1 /proc/loadavg)" \
     --benchmark_display_aggregates_only=true --benchmark_out="Z:$json" --benchmark_out_format=json \
     >"$root/build/log/bench.log" 2>&1 || { tail -n 40 "$root/build/log/bench.log"; exit 1; }
 [ -n "${2-}" ] || set -- "$1" "" --whole "${@:3}"

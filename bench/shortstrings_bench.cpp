@@ -123,7 +123,7 @@ void Million(benchmark::State& state) {
         std::vector<String> strings;
         strings.reserve(kStrings);
         for (std::size_t i = 0; i < kStrings; ++i) strings.emplace_back(text.c_str());
-        state.counters["bytes"] = static_cast<double>(tarntest::CommittedBytes() - before) / kStrings;
+        state.counters["committed"] = static_cast<double>(tarntest::CommittedBytes() - before) / kStrings;
     }
 }
 

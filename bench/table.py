@@ -38,7 +38,7 @@ def named(run):
 
 
 def read(report):
-    """Two times (what, contender) -> number: nanoseconds, and bytes a string; and what failed."""
+    """Two times (what, contender) -> number: nanoseconds, and committed bytes of what was made; and what failed."""
     times, sizes, failures = {}, {}, set()
     for run in report["benchmarks"]:
         if run.get("error_occurred"):
@@ -46,8 +46,8 @@ def read(report):
         elif run.get("aggregate_name") == "median":
             what, contender = named(run)
             times[what, contender] = run["real_time"] * UNITS[run["time_unit"]]
-            if "bytes" in run:
-                sizes[what + " memory", contender] = run["bytes"]
+            if "committed" in run:
+                sizes[what + " memory", contender] = run["committed"]
     return times, sizes, failures
 
 
@@ -127,7 +127,7 @@ def write_page(page, table, context):
         if row.ratio is not None:
             families[row.what.split()[0]].append((row.ratio, f"{row.what}, {row.contender}: {row.ratio:.2f}"))
     rivals = ", ".join(f"{key.removeprefix('rival ')} {context[key]}" for key in sorted(context) if key.startswith("rival "))
-    made = f"Run of {context['date'][:10]}, against the C++ library and the system of this target; {rivals}."
+    made = f"Run of {context['date'][:10]}, on {context['num_cpus']} processors with a load of {context['load']} before it, against the C++ library and the system of this target; {rivals}."
     lines = ["", made, "", f"![How many times faster we are, by family]({picture.name})", "", *markdown(table), ""]
     texts = {page: replace_between_markers(page.read_text(encoding="utf-8"), lines, page),
              picture: chart.svg(families, LEVEL)}
