@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -239,13 +238,23 @@ class SHashSteps {
     /// The hash of what was taken.
     std::uint32_t get() const noexcept { return hash_; }
 
-    /// Four bytes of a text from a place on, at its end the last four; of a shorter text what tells all its bytes.
-    static std::uint32_t Read(const char* text, std::uint32_t nBytes, std::uint32_t from) noexcept {
+    /// Four bytes of a text, or, with zeros behind them, as many as are left.
+    static std::uint32_t Read(const char* text, std::uint32_t nBytes) noexcept {
         std::uint32_t bytes = 0;
-        if (nBytes >= sizeof bytes) {
-            std::memcpy(&bytes, text + std::min<std::uint32_t>(from, nBytes - sizeof bytes), sizeof bytes);
-            return bytes;
-        }
+        if (nBytes >= sizeof bytes) return Four(text);
+        for (std::uint32_t i = 0; i < nBytes; ++i)
+            bytes |= std::uint32_t{static_cast<unsigned char>(text[i])} << 8 * i;
+        return bytes;
+    }
+    /// Four bytes of a text.
+    static std::uint32_t Four(const char* text) noexcept {
+        std::uint32_t bytes = 0;
+        std::memcpy(&bytes, text, sizeof bytes);
+        return bytes;
+    }
+    /// The last four bytes of a text; of a shorter one, that is not empty, what tells all its bytes.
+    static std::uint32_t Last(const char* text, std::uint32_t nBytes) noexcept {
+        if (nBytes >= 4) return Four(text + nBytes - 4);
         const auto byte = [text](std::uint32_t i) {
             return std::uint32_t{static_cast<unsigned char>(text[i])};
         };
@@ -261,30 +270,37 @@ class SHashSteps {
 /// The hash of bytes as they are.
 inline std::uint32_t SHashText(const char* text, std::uint32_t nBytes) {
     SHashSteps steps;
-    for (std::uint32_t i = 0; i < nBytes; i += 4) steps.add(SHashSteps::Read(text, nBytes, i));
+    for (std::uint32_t i = 0; i < nBytes; i += 4) steps.add(SHashSteps::Read(text + i, nBytes - i));
     return steps.get();
 }
 
 /// The hash of a text without regard to case, by its lower case.
 inline std::uint32_t SHashNoCase(const char* text, std::uint32_t nBytes) {
     SHashSteps steps;
-    for (std::uint32_t i = 0; i < nBytes; i += 4) {
-        const std::uint32_t bytes = SHashSteps::Read(text, nBytes, i);
-        if ((bytes & 0x80808080) != 0) return SHashNoCaseBeyondAscii(text, nBytes);
+    if (nBytes == 0) return steps.get();
+    std::uint32_t all = 0;
+    const auto add = [&](std::uint32_t bytes) {
+        all |= bytes;
         steps.add(SHashSteps::Lower(bytes));
-    }
-    return steps.get();
+    };
+    for (std::uint32_t i = 0; nBytes - i > 4; i += 4) add(SHashSteps::Four(text + i));
+    add(SHashSteps::Last(text, nBytes));
+    return (all & 0x80808080) != 0 ? SHashNoCaseBeyondAscii(text, nBytes) : steps.get();
 }
 
 /// Whether two texts of one length are the same but for case: SHashNoCase is the same then.
 inline bool SHashSameNoCase(const char* left, const char* right, std::uint32_t nBytes) {
-    for (std::uint32_t i = 0; i < nBytes; i += 4) {
-        const std::uint32_t a = SHashSteps::Read(left, nBytes, i);
-        const std::uint32_t b = SHashSteps::Read(right, nBytes, i);
-        if (((a | b) & 0x80808080) != 0) return SHashSameNoCaseBeyondAscii(left, right, nBytes);
-        if (SHashSteps::Lower(a) != SHashSteps::Lower(b)) return false;
-    }
-    return true;
+    if (nBytes == 0) return true;
+    std::uint32_t all = 0;
+    std::uint32_t differing = 0;
+    const auto compare = [&](std::uint32_t a, std::uint32_t b) {
+        all |= a | b;
+        differing |= SHashSteps::Lower(a) ^ SHashSteps::Lower(b);
+    };
+    for (std::uint32_t i = 0; nBytes - i > 4; i += 4)
+        compare(SHashSteps::Four(left + i), SHashSteps::Four(right + i));
+    compare(SHashSteps::Last(left, nBytes), SHashSteps::Last(right, nBytes));
+    return (all & 0x80808080) != 0 ? SHashSameNoCaseBeyondAscii(left, right, nBytes) : differing == 0;
 }
 
 }  // namespace TarnLibA500
