@@ -92,8 +92,8 @@ else
 bench:
 	@$(STEP) "packages" deps-bench-uploads deps/install.sh build servers
 	@$(STEP) "servers" deps-peers deps/peers.sh
-	@$(call configure-and-build,release,tarn)
-	@$(WINE) bench/ftp_upload.py build/release
+	@$(call configure-and-build,release,tarn sftp_upload)
+	@$(WINE) bench/ftp_upload.py build/release && bench/sftp_upload.py build/release
 endif
 
 coverage:

@@ -7,21 +7,15 @@ which sends it finished; and two hundred small ones by the library and by Python
 The times of the large one are the server's, from the connection to the end of the message. Those of the small ones are the
 programs', without what a program takes that sends nothing.
 """
-import os
 import pathlib
 import statistics
 import subprocess
 import sys
 import time
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(ROOT / "tests/peers"))
+import uploads
+from uploads import RUNNER
 
-import sandbox
-from run_net_cases import find_packages
-from servers import Server
-
-RUNNER = ROOT / "cmake/wine-run"
 SMALL = 200
 SMTPLIB = """import smtplib, sys
 for _ in range(int(sys.argv[3])):
@@ -41,7 +35,7 @@ def run(*command):
 def large(build, server, folder, mib):
     """Seconds of the tool and of curl."""
     port, taken = server.values["port"], []
-    message = ["-from", "a@x.test", "-to", "b@x.test", "-subject", "s", "-body", folder / "text", "-attach", folder / "file"]
+    message = ["-from", "a@x.test", "-to", "b@x.test", "-subject", "s", "-body", folder / "text", "-attach", folder / f"file{mib}"]
     tool = [RUNNER, build / "bin/tarn.exe", "mail"]
     run(*tool, "-write", folder / "built", *message)
     for command in ([*tool, "-host", "127.0.0.1", "-port", str(port), *message],
@@ -62,14 +56,11 @@ def small(build, server, mails, connections):
 
 
 def main(build, rounds=5, mib=20):
-    packages = find_packages(RUNNER)
-    why_not = sandbox.enter(RUNNER)
-    if why_not:
-        sys.exit(f"no sandbox: {why_not}")
-    (sandbox.PLACE / "file").write_bytes(os.urandom(mib << 20))
-    (sandbox.PLACE / "text").write_text("text\n")
-    server = Server("aiosmtpd", "127.0.0.1", sandbox.PLACE, packages, True, sandbox.PLACE)
-    trials = {f"{mib} MiB, against curl": lambda: large(build, server, sandbox.PLACE, mib),
+    packages = uploads.begin()
+    folder = uploads.make_file(mib).parent
+    (folder / "text").write_text("text\n")
+    server = uploads.start("aiosmtpd", packages)
+    trials = {f"{mib} MiB, against curl": lambda: large(build, server, folder, mib),
               f"{SMALL} mails over one connection, against smtplib": lambda: small(build, server, SMALL, 1),
               f"{SMALL} mails and connections, against smtplib": lambda: small(build, server, 1, SMALL)}
     try:
