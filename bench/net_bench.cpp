@@ -4,13 +4,10 @@
 
 #include <cstring>
 #include <string>
-#include <thread>
 
+#include "net/loopback.h"
 #include "tarnlib/csisocket.h"
 #include "tarnlib/csitcpsocket.h"
-
-#include <winsock2.h>
-#include <ws2tcpip.h>
 
 using namespace TarnLibA500;
 
@@ -18,45 +15,18 @@ namespace {
 
 constexpr unsigned kSeconds = 60;
 
-/// Sends the same line for ever to each client, one after another.
-class Server {
-  public:
-    static const Server& Get() {
-        static Server* const server = new Server;  // its thread goes with the process
-        return *server;
-    }
-    unsigned short port() const { return port_; }
-
-  private:
-    Server() {
-        CSISocket::initialize();
-        sockaddr_in address = {};
-        int size = sizeof address;
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        listening_ = socket(AF_INET, SOCK_STREAM, 0);
-        bind(listening_, reinterpret_cast<sockaddr*>(&address), size);
-        listen(listening_, 1);
-        getsockname(listening_, reinterpret_cast<sockaddr*>(&address), &size);
-        port_ = ntohs(address.sin_port);
-        std::thread([this] { serve(); }).detach();
-    }
-    void serve() const {
+/// The port of a server that sends the same line for ever to each client.
+unsigned short Port() {
+    static const auto* const server = new tarntest::LoopbackServer([](SOCKET client) {
         std::string block;
         while (block.size() < 100'000) block += "250 a line as mail servers send them\r\n";
-        for (;;) {
-            const SOCKET client = accept(listening_, nullptr, nullptr);
-            while (send(client, block.data(), static_cast<int>(block.size()), 0) > 0) continue;
-            closesocket(client);
-        }
-    }
-
-    SOCKET listening_;
-    unsigned short port_ = 0;
-};
+        while (send(client, block.data(), static_cast<int>(block.size()), 0) > 0) continue;
+    });  // its thread goes with the process
+    return server->port;
+}
 
 void GetLine(benchmark::State& state) {
-    CSITcpSocket client("127.0.0.1", Server::Get().port());
+    CSITcpSocket client("127.0.0.1", Port());
     char line[CSITcpSocket::kLineBytes];
     client.TcpOpen();
     for (auto _ : state) {
@@ -67,7 +37,7 @@ BENCHMARK(GetLine)->Name("BM_Net_GetLine/ours")->UseRealTime();
 
 void ReceiveAndSearch(benchmark::State& state) {
     unsigned s = CSISocket::kInvalid;
-    CSISocket::connectMulti("127.0.0.1", Server::Get().port(), s);
+    CSISocket::connectMulti("127.0.0.1", Port(), s);
     char block[8192];
     std::string line;
     const char* at = block;

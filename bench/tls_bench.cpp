@@ -6,14 +6,11 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "net/loopback.h"
 #include "tarnlib/cclsocket.h"
 #include "tarnlib/csisocket.h"
-
-#include <winsock2.h>
-#include <ws2tcpip.h>
 
 #include <openssl/ssl.h>
 
@@ -27,54 +24,35 @@ constexpr int kReadBlock = 8192;
 constexpr int kWriteBlock = 64 * 1024;
 const char* const kFolder = TARN_BENCH_CERTIFICATES;
 
-/// Sends for ever to a client whose first byte is "g", and receives from others; one after another.
-class Server {
-  public:
-    static const Server& Get() {
-        static Server* const server = new Server;  // its thread goes with the process
-        return *server;
-    }
-    unsigned short port() const { return port_; }
+/// Sends for ever to a client whose first byte is "g", and receives from others.
+void Serve(SSL_CTX* context, SOCKET client) {
+    std::vector<char> block(kWriteBlock);
+    const int count = kWriteBlock;
+    SSL* const ssl = SSL_new(context);
+    SSL_set_fd(ssl, static_cast<int>(client));
+    const bool isServed = SSL_accept(ssl) == 1 && SSL_read(ssl, block.data(), 1) == 1;
+    const bool sends = block[0] == 'g';
+    while (isServed && (sends ? SSL_write(ssl, block.data(), count) : SSL_read(ssl, block.data(), count)) > 0)
+        continue;
+    SSL_free(ssl);
+}
 
-  private:
-    Server() {
-        CSISocket::initialize();
-        sockaddr_in address = {};
-        int size = sizeof address;
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        listening_ = socket(AF_INET, SOCK_STREAM, 0);
-        bind(listening_, reinterpret_cast<sockaddr*>(&address), size);
-        listen(listening_, 1);
-        getsockname(listening_, reinterpret_cast<sockaddr*>(&address), &size);
-        port_ = ntohs(address.sin_port);
-        context_ = SSL_CTX_new(TLS_server_method());
-        const std::string file = std::string(kFolder) + "/tls_server.pem";
-        SSL_CTX_use_certificate_file(context_, file.c_str(), SSL_FILETYPE_PEM);
-        SSL_CTX_use_PrivateKey_file(context_, file.c_str(), SSL_FILETYPE_PEM);
-        std::thread([this] { serve(); }).detach();
-    }
-    void serve() const {
-        std::vector<char> block(kWriteBlock);
-        const int count = kWriteBlock;
-        for (;;) {
-            const SOCKET client = accept(listening_, nullptr, nullptr);
-            SSL* const ssl = SSL_new(context_);
-            SSL_set_fd(ssl, static_cast<int>(client));
-            const bool isServed = SSL_accept(ssl) == 1 && SSL_read(ssl, block.data(), 1) == 1;
-            const bool sends = block[0] == 'g';
-            while (isServed &&
-                   (sends ? SSL_write(ssl, block.data(), count) : SSL_read(ssl, block.data(), count)) > 0)
-                continue;
-            SSL_free(ssl);
-            closesocket(client);
-        }
-    }
+SSL_CTX* ServerContext() {
+    SSL_CTX* const context = SSL_CTX_new(TLS_server_method());
+    const std::string file = std::string(kFolder) + "/tls_server.pem";
+    SSL_CTX_use_certificate_file(context, file.c_str(), SSL_FILETYPE_PEM);
+    SSL_CTX_use_PrivateKey_file(context, file.c_str(), SSL_FILETYPE_PEM);
+    return context;
+}
 
-    SOCKET listening_;
-    SSL_CTX* context_;
-    unsigned short port_ = 0;
-};
+/// The port of that server.
+unsigned short Port() {
+    static const auto* const server =
+        new tarntest::LoopbackServer([context = ServerContext()](SOCKET client) {
+            Serve(context, client);
+        });  // its thread goes with the process
+    return server->port;
+}
 
 /// A connection made with nothing but OpenSSL.
 class Bare {
@@ -84,7 +62,7 @@ class Bare {
         SSL_CTX_set_max_proto_version(context_, TLS1_2_VERSION);
         SSL_CTX_load_verify_locations(context_, file.c_str(), nullptr);
         SSL_CTX_set_verify(context_, SSL_VERIFY_PEER, nullptr);
-        CSISocket::connectMulti("127.0.0.1", Server::Get().port(), socket_);
+        CSISocket::connectMulti("127.0.0.1", Port(), socket_);
         ssl_ = SSL_new(context_);
         SSL_set_fd(ssl_, static_cast<int>(socket_));
         isOpen = SSL_connect(ssl_) == 1 && SSL_write(ssl_, mode, 1) == 1;
@@ -129,7 +107,7 @@ class Bare {
 /// The same with ours.
 class Ours {
   public:
-    explicit Ours(const char* mode) : socket_("127.0.0.1", Server::Get().port(), Config()) {
+    explicit Ours(const char* mode) : socket_("127.0.0.1", Port(), Config()) {
         isOpen = socket_.TcpOpen() && socket_.Send(mode, 1, kSeconds);
     }
     bool send(const char* bytes, unsigned length) { return socket_.Send(bytes, length, kSeconds); }
@@ -147,7 +125,6 @@ class Ours {
 
 template <class Client>
 void Send(benchmark::State& state) {
-    Server::Get();
     Client client("p");
     const std::vector<char> bytes(kPiece, 'x');
     for (auto _ : state)
@@ -159,7 +136,6 @@ BENCHMARK(Send<Bare>)->Name("BM_Tls_Send/OpenSSL")->UseRealTime()->Iterations(25
 
 template <class Client>
 void Receive(benchmark::State& state) {
-    Server::Get();
     Client client("g");
     std::vector<char> bytes(kPiece);
     for (auto _ : state)

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <string>
-#include <thread>
 
 #include "mirelcrypto/osssl.h"
 #include "net/ccllibrary.h"
-#include "net/hostaddresses.h"
+#include "net/loopback.h"
 #include "net/ossockets.h"
 #include "seam/osmodules.h"
 #include "support/assert_recorder.h"
@@ -35,45 +35,25 @@ const char* const kAuthority = kAuthorityFile.c_str();
 /// A TLS server on this machine, for one client at a time; it sends back what it gets.
 class Server {
   public:
-    Server() : context_(SSL_CTX_new(TLS_server_method())) {
-        CSISocket::initialize();
-        listening_ = socket(AF_INET, SOCK_STREAM, 0);
-        SSL_CTX_use_certificate_file(context_, (kData + "tls_server.pem").c_str(), SSL_FILETYPE_PEM);
-        SSL_CTX_use_PrivateKey_file(context_, (kData + "tls_server.pem").c_str(), SSL_FILETYPE_PEM);
-        sockaddr_storage address = {};
-        int size = sizeof address;
-        ParseAddress("127.0.0.1", AF_INET, address);
-        bind(listening_, Generic(address), size);
-        listen(listening_, 5);
-        getsockname(listening_, Generic(address), &size);
-        port = CSISocket::getPort(Generic(address));
-        thread_ = std::thread([this] {
-            for (SOCKET client; (client = accept(listening_, nullptr, nullptr)) != INVALID_SOCKET;)
-                serve(client);
-        });
+    Server() {
+        SSL_CTX_use_certificate_file(context_.get(), (kData + "tls_server.pem").c_str(), SSL_FILETYPE_PEM);
+        SSL_CTX_use_PrivateKey_file(context_.get(), (kData + "tls_server.pem").c_str(), SSL_FILETYPE_PEM);
     }
-    ~Server() {
-        closesocket(listening_);
-        thread_.join();
-        SSL_CTX_free(context_);
-        CSISocket::uninitialize();
-    }
-    unsigned short port = 0;
+    unsigned short port() const { return server_.port; }
 
   private:
     void serve(SOCKET client) {
-        SSL* const ssl = SSL_new(context_);
+        SSL* const ssl = SSL_new(context_.get());
         SSL_set_fd(ssl, static_cast<int>(client));
         char bytes[4096];
         if (SSL_accept(ssl) == 1)
             for (int count; (count = SSL_read(ssl, bytes, sizeof bytes)) > 0;) SSL_write(ssl, bytes, count);
         SSL_shutdown(ssl);
         SSL_free(ssl);
-        closesocket(client);
     }
-    SSL_CTX* context_;
-    SOCKET listening_ = INVALID_SOCKET;
-    std::thread thread_;
+    const std::unique_ptr<SSL_CTX, void (*)(SSL_CTX*)> context_{SSL_CTX_new(TLS_server_method()),
+                                                                &SSL_CTX_free};
+    LoopbackServer server_{[this](SOCKET client) { serve(client); }};
 };
 
 /// What the class keeps for itself.
@@ -98,7 +78,7 @@ class Tls : public testing::Test {
     }
     /// Whether a line went there and back.
     bool session() {
-        CCLSocket client("127.0.0.1", server.port, Trusting(kAuthority));
+        CCLSocket client("127.0.0.1", server.port(), Trusting(kAuthority));
         char line[CSITcpSocket::kLineBytes];
         SIArray<CCLCertificate> chain;
         if (!client.TcpOpen() || !client.SendString("hello\r\n", 5) || !client.GetLine(line, 5)) return false;
@@ -221,7 +201,7 @@ TEST_F(Tls, TheLibraryMustHaveWhatIsNeeded) {
 TEST_F(Tls, TheCertificateIsForTheHost) {
     AssertRecorder recorder(kTracesToo);
     for (const auto& c : ReadCases("net/ccl_hosts.txt")) {
-        CSITcpSocket clear("127.0.0.1", server.port);
+        CSITcpSocket clear("127.0.0.1", server.port());
         ASSERT_TRUE(clear.TcpOpen());
         Opened client(SAnsiString(c[0].data(), static_cast<std::uint32_t>(c[0].size())), 1,
                       Trusting(kAuthority));
@@ -245,7 +225,7 @@ TEST_F(Tls, ProtocolsAndMisuse) {
         EXPECT_EQ(Opened("h", 1, SSLConfig(SSLProtocol(protocol))).getSSLMethod(), 768 + protocol);
     EXPECT_EQ(Opened("h", 1, SSLConfig(SSLProtocol(7))).getSSLMethod(), 771);
     EXPECT_EQ(recorder.take("9 cclsocket: "), "Unsupported TLS protocol enum: 7. Defaulting to TLS 1.2.\n");
-    CCLSocket client("127.0.0.1", server.port, Trusting(kAuthority));
+    CCLSocket client("127.0.0.1", server.port(), Trusting(kAuthority));
     EXPECT_FALSE(client.NegotiateCCL());
     EXPECT_TRUE(recorder.sawLast("cclsocket", "Cannot negotiate SSL without a TCP connection."));
     client.UpdateBaseSocket(nullptr);
@@ -264,7 +244,7 @@ TEST_F(Tls, ProtocolsAndMisuse) {
 
 TEST_F(Tls, HalfARecordInTimeIsNoFailure) {
     const Instead drip(osssl::receiveBytes, &ReceiveThree);
-    CCLSocket client("127.0.0.1", server.port, Trusting(kAuthority));
+    CCLSocket client("127.0.0.1", server.port(), Trusting(kAuthority));
     char line[CSITcpSocket::kLineBytes];
     ASSERT_TRUE(client.TcpOpen() && client.SendString("hello\r\n", 5)) << client.GetFailureText().getString();
     osssl::Calls::Fail(4, WSAETIMEDOUT);  // the wait for the rest
@@ -281,7 +261,7 @@ TEST_F(Tls, TheSystemsRootsAreTrustedAsTheSystemSays) {
         for (const bool isDisallowed : {false, true}) {
             SystemStores::purpose = purpose.empty() ? nullptr : purpose.c_str();
             SystemStores::isDisallowed = isDisallowed;
-            CCLSocket client("127.0.0.1", server.port, SSLConfig());
+            CCLSocket client("127.0.0.1", server.port(), SSLConfig());
             EXPECT_EQ(client.TcpOpen(), !isDisallowed && purpose != szOID_PKIX_KP_CODE_SIGNING)
                 << purpose << isDisallowed;
         }

@@ -5,9 +5,10 @@
 #include <map>
 #include <random>
 #include <string>
-#include <thread>
 
+#include "net/hostaddresses.h"
 #include "net/loopback.h"
+#include "net/ossockets.h"
 #include "seam/osclock.h"
 #include "support/alloc_hooks.h"
 #include "support/failing.h"
@@ -32,17 +33,7 @@ std::string ReplyTo(const std::string& word) {
 /// A server that says yes to everything, for one client at a time, and remembers what was stored last.
 class Server {
   public:
-    Server() : listening_(tarntest::ListenHere(AF_INET, port)) {
-        thread_ = std::thread([this] {
-            for (SOCKET client; (client = accept(listening_, nullptr, nullptr)) != INVALID_SOCKET;)
-                serve(client);
-        });
-    }
-    ~Server() {
-        closesocket(listening_);
-        thread_.join();
-    }
-    unsigned short port = 0;
+    unsigned short port() const { return server_.port; }
     std::string stored;
 
   private:
@@ -74,10 +65,8 @@ class Server {
             stored = receive(dataPort);
             Say(client, ReplyTo("xxxx"));
         }
-        closesocket(client);
     }
-    SOCKET listening_;
-    std::thread thread_;
+    tarntest::LoopbackServer server_{[this](SOCKET client) { serve(client); }};
 };
 
 /// A time-out costs no time: waiting for what does not come ends at once.
@@ -125,7 +114,7 @@ class Ftp : public testing::Test {
         std::remove(kLocal);
         CSISocket::uninitialize();
     }
-    bool begin(CSIftp& ftp) { return ftp.Connect("127.0.0.1", server.port) && ftp.Login("u", "p"); }
+    bool begin(CSIftp& ftp) { return ftp.Connect("127.0.0.1", server.port()) && ftp.Login("u", "p"); }
 
     static constexpr const char* kLocal = "ftp-seam-test.tmp";
     const std::string content = std::string(5000, 'x');

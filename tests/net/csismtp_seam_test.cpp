@@ -6,10 +6,9 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <thread>
 
 #include "files/osfiles.h"
-#include "net/hostaddresses.h"
+#include "net/loopback.h"
 #include "support/alloc_hooks.h"
 #include "support/assert_recorder.h"
 #include "support/failing.h"
@@ -26,24 +25,7 @@ namespace {
 /// A mail server that says yes to everything, for one client at a time, and counts the messages that it got whole.
 class MailServer {
   public:
-    MailServer() : listening_(socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_storage address = {};
-        int size = sizeof address;
-        ParseAddress("127.0.0.1", AF_INET, address);
-        bind(listening_, Generic(address), size);
-        listen(listening_, 5);
-        getsockname(listening_, Generic(address), &size);
-        port = CSISocket::getPort(Generic(address));
-        thread_ = std::thread([this] {
-            for (SOCKET client; (client = accept(listening_, nullptr, nullptr)) != INVALID_SOCKET;)
-                serve(client);
-        });
-    }
-    ~MailServer() {
-        closesocket(listening_);
-        thread_.join();
-    }
-    unsigned short port = 0;
+    unsigned short port() const { return server_.port; }
     std::atomic<int> messages = 0;
 
   private:
@@ -66,10 +48,8 @@ class MailServer {
             const auto known = kReplies.find(text.substr(0, 4));
             reply = text.empty() ? "" : known != kReplies.end() ? known->second : "250 x";
         }
-        closesocket(client);
     }
-    SOCKET listening_;
-    std::thread thread_;
+    tarntest::LoopbackServer server_{[this](SOCKET client) { serve(client); }};
 };
 
 /// Does the work until its nth call can no longer fail; the folder has nothing left afterwards.
@@ -100,7 +80,7 @@ TEST(Mail, EveryCallMayFailAndNothingIsLeft) {
     message.AddAttachment(CSISMTPMessage::MimeAttachment(attached));
     CSISMTPMail::Settings settings;
     settings.host = "127.0.0.1";
-    settings.port = server.port;
+    settings.port = server.port();
     settings.localHost = "me";
     settings.user = "u";
     settings.password = "p";

@@ -3,7 +3,9 @@
 #include <sstream>
 #include <string>
 
+#include "net/hostaddresses.h"
 #include "net/loopback.h"
+#include "net/ossockets.h"
 #include "seam/osclock.h"
 #include "support/assert_recorder.h"
 #include "support/calls.h"
