@@ -71,19 +71,27 @@ inline bool AddRival(const std::string& name, const std::string& version) {
     return true;
 }
 
-/// The first contender of a row says what its results are; one that comes to others fails.
-template <class Items, class Work>
-void Agree(benchmark::State& state, const std::string& row, const std::string& contender, const Items& items,
-           Work work) {
+/// The first contender of a row says what its result is; one that comes to another fails. Asked once of each.
+template <class Result>
+void AgreeOn(benchmark::State& state, const std::string& row, const std::string& contender, Result result) {
     static std::map<std::string, std::string> results;
     static std::map<std::string, bool> verdicts;
     const auto [verdict, isNew] = verdicts.emplace(row + "/" + contender, true);
     if (isNew) {
-        std::string result;
-        for (const auto& item : items) result.append(AsText(work(item))).append("\n");
-        verdict->second = results.emplace(row, result).first->second == result;
+        const std::string text = result();
+        verdict->second = results.emplace(row, text).first->second == text;
     }
     if (!verdict->second) state.SkipWithError("another result than the contender before");
+}
+
+template <class Items, class Work>
+void Agree(benchmark::State& state, const std::string& row, const std::string& contender, const Items& items,
+           Work work) {
+    AgreeOn(state, row, contender, [&] {
+        std::string lines;
+        for (const auto& item : items) lines.append(AsText(work(item))).append("\n");
+        return lines;
+    });
 }
 
 /// A row that works on one item in each round, on one after the other.

@@ -22,6 +22,7 @@
 #include "tarnlib/swebencode.h"
 
 using namespace TarnLibA500;
+using namespace bench;
 
 namespace {
 
@@ -57,6 +58,7 @@ void SetForm(Form& form, const std::string& text) {
 
 const Forms& UrlForms() {
     static Forms forms;
+    if (forms[0].length != 0) return forms;
     for (int byte = 0; byte < 256; ++byte) {
         const char* const digits = "0123456789ABCDEF";
         const bool plain = byte < 128 && (std::isalnum(byte) != 0 || byte == '.' || byte == '_');
@@ -69,6 +71,7 @@ const Forms& UrlForms() {
 
 const Forms& HtmlForms() {
     static Forms forms;
+    if (forms[0].length != 0) return forms;
     for (int byte = 0; byte < 256; ++byte) SetForm(forms[byte], std::string(1, static_cast<char>(byte)));
     SetForm(forms[int{'&'}], "&amp;");
     SetForm(forms[int{'<'}], "&lt;");
@@ -115,40 +118,40 @@ void Run(benchmark::State& state, Work work) {
     for (auto _ : state) benchmark::DoNotOptimize(work());
 }
 
-void BM_Url_encode_1MiB(benchmark::State& state, bool ours) {
+template <class String>
+std::vector<String> Query() {
     const std::string text = QueryText();
-    const SAnsiString ansi = Ansi(text);
-    const Forms& forms = UrlForms();
-    if (ours)
-        Run(state, [&] { return SWebEncode::URLEncodeSimple(ansi); });
-    else
-        Run(state, [&] { return ByTable(text, forms); });
+    return {String(text.data(), static_cast<std::uint32_t>(text.size()))};
 }
-BENCHMARK_CAPTURE(BM_Url_encode_1MiB, ours, true);
-BENCHMARK_CAPTURE(BM_Url_encode_1MiB, std_string_loop, false);
-
-void BM_Url_decode_1MiB(benchmark::State& state, bool ours) {
+template <class String>
+std::vector<String> EncodedQuery() {
     const std::string text = ByTable(QueryText(), UrlForms());
-    const SAnsiString ansi = Ansi(text);
-    if (ours)
-        Run(state, [&] { return SWebEncode::URLDecodeEx(ansi); });
-    else
-        Run(state, [&] { return DecodedByTable(text); });
+    return {String(text.data(), static_cast<std::uint32_t>(text.size()))};
 }
-BENCHMARK_CAPTURE(BM_Url_decode_1MiB, ours, true);
-BENCHMARK_CAPTURE(BM_Url_decode_1MiB, std_string_loop, false);
 
-void BM_Html_encode_1MiB(benchmark::State& state, bool ours) {
-    const std::string text = QueryText();
-    const SAnsiString ansi = Ansi(text);
-    const Forms& forms = HtmlForms();
-    if (ours)
-        Run(state, [&] { return SWebEncode::HTMLEncode(ansi); });
-    else
-        Run(state, [&] { return ByTable(text, forms); });
+SAnsiString UrlEncode(const SAnsiString& text) {
+    return SWebEncode::URLEncodeSimple(text);
 }
-BENCHMARK_CAPTURE(BM_Html_encode_1MiB, ours, true);
-BENCHMARK_CAPTURE(BM_Html_encode_1MiB, std_string_loop, false);
+SAnsiString UrlDecode(const SAnsiString& text) {
+    return SWebEncode::URLDecodeEx(text);
+}
+SAnsiString HtmlEncode(const SAnsiString& text) {
+    return SWebEncode::HTMLEncode(text);
+}
+
+const bool added = [] {
+    constexpr const char* kLoop = "std::string loop";
+    const auto urlByTable = [](const std::string& text) { return ByTable(text, UrlForms()); };
+    const auto htmlByTable = [](const std::string& text) { return ByTable(text, HtmlForms()); };
+    AddRow("Url_encode_1MiB", "ours", Query<SAnsiString>, UrlEncode);
+    AddRow("Url_encode_1MiB", kLoop, Query<std::string>, urlByTable);
+    AddRow("Url_decode_1MiB", "ours", EncodedQuery<SAnsiString>, UrlDecode);
+    AddRow("Url_decode_1MiB", kLoop, EncodedQuery<std::string>, DecodedByTable);
+    AddRow("Html_encode_1MiB", "ours", Query<SAnsiString>, HtmlEncode);
+    AddRow("Html_encode_1MiB", kLoop, Query<std::string>, htmlByTable);
+    return AddRival("SQLite", SQLITE_VERSION) &&
+           AddRival("PCRE2", fmt::format("{}.{}", PCRE2_MAJOR, PCRE2_MINOR));
+}();
 
 const std::string kLine =
     "2024-02-29 12:30 the order 4711 of customer 815 was shipped to Hamburg by express mail!";
@@ -204,8 +207,5 @@ void BM_Like_21_wildcards(benchmark::State& state, int more) {
 }
 BENCHMARK_CAPTURE(BM_Like_21_wildcards, ours, 20);
 BENCHMARK_CAPTURE(BM_Like_21_wildcards, one_wildcard, 0);
-
-const bool added = bench::AddRival("SQLite", SQLITE_VERSION) &&
-                   bench::AddRival("PCRE2", fmt::format("{}.{}", PCRE2_MAJOR, PCRE2_MINOR));
 
 }  // namespace

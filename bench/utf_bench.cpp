@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <clocale>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include <utf8.h>
 #include <windows.h>
 
+#include "row.h"
 #include "tarnlib/UTFConverter.h"
 #include "tarnlib/sstring.h"
 #include "texts.h"
@@ -76,12 +78,21 @@ void ToUTF8(benchmark::State& state, const Text& text, ToUTF8Function convert) {
 
 // --- narrow text of a code page ---
 
+// What stands in the room before its terminator.
+template <class Char>
+std::string Bytes(const std::vector<Char>& room) {
+    const auto end = std::find(room.begin(), room.end(), Char());
+    return {reinterpret_cast<const char*>(room.data()),
+            static_cast<std::size_t>(end - room.begin()) * sizeof(Char)};
+}
+
 void PageToUTF16Ours(benchmark::State& state, const PageText& text) {
     std::setlocale(LC_ALL, text.locale);
     const SAnsiString narrow(text.bytes.c_str());
     std::vector<wchar_t> out(text.bytes.size() + 1);
     const auto bytes = static_cast<std::uint32_t>(out.size() * sizeof out[0]);
     for (auto _ : state) benchmark::DoNotOptimize(narrow.toWChar(out.data(), bytes));
+    AgreeOn(state, std::string("UTF-16 of ") + text.locale, "ours", [&] { return Bytes(out); });
     std::setlocale(LC_ALL, "C");
 }
 void PageToUTF16System(benchmark::State& state, const PageText& text) {
@@ -90,6 +101,7 @@ void PageToUTF16System(benchmark::State& state, const PageText& text) {
         benchmark::DoNotOptimize(MultiByteToWideChar(text.page, 0, text.bytes.c_str(), -1, out.data(),
                                                      static_cast<int>(out.size())));
     }
+    AgreeOn(state, std::string("UTF-16 of ") + text.locale, "system", [&] { return Bytes(out); });
 }
 
 void PageToUTF8Ours(benchmark::State& state, const PageText& text) {
@@ -98,6 +110,7 @@ void PageToUTF8Ours(benchmark::State& state, const PageText& text) {
     std::vector<char> out(kMaxBytesOfUnit * (text.bytes.size() + 1));
     const auto bytes = static_cast<std::uint32_t>(out.size());
     for (auto _ : state) benchmark::DoNotOptimize(narrow.toUTF8(out.data(), bytes));
+    AgreeOn(state, std::string("UTF-8 of ") + text.locale, "ours", [&] { return Bytes(out); });
     std::setlocale(LC_ALL, "C");
 }
 void PageToUTF8System(benchmark::State& state, const PageText& text) {
@@ -109,6 +122,7 @@ void PageToUTF8System(benchmark::State& state, const PageText& text) {
         benchmark::DoNotOptimize(WideCharToMultiByte(CP_UTF8, 0, units.data(), count, out.data(),
                                                      static_cast<int>(out.size()), nullptr, nullptr));
     }
+    AgreeOn(state, std::string("UTF-8 of ") + text.locale, "system", [&] { return Bytes(out); });
 }
 
 }  // namespace
