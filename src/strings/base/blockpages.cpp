@@ -1,5 +1,6 @@
 #include "strings/base/blockpages.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <new>
@@ -55,8 +56,11 @@ struct List {
 struct Page {
     Page* next;
     Page* previous;
-    Block* free;
-    std::uint32_t lent;  // blocks that are not here
+    Block* free;          // blocks that were given back
+    std::uint16_t lent;   // blocks that are not here
+    std::uint16_t fresh;  // blocks at the page's end that nobody had yet: nothing was written there
+
+    bool hasBlocks() const noexcept { return free != nullptr || fresh != 0; }
 };
 
 struct Region;
@@ -153,12 +157,10 @@ Page& CutPage(Region& region, unsigned number, unsigned size) noexcept {
     Page& page = region.pages[number];
     const std::size_t taken = number == 0 ? sizeof(Region) : number % kPagesPerSlice == 0 ? sizeof(Slice) : 0;
     const std::size_t bytes = blocksizes::kBytes[size];
-    char* const begin = reinterpret_cast<char*>(&region) + number * kPageBytes + taken;
-    page.lent = 0;
     static_assert(kPageBytes - sizeof(Region) >= blocksizes::kLargest);
-    std::size_t left = (kPageBytes - taken) / bytes - 1;
-    page.free = new (begin + left * bytes) Block{nullptr};
-    while (left-- != 0) page.free = new (begin + left * bytes) Block{page.free};
+    page.free = nullptr;
+    page.lent = 0;
+    page.fresh = static_cast<std::uint16_t>((kPageBytes - taken) / bytes);
     return page;
 }
 
@@ -186,8 +188,20 @@ void RemovePage(Page& page, unsigned size) noexcept {
     }
 }
 
-/// Puts blocks of a page that has some in front of a list, in the order of their addresses if they were never used.
-std::uint32_t Draw(Page& page, std::uint32_t wanted, Block*& list) noexcept {
+/// Puts fresh blocks of a page in front of a list, in the order of their addresses.
+std::uint32_t DrawFresh(Page& page, unsigned size, std::uint32_t wanted, Block*& list) noexcept {
+    const std::size_t bytes = blocksizes::kBytes[size];
+    Region& region = RegionOf(&page);
+    char* const end = reinterpret_cast<char*>(&region) + (&page - region.pages + 1) * kPageBytes;
+    char* const first = end - page.fresh * bytes;
+    const std::uint32_t drawn = std::min<std::uint32_t>(wanted, page.fresh);
+    for (std::uint32_t left = drawn; left-- != 0;) list = new (first + left * bytes) Block{list};
+    page.fresh = static_cast<std::uint16_t>(page.fresh - drawn);
+    return drawn;
+}
+
+/// The same with blocks that were given back.
+std::uint32_t DrawUsed(Page& page, std::uint32_t wanted, Block*& list) noexcept {
     Block* last = page.free;
     std::uint32_t drawn = 1;
     for (; drawn < wanted && last->next != nullptr; ++drawn) last = last->next;
@@ -195,14 +209,21 @@ std::uint32_t Draw(Page& page, std::uint32_t wanted, Block*& list) noexcept {
     last->next = list;
     list = page.free;
     page.free = left;
-    page.lent += drawn;
+    return drawn;
+}
+
+/// Puts blocks of a page that has some in front of a list.
+std::uint32_t Draw(Page& page, unsigned size, std::uint32_t wanted, Block*& list) noexcept {
+    const std::uint32_t drawn =
+        page.free != nullptr ? DrawUsed(page, wanted, list) : DrawFresh(page, size, wanted, list);
+    page.lent = static_cast<std::uint16_t>(page.lent + drawn);
     return drawn;
 }
 
 void PutBack(Block* block, unsigned size) noexcept {
     Region& region = RegionOf(block);
     Page& page = region.pages[(AddressOf(block) - AddressOf(&region)) / kPageBytes];
-    if (page.free == nullptr) partly[size].add(page);
+    if (!page.hasBlocks()) partly[size].add(page);
     block->next = page.free;
     page.free = block;
     if (--page.lent == 0) RemovePage(page, size);
@@ -222,14 +243,14 @@ std::uint32_t Take(unsigned size, std::uint32_t wanted, Block*& list) noexcept {
     if (!guard.holds()) {
         // The lists may be half changed, and only this thread is left: a region that is in none of them will do.
         Region* const region = NewRegion();
-        return region != nullptr ? Draw(CutPage(*region, 0, size), wanted, list) : 0;
+        return region != nullptr ? Draw(CutPage(*region, 0, size), size, wanted, list) : 0;
     }
     std::uint32_t taken = 0;
     while (taken < wanted) {
         Page* const page = partly[size].first != nullptr ? partly[size].first : AddPage(size);
         if (page == nullptr) break;
-        taken += Draw(*page, wanted - taken, list);
-        if (page->free == nullptr) partly[size].remove(*page);
+        taken += Draw(*page, size, wanted - taken, list);
+        if (!page->hasBlocks()) partly[size].remove(*page);
     }
     return taken;
 }
