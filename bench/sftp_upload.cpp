@@ -62,7 +62,9 @@ double Ours(const Task& task) try {
 /// A file that is sent block by block, and nothing looked after.
 void WriteAll(FILE* file, LIBSSH2_SFTP_HANDLE* remote) {
     std::vector<char> block(256 * 1024);
-    while (const std::size_t count = std::fread(block.data(), 1, block.size(), file)) {
+    while (std::feof(file) == 0) {
+        const std::size_t count = std::fread(block.data(), 1, block.size(), file);
+        if (std::ferror(file) != 0) Fail("not read");
         for (std::size_t done = 0; done != count;) {
             const ssize_t written = libssh2_sftp_write(remote, block.data() + done, count - done);
             if (written < 0) Fail("not written");
