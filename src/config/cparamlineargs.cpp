@@ -15,6 +15,8 @@
 #include "tarnlib/straceobj.h"
 #include "tarnlib/stringhelper.h"
 
+#include <emmintrin.h>
+
 extern "C" __declspec(dllimport) unsigned long* __cdecl ___lc_handle_func(void);
 
 namespace TarnLibA500 {
@@ -78,6 +80,31 @@ std::uint32_t MarkOf(const SAnsiString& name) {
     }
     constexpr std::uint32_t kNeverNone = 2;
     return (hash & ~kLettersAndDigits) | kNeverNone | (isPlain ? kLettersAndDigits : 0);
+}
+
+constexpr std::uint32_t kMarksAtOnce = sizeof(__m128i) / sizeof(std::uint32_t);
+
+std::uint32_t CommonBits(__m128i marks) {
+    std::uint32_t each[kMarksAtOnce];
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(each), marks);
+    return each[0] & each[1] & each[2] & each[3];
+}
+
+// The first place from one on where a mark stands, or the end; "common" keeps the bits that all marks before it have.
+std::uint32_t FindMark(const SIArray<std::uint32_t>& marks, std::uint32_t from, std::uint32_t wanted,
+                       std::uint32_t& common) {
+    const __m128i sought = _mm_set1_epi32(static_cast<int>(wanted));
+    __m128i all = _mm_set1_epi32(static_cast<int>(common));
+    const std::uint32_t end = marks.GetSize();
+    std::uint32_t at = from;
+    for (; end - at >= kMarksAtOnce; at += kMarksAtOnce) {
+        const __m128i some = _mm_loadu_si128(reinterpret_cast<const __m128i*>(marks.Data() + at));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi32(some, sought)) != 0) break;
+        all = _mm_and_si128(all, some);
+    }
+    common = CommonBits(all);
+    for (; at < end && marks[at] != wanted; ++at) common &= marks[at];
+    return at;
 }
 
 bool AreSameAscii(const char* left, const char* right) {
@@ -261,9 +288,9 @@ std::uint32_t CParamLineArgs::findIndex(const SAnsiString& name) const {
     const std::uint32_t wanted = MarkOf(name);
     if (wanted == kNoMark || !CollatesLettersPlainly()) return findByCollation(name);
     std::uint32_t common = wanted;
-    for (std::uint32_t i = 0; i < m_marks.GetSize(); ++i) {
-        common &= m_marks[i];
-        if (m_marks[i] != wanted || !AreSameAscii(m_names[i].getString(), name.getString())) continue;
+    for (std::uint32_t i = FindMark(m_marks, 0, wanted, common); i != m_marks.GetSize();
+         i = FindMark(m_marks, i + 1, wanted, common)) {
+        if (!AreSameAscii(m_names[i].getString(), name.getString())) continue;
         const bool isFirst = (common & kLettersAndDigits) != 0 || m_setUnder == CollationNow();
         return isFirst ? i : findByCollation(name);
     }
