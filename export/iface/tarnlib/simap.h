@@ -165,9 +165,9 @@ inline bool SMapDecide(const unsigned char* weights, const char* left, const cha
     return true;
 }
 
-/// What a map is searched by for a key: the key itself.
+/// What a map is searched by for a key, which is not a temporary: the key itself.
 template <class K>
-const K& SMapWantedOf(const K& key) {
+K& SMapWantedOf(K& key) {
     return key;
 }
 /// The same for a key without regard to case: its text.
