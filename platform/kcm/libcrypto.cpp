@@ -46,9 +46,9 @@ struct Resolver {
 
 bool ResolveAll(const Resolver& resolve, Functions& to) {
     return resolve("OPENSSL_init_crypto", to.initialize) && resolve("ERR_clear_error", to.clearErrors) &&
-           resolve("RAND_bytes_ex", to.randomBytes) && resolve("EVP_EncodeBlock", to.encodeBlock) &&
-           resolve("EVP_MD_fetch", to.fetchDigest) && resolve("EVP_MD_free", to.freeDigest) &&
-           resolve("EVP_MD_CTX_new", to.newDigest) && resolve("EVP_MD_CTX_free", to.freeDigestContext) &&
+           resolve("RAND_bytes_ex", to.randomBytes) && resolve("EVP_MD_fetch", to.fetchDigest) &&
+           resolve("EVP_MD_free", to.freeDigest) && resolve("EVP_MD_CTX_new", to.newDigest) &&
+           resolve("EVP_MD_CTX_free", to.freeDigestContext) &&
            resolve("EVP_DigestInit_ex2", to.beginDigest) && resolve("EVP_DigestUpdate", to.updateDigest) &&
            resolve("EVP_DigestFinal_ex", to.finishDigest) && resolve("EVP_Digest", to.digestAll) &&
            resolve("EVP_CIPHER_fetch", to.fetchCipher) && resolve("EVP_CIPHER_free", to.freeCipher) &&

@@ -14,7 +14,6 @@ struct Functions {
     decltype(::OPENSSL_init_crypto)* initialize;
     decltype(::ERR_clear_error)* clearErrors;
     decltype(::RAND_bytes_ex)* randomBytes;
-    decltype(::EVP_EncodeBlock)* encodeBlock;
     decltype(::EVP_MD_fetch)* fetchDigest;
     decltype(::EVP_MD_free)* freeDigest;
     decltype(::EVP_MD_CTX_new)* newDigest;

@@ -190,6 +190,9 @@ bool CSIftp::awaitData(unsigned socket, bool isToSend, const Deadline& deadline)
         if (lines_->peek() != kMoreToCome) break;
         SAnsiString reply;
         GetReply(reply);
+        if (!deadline.isOver()) continue;  // announcements without end are no reason to wait any longer
+        WSASetLastError(WSAETIMEDOUT);
+        return false;
     }
     WSASetLastError(WSAECONNABORTED);
     return false;
